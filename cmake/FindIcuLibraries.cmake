@@ -1,0 +1,1 @@
+find_package(ICU 70 REQUIRED COMPONENTS uc i18n)

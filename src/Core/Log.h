@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+#include <functional>
+
+namespace Velloro {
+
+/// The diagnostic lines on standard output: no levels, no file, one line per call, flushed at once.
+/// Any thread; lines of different threads never mix.
+namespace Log {
+
+/// Receives each line, without its line break, in place of standard output.
+using Sink = std::function<void(const QString &line)>;
+
+/// Writes `[tag] message` as one line; line breaks within the message become blanks.
+void line(QStringView tag, const QString &message);
+
+/// Sends the lines elsewhere, for tests; an empty sink restores standard output.
+void setSink(Sink sink);
+
+} // namespace Log
+} // namespace Velloro

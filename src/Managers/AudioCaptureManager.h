@@ -1,0 +1,81 @@
+#pragma once
+
+#include "Managers/AudioCaptureError.h"
+#include "Platform/Platform.h"
+
+#include <QCoroTask>
+#include <QElapsedTimer>
+#include <QObject>
+#include <QTimer>
+#include <functional>
+#include <memory>
+#include <tl/expected.hpp>
+#include <vector>
+
+namespace Velloro {
+
+/// Records the default microphone, one dictation at a time, as mono 32-bit float samples at
+/// 16,000 Hz, and meters its level. Public operations are called on the main thread; buffers are
+/// processed on the engine's audio thread.
+class AudioCaptureManager : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(bool isRecording READ isRecording NOTIFY isRecordingChanged)
+    Q_PROPERTY(float audioLevel READ audioLevel NOTIFY audioLevelChanged)
+    Q_PROPERTY(double recordingDuration READ recordingDuration NOTIFY recordingDurationChanged)
+
+public:
+    using StartResult = tl::expected<void, CaptureStartError>;
+    /// Receives a fresh array of 16 kHz mono samples on the audio thread; must not block.
+    using StreamingCallback = std::function<void(std::vector<float> chunk)>;
+    /// Receives a chunk on the main thread; what it awaits is awaited by nobody else.
+    using AsyncChunkHandler = std::function<QCoro::Task<void>(std::vector<float> chunk)>;
+
+    explicit AudioCaptureManager(Platform &platform, QObject *parent = nullptr);
+    ~AudioCaptureManager() override;
+
+    /// Whether the platform says that the microphone may be recorded.
+    [[nodiscard]] bool hasPermission() const;
+    /// Asks for microphone access; the answer is true when it was granted.
+    QCoro::Task<bool> requestPermission();
+
+    /// Begins a recording. While one runs already, returns at once and touches nothing. The
+    /// callback, when there is one, receives chunks of 8,000 samples or somewhat more.
+    StartResult startRecording(StreamingCallback streamingCallback = {});
+    /// The same with a handler that runs on the main thread for every chunk.
+    StartResult startRecordingWithAsyncStreaming(AsyncChunkHandler onChunk);
+    /// Ends the recording and returns it whole; empty when nothing was recording.
+    std::vector<float> stopRecording();
+
+    /// True from a successful start until the stop.
+    [[nodiscard]] bool isRecording() const { return m_isRecording; }
+    /// Level of the most recent input buffer, 0.0 (-60 dBFS and below) to 1.0 (0 dBFS).
+    [[nodiscard]] float audioLevel() const { return m_audioLevel; }
+    /// Seconds since the start, refreshed every 0.1 s; 0 after the stop.
+    [[nodiscard]] double recordingDuration() const { return m_recordingDuration; }
+
+Q_SIGNALS:
+    void isRecordingChanged();
+    void audioLevelChanged();
+    void recordingDurationChanged();
+    /// Capture ended by itself: the microphone vanished or the sound server went away. What was
+    /// captured is still there; `stopRecording` returns it.
+    void captureInterrupted();
+
+private:
+    // The audio thread's half lives in a value that the tap shares with this object.
+    struct Processing;
+
+    void setupAudioEngineIfNeeded();
+
+    Platform &m_platform;
+    std::unique_ptr<AudioEngine> m_audioEngine;
+    std::shared_ptr<Processing> m_processing;
+    bool m_isRecording = false;
+    float m_audioLevel = 0;
+    double m_recordingDuration = 0;
+    QElapsedTimer m_recordingStartTime;
+    QTimer m_durationTimer;
+};
+
+} // namespace Velloro

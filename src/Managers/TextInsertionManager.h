@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Platform/Platform.h"
+
+#include <QObject>
+#include <QString>
+
+namespace Velloro {
+
+/// Puts text into whatever text field has the keyboard focus, as if the user had typed it: through
+/// the accessibility interface or, failing that, through the pasteboard and a paste stroke. Main
+/// thread only. Writes no log lines.
+class TextInsertionManager : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit TextInsertionManager(Platform &platform, QObject *parent = nullptr);
+
+    /// Whether this process may use the accessibility interface.
+    [[nodiscard]] bool hasAccessibilityPermission() const;
+    /// Inserts the text over the selection or at the caret. False only for an empty text; whether
+    /// an application really pasted can't be known.
+    bool insertText(const QString &text);
+    /// Sends that many backspace strokes, 5 ms apart, blocking meanwhile; nothing for a count
+    /// below 1.
+    void deleteBackwards(int64_t count);
+
+private:
+    bool insertViaAccessibility(const QString &text);
+    bool insertViaClipboard(const QString &text);
+    void simulatePaste();
+
+    Platform &m_platform;
+    QString m_lastInsertedText;
+    AccessibilityElementRef m_lastInsertionTarget;
+};
+
+} // namespace Velloro

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <tl/expected.hpp>
+
+namespace Velloro {
+
+/// The identifier that a registration carries and its events bring back.
+struct HotkeyIdentifier
+{
+    uint32_t signature = 0;
+    uint32_t id = 0;
+
+    friend bool operator==(const HotkeyIdentifier &, const HotkeyIdentifier &) = default;
+};
+
+/// System-wide key combinations, seen whichever application has the keyboard focus.
+///
+/// Key codes are virtual key codes (positions on the keyboard, independent of its layout; 49 is
+/// Space), modifier masks the classic ones: Command 256, Shift 512, Option 2048, Control 4096.
+/// Called on the main thread; handlers are called there, too.
+class HotkeyRegistration
+{
+public:
+    /// A registration that is in force; 0 is none.
+    using Reference = uint64_t;
+    /// A numeric status other than 0: why the system refused.
+    using Status = int32_t;
+    /// Receives the identifier of the combination; nothing when it could not be read.
+    using Handler = std::function<void(const HotkeyIdentifier *)>;
+
+    virtual ~HotkeyRegistration() = default;
+
+    /// Installs the handler of presses: one call per physical press, none for auto-repeat,
+    /// whatever Caps Lock, Num Lock and the layout group are. Empty removes it.
+    virtual void setPressedHandler(Handler handler) = 0;
+    /// Installs the handler of releases: one call per physical release. Empty removes it.
+    virtual void setReleasedHandler(Handler handler) = 0;
+
+    /// Registers the combination, or says with a status why it can't be had (for one, because
+    /// another program holds it). It follows layout and keyboard changes from then on.
+    [[nodiscard]] virtual tl::expected<Reference, Status>
+    registerHotkey(uint32_t keyCode, uint32_t modifiers, HotkeyIdentifier identifier) = 0;
+
+    /// Gives the combination back. Unknown references are ignored.
+    virtual void unregisterHotkey(Reference reference) = 0;
+};
+
+} // namespace Velloro

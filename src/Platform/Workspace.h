@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+#include <sys/types.h>
+
+namespace Velloro {
+
+/// The application that owns the active window.
+struct RunningApplication
+{
+    pid_t processIdentifier = 0;
+
+    friend bool operator==(const RunningApplication &, const RunningApplication &) = default;
+};
+
+/// What is in front on the user's desktop. Main thread only; never waits without a bound.
+class Workspace
+{
+public:
+    virtual ~Workspace() = default;
+
+    /// The application in front; nothing when no window is active or its process is not known.
+    [[nodiscard]] virtual std::optional<RunningApplication> frontmostApplication() = 0;
+};
+
+} // namespace Velloro
