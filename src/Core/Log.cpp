@@ -23,7 +23,7 @@ Sink &sink()
 
 void line(QStringView tag, const QString &message)
 {
-    QString text = u'[' + tag.toString() + u"] " + message;
+    QString text = QChar(u'[') + tag.toString() + QStringLiteral("] ") + message;
     text.replace(u'\n', u' ').replace(u'\r', u' ');
 
     const std::lock_guard lock(mutex());
