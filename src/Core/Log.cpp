@@ -23,7 +23,7 @@ Sink &sink()
 
 void line(QStringView tag, const QString &message)
 {
-    QString text = u'[' + tag.toString() + u"] " + message;
+    QString text = QStringLiteral("[%1] ").arg(tag) + message;
     text.replace(u'\n', u' ').replace(u'\r', u' ');
 
     const std::lock_guard lock(mutex());
