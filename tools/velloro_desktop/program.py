@@ -1,7 +1,6 @@
 """The program under test, or on show: its settings, its models, its output."""
 
 import json
-import os
 import pathlib
 import signal
 import subprocess
@@ -9,38 +8,16 @@ import threading
 import time
 
 from .desktop import DesktopError
-
-ENVIRONMENT_FOLDER = "VELLORO_MODEL_DIR"
-
-
-def file_name(model):
-    """The file name of the catalogue's model."""
-    return f"ggml-{model}.bin"
-
-
-def model_id(name):
-    """The catalogue's model that has the file name, or None."""
-    return name[5:-4] if name.startswith("ggml-") and name.endswith(".bin") else None
-
-
-def is_english_only(model):
-    return ".en" in model
-
-
-def models_in(folder):
-    """{catalogue id: path} of the models in a folder, which may not be there."""
-    try:
-        return {model_id(path.name): path for path in sorted(pathlib.Path(folder).iterdir())
-                if model_id(path.name)}
-    except OSError:
-        return {}
+from .models import file_name
 
 
 class Velloro:
     """The program on a private desktop. Settings and models are laid before `start()`."""
 
-    def __init__(self, desktop, program):
+    def __init__(self, desktop, program, on_line=lambda line: None):
+        """`on_line` is told every line that the program prints, on a thread of its own."""
         self.desktop = desktop
+        self._on_line = on_line
         self._program = pathlib.Path(program).resolve()
         self.process = None
         self.lines = []
@@ -103,6 +80,7 @@ class Velloro:
             with self._changed:
                 self.lines.append(line.rstrip("\n"))
                 self._changed.notify_all()
+            self._on_line(self.lines[-1])
         with self._changed:
             self._ended = True
             self._changed.notify_all()
@@ -151,19 +129,3 @@ class Velloro:
 
     def _tail(self):
         return " its output ends:\n" + "\n".join(self.lines[-25:])
-
-
-def find_program():
-    """The built program that the environment names, or the release build."""
-    here = pathlib.Path(__file__).resolve().parents[2]
-    return pathlib.Path(os.environ.get("VELLORO_PROGRAM", here / "build/release/src/velloro"))
-
-
-def find_model(preferred):
-    """(id, path) of the first of these models that VELLORO_MODEL_DIR has, else of any in it, else
-    None."""
-    present = models_in(os.environ.get(ENVIRONMENT_FOLDER, ""))
-    for model in [*preferred, *present]:
-        if model in present:
-            return model, present[model]
-    return None
