@@ -44,7 +44,7 @@ WhisperManager::~WhisperManager()
 void WhisperManager::refreshModelStates()
 {
     for (const WhisperModelInfo &row : ModelCatalog::allModels()) {
-        if (isFilePresent(row.id))
+        if (isModelFilePresent(row.id))
             setModelState(row.id, ModelDownloadState::downloaded());
         else if (!m_downloadTasks.contains(row.id))
             setModelState(row.id, ModelDownloadState::notDownloaded());
@@ -61,7 +61,7 @@ QString WhisperManager::modelURL(const QString &modelId) const
 
 bool WhisperManager::isModelDownloaded(WhisperModelType type) const
 {
-    return isFilePresent(Velloro::modelId(type));
+    return isModelFilePresent(Velloro::modelId(type));
 }
 
 void WhisperManager::downloadModel(const QString &modelId, ProgressHandler progressHandler)
@@ -92,7 +92,7 @@ void WhisperManager::downloadModel(const QString &modelId, ProgressHandler progr
 
 FileSystem::Result WhisperManager::deleteModel(const QString &modelId)
 {
-    if (isFilePresent(modelId)) {
+    if (isModelFilePresent(modelId)) {
         if (const auto removed = m_platform.fileSystem->removeItem(modelURL(modelId)); !removed)
             return removed;
     }
@@ -105,7 +105,7 @@ QCoro::Task<WhisperManager::LoadResult> WhisperManager::loadModel(QString modelI
 {
     Log::line(tag, u"loadModel requested for "_qs + modelId);
     const WhisperModelInfo *row = ModelCatalog::modelById(modelId);
-    if (!row || !isFilePresent(modelId))
+    if (!row || !isModelFilePresent(modelId))
         co_return tl::unexpected<ModelLoadError>(WhisperError::modelNotFound);
 
     unloadModel();
@@ -221,7 +221,7 @@ void WhisperManager::downloadDidComplete(DownloadTaskId task,
     }
 }
 
-bool WhisperManager::isFilePresent(const QString &modelId) const
+bool WhisperManager::isModelFilePresent(const QString &modelId) const
 {
     const QString path = modelURL(modelId);
     return !path.isEmpty() && m_platform.fileSystem->fileExists(path);

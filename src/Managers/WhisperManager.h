@@ -53,6 +53,8 @@ public:
     void refreshModelStates();
     /// The path of a model's file, for ids outside the catalogue, too.
     [[nodiscard]] QString modelURL(const QString &modelId) const;
+    /// Whether the file of the model with this id is there.
+    [[nodiscard]] bool isModelFilePresent(const QString &modelId) const;
     /// Whether the file of the model with the type's id is there.
     [[nodiscard]] bool isModelDownloaded(WhisperModelType type) const;
     /// Starts a download and returns at once. Nothing happens for a model that is there or on its
@@ -81,7 +83,6 @@ private:
     void downloadDidFinish(DownloadTaskId task, const QString &location) override;
     void downloadDidComplete(DownloadTaskId task, const std::optional<PlatformError> &error) override;
 
-    [[nodiscard]] bool isFilePresent(const QString &modelId) const;
     void setModelState(const QString &modelId, ModelDownloadState state);
 
     Platform &m_platform;
