@@ -2,6 +2,7 @@
 
 #include "Core/Graphemes.h"
 #include "Core/Log.h"
+#include "Core/ModelFile.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -128,7 +129,9 @@ WhisperContext::LoadResult WhisperContext::Executor::loadModel(const QString &pa
     whisper_context_params parameters = whisper_context_default_params();
     parameters.flash_attn = true;
     try {
-        m_context.reset(whisper_init_from_file_with_params(path.toUtf8().constData(), parameters));
+        if (!ModelFile::isDamaged(path))
+            m_context.reset(
+                whisper_init_from_file_with_params(path.toUtf8().constData(), parameters));
     } catch (const std::exception &) {
         // A model that is too large for the machine, or a header that claims so.
     }

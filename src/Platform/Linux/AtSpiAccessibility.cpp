@@ -103,6 +103,15 @@ AtSpiAccessibility::setAttributeValue(const AccessibilityElementRef &element,
     return tl::unexpected(AccessibilityError::attributeUnsupported);
 }
 
+bool AtSpiAccessibility::isTerminalFocused()
+{
+    const Result<AtSpiReference> focused = m_focus.focused();
+    if (!focused)
+        return false;
+    const QDBusMessage role = m_bus.call(*focused, accessibleInterface, QStringLiteral("GetRole"));
+    return role.arguments().value(0).toUInt() == AtSpiRole::terminal;
+}
+
 Accessibility::Result<AccessibilityValue> AtSpiAccessibility::role(const AtSpiReference &object)
 {
     const QDBusMessage number = m_bus.call(object, accessibleInterface, QStringLiteral("GetRole"));

@@ -30,6 +30,9 @@ public:
                                                  const QString &attribute,
                                                  const AccessibilityValue &value) override;
 
+    /// Whether the focused element is a terminal; false where that can't be known.
+    [[nodiscard]] bool isTerminalFocused();
+
 private:
     Result<AccessibilityValue> role(const AtSpiReference &object);
     Result<AtSpiReference> objectOf(const AccessibilityElementRef &element);
