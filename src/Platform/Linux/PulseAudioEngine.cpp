@@ -9,8 +9,9 @@ namespace Velloro {
 
 namespace {
 
-// At the stop, what has been spoken but is still on its way is waited for this long at most.
-constexpr auto drainLimit = 80ms;
+// At the stop, what has been spoken but is still on its way is waited for this long at most. A
+// fragment's length, 20 ms, is what it mostly takes.
+constexpr auto drainLimit = 150ms;
 // The server sends this often: the less, the less is on its way at the stop.
 constexpr uint32_t fragmentsPerSecond = 50;
 
