@@ -5,6 +5,7 @@
 #include "Support/WaitUntil.h"
 
 #include <QStringList>
+#include <string>
 #include <xcb/xcb_keysyms.h>
 #include <xkbcommon/xkbcommon.h>
 
@@ -49,12 +50,12 @@ public:
         sync();
     }
 
-    /// The keys since the last call. Waits until those that the server has sent are here.
-    QStringList take()
+    /// The keys since the last call, separated by ", ". Waits until those that the server has sent are here.
+    std::string take()
     {
         sync();
         m_connection->dispatchPending();
-        return std::exchange(m_keys, {});
+        return std::exchange(m_keys, {}).join(QStringLiteral(", ")).toStdString();
     }
     /// Whether the server holds any key down for the applications.
     bool isAnyKeyDown()

@@ -4,16 +4,14 @@
 #include "Platform/PhysicalKeyboard.h"
 #include "Support/WaitUntil.h"
 
+#include <QCoreApplication>
 #include <QProcess>
 #include <gmock/gmock.h>
 
 namespace Velloro {
 namespace {
 
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::Not;
+using ::testing::HasSubstr;
 
 constexpr uint32_t spaceBar = 49, option = 2048, control = 4096, shift = 512, command = 256;
 constexpr HotkeyIdentifier identifier{1, 7};
@@ -55,14 +53,14 @@ protected:
     }
 
     /// What has been delivered since the last call, once everything sent has arrived.
-    QStringList take()
+    std::string take()
     {
         for (int i = 0; i < 3; ++i) {
             XcbReply<xcb_get_input_focus_reply_t>(xcb_get_input_focus_reply(
                 connection->xcb(), xcb_get_input_focus(connection->xcb()), nullptr));
             QCoreApplication::processEvents();
         }
-        return std::exchange(events, {});
+        return std::exchange(events, {}).join(u", "_qs).toStdString();
     }
 
     HotkeyRegistration::Reference registerOptionSpace()
@@ -72,7 +70,7 @@ protected:
         return reference.value_or(0);
     }
 
-    const QStringList once{u"press"_qs, u"release"_qs};
+    const std::string once = "press, release";
     PhysicalKeyboard keyboard;
     std::shared_ptr<X11Connection> connection;
     std::unique_ptr<X11HotkeyRegistration> hotkeys;
@@ -95,9 +93,9 @@ TEST_F(X11HotkeyTest, autoRepeatIsNoPress)
                      });
     keyboard.press({Key::leftAlt, Key::space});
     ASSERT_TRUE(waitUntil([&] { return repeats >= 3; }));
-    EXPECT_THAT(take(), ElementsAre(u"press"_qs));
+    EXPECT_EQ(take(), "press");
     keyboard.release({Key::space, Key::leftAlt});
-    EXPECT_THAT(take(), ElementsAre(u"release"_qs));
+    EXPECT_EQ(take(), "release");
 }
 
 TEST_F(X11HotkeyTest, worksWhateverIsLockedOrLaidOut)
@@ -138,7 +136,7 @@ TEST_F(X11HotkeyTest, onlyTheCombinationItself)
         keyboard.tap(Key::space);
         for (const uint8_t modifier : modifiers)
             keyboard.release({modifier});
-        EXPECT_THAT(take(), IsEmpty()) << modifiers.size() << " modifiers";
+        EXPECT_EQ(take(), "") << modifiers.size() << " modifiers";
     }
     keyboard.press({Key::leftControl, Key::leftShift});
     keyboard.tap(Key::space);
@@ -165,24 +163,23 @@ TEST_F(X11HotkeyTest, theModifierMayGoUpFirst)
     registerOptionSpace();
     keyboard.press({Key::leftAlt, Key::space});
     keyboard.release({Key::leftAlt});
-    EXPECT_THAT(take(), ElementsAre(u"press"_qs));
+    EXPECT_EQ(take(), "press");
     EXPECT_FALSE(window.isAnyKeyDown());
     keyboard.release({Key::space});
-    EXPECT_THAT(take(), ElementsAre(u"release"_qs));
+    EXPECT_EQ(take(), "release");
     EXPECT_FALSE(window.isAnyKeyDown());
 
     // The application saw no tap on Alt alone, which would open its menu, and no space.
-    EXPECT_THAT(window.take(), ElementsAre(u"+Alt_L"_qs, u"+none with Alt"_qs, u"-none"_qs,
-                                           u"-Alt_L"_qs));
+    EXPECT_EQ(window.take(), "+Alt_L, +none with Alt, -none, -Alt_L");
     keyboard.tap(Key::a);
-    EXPECT_THAT(window.take(), ElementsAre(u"+a"_qs, u"-a"_qs));
+    EXPECT_EQ(window.take(), "+a, -a");
 }
 
 TEST_F(X11HotkeyTest, anotherProgramsCombinationIsTaken)
 {
     const auto other = X11Connection::open();
     X11Keyboards keyboards(other);
-    const auto sync = [&] { keyboards.logicallyHeld(); };
+    const auto sync = [&] { (void)keyboards.logicallyHeld(); };
     const auto status = [&] {
         const auto result = hotkeys->registerHotkey(spaceBar, option, identifier);
         if (result)
@@ -190,7 +187,7 @@ TEST_F(X11HotkeyTest, anotherProgramsCombinationIsTaken)
         return result ? 0 : result.error();
     };
 
-    for (const uint16_t state : {XCB_MOD_MASK_1, XCB_MOD_MASK_1 | XCB_MOD_MASK_LOCK}) {
+    for (const uint16_t state : {8, 8 | 2}) { // Alt, and Alt with Caps Lock
         xcb_grab_key(other->xcb(), 1, other->root(), state, Key::space, XCB_GRAB_MODE_ASYNC,
                      XCB_GRAB_MODE_ASYNC);
         sync();
@@ -217,7 +214,8 @@ TEST_F(X11HotkeyTest, anotherProgramsCombinationIsTaken)
     sync();
 
     X11HotkeyRegistration second(other);
-    ASSERT_TRUE(second.registerHotkey(spaceBar, option, identifier));
+    const auto registered = second.registerHotkey(spaceBar, option, identifier);
+    ASSERT_TRUE(registered) << registered.error();
     EXPECT_EQ(status(), XCB_ACCESS);
 }
 
@@ -231,17 +229,17 @@ TEST_F(X11HotkeyTest, isGivenBack)
     keyboard.press({Key::leftAlt});
     keyboard.tap(Key::space);
     keyboard.release({Key::leftAlt});
-    EXPECT_THAT(take(), IsEmpty());
-    EXPECT_THAT(window.take(), Contains(u"+space with Alt"_qs));
+    EXPECT_EQ(take(), "");
+    EXPECT_THAT(window.take(), HasSubstr("+space with Alt"));
 
     // Given back while it is held: the press ends there.
     const auto again = registerOptionSpace();
     keyboard.press({Key::leftAlt, Key::space});
-    EXPECT_THAT(take(), ElementsAre(u"press"_qs));
+    EXPECT_EQ(take(), "press");
     hotkeys->unregisterHotkey(again);
-    EXPECT_THAT(take(), ElementsAre(u"release"_qs));
+    EXPECT_EQ(take(), "release");
     keyboard.release({Key::space, Key::leftAlt});
-    EXPECT_THAT(take(), IsEmpty());
+    EXPECT_EQ(take(), "");
     EXPECT_FALSE(window.isAnyKeyDown());
 }
 
@@ -269,9 +267,9 @@ TEST_F(X11HotkeyTest, aKeyboardThatGoesAwayReleasesAndOneThatComesCounts)
 {
     registerOptionSpace();
     keyboard.press({Key::leftAlt, Key::space});
-    EXPECT_THAT(take(), ElementsAre(u"press"_qs));
+    EXPECT_EQ(take(), "press");
     keyboard.setEnabled(false);
-    EXPECT_THAT(take(), ElementsAre(u"release"_qs));
+    EXPECT_EQ(take(), "release");
     keyboard.setEnabled(true);
     keyboard.release({Key::space, Key::leftAlt});
     take();
@@ -314,7 +312,7 @@ TEST(X11HotkeyServerTest, theServersEndReleases)
     EXPECT_TRUE(waitUntil([&] { return events.size() == 2; }));
     hotkeys.unregisterHotkey(*reference);
     EXPECT_EQ(hotkeys.registerHotkey(spaceBar, option, identifier).error(), XCB_REQUEST);
-    EXPECT_THAT(events, ElementsAre(u"press"_qs, u"release"_qs));
+    EXPECT_EQ(events, (QStringList{u"press"_qs, u"release"_qs}));
 }
 
 } // namespace
