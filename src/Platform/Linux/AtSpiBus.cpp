@@ -179,7 +179,9 @@ void AtSpiBus::takeEnabled(const QDBusMessage &reply)
 {
     m_isEnabled = reply.type() == QDBusMessage::ReplyMessage
                   && reply.arguments().value(0).value<QDBusVariant>().variant().toBool();
-    if (reply.type() != QDBusMessage::ReplyMessage)
+    if (reply.type() == QDBusMessage::ReplyMessage)
+        m_retryDelay = shortestRetry;
+    else
         retryLater();
 }
 

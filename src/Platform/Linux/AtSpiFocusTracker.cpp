@@ -63,11 +63,14 @@ void AtSpiFocusTracker::onWindowActivated(const AtSpiReference &window)
 
 void AtSpiFocusTracker::onWindowDeactivated(const AtSpiReference &window)
 {
-    if (m_activeWindow == window)
+    // Toolkits differ in whether an object keeps its focus in a window that is not active, and an
+    // object may be of another process than the window that shows it.
+    if (m_activeWindow == window) {
         m_activeWindow.reset();
-    // Toolkits differ in whether an object keeps its focus in a window that is not active.
-    if (m_focused && m_focused->service == window.service && !m_activeWindow)
         m_focused.reset();
+    } else if (!m_activeWindow && m_focused && m_focused->service == window.service) {
+        m_focused.reset();
+    }
 }
 
 void AtSpiFocusTracker::onDisconnected()
