@@ -325,8 +325,11 @@ TEST_F(WhisperManagerTest, LoadsAndReplacesModels)
     const auto byType = [](WhisperManager &manager, Outcome &result) -> QCoro::Task<void> {
         result = co_await manager.loadModel(WhisperModelType::medium);
     };
-    byType(*manager, outcome);
-    EXPECT_FALSE(manager->isModelLoaded());
+    {
+        const FakeWhisper::Hold hold(FakeWhisper::Point::load);
+        byType(*manager, outcome);
+        EXPECT_FALSE(manager->isModelLoaded());
+    }
     ASSERT_TRUE(waitUntil([&] { return outcome.has_value(); }));
     EXPECT_TRUE(outcome->has_value());
     EXPECT_EQ(manager->selectedModelId(), QStringLiteral("medium"));
