@@ -441,6 +441,7 @@ TEST_F(WhisperManagerTest, UnloadsInTheBackground)
     EXPECT_EQ(manager->selectedModelId(), tiny);
     EXPECT_EQ(loadedChanges, 2);
     EXPECT_TRUE(waitUntil([] { return FakeWhisper::liveContexts() == 0; }));
+    ASSERT_TRUE(waitUntil([this] { return log.lines().size() >= 2; }));
     EXPECT_EQ(log.lines().first(2),
               QStringList(
                   {QStringLiteral("[WhisperManager] unloadModel called. Context exists: true"),
