@@ -1,4 +1,39 @@
-int main()
+#include "Managers/HotkeyManager.h"
+#include "Platform/Linux/LinuxPlatform.h"
+#include "Platform/Linux/SingleInstance.h"
+#include "Platform/Linux/TerminationSignals.h"
+#include "VelloroApp.h"
+
+#include <QApplication>
+#include <csignal>
+
+using namespace Velloro;
+
+int main(int argc, char **argv)
 {
-    return 0;
+    // Whoever reads the log may go away; dictation goes on.
+    std::signal(SIGPIPE, SIG_IGN);
+
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Velloro"));
+    QApplication::setDesktopFileName(QStringLiteral("velloro"));
+
+    SingleInstance instance;
+    if (!instance.acquire())
+        return 0;
+
+    Platform platform = makeLinuxPlatform();
+    const std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(platform);
+    VelloroApp velloro(platform);
+
+    TerminationSignals signals;
+    QObject::connect(&signals, &TerminationSignals::terminationRequested, &velloro,
+                     &VelloroApp::terminate);
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &velloro,
+                     &VelloroApp::terminate);
+    QObject::connect(&instance, &SingleInstance::activationRequested, &velloro,
+                     &VelloroApp::activate);
+
+    velloro.launch();
+    return QApplication::exec();
 }

@@ -23,7 +23,7 @@ Sink &sink()
 
 void line(QStringView tag, const QString &message)
 {
-    QString text = QChar(u'[') + tag.toString() + QStringLiteral("] ") + message;
+    QString text = QStringLiteral("[%1] ").arg(tag) + message;
     text.replace(u'\n', u' ').replace(u'\r', u' ');
 
     const std::lock_guard lock(mutex());

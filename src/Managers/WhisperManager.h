@@ -53,6 +53,8 @@ public:
     void refreshModelStates();
     /// The path of a model's file, for ids outside the catalogue, too.
     [[nodiscard]] QString modelURL(const QString &modelId) const;
+    /// Whether the file of the model with this id is there.
+    [[nodiscard]] bool isModelFilePresent(const QString &modelId) const;
     /// Whether the file of the model with the type's id is there.
     [[nodiscard]] bool isModelDownloaded(WhisperModelType type) const;
     /// Starts a download and returns at once. Nothing happens for a model that is there or on its
@@ -80,6 +82,8 @@ private:
                               int64_t totalBytesExpected) override;
     void downloadDidFinish(DownloadTaskId task, const QString &location) override;
     void downloadDidComplete(DownloadTaskId task, const std::optional<PlatformError> &error) override;
+
+    void setModelState(const QString &modelId, ModelDownloadState state);
 
     Platform &m_platform;
     QString m_baseUrl;

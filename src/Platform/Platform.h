@@ -10,6 +10,7 @@
 #include "Platform/Pasteboard.h"
 #include "Platform/ProcessInfo.h"
 #include "Platform/SystemSounds.h"
+#include "Platform/Updater.h"
 #include "Platform/UserDefaults.h"
 #include "Platform/UserNotifications.h"
 #include "Platform/Workspace.h"
@@ -41,6 +42,7 @@ struct Platform
     std::unique_ptr<UserDefaults> userDefaults;
     std::unique_ptr<FileSystem> fileSystem;
     std::unique_ptr<ProcessInfo> processInfo;
+    std::unique_ptr<Updater> updater;
 };
 
 } // namespace Velloro

@@ -1,0 +1,414 @@
+#include "Core/DictationController.h"
+
+#include "Core/Graphemes.h"
+#include "Core/Log.h"
+#include "Managers/TextCorrector.h"
+
+#include <QCoroFuture>
+#include <algorithm>
+#include <array>
+
+using namespace std::chrono_literals;
+
+namespace Velloro {
+
+namespace {
+
+constexpr auto recordingTick = 50ms;
+constexpr auto pauseAfterDeletion = 50ms;
+
+/// Roles of the elements into which text can be dictated.
+const std::array textFieldRoles = {u"AXTextField", u"AXTextArea", u"AXComboBox", u"AXSearchField",
+                                   u"AXStaticText"};
+
+void log(const QString &message)
+{
+    Log::line(u"Dictation", message);
+}
+
+} // namespace
+
+DictationController::DictationController(AppState &appState, Platform &platform,
+                                         PillFactory makePill, QObject *parent)
+    : QObject(parent)
+    , m_appState(appState)
+    , m_platform(platform)
+    , m_audioCaptureManager(platform)
+    , m_textInsertionManager(platform)
+    , m_hotkeyManager(HotkeyManager::shared())
+    , m_makePill(std::move(makePill))
+{
+    m_recordingTimer.setInterval(recordingTick);
+    m_recordingTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_recordingTimer, &QTimer::timeout, this, [this] {
+        m_appState.setRecordingDuration(m_appState.recordingDuration() + 0.05);
+        m_appState.setAudioLevel(m_audioCaptureManager.audioLevel());
+    });
+    // A microphone that vanishes ends the dictation with what was said until then.
+    connect(&m_audioCaptureManager, &AudioCaptureManager::captureInterrupted, this,
+            &DictationController::stopRecording);
+    setupHotkeyHandlers();
+}
+
+DictationController::~DictationController() = default;
+
+void DictationController::setupHotkeyHandlers()
+{
+    const QPointer<DictationController> controller(this);
+    m_hotkeyManager.setOnHotkeyPressed([controller] {
+        if (controller)
+            controller->handleHotkeyPressed();
+    });
+    m_hotkeyManager.setOnHotkeyReleased([controller] {
+        if (controller)
+            controller->handleHotkeyReleased();
+    });
+}
+
+void DictationController::handleHotkeyPressed()
+{
+    if (m_appState.recordingMode() == RecordingMode::toggle
+        && m_appState.transcriptionState() == TranscriptionState::listening) {
+        stopRecording();
+    } else {
+        startRecording();
+    }
+}
+
+void DictationController::handleHotkeyReleased()
+{
+    if (m_appState.recordingMode() == RecordingMode::holdToTalk
+        && m_appState.transcriptionState() == TranscriptionState::listening) {
+        stopRecording();
+    }
+}
+
+void DictationController::startRecording()
+{
+    if (!m_appState.hasMicrophonePermission()) {
+        log(u"Microphone permission not granted, requesting..."_qs);
+        requestPermissionAndStart();
+        return;
+    }
+    if (m_appState.requireTextFieldFocus() && !isTextFieldFocused()) {
+        showTextFieldNotification();
+        return;
+    }
+    startRecordingInternal();
+}
+
+QCoro::Task<void> DictationController::requestPermissionAndStart()
+{
+    const QPointer<DictationController> alive(this);
+    const bool granted = co_await m_audioCaptureManager.requestPermission();
+    if (!alive)
+        co_return;
+    m_appState.setHasMicrophonePermission(granted);
+    if (!granted) {
+        log(u"Permission denied by user"_qs);
+        co_return;
+    }
+    log(u"Permission granted, starting recording..."_qs);
+    co_await startRecordingInternal();
+}
+
+QCoro::Task<void> DictationController::startRecordingInternal()
+{
+    const QPointer<DictationController> alive(this);
+
+    for (;;) {
+        if (m_appState.transcriptionState() != TranscriptionState::idle) {
+            log(u"Cannot start recording: already recording (state: %1)"_qs.arg(
+                caseName(m_appState.transcriptionState())));
+            co_return;
+        }
+        if (m_appState.whisperManager().isModelLoaded())
+            break;
+        const bool loaded = co_await loadModelJustInTime();
+        if (!alive || !loaded)
+            co_return;
+    }
+
+    const bool streaming = m_appState.enableRealtimeStreaming();
+    m_lastInsertedText.clear();
+    m_streamingInsertedCount = 0;
+    m_isStreamingActive = streaming;
+    m_appState.setPartialTranscript({});
+
+    if (const auto context = m_appState.whisperManager().whisperContext()) {
+        co_await context->setLanguage(rawValue(m_appState.selectedLanguage()));
+        if (!alive)
+            co_return;
+    }
+    if (const auto context = m_appState.whisperManager().whisperContext()) {
+        co_await context->setCustomDictionary(m_appState.customDictionary());
+        if (!alive)
+            co_return;
+    }
+
+    AudioCaptureManager::StartResult started;
+    if (streaming) {
+        started = co_await startStreamingCapture();
+        if (!alive)
+            co_return;
+    } else {
+        started = m_audioCaptureManager.startRecording();
+    }
+    if (!started) {
+        log(u"Failed to start recording: "_qs + localizedDescription(started.error()));
+        co_return;
+    }
+    log(streaming ? u"Started recording with realtime streaming"_qs
+                  : u"Started recording in batch mode"_qs);
+
+    m_appState.setTranscriptionState(TranscriptionState::listening);
+    showRecordingPill();
+    startRecordingTimer();
+    if (m_appState.playSounds())
+        m_platform.systemSounds->play(u"Pop"_qs);
+}
+
+QCoro::Task<bool> DictationController::loadModelJustInTime()
+{
+    log(u"Model not loaded, attempting to load selected model..."_qs);
+    WhisperManager &manager = m_appState.whisperManager();
+    const WhisperModelType type = modelType(m_appState.selectedModel());
+    if (!manager.isModelDownloaded(type)) {
+        log(u"Cannot start recording: model not downloaded."_qs);
+        co_return false;
+    }
+    if (const auto loaded = co_await manager.loadModel(type); !loaded) {
+        log(u"Failed to load model JIT: "_qs + localizedDescription(loaded.error()));
+        co_return false;
+    }
+    log(u"Successfully loaded model JIT"_qs);
+    co_return true;
+}
+
+QCoro::Task<AudioCaptureManager::StartResult> DictationController::startStreamingCapture()
+{
+    const QPointer<DictationController> controller(this);
+    co_await m_appState.whisperManager().startStreaming(
+        rawValue(m_appState.selectedLanguage()), [controller](const TranscriptionSegment &segment) {
+            if (controller)
+                controller->handleTranscriptionSegment(segment);
+        });
+    if (!controller)
+        co_return AudioCaptureManager::StartResult();
+    co_return m_audioCaptureManager.startRecordingWithAsyncStreaming(
+        [controller](std::vector<float> chunk) {
+            return feedContext(controller, std::move(chunk));
+        });
+}
+
+QCoro::Task<void> DictationController::feedContext(QPointer<DictationController> controller,
+                                                   std::vector<float> chunk)
+{
+    if (!controller)
+        co_return;
+    if (const auto context = controller->m_appState.whisperManager().whisperContext())
+        co_await context->addAudioSamples(std::move(chunk));
+}
+
+void DictationController::stopRecording()
+{
+    if (m_appState.transcriptionState() != TranscriptionState::listening)
+        return;
+    const bool wasStreaming = m_isStreamingActive;
+    const int64_t streamedCount = m_streamingInsertedCount;
+    m_isStreamingActive = false;
+    m_recordingTimer.stop();
+
+    std::vector<float> samples = m_audioCaptureManager.stopRecording();
+    log(u"Stopped recording, got %1 samples. Mode: %2"_qs.arg(
+        QString::number(samples.size()), wasStreaming ? u"streaming"_qs : u"batch"_qs));
+    if (wasStreaming) {
+        // Runs on the executor ahead of the transcription; nothing here depends on its end.
+        if (const auto context = m_appState.whisperManager().whisperContext())
+            context->stopStreaming();
+    }
+    m_appState.setTranscriptionState(TranscriptionState::transcribing);
+    transcribeAndFinish(std::move(samples), wasStreaming, streamedCount);
+}
+
+QCoro::Task<void> DictationController::transcribeAndFinish(std::vector<float> samples,
+                                                           bool wasStreaming, int64_t streamedCount)
+{
+    const QPointer<DictationController> alive(this);
+    QString text;
+    if (const auto context = m_appState.whisperManager().whisperContext()) {
+        const QFuture<QString> transcription = context->transcribe(std::move(samples));
+        co_await qCoro(transcription).waitForFinished();
+        if (transcription.resultCount() > 0)
+            text = transcription.result();
+    }
+    if (alive)
+        finish(text, wasStreaming, streamedCount);
+}
+
+void DictationController::finish(const QString &text, bool wasStreaming, int64_t streamedCount)
+{
+    if (wasStreaming && streamedCount > 0) {
+        log(u"Deleting %1 characters of streaming text"_qs.arg(streamedCount));
+        m_textInsertionManager.deleteBackwards(streamedCount);
+        m_platform.keyboardEvents->pause(pauseAfterDeletion);
+    }
+    if (text.isEmpty())
+        log(u"Empty final transcription"_qs);
+    else
+        insertFinalText(text);
+
+    m_appState.setTranscriptionState(TranscriptionState::idle);
+    m_appState.setPartialTranscript({});
+    m_lastInsertedText.clear();
+    hideRecordingPill();
+    if (m_appState.playSounds())
+        m_platform.systemSounds->play(u"Tink"_qs);
+}
+
+void DictationController::insertFinalText(const QString &text)
+{
+    QString final = text;
+    if (m_appState.enableTextCorrection()) {
+        final = TextCorrector::correct(text, rawValue(m_appState.selectedLanguage()));
+        if (final != text)
+            log(u"Text corrected: '"_qs + text + u"' -> '"_qs + final + u"'"_qs);
+    }
+    m_textInsertionManager.insertText(final);
+    m_appState.setLastTranscript(final);
+    m_appState.addToHistory(final);
+    log(u"Final transcription: '"_qs + final + u"'"_qs);
+}
+
+bool DictationController::isTextFieldFocused()
+{
+    // Answers false only for an element that is positively no text field.
+    const auto application = m_platform.workspace->frontmostApplication();
+    if (!application)
+        return true;
+    Accessibility &accessibility = *m_platform.accessibility;
+    const auto focused = accessibility.copyAttributeValue(
+        accessibility.applicationElement(application->processIdentifier), u"AXFocusedUIElement"_qs);
+    if (!focused)
+        return true;
+    const auto *element = std::get_if<AccessibilityElementRef>(&*focused);
+    if (!element || !*element)
+        return true;
+    const auto role = accessibility.copyAttributeValue(*element, u"AXRole"_qs);
+    const auto *roleName = role ? std::get_if<QString>(&*role) : nullptr;
+    if (!roleName)
+        return true;
+    return std::any_of(textFieldRoles.begin(), textFieldRoles.end(),
+                       [&](const char16_t *accepted) { return *roleName == QStringView(accepted); });
+}
+
+void DictationController::showTextFieldNotification()
+{
+    m_platform.userNotifications->deliver(
+        u"Velloro"_qs,
+        u"Please click on a text field before recording. You can disable this check in Settings."_qs);
+    log(u"Text field not focused, showing notification"_qs);
+}
+
+void DictationController::showRecordingPill()
+{
+    if (!m_pillWindowController)
+        m_pillWindowController = m_makePill();
+    m_pillWindowController->show(m_appState);
+}
+
+void DictationController::hideRecordingPill()
+{
+    if (m_pillWindowController)
+        m_pillWindowController->hide();
+}
+
+void DictationController::startRecordingTimer()
+{
+    m_appState.setRecordingDuration(0);
+    m_recordingTimer.start();
+}
+
+void DictationController::handleTranscriptionSegment(const TranscriptionSegment &segment)
+{
+    if (!m_isStreamingActive)
+        return;
+    const QString confirmed = segment.text.trimmed();
+    const QString uncommitted = segment.uncommitted.trimmed();
+    QStringList shown{confirmed, uncommitted};
+    shown.removeAll(QString());
+    m_appState.setPartialTranscript(shown.join(u' '));
+
+    if (!confirmed.isEmpty() && confirmed != m_lastInsertedText) {
+        typeStreamedText(confirmed);
+        m_lastInsertedText = confirmed;
+    }
+}
+
+void DictationController::typeStreamedText(const QString &confirmed)
+{
+    if (m_lastInsertedText.isEmpty()) {
+        m_textInsertionManager.insertText(confirmed);
+        m_streamingInsertedCount = Graphemes::count(confirmed);
+        log(u"Streaming start: '%1' (%2 chars)"_qs.arg(
+            Graphemes::prefix(confirmed, 40), QString::number(m_streamingInsertedCount)));
+    } else if (confirmed.startsWith(m_lastInsertedText)) {
+        const QString added = Graphemes::dropFirst(confirmed, Graphemes::count(m_lastInsertedText));
+        if (added.isEmpty())
+            return;
+        m_textInsertionManager.insertText(added);
+        m_streamingInsertedCount += Graphemes::count(added);
+        log(u"Confirmed: +'%1' (total: %2)"_qs.arg(
+            Graphemes::prefix(added, 25), QString::number(m_streamingInsertedCount)));
+    } else {
+        // What stands there already stays; the new wording follows it until the final text
+        // replaces both.
+        m_textInsertionManager.insertText(u' ' + confirmed);
+        m_streamingInsertedCount += Graphemes::count(confirmed) + 1;
+        log(u"Streaming edge: '%1' (total: %2)"_qs.arg(
+            Graphemes::prefix(confirmed, 30), QString::number(m_streamingInsertedCount)));
+    }
+}
+
+void DictationController::updatePermissionStatus()
+{
+    m_appState.setHasMicrophonePermission(m_platform.captureAuthorization->authorizationStatus()
+                                          == AuthorizationStatus::authorized);
+    m_appState.setHasAccessibilityPermission(m_textInsertionManager.hasAccessibilityPermission());
+}
+
+void DictationController::updateAppStateFromWhisperManager()
+{
+    AppState::PresetSet downloaded;
+    for (const WhisperModelType type : allWhisperModelTypes()) {
+        if (!m_appState.whisperManager().isModelDownloaded(type))
+            continue;
+        QString name = modelId(type);
+        name[0] = name[0].toUpper();
+        if (const auto preset = fromRawValue<ModelPreset>(name))
+            downloaded.insert(*preset);
+    }
+    m_appState.setDownloadedModels(downloaded);
+}
+
+void DictationController::loadSelectedModelIfNeeded()
+{
+    const WhisperModelType type = modelType(m_appState.selectedModel());
+    if (m_appState.whisperManager().isModelDownloaded(type))
+        m_appState.whisperManager().loadModel(type);
+}
+
+WhisperModelType DictationController::modelType(ModelPreset preset)
+{
+    switch (preset) {
+    case ModelPreset::small:
+        return WhisperModelType::base;
+    case ModelPreset::medium:
+        return WhisperModelType::small;
+    case ModelPreset::large:
+        return WhisperModelType::medium;
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace Velloro

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "Core/AppState.h"
+#include "Core/RecordingPill.h"
+#include "Managers/AudioCaptureManager.h"
+#include "Managers/HotkeyManager.h"
+#include "Managers/TextInsertionManager.h"
+
+#include <QCoroTask>
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+#include <functional>
+#include <memory>
+
+namespace Velloro {
+
+/// Turns hotkey presses into dictations: checks what a recording needs, drives microphone, pill and
+/// timer, has the audio transcribed, cleans the text, types it and records it in the history.
+///
+/// Main thread only. Asynchronous steps resume there; while they are suspended hotkey events are
+/// handled normally, and the checks of `AppState::transcriptionState` are the only guards against
+/// overlapping dictations.
+class DictationController : public QObject
+{
+    Q_OBJECT
+
+public:
+    using PillFactory = std::function<std::unique_ptr<RecordingPill>()>;
+
+    /// Wires the callbacks of `HotkeyManager::shared`; registering the hotkey is the caller's.
+    /// `appState`, `platform` and the hotkey manager outlive the controller. `makePill` is called
+    /// once, when the first recording starts.
+    DictationController(AppState &appState, Platform &platform, PillFactory makePill,
+                        QObject *parent = nullptr);
+    ~DictationController() override;
+
+    /// Requests a dictation; may be refused, with a log line or the focus notification.
+    void startRecording();
+    /// Ends the recording and has its text produced; ignored unless the state is `listening`.
+    void stopRecording();
+    /// Refreshes the two permission flags of the state.
+    void updatePermissionStatus();
+    /// Recomputes the presets that have a model file from the files on disk.
+    void updateAppStateFromWhisperManager();
+    /// Loads the selected preset's model in the background if its file exists.
+    void loadSelectedModelIfNeeded();
+
+    /// The model type that a preset stands for on the paths that load a model here.
+    [[nodiscard]] static WhisperModelType modelType(ModelPreset preset);
+
+    [[nodiscard]] HotkeyManager &hotkeyManager() { return m_hotkeyManager; }
+
+private:
+    void setupHotkeyHandlers();
+    void handleHotkeyPressed();
+    void handleHotkeyReleased();
+    QCoro::Task<void> requestPermissionAndStart();
+    QCoro::Task<void> startRecordingInternal();
+    QCoro::Task<bool> loadModelJustInTime();
+    QCoro::Task<AudioCaptureManager::StartResult> startStreamingCapture();
+    static QCoro::Task<void> feedContext(QPointer<DictationController> controller,
+                                         std::vector<float> chunk);
+    QCoro::Task<void> transcribeAndFinish(std::vector<float> samples, bool wasStreaming,
+                                          int64_t streamedCount);
+    void finish(const QString &text, bool wasStreaming, int64_t streamedCount);
+    void insertFinalText(const QString &text);
+    [[nodiscard]] bool isTextFieldFocused();
+    void showTextFieldNotification();
+    void showRecordingPill();
+    void hideRecordingPill();
+    void startRecordingTimer();
+    void handleTranscriptionSegment(const TranscriptionSegment &segment);
+    void typeStreamedText(const QString &confirmed);
+
+    AppState &m_appState;
+    Platform &m_platform;
+    AudioCaptureManager m_audioCaptureManager;
+    TextInsertionManager m_textInsertionManager;
+    HotkeyManager &m_hotkeyManager;
+    PillFactory m_makePill;
+    std::unique_ptr<RecordingPill> m_pillWindowController;
+    /// 0.05 s tick while recording.
+    QTimer m_recordingTimer;
+    /// The confirmed text typed so far while streaming.
+    QString m_lastInsertedText;
+    /// Characters typed so far while streaming, separating spaces included.
+    int64_t m_streamingInsertedCount = 0;
+    bool m_isStreamingActive = false;
+};
+
+} // namespace Velloro

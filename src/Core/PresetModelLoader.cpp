@@ -1,0 +1,76 @@
+#include "Core/PresetModelLoader.h"
+
+#include "Core/DictationController.h"
+
+#include <QPointer>
+
+namespace Velloro {
+
+PresetModelLoader::PresetModelLoader(AppState &appState, HotkeyManager &hotkeyManager,
+                                     QObject *parent)
+    : QObject(parent)
+    , m_appState(appState)
+    , m_hotkeyManager(hotkeyManager)
+{
+    connect(&appState, &AppState::selectedModelChanged, this, &PresetModelLoader::loadPresetModel);
+    connect(&appState, &AppState::presetMappingsChanged, this, &PresetModelLoader::loadPresetModel);
+    connect(&appState, &AppState::transcriptionStateChanged, this, [this] {
+        if (m_isWaitingForIdle)
+            loadPresetModel();
+    });
+    connect(&appState.whisperManager(), &WhisperManager::modelStatesChanged, this,
+            &PresetModelLoader::modelStateChanged);
+    connect(&hotkeyManager, &HotkeyManager::isHotkeyPressedChanged, this,
+            &PresetModelLoader::hotkeyPressedChanged);
+}
+
+void PresetModelLoader::loadPresetModel()
+{
+    m_isWaitingForIdle = m_appState.transcriptionState() != TranscriptionState::idle;
+    if (m_isWaitingForIdle)
+        return;
+
+    WhisperManager &manager = m_appState.whisperManager();
+    const QString modelId = m_appState.modelId(m_appState.selectedModel());
+    if (modelId == m_loadingModelId)
+        return;
+    if (manager.isModelLoaded() && manager.selectedModelId() == modelId)
+        return;
+    if (!manager.isModelFilePresent(modelId))
+        return;
+    load(modelId);
+}
+
+QCoro::Task<void> PresetModelLoader::load(QString modelId)
+{
+    const QPointer<PresetModelLoader> alive(this);
+    m_loadingModelId = modelId;
+    // A failure has been logged where it happened; the next press or choice tries again.
+    co_await m_appState.whisperManager().loadModel(modelId);
+    if (alive && m_loadingModelId == modelId)
+        m_loadingModelId.clear();
+}
+
+void PresetModelLoader::modelStateChanged(const QString &modelId)
+{
+    const ModelDownloadState state = m_appState.whisperManager().modelStates().value(modelId);
+    if (std::holds_alternative<ModelDownloadState::Downloading>(state.value)) {
+        m_downloading.insert(modelId);
+        return;
+    }
+    const bool hasJustArrived = m_downloading.remove(modelId) && state.isDownloaded();
+    if (hasJustArrived && modelId == m_appState.modelId(m_appState.selectedModel()))
+        loadPresetModel();
+}
+
+void PresetModelLoader::hotkeyPressedChanged()
+{
+    // Where the controller finds the file that it looks for, the load is its own.
+    WhisperManager &manager = m_appState.whisperManager();
+    if (m_hotkeyManager.isHotkeyPressed() && !manager.isModelLoaded()
+        && !manager.isModelDownloaded(DictationController::modelType(m_appState.selectedModel()))) {
+        loadPresetModel();
+    }
+}
+
+} // namespace Velloro

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "Platform/Platform.h"
+
+namespace Velloro {
+
+/// Makes the real services of a Linux desktop. Main thread, with an application object.
+[[nodiscard]] Platform makeLinuxPlatform();
+
+} // namespace Velloro

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QObject>
+#include <QSocketNotifier>
+
+namespace Velloro {
+
+/// Turns SIGTERM, SIGINT and SIGHUP into a signal on the main thread. At most one exists.
+class TerminationSignals : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit TerminationSignals(QObject *parent = nullptr);
+    ~TerminationSignals() override;
+
+Q_SIGNALS:
+    void terminationRequested();
+
+private:
+    int m_signalDescriptor;
+    QSocketNotifier m_notifier;
+};
+
+} // namespace Velloro
