@@ -25,6 +25,8 @@ namespace Velloro {
 
 namespace {
 
+using namespace std::string_view_literals;
+
 using Texts = std::span<const std::u16string_view>;
 
 constexpr std::u16string_view englishFillers[] = {
@@ -108,6 +110,11 @@ bool isAsciiWord(char32_t c)
            || c == U'_';
 }
 
+char16_t asciiLower(char16_t c)
+{
+    return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + (u'a' - u'A')) : c;
+}
+
 bool isWord(char32_t c)
 {
     if (c < 0x80)
@@ -162,8 +169,7 @@ public:
     explicit Folding(char32_t c)
     {
         if (c < 0x80) {
-            m_units[0] = c >= U'A' && c <= U'Z' ? static_cast<char16_t>(c + 32)
-                                                : static_cast<char16_t>(c);
+            m_units[0] = asciiLower(static_cast<char16_t>(c));
             m_length = 1;
         } else if (c < frequent) {
             m_units[0] = frequentFoldings()[c];
@@ -215,16 +221,52 @@ private:
     size_t m_length = 0;
 };
 
-std::u16string folded(std::u16string_view text)
+/// The case folding of a text, with the way back to the text.
+class FoldedText
 {
-    std::u16string result;
-    for (size_t at = 0; at < text.size();) {
-        const char32_t c = characterAt(text, at);
-        result += Folding(c).units();
-        at += U16_LENGTH(c);
+public:
+    void assign(std::u16string_view text)
+    {
+        m_units.clear();
+        m_origins.clear();
+        m_isIdentity = std::ranges::all_of(text, [](char16_t unit) { return unit < 0x80; });
+        if (m_isIdentity) {
+            m_units.resize(text.size());
+            std::ranges::transform(text, m_units.begin(), asciiLower);
+            return;
+        }
+        for (size_t at = 0; at < text.size();) {
+            const char32_t c = characterAt(text, at);
+            const Folding folding(c);
+            const size_t first = m_units.size();
+            m_units += folding.units();
+            m_origins.resize(m_units.size(), inside);
+            if (first < m_units.size())
+                m_origins[first] = static_cast<uint32_t>(at);
+            at += U16_LENGTH(c);
+        }
     }
-    return result;
-}
+
+    [[nodiscard]] const std::u16string &units() const { return m_units; }
+    /// Whether a character's folding starts with the unit at this index.
+    [[nodiscard]] bool isStart(size_t index) const
+    {
+        return m_isIdentity || m_origins[index] != inside;
+    }
+    /// Where in the text the character lies whose folding starts with the unit at this index.
+    [[nodiscard]] size_t origin(size_t index) const
+    {
+        return m_isIdentity ? index : m_origins[index];
+    }
+
+private:
+    static constexpr uint32_t inside = std::numeric_limits<uint32_t>::max();
+
+    std::u16string m_units;
+    bool m_isIdentity = true;
+    /// For each unit, unless all are at the index that they have in the text.
+    std::vector<uint32_t> m_origins;
+};
 
 using Pattern = std::unique_ptr<icu::RegexPattern>;
 
@@ -241,8 +283,11 @@ Pattern compile(std::u16string_view expression, uint32_t flags)
 /// One filler expression with its three patterns.
 struct Filler
 {
-    explicit Filler(std::u16string_view text) : folding(folded(text))
+    explicit Filler(std::u16string_view text)
     {
+        FoldedText foldedText;
+        foldedText.assign(text);
+        folding = foldedText.units();
         const std::u16string literal = uR"(\Q)" + std::u16string(text) + uR"(\E)";
         anywhere = compile(uR"(\b)" + literal + uR"(\b[,\s]*)", UREGEX_CASE_INSENSITIVE);
         atStart = compile(uR"(^[\s]*)" + literal + uR"([,\s]+)", UREGEX_CASE_INSENSITIVE);
@@ -283,57 +328,39 @@ public:
     void findOccurrences(std::u16string_view text, std::vector<Occurrence> &occurrences) const
     {
         occurrences.clear();
-        thread_local std::u16string units;
-        thread_local std::vector<uint32_t> origins;
-        units.clear();
-        origins.clear();
-        for (size_t at = 0; at < text.size();) {
-            const char16_t unit = text[at];
-            if (unit < 0x80) {
-                units += unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
-                origins.push_back(static_cast<uint32_t>(at++));
-                continue;
-            }
-            const char32_t c = characterAt(text, at);
-            const Folding folding(c);
-            units += folding.units();
-            origins.resize(units.size(), inside);
-            if (!folding.units().empty())
-                origins[units.size() - folding.units().size()] = static_cast<uint32_t>(at);
-            at += U16_LENGTH(c);
-        }
+        thread_local FoldedText foldedText;
+        foldedText.assign(text);
+        const std::u16string &units = foldedText.units();
 
         bool wordBefore = false;
         for (size_t at = 0; at < units.size(); ++at) {
             const bool impossible = wordBefore;
-            if (units[at] < 0x80) {
-                wordBefore = isAsciiWord(units[at]);
-            } else {
-                const size_t origin = origins[at];
-                const char32_t c = origin == inside ? 0 : characterAt(text, origin);
-                if (origin != inside)
-                    wordBefore = isWord(c) && !isTransparent(c);
+            const char16_t unit = units[at];
+            if (unit < 0x80) {
+                wordBefore = isAsciiWord(unit);
+                if (impossible || m_byFirstUnit[unit] == 0)
+                    continue;
+            } else if (foldedText.isStart(at)) {
+                const char32_t c = characterAt(text, foldedText.origin(at));
+                wordBefore = isWord(c) && !isTransparent(c);
             }
-            if (impossible || origins[at] == inside)
+            if (impossible || !foldedText.isStart(at))
                 continue;
-            for (uint32_t mask = m_byFirstUnit[slot(units[at])]; mask != 0; mask &= mask - 1) {
+            for (uint32_t mask = m_byFirstUnit[slot(unit)]; mask != 0; mask &= mask - 1) {
                 const auto index = static_cast<uint32_t>(std::countr_zero(mask));
                 const std::u16string &folding = m_fillers[index].folding;
                 if (units.compare(at, folding.size(), folding) != 0)
                     continue;
                 const size_t end = at + folding.size();
-                if (end < units.size() && origins[end] != inside
-                    && isWord(characterAt(text, origins[end])))
+                if (end < units.size() && foldedText.isStart(end)
+                    && isWord(characterAt(text, foldedText.origin(end))))
                     continue;
-                occurrences.push_back({index, origins[at]});
+                occurrences.push_back({index, foldedText.origin(at)});
             }
         }
     }
 
 private:
-    /// Marks a unit of a folding that is not its first one.
-    static constexpr uint32_t inside = std::numeric_limits<uint32_t>::max();
-
     static size_t slot(char16_t unit) { return unit & 0xFF; }
 
     std::vector<Filler> m_fillers;
@@ -465,6 +492,24 @@ void removeFillers(QString &text, const FillerSet &set)
     }
 }
 
+/// False when `text` certainly does not start with `word`, case ignored.
+bool mayRepeat(std::u16string_view word, std::u16string_view text)
+{
+    for (size_t at = 0; at < word.size(); ++at) {
+        if (at == text.size())
+            return false;
+        if (word[at] >= 0x80 || text[at] >= 0x80) {
+            // From here on the two may fold to different lengths; the first units have to agree.
+            const Folding left(characterAt(word, at));
+            const Folding right(characterAt(text, at));
+            return left.units().substr(0, 1) == right.units().substr(0, 1);
+        }
+        if (asciiLower(word[at]) != asciiLower(text[at]))
+            return false;
+    }
+    return true;
+}
+
 /// The first position at or after `from` at which a word starts that may be followed by itself.
 size_t nextRepetition(std::u16string_view text, size_t from)
 {
@@ -502,25 +547,29 @@ size_t nextRepetition(std::u16string_view text, size_t from)
         size_t second = end;
         while (second < text.size() && isBlank(text[second]))
             ++second;
-        if (start != none && !wordBefore && second > end && second < text.size()) {
-            const Folding left(characterAt(text, start));
-            const Folding right(characterAt(text, second));
-            if (left.units().empty() || right.units().empty()
-                || left.units().front() == right.units().front())
-                return start;
-        }
+        if (start != none && !wordBefore && second > end
+            && mayRepeat(text.substr(start, end - start), text.substr(second)))
+            return start;
         at = second > end ? second : end;
     }
     return none;
 }
 
-/// The first position at or after `from` at which a run of blanks starts. A match of blanks that
-/// does not succeed there does not succeed later in the run either.
-size_t nextBlanks(std::u16string_view text, size_t from)
+/// The first position at or after `from` at which a run of blanks starts for which `isWanted`, asked
+/// with the run's start and end, is true. A match of blanks that does not succeed at the start of a
+/// run does not succeed later in it either.
+template <typename Predicate>
+size_t nextBlanks(std::u16string_view text, size_t from, Predicate isWanted)
 {
     for (size_t at = from; at < text.size(); ++at) {
-        if (isBlank(text[at]) && (at == 0 || !isBlank(text[at - 1])))
+        if (!isBlank(text[at]))
+            continue;
+        size_t end = at + 1;
+        while (end < text.size() && isBlank(text[end]))
+            ++end;
+        if ((at == 0 || !isBlank(text[at - 1])) && isWanted(at, end))
             return at;
+        at = end;
     }
     return none;
 }
@@ -550,9 +599,15 @@ void applyPatterns(QString &text, const FillerSet &fillers)
     removeFillers(text, fillers);
     replaceAll(text, repetition, Template::firstGroup,
                [&](size_t from) { return nextRepetition(view(text), from); });
-    const auto nextBlanksInText = [&](size_t from) { return nextBlanks(view(text), from); };
-    replaceAll(text, blanksBeforePunctuation, Template::firstGroup, nextBlanksInText);
-    replaceAll(text, blanks, Template::blank, nextBlanksInText);
+    replaceAll(text, blanksBeforePunctuation, Template::firstGroup, [&](size_t from) {
+        return nextBlanks(view(text), from, [&](size_t, size_t end) {
+            return end < view(text).size() && u",.!?;:"sv.find(view(text)[end]) != none;
+        });
+    });
+    replaceAll(text, blanks, Template::blank, [&](size_t from) {
+        return nextBlanks(view(text), from,
+                          [](size_t start, size_t end) { return end - start > 1; });
+    });
 }
 
 } // namespace
