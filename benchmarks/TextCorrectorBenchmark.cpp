@@ -47,8 +47,13 @@ void compileAtEachCall(benchmark::State &state)
             const icu::UnicodeString replaced = matcher.replaceAll(replacement, status);
             text = replaced;
         };
-        replace(uR"(\[(?:music|applause|laughter|\w+)\])", u"");
-        replace(uR"(\*(?:stutters?|laughs?|clears throat)\*)", u"");
+        replace(uR"(\[(?:Music|Applause|Laughter|BLANK_AUDIO|inaudible|silence|cough|sneeze|noise)"
+                uR"(|phone ringing|background noise|muzyka|applaus|śmiech|beifall|risas|rires)"
+                uR"(|risate|risos|смех|音楽|拍手|\w+)\])", u"");
+        replace(uR"(\*(?:stutters?|laughs?|laughing|coughs?|coughing|sneezes?|sneezing|sighs?)"
+                uR"(|sighing|clears throat|breaths?|breathing|pauses?|pausing|inaudible|silence)"
+                uR"(|hesitates?|hesitating|mumbles?|mumbling|whispers?|whispering|chuckles?)"
+                uR"(|chuckling|giggles?|giggling)\*)", u"");
         for (const char16_t *filler : fillers) {
             const icu::UnicodeString literal(filler);
             replace(icu::UnicodeString(uR"(\b)") + literal + uR"(\b[,\s]*)", u" ");
