@@ -14,12 +14,6 @@ namespace {
 
 constexpr QStringView tag = u"WhisperManager";
 
-/// Frees the model in the background; the context lives until that is done.
-QCoro::Task<void> release(std::shared_ptr<WhisperContext> context)
-{
-    co_await context->unloadModel();
-}
-
 } // namespace
 
 WhisperManager::WhisperManager(Platform &platform, const QString &baseUrl, QObject *parent)
@@ -50,7 +44,7 @@ WhisperManager::~WhisperManager()
 void WhisperManager::refreshModelStates()
 {
     for (const WhisperModelInfo &row : ModelCatalog::allModels()) {
-        if (isFilePresent(row.id))
+        if (isModelFilePresent(row.id))
             setModelState(row.id, ModelDownloadState::downloaded());
         else if (!m_downloadTasks.contains(row.id))
             setModelState(row.id, ModelDownloadState::notDownloaded());
@@ -67,7 +61,7 @@ QString WhisperManager::modelURL(const QString &modelId) const
 
 bool WhisperManager::isModelDownloaded(WhisperModelType type) const
 {
-    return isFilePresent(Velloro::modelId(type));
+    return isModelFilePresent(Velloro::modelId(type));
 }
 
 void WhisperManager::downloadModel(const QString &modelId, ProgressHandler progressHandler)
@@ -98,7 +92,7 @@ void WhisperManager::downloadModel(const QString &modelId, ProgressHandler progr
 
 FileSystem::Result WhisperManager::deleteModel(const QString &modelId)
 {
-    if (isFilePresent(modelId)) {
+    if (isModelFilePresent(modelId)) {
         if (const auto removed = m_platform.fileSystem->removeItem(modelURL(modelId)); !removed)
             return removed;
     }
@@ -111,7 +105,7 @@ QCoro::Task<WhisperManager::LoadResult> WhisperManager::loadModel(QString modelI
 {
     Log::line(tag, u"loadModel requested for "_qs + modelId);
     const WhisperModelInfo *row = ModelCatalog::modelById(modelId);
-    if (!row || !isFilePresent(modelId))
+    if (!row || !isModelFilePresent(modelId))
         co_return tl::unexpected<ModelLoadError>(WhisperError::modelNotFound);
 
     unloadModel();
@@ -146,8 +140,9 @@ void WhisperManager::unloadModel()
     Log::line(tag, QStringLiteral("unloadModel called. Context exists: ")
                        + (context ? QStringLiteral("true") : QStringLiteral("false")));
     const bool wasLoaded = std::exchange(m_isModelLoaded, false);
+    // Nobody waits for it: the work outlives the context that it was given to.
     if (context)
-        release(context);
+        context->unloadModel();
     if (wasLoaded)
         Q_EMIT isModelLoadedChanged();
 }
@@ -226,7 +221,7 @@ void WhisperManager::downloadDidComplete(DownloadTaskId task,
     }
 }
 
-bool WhisperManager::isFilePresent(const QString &modelId) const
+bool WhisperManager::isModelFilePresent(const QString &modelId) const
 {
     const QString path = modelURL(modelId);
     return !path.isEmpty() && m_platform.fileSystem->fileExists(path);

@@ -83,7 +83,6 @@ private:
     void downloadDidFinish(DownloadTaskId task, const QString &location) override;
     void downloadDidComplete(DownloadTaskId task, const std::optional<PlatformError> &error) override;
 
-    [[nodiscard]] bool isFilePresent(const QString &modelId) const;
     void setModelState(const QString &modelId, ModelDownloadState state);
 
     Platform &m_platform;
