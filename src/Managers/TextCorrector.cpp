@@ -30,44 +30,49 @@ using namespace std::string_view_literals;
 using Texts = std::span<const std::u16string_view>;
 
 constexpr std::u16string_view englishFillers[] = {
-    u"um",       u"uh",        u"eh",        u"ah",       u"er",        u"uhm",     u"umm",
-    u"uhh",      u"hmm",       u"hm",        u"mm",       u"mmm",       u"like",    u"basically",
-    u"literally", u"actually", u"honestly",  u"obviously", u"you know", u"i mean",  u"kind of",
-    u"sort of",  u"right",     u"okay so",   u"so yeah",
+    u"um",        u"uh",       u"eh",       u"ah",        u"er",       u"uhm",    u"umm",
+    u"uhh",       u"hmm",      u"hm",       u"mm",        u"mmm",      u"like",   u"basically",
+    u"literally", u"actually", u"honestly", u"obviously", u"you know", u"i mean", u"kind of",
+    u"sort of",   u"right",    u"okay so",  u"so yeah",
 };
 constexpr std::u16string_view polishFillers[] = {
-    u"yyy",    u"eee",       u"no",          u"no i",       u"znaczy",  u"wiesz",    u"jakby",
-    u"tak jakby", u"w sumie", u"generalnie", u"właściwie",  u"no wiesz", u"tego",    u"kurde",
-    u"po prostu", u"tam",    u"takie tam",   u"no nie",     u"wie pan", u"wie pani",
+    u"yyy",       u"eee",     u"no",         u"no i",      u"znaczy",   u"wiesz",    u"jakby",
+    u"tak jakby", u"w sumie", u"generalnie", u"właściwie", u"no wiesz", u"tego",     u"kurde",
+    u"po prostu", u"tam",     u"takie tam",  u"no nie",    u"wie pan",  u"wie pani",
 };
 constexpr std::u16string_view germanFillers[] = {
-    u"äh",        u"ähm",        u"öhm",   u"hm",    u"also",  u"halt",      u"quasi",
-    u"sozusagen", u"eigentlich", u"irgendwie", u"na ja", u"naja", u"genau",  u"weißt du",
-    u"du weißt schon", u"ich mein", u"ich meine",
+    u"äh",       u"ähm",       u"öhm",       u"hm",         u"also",
+    u"halt",     u"quasi",     u"sozusagen", u"eigentlich", u"irgendwie",
+    u"na ja",    u"naja",      u"genau",     u"weißt du",   u"du weißt schon",
+    u"ich mein", u"ich meine",
 };
 constexpr std::u16string_view spanishFillers[] = {
-    u"eh",      u"em",     u"este",     u"esto",        u"pues",      u"bueno",
-    u"o sea",   u"es decir", u"como que", u"sabes",     u"ya sabes",  u"mira",
-    u"digamos", u"entonces", u"básicamente", u"la verdad", u"tipo",   u"onda",
+    u"eh",      u"em",       u"este",        u"esto",      u"pues",     u"bueno",
+    u"o sea",   u"es decir", u"como que",    u"sabes",     u"ya sabes", u"mira",
+    u"digamos", u"entonces", u"básicamente", u"la verdad", u"tipo",     u"onda",
 };
 constexpr std::u16string_view frenchFillers[] = {
-    u"euh",     u"heu",     u"bah",     u"ben",   u"donc",    u"alors", u"genre", u"quoi", u"tu vois",
-    u"tu sais", u"en fait", u"du coup", u"voilà", u"disons", u"enfin", u"bon",   u"bref",
+    u"euh",   u"heu",    u"bah",     u"ben",     u"donc",    u"alors",
+    u"genre", u"quoi",   u"tu vois", u"tu sais", u"en fait", u"du coup",
+    u"voilà", u"disons", u"enfin",   u"bon",     u"bref",
 };
 constexpr std::u16string_view italianFillers[] = {
-    u"ehm",    u"eh",     u"uhm",     u"cioè", u"tipo",   u"praticamente", u"insomma", u"allora",
-    u"dunque", u"diciamo", u"sai",    u"capito", u"appunto", u"ecco",      u"vabbè",   u"in pratica",
+    u"ehm",     u"eh",     u"uhm",    u"cioè",       u"tipo", u"praticamente",
+    u"insomma", u"allora", u"dunque", u"diciamo",    u"sai",  u"capito",
+    u"appunto", u"ecco",   u"vabbè",  u"in pratica",
 };
 constexpr std::u16string_view portugueseFillers[] = {
-    u"é",          u"hm",        u"tipo",   u"então",   u"né",   u"sabe", u"assim",   u"basicamente",
-    u"na verdade", u"quer dizer", u"enfim", u"pois é",  u"olha", u"veja", u"digamos", u"bom",
+    u"é",          u"hm",         u"tipo",  u"então",  u"né",   u"sabe", u"assim",   u"basicamente",
+    u"na verdade", u"quer dizer", u"enfim", u"pois é", u"olha", u"veja", u"digamos", u"bom",
 };
 constexpr std::u16string_view russianFillers[] = {
-    u"э",       u"эм",      u"ну",      u"как бы", u"типа",       u"короче", u"вот",     u"значит",
-    u"в общем", u"ну типа", u"слушай", u"знаешь", u"понимаешь", u"блин",   u"то есть", u"так сказать",
+    u"э",         u"эм",     u"ну",      u"как бы",      u"типа",   u"короче",
+    u"вот",       u"значит", u"в общем", u"ну типа",     u"слушай", u"знаешь",
+    u"понимаешь", u"блин",   u"то есть", u"так сказать",
 };
 constexpr std::u16string_view japaneseFillers[] = {
-    u"あの", u"えーと", u"ええと", u"その", u"なんか", u"まあ", u"ちょっと", u"えー", u"あー", u"うーん",
+    u"あの", u"えーと",   u"ええと", u"その", u"なんか",
+    u"まあ", u"ちょっと", u"えー",   u"あー", u"うーん",
 };
 constexpr std::u16string_view chineseFillers[] = {
     u"那个", u"这个", u"嗯", u"额", u"就是", u"然后", u"所以说", u"对吧",
@@ -107,8 +112,8 @@ constexpr std::u16string_view blanksPattern = uR"([\s][\s]+)";
 constexpr std::array<bool, 0x80> asciiWords = [] {
     std::array<bool, 0x80> words{};
     for (char16_t c = 0; c < words.size(); ++c) {
-        words[c] = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9')
-                   || c == u'_';
+        words[c] = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') ||
+                   (c >= u'0' && c <= u'9') || c == u'_';
     }
     return words;
 }();
@@ -122,11 +127,10 @@ bool isWord(char32_t c)
 {
     if (c < 0x80)
         return asciiWords[c];
-    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_ALPHABETIC)
-           || (U_MASK(u_charType(static_cast<UChar32>(c)))
-               & (U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK))
-                  != 0
-           || c == 0x200C || c == 0x200D;
+    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_ALPHABETIC) ||
+           (U_MASK(u_charType(static_cast<UChar32>(c))) &
+            (U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK)) != 0 ||
+           c == 0x200C || c == 0x200D;
 }
 
 /// Whether the search for a word boundary looks through the character to the one before.
@@ -134,8 +138,8 @@ bool isTransparent(char32_t c)
 {
     if (c < 0x80)
         return false;
-    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_GRAPHEME_EXTEND)
-           || u_charType(static_cast<UChar32>(c)) == U_FORMAT_CHAR;
+    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_GRAPHEME_EXTEND) ||
+           u_charType(static_cast<UChar32>(c)) == U_FORMAT_CHAR;
 }
 
 /// All white space is in the basic plane, so that a code unit is enough.
@@ -162,8 +166,7 @@ char32_t characterBefore(std::u16string_view text, size_t at)
 
 std::u16string_view view(const QString &text)
 {
-    return {reinterpret_cast<const char16_t *>(text.constData()),
-            static_cast<size_t>(text.size())};
+    return {reinterpret_cast<const char16_t *>(text.constData()), static_cast<size_t>(text.size())};
 }
 
 /// The full case folding of one character, which is what the engine compares.
@@ -238,8 +241,8 @@ std::u16string folded(std::u16string_view text)
 
 constexpr size_t none = std::u16string_view::npos;
 
-/// Where a text ends that reads from `at` on as `folding`, or `none`. When that is within the folding
-/// of a character, it is the character's end.
+/// Where a text ends that reads from `at` on as `folding`, or `none`. When that is within the
+/// folding of a character, it is the character's end.
 size_t endOfFolding(std::u16string_view text, size_t at, std::u16string_view folding)
 {
     while (!folding.empty()) {
@@ -278,7 +281,8 @@ Pattern compile(std::u16string_view expression, uint32_t flags)
 /// One filler expression with its three patterns.
 struct Filler
 {
-    explicit Filler(std::u16string_view text) : folding(folded(text))
+    explicit Filler(std::u16string_view text)
+        : folding(folded(text))
     {
         const std::u16string literal = uR"(\Q)" + std::u16string(text) + uR"(\E)";
         anywhere = compile(uR"(\b)" + literal + uR"(\b[,\s]*)", UREGEX_CASE_INSENSITIVE);
@@ -567,17 +571,17 @@ size_t nextRepetition(std::u16string_view text, size_t from)
         size_t second = end;
         while (second < text.size() && isBlank(text[second]))
             ++second;
-        if (start != none && !wordBefore && second > end
-            && mayRepeat(text.substr(start, end - start), text.substr(second)))
+        if (start != none && !wordBefore && second > end &&
+            mayRepeat(text.substr(start, end - start), text.substr(second)))
             return start;
         at = second > end ? second : end;
     }
     return none;
 }
 
-/// The first position at or after `from` at which a run of blanks starts for which `isWanted`, asked
-/// with the run's start and end, is true. A match of blanks that does not succeed at the start of a
-/// run does not succeed later in it either.
+/// The first position at or after `from` at which a run of blanks starts for which `isWanted`,
+/// asked with the run's start and end, is true. A match of blanks that does not succeed at the
+/// start of a run does not succeed later in it either.
 template <typename Predicate>
 size_t nextBlanks(std::u16string_view text, size_t from, Predicate isWanted)
 {
@@ -635,7 +639,8 @@ void applyPatterns(QString &text, const FillerSet &fillers)
 QString TextCorrector::correct(const QString &text, const QString &language)
 {
     const auto known = std::ranges::find(languages, view(language), &Language::code);
-    const size_t fillers = known == languages.end() ? 0 : static_cast<size_t>(known - languages.begin());
+    const size_t fillers =
+        known == languages.end() ? 0 : static_cast<size_t>(known - languages.begin());
 
     QString corrected = text;
     // The engine counts code units in 32 bits.

@@ -41,27 +41,39 @@ struct Assignment
 
 std::vector<Assignment> assignments()
 {
-    const auto text = [](const char16_t *value) { return DefaultsValue(QString::fromUtf16(value)); };
+    const auto text = [](const char16_t *value) {
+        return DefaultsValue(QString::fromUtf16(value));
+    };
     using Map = AppState::StringMap;
     return {
-        {"transcriptionState", &AppState::transcriptionStateChanged,
-         [](AppState &s) { s.setTranscriptionState(TranscriptionState::listening); }, {}},
-        {"partialTranscript", &AppState::partialTranscriptChanged,
-         [](AppState &s) { s.setPartialTranscript(u"x"_qs); }, {}},
-        {"lastTranscript", &AppState::lastTranscriptChanged,
-         [](AppState &s) { s.setLastTranscript(u"x"_qs); }, {}},
-        {"recordingDuration", &AppState::recordingDurationChanged,
-         [](AppState &s) { s.setRecordingDuration(0.05); }, {}},
-        {"audioLevel", &AppState::audioLevelChanged,
-         [](AppState &s) { s.setAudioLevel(0.5F); }, {}},
+        {"transcriptionState",
+         &AppState::transcriptionStateChanged,
+         [](AppState &s) { s.setTranscriptionState(TranscriptionState::listening); },
+         {}},
+        {"partialTranscript",
+         &AppState::partialTranscriptChanged,
+         [](AppState &s) { s.setPartialTranscript(u"x"_qs); },
+         {}},
+        {"lastTranscript",
+         &AppState::lastTranscriptChanged,
+         [](AppState &s) { s.setLastTranscript(u"x"_qs); },
+         {}},
+        {"recordingDuration",
+         &AppState::recordingDurationChanged,
+         [](AppState &s) { s.setRecordingDuration(0.05); },
+         {}},
+        {"audioLevel",
+         &AppState::audioLevelChanged,
+         [](AppState &s) { s.setAudioLevel(0.5F); },
+         {}},
         {"recordingMode", &AppState::recordingModeChanged,
          [](AppState &s) { s.setRecordingMode(RecordingMode::toggle); }, text(u"Toggle")},
         {"selectedModel", &AppState::selectedModelChanged,
          [](AppState &s) { s.setSelectedModel(ModelPreset::large); }, text(u"Large")},
         {"selectedLanguage", &AppState::selectedLanguageChanged,
          [](AppState &s) { s.setSelectedLanguage(WhisperLanguage::auto_); }, text(u"auto")},
-        {"playSounds", &AppState::playSoundsChanged,
-         [](AppState &s) { s.setPlaySounds(false); }, false},
+        {"playSounds", &AppState::playSoundsChanged, [](AppState &s) { s.setPlaySounds(false); },
+         false},
         {"launchAtLogin", &AppState::launchAtLoginChanged,
          [](AppState &s) { s.setLaunchAtLogin(true); }, true},
         {"insertAsPlainText", &AppState::insertAsPlainTextChanged,
@@ -80,17 +92,25 @@ std::vector<Assignment> assignments()
         {"presetMappings", &AppState::presetMappingsChanged,
          [](AppState &s) { s.setModelId(u"tiny"_qs, ModelPreset::small); },
          Map{{u"Small"_qs, u"tiny"_qs}}},
-        {"hasMicrophonePermission", &AppState::hasMicrophonePermissionChanged,
-         [](AppState &s) { s.setHasMicrophonePermission(true); }, {}},
-        {"hasAccessibilityPermission", &AppState::hasAccessibilityPermissionChanged,
-         [](AppState &s) { s.setHasAccessibilityPermission(true); }, {}},
+        {"hasMicrophonePermission",
+         &AppState::hasMicrophonePermissionChanged,
+         [](AppState &s) { s.setHasMicrophonePermission(true); },
+         {}},
+        {"hasAccessibilityPermission",
+         &AppState::hasAccessibilityPermissionChanged,
+         [](AppState &s) { s.setHasAccessibilityPermission(true); },
+         {}},
         {"downloadedModels", &AppState::downloadedModelsChanged,
          [](AppState &s) { s.setDownloadedModels({ModelPreset::large, ModelPreset::small}); },
          QStringList{u"Small"_qs, u"Large"_qs}},
-        {"isDownloadingModel", &AppState::isDownloadingModelChanged,
-         [](AppState &s) { s.setIsDownloadingModel(true); }, {}},
-        {"downloadProgress", &AppState::downloadProgressChanged,
-         [](AppState &s) { s.setDownloadProgress(0.5); }, {}},
+        {"isDownloadingModel",
+         &AppState::isDownloadingModelChanged,
+         [](AppState &s) { s.setIsDownloadingModel(true); },
+         {}},
+        {"downloadProgress",
+         &AppState::downloadProgressChanged,
+         [](AppState &s) { s.setDownloadProgress(0.5); },
+         {}},
     };
 }
 
@@ -165,8 +185,9 @@ TEST_F(AppStateTest, keepsItsSettingsOverARestart)
     EXPECT_EQ(after->downloadedModels(), before->downloadedModels());
     EXPECT_EQ(after->transcriptionHistory(), before->transcriptionHistory());
     EXPECT_TRUE(after->lastTranscript().isEmpty());
-    EXPECT_EQ(m_log.messages(u"AppState"_qs).last(),
-              u"Loaded settings: model=Large, language=auto, streaming=true, textCorrection=false"_qs);
+    EXPECT_EQ(
+        m_log.messages(u"AppState"_qs).last(),
+        u"Loaded settings: model=Large, language=auto, streaming=true, textCorrection=false"_qs);
     EXPECT_EQ(defaults().values, stored);
 }
 
@@ -187,7 +208,8 @@ TEST_F(AppStateTest, takesWhatItDoesNotUnderstandAsAbsent)
     EXPECT_EQ(state->selectedLanguage(), WhisperLanguage::english);
     EXPECT_TRUE(state->playSounds());
     EXPECT_TRUE(state->enableTextCorrection());
-    EXPECT_EQ(state->downloadedModels(), (AppState::PresetSet{ModelPreset::small, ModelPreset::large}));
+    EXPECT_EQ(state->downloadedModels(),
+              (AppState::PresetSet{ModelPreset::small, ModelPreset::large}));
     EXPECT_TRUE(state->customDictionary().isEmpty());
     EXPECT_TRUE(state->presetMappings().isEmpty());
     EXPECT_TRUE(state->transcriptionHistory().isEmpty());
@@ -215,7 +237,8 @@ TEST_F(AppStateTest, addsOnlyTextsOfTwoCharactersAndMoreToTheHistory)
     int changes = 0;
     QObject::connect(state.get(), &AppState::transcriptionHistoryChanged, [&] { ++changes; });
     // One character each, in the eyes of a reader.
-    for (const QString &text : {u""_qs, u" \n"_qs, u" a\n"_qs, u"e\u0301"_qs, u"👩‍👩‍👧"_qs})
+    for (const QString &text :
+         {u""_qs, u" \n"_qs, u" a\n"_qs, u"e\u0301"_qs, u"👩‍👩‍👧"_qs})
         state->addToHistory(text);
     EXPECT_EQ(changes, 0);
     EXPECT_TRUE(defaults().written.isEmpty());
@@ -233,8 +256,8 @@ TEST_F(AppStateTest, keepsTheLatestFiftyTranscripts)
     const auto state = start();
     int storedAtSignal = 0;
     QObject::connect(state.get(), &AppState::transcriptionHistoryChanged, [&] {
-        storedAtSignal += defaults().get<QByteArray>(historyKey)
-                          == encodeHistory(state->transcriptionHistory());
+        storedAtSignal +=
+            defaults().get<QByteArray>(historyKey) == encodeHistory(state->transcriptionHistory());
     });
     for (int number = 1; number <= 51; ++number)
         state->addToHistory(u"text %1"_qs.arg(number));

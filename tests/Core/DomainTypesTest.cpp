@@ -28,8 +28,9 @@ TEST(DomainTypes, haveTheirRawValuesInOrder)
 
 TEST(DomainTypes, acceptNoOtherRawValues)
 {
-    for (const QString &text : {u""_qs, u"hold to talk"_qs, u"Hold to  Talk"_qs, u"Hold to Talk "_qs,
-                                u"toggle"_qs, u"small"_qs, u"EN"_qs, u"Auto"_qs, u"english"_qs}) {
+    for (const QString &text :
+         {u""_qs, u"hold to talk"_qs, u"Hold to  Talk"_qs, u"Hold to Talk "_qs, u"toggle"_qs,
+          u"small"_qs, u"EN"_qs, u"Auto"_qs, u"english"_qs}) {
         EXPECT_FALSE(fromRawValue<RecordingMode>(text)) << text.toStdString();
         EXPECT_FALSE(fromRawValue<ModelPreset>(text)) << text.toStdString();
         EXPECT_FALSE(fromRawValue<WhisperLanguage>(text)) << text.toStdString();
@@ -52,7 +53,8 @@ TEST(DomainTypes, languagesHaveNamesAndTwoOfThemHints)
 TEST(TranscriptionHistory, isWrittenInItsJsonForm)
 {
     const TranscriptionHistoryItem item{
-        QUuid::fromString(u"{a1b2c3d4-e5f6-4789-8abc-def012345678}"), u"a \"ü\"\n"_qs, 762861845.125};
+        QUuid::fromString(u"{a1b2c3d4-e5f6-4789-8abc-def012345678}"), u"a \"ü\"\n"_qs,
+        762861845.125};
     EXPECT_EQ(encodeHistory(std::span(&item, 1)).toStdString(),
               "[{\"id\":\"A1B2C3D4-E5F6-4789-8ABC-DEF012345678\",\"text\":\"a \\\"ü\\\"\\n\","
               "\"timestamp\":762861845.125}]");
@@ -92,7 +94,8 @@ TEST(TranscriptionHistory, isDecodedWholeOrNotAtAll)
              "{" + id + R"(,"text":"x"})",
              "{" + id + R"(,"text":"x","timestamp":"1"})",
              "{" + id + R"(,"text":null,"timestamp":1})",
-             QByteArray(R"({"id":"{A1B2C3D4-E5F6-4789-8ABC-DEF012345678}","text":"x","timestamp":1})"),
+             QByteArray(
+                 R"({"id":"{A1B2C3D4-E5F6-4789-8ABC-DEF012345678}","text":"x","timestamp":1})"),
              QByteArray(R"({"id":"A1B2C3D4-E5F6-4789-8ABC-DEF01234567","text":"x","timestamp":1})"),
              QByteArray(R"({"id":"A1B2C3D4E5F647898ABCDEF012345678","text":"x","timestamp":1})"),
              QByteArray(R"({"id":"","text":"x","timestamp":1})"),
