@@ -28,7 +28,7 @@ int main(int argc, char **argv)
     Platform platform = makeLinuxPlatform();
     // Unloading a model, which goes on in the background, still asks the platform for the stack.
     const auto finishWork =
-        qScopeGuard([] { SerialExecutor::finishAll(std::chrono::seconds(2)); });
+        qScopeGuard([] { SerialExecutor::finishAll(std::chrono::milliseconds(500)); });
     const std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(platform);
     VelloroApp velloro(platform);
 
