@@ -189,7 +189,8 @@ class PrivateDesktop:
         settings = self.config_home / "glib-2.0/settings"
         settings.mkdir(parents=True)
         (settings / "keyfile").write_text(
-            "[org/gnome/desktop/interface]\ntoolkit-accessibility=true\n")
+            "[org/gnome/desktop/interface]\ntoolkit-accessibility=true\n"
+            "[org/xfce/mousepad/preferences/view]\nword-wrap=true\n")
 
     def _start_services(self):
         display = self._start_display()
