@@ -21,8 +21,6 @@ public:
         : m_connection(X11Connection::open())
         , m_symbols(xcb_key_symbols_alloc(m_connection->xcb()))
     {
-        // A window manager that is still starting would manage the window but not focus it.
-        (void)waitUntil([this] { return isWindowManagerReady(); });
         xcb_connection_t *xcb = m_connection->xcb();
         m_window = xcb_generate_id(xcb);
         const uint32_t events = XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE
@@ -34,7 +32,13 @@ public:
         connect(m_connection.get(), &X11Connection::eventReceived, this, &KeyWindow::handleEvent);
         xcb_map_window(xcb, m_window);
         m_connection->flush();
-        isReady = waitUntil([this] { return m_hasFocus; });
+        // A window manager that has just started may leave the window without the focus.
+        isReady = waitUntil([this] {
+            xcb_set_input_focus(m_connection->xcb(), XCB_INPUT_FOCUS_PARENT, m_window,
+                                XCB_CURRENT_TIME);
+            m_connection->flush();
+            return m_hasFocus;
+        });
     }
     ~KeyWindow() override
     {
@@ -81,16 +85,6 @@ public:
     bool isReady = false;
 
 private:
-    bool isWindowManagerReady()
-    {
-        const XcbReply<xcb_get_property_reply_t> active(xcb_get_property_reply(
-            m_connection->xcb(),
-            xcb_get_property(m_connection->xcb(), 0, m_connection->root(),
-                             m_connection->atom("_NET_ACTIVE_WINDOW"), XCB_ATOM_ANY, 0, 1),
-            nullptr));
-        return active && active->type != XCB_ATOM_NONE;
-    }
-
     void handleEvent(const xcb_generic_event_t *event)
     {
         const uint8_t type = event->response_type & 0x7f;
