@@ -34,9 +34,10 @@ void correct(benchmark::State &state)
 void compileAtEachCall(benchmark::State &state)
 {
     static const char16_t *const fillers[] = {
-        u"um", u"uh", u"eh", u"ah", u"er", u"uhm", u"umm", u"uhh", u"hmm", u"hm", u"mm", u"mmm",
-        u"like", u"basically", u"literally", u"actually", u"honestly", u"obviously", u"you know",
-        u"i mean", u"kind of", u"sort of", u"right", u"okay so", u"so yeah",
+        u"um",        u"uh",       u"eh",       u"ah",        u"er",       u"uhm",    u"umm",
+        u"uhh",       u"hmm",      u"hm",       u"mm",        u"mmm",      u"like",   u"basically",
+        u"literally", u"actually", u"honestly", u"obviously", u"you know", u"i mean", u"kind of",
+        u"sort of",   u"right",    u"okay so",  u"so yeah",
     };
     for ([[maybe_unused]] auto iteration : state) {
         icu::UnicodeString text(transcript().utf16(), static_cast<int32_t>(transcript().size()));
@@ -47,8 +48,15 @@ void compileAtEachCall(benchmark::State &state)
             const icu::UnicodeString replaced = matcher.replaceAll(replacement, status);
             text = replaced;
         };
-        replace(uR"(\[(?:music|applause|laughter|\w+)\])", u"");
-        replace(uR"(\*(?:stutters?|laughs?|clears throat)\*)", u"");
+        replace(uR"(\[(?:Music|Applause|Laughter|BLANK_AUDIO|inaudible|silence|cough|sneeze|noise)"
+                uR"(|phone ringing|background noise|muzyka|applaus|śmiech|beifall|risas|rires)"
+                uR"(|risate|risos|смех|音楽|拍手|\w+)\])",
+                u"");
+        replace(uR"(\*(?:stutters?|laughs?|laughing|coughs?|coughing|sneezes?|sneezing|sighs?)"
+                uR"(|sighing|clears throat|breaths?|breathing|pauses?|pausing|inaudible|silence)"
+                uR"(|hesitates?|hesitating|mumbles?|mumbling|whispers?|whispering|chuckles?)"
+                uR"(|chuckling|giggles?|giggling)\*)",
+                u"");
         for (const char16_t *filler : fillers) {
             const icu::UnicodeString literal(filler);
             replace(icu::UnicodeString(uR"(\b)") + literal + uR"(\b[,\s]*)", u" ");

@@ -98,9 +98,9 @@ class DesktopCase(unittest.TestCase):
         return self.end_recording(mark)
 
     def microphone_is_open(self):
-        # The virtual microphone is itself a listener, but no program's.
-        listeners = self.desktop.run(["pactl", "list", "short", "source-outputs"]).splitlines()
-        return any(listener.split("\t")[2] != "-" for listener in listeners)
+        # What makes the virtual microphone listens itself, for no client.
+        outputs = self.desktop.run(["pactl", "list", "short", "source-outputs"]).splitlines()
+        return any(output.split("\t")[2] != "-" for output in outputs)
 
     def assert_words(self, text, expected):
         self.assertEqual(words(text), expected)

@@ -1,8 +1,8 @@
 #include "Managers/TextCorrector.h"
 
 #include <QStringList>
-#include <gtest/gtest.h>
 #include <chrono>
+#include <gtest/gtest.h>
 #include <memory>
 #include <random>
 #include <thread>
@@ -36,9 +36,9 @@ void expectCorrected(std::initializer_list<Case> cases)
     }
 }
 
-constexpr const char16_t *englishFillers
-    = u"um|uh|eh|ah|er|uhm|umm|uhh|hmm|hm|mm|mmm|like|basically|literally|actually|honestly|"
-      u"obviously|you know|i mean|kind of|sort of|right|okay so|so yeah";
+constexpr const char16_t *englishFillers =
+    u"um|uh|eh|ah|er|uhm|umm|uhh|hmm|hm|mm|mmm|like|basically|literally|actually|honestly|"
+    u"obviously|you know|i mean|kind of|sort of|right|okay so|so yeah";
 
 /// The fillers of each language in their order, and whether it capitalizes.
 struct Language
@@ -50,20 +50,34 @@ struct Language
 
 constexpr Language languages[] = {
     {u"en", englishFillers, true},
-    {u"pl", u"yyy|eee|no|no i|znaczy|wiesz|jakby|tak jakby|w sumie|generalnie|właściwie|no wiesz|"
-            u"tego|kurde|po prostu|tam|takie tam|no nie|wie pan|wie pani", true},
-    {u"de", u"äh|ähm|öhm|hm|also|halt|quasi|sozusagen|eigentlich|irgendwie|na ja|naja|genau|"
-            u"weißt du|du weißt schon|ich mein|ich meine", true},
-    {u"es", u"eh|em|este|esto|pues|bueno|o sea|es decir|como que|sabes|ya sabes|mira|digamos|"
-            u"entonces|básicamente|la verdad|tipo|onda", true},
-    {u"fr", u"euh|heu|bah|ben|donc|alors|genre|quoi|tu vois|tu sais|en fait|du coup|voilà|disons|"
-            u"enfin|bon|bref", true},
-    {u"it", u"ehm|eh|uhm|cioè|tipo|praticamente|insomma|allora|dunque|diciamo|sai|capito|appunto|"
-            u"ecco|vabbè|in pratica", true},
-    {u"pt", u"é|hm|tipo|então|né|sabe|assim|basicamente|na verdade|quer dizer|enfim|pois é|olha|"
-            u"veja|digamos|bom", true},
-    {u"ru", u"э|эм|ну|как бы|типа|короче|вот|значит|в общем|ну типа|слушай|знаешь|понимаешь|блин|"
-            u"то есть|так сказать", true},
+    {u"pl",
+     u"yyy|eee|no|no i|znaczy|wiesz|jakby|tak jakby|w sumie|generalnie|właściwie|no wiesz|"
+     u"tego|kurde|po prostu|tam|takie tam|no nie|wie pan|wie pani",
+     true},
+    {u"de",
+     u"äh|ähm|öhm|hm|also|halt|quasi|sozusagen|eigentlich|irgendwie|na ja|naja|genau|"
+     u"weißt du|du weißt schon|ich mein|ich meine",
+     true},
+    {u"es",
+     u"eh|em|este|esto|pues|bueno|o sea|es decir|como que|sabes|ya sabes|mira|digamos|"
+     u"entonces|básicamente|la verdad|tipo|onda",
+     true},
+    {u"fr",
+     u"euh|heu|bah|ben|donc|alors|genre|quoi|tu vois|tu sais|en fait|du coup|voilà|disons|"
+     u"enfin|bon|bref",
+     true},
+    {u"it",
+     u"ehm|eh|uhm|cioè|tipo|praticamente|insomma|allora|dunque|diciamo|sai|capito|appunto|"
+     u"ecco|vabbè|in pratica",
+     true},
+    {u"pt",
+     u"é|hm|tipo|então|né|sabe|assim|basicamente|na verdade|quer dizer|enfim|pois é|olha|"
+     u"veja|digamos|bom",
+     true},
+    {u"ru",
+     u"э|эм|ну|как бы|типа|короче|вот|значит|в общем|ну типа|слушай|знаешь|понимаешь|блин|"
+     u"то есть|так сказать",
+     true},
     {u"ja", u"あの|えーと|ええと|その|なんか|まあ|ちょっと|えー|あー|うーん", false},
     {u"zh", u"那个|这个|嗯|额|就是|然后|所以说|对吧", false},
     {u"auto", englishFillers, false},
@@ -82,13 +96,17 @@ public:
     static QString correct(const QString &text, const Language &language)
     {
         PlainCorrector plain(text);
-        plain.replace(uR"(\[(?:Music|Applause|Laughter|BLANK_AUDIO|inaudible|silence|cough|sneeze)"
-                      uR"(|noise|phone ringing|background noise|muzyka|applaus|śmiech|beifall|risas)"
-                      uR"(|rires|risate|risos|смех|音楽|拍手|\w+)\])", u"");
-        plain.replace(uR"(\*(?:stutters?|laughs?|laughing|coughs?|coughing|sneezes?|sneezing|sighs?)"
-                      uR"(|sighing|clears throat|breaths?|breathing|pauses?|pausing|inaudible)"
-                      uR"(|silence|hesitates?|hesitating|mumbles?|mumbling|whispers?|whispering)"
-                      uR"(|chuckles?|chuckling|giggles?|giggling)\*)", u"");
+        plain.replace(
+            uR"(\[(?:Music|Applause|Laughter|BLANK_AUDIO|inaudible|silence|cough|sneeze)"
+            uR"(|noise|phone ringing|background noise|muzyka|applaus|śmiech|beifall|risas)"
+            uR"(|rires|risate|risos|смех|音楽|拍手|\w+)\])",
+            u"");
+        plain.replace(
+            uR"(\*(?:stutters?|laughs?|laughing|coughs?|coughing|sneezes?|sneezing|sighs?)"
+            uR"(|sighing|clears throat|breaths?|breathing|pauses?|pausing|inaudible)"
+            uR"(|silence|hesitates?|hesitating|mumbles?|mumbling|whispers?|whispering)"
+            uR"(|chuckles?|chuckling|giggles?|giggling)\*)",
+            u"");
         for (const QString &filler : fillersOf(language)) {
             const auto escaped = filler.toStdU16String();
             plain.replace(uR"(\b)" + escaped + uR"(\b[,\s]*)", u" ");
@@ -197,7 +215,10 @@ public:
     }
 
 private:
-    int pick(int first, int last) { return std::uniform_int_distribution<int>(first, last)(m_random); }
+    int pick(int first, int last)
+    {
+        return std::uniform_int_distribution<int>(first, last)(m_random);
+    }
 
     QString any(const std::vector<QString> &choice)
     {
@@ -222,19 +243,41 @@ private:
 };
 
 const std::vector<QString> TextMaker::words{
-    u"umbrella"_qs, u"other"_qs, u"The"_qs, u"the"_qs, u"ja"_qs, u"Straße"_qs, u"STRASSE"_qs,
-    u"élan"_qs, u"e\u0301lan"_qs, u"работает"_qs, u"東京"_qs, u"2"_qs, u"a_b"_qs, u"ﬁn"_qs, u"i"_qs,
-    u"İ"_qs, u"ı"_qs, u"ΣΑΣ"_qs, u"σας"_qs, u"ᾳ"_qs, u"𐐨𐐀"_qs, u"𐐀𐐨"_qs, u"ŉ"_qs, u"ǰ"_qs,
+    u"umbrella"_qs, u"other"_qs, u"The"_qs,        u"the"_qs,      u"ja"_qs,   u"Straße"_qs,
+    u"STRASSE"_qs,  u"élan"_qs,  u"e\u0301lan"_qs, u"работает"_qs, u"東京"_qs, u"2"_qs,
+    u"a_b"_qs,      u"ﬁn"_qs,    u"i"_qs,          u"İ"_qs,        u"ı"_qs,    u"ΣΑΣ"_qs,
+    u"σας"_qs,      u"ᾳ"_qs,     u"𐐨𐐀"_qs,         u"𐐀𐐨"_qs,       u"ŉ"_qs,    u"ǰ"_qs,
 };
 const std::vector<QString> TextMaker::oddities{
-    u"[Music]"_qs, u"[MUSIC"_qs, u"[phone ringing]"_qs, u"[two words]"_qs, u"[音楽]"_qs, u"*Laughs*"_qs,
-    u"*laughs"_qs, u"*clears throat*"_qs, u"*x*"_qs, u"[[x]]"_qs, u"\u00AD"_qs, u"\u200D"_qs,
-    u"\u0301"_qs, u"\u0345"_qs, u"\uFEFF"_qs, u"😀"_qs, u"👩\u200D👩"_qs, QString(QChar(0xD800)),
-    QString(QChar(0xDC00)), QString(QChar(0)), u"$1"_qs, u"\\"_qs, u"-"_qs, u"'"_qs,
+    u"[Music]"_qs,
+    u"[MUSIC"_qs,
+    u"[phone ringing]"_qs,
+    u"[two words]"_qs,
+    u"[音楽]"_qs,
+    u"*Laughs*"_qs,
+    u"*laughs"_qs,
+    u"*clears throat*"_qs,
+    u"*x*"_qs,
+    u"[[x]]"_qs,
+    u"\u00AD"_qs,
+    u"\u200D"_qs,
+    u"\u0301"_qs,
+    u"\u0345"_qs,
+    u"\uFEFF"_qs,
+    u"😀"_qs,
+    u"👩\u200D👩"_qs,
+    QString(QChar(0xD800)),
+    QString(QChar(0xDC00)),
+    QString(QChar(0)),
+    u"$1"_qs,
+    u"\\"_qs,
+    u"-"_qs,
+    u"'"_qs,
 };
 const std::vector<QString> TextMaker::separators{
-    u" "_qs, u" "_qs, u" "_qs, u", "_qs, u" , "_qs, u""_qs, u"."_qs, u" ! "_qs, u"\n"_qs, u"\r\n"_qs,
-    u"\u00A0"_qs, u"\u3000"_qs, u"\u2028 "_qs, u"\u0085"_qs, u",,"_qs, u"\t"_qs, u"、"_qs, u":"_qs,
+    u" "_qs,       u" "_qs,      u" "_qs,  u", "_qs,   u" , "_qs,    u""_qs,
+    u"."_qs,       u" ! "_qs,    u"\n"_qs, u"\r\n"_qs, u"\u00A0"_qs, u"\u3000"_qs,
+    u"\u2028 "_qs, u"\u0085"_qs, u",,"_qs, u"\t"_qs,   u"、"_qs,     u":"_qs,
 };
 
 TEST(TextCorrector, cleansTranscriptsInAllLanguages)
@@ -313,7 +356,9 @@ TEST(TextCorrector, agreesWithCompilingEachPatternAtEachCall)
 TEST(TextCorrector, takesTextsOfAnyLength)
 {
     constexpr qsizetype length = 1 << 20;
-    const auto repeated = [](const QString &piece) { return piece.repeated(length / piece.size()); };
+    const auto repeated = [](const QString &piece) {
+        return piece.repeated(length / piece.size());
+    };
     const QString blanks = repeated(u" "_qs);
     const QString word = repeated(u"x"_qs);
     const QString marks = repeated(u"a\u0301"_qs);
@@ -340,7 +385,8 @@ TEST(TextCorrector, runsOnSeveralThreadsAtOnce)
     for (size_t index = 0; index < wrong.size(); ++index) {
         threads.emplace_back([&wrong, index] {
             for (int round = 0; round < 50; ++round) {
-                wrong[index] += correct(u"эм, ну это  это работает"_qs, u"ru") != u"Это работает"_qs;
+                wrong[index] +=
+                    correct(u"эм, ну это  это работает"_qs, u"ru") != u"Это работает"_qs;
                 wrong[index] += correct(u"uh, one one, two"_qs, u"en") != u"One, two"_qs;
             }
         });

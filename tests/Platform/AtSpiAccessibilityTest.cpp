@@ -10,7 +10,6 @@
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QElapsedTimer>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
@@ -47,7 +46,7 @@ class TextWindow : public Application
 {
 public:
     explicit TextWindow(const QString &toolkit)
-        : Application(QFileInfo(QStringLiteral(__FILE__)).path() + u"/text-window"_qs, {toolkit})
+        : Application(QStringLiteral(VELLORO_TESTS_DIR "/Platform/text-window"), {toolkit})
     {
     }
 

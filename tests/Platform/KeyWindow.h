@@ -54,6 +54,8 @@ public:
     std::string take()
     {
         sync();
+        // The layout may be another one by now.
+        xcb_key_symbols_free(std::exchange(m_symbols, xcb_key_symbols_alloc(m_connection->xcb())));
         m_connection->dispatchPending();
         return std::exchange(m_keys, {}).join(QStringLiteral(", ")).toStdString();
     }
@@ -82,11 +84,6 @@ private:
         const uint8_t type = event->response_type & 0x7f;
         if (type == XCB_FOCUS_IN)
             m_hasFocus = true;
-        if (type == XCB_MAPPING_NOTIFY) {
-            xcb_refresh_keyboard_mapping(
-                m_symbols, const_cast<xcb_mapping_notify_event_t *>(
-                               reinterpret_cast<const xcb_mapping_notify_event_t *>(event)));
-        }
         if (type != XCB_KEY_PRESS && type != XCB_KEY_RELEASE)
             return;
         const auto *key = reinterpret_cast<const xcb_key_press_event_t *>(event);

@@ -2,7 +2,10 @@
 
 #include "Platform/Linux/X11/XcbReply.h"
 
+#include <QProcess>
+#include <QStringList>
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <initializer_list>
 #include <optional>
 #include <string_view>
@@ -18,6 +21,13 @@ constexpr uint8_t escape = 9, v = 55, a = 38, k = 45, period = 60, backSpace = 2
                   leftAlt = 64, leftShift = 50, leftControl = 37, leftSuper = 133, capsLock = 66,
                   numLock = 77, scrollLock = 78, menu = 135, insert = 118, f5 = 71;
 } // namespace Key
+
+/// Gives the X server the layout with these arguments of setxkbmap, and no others' options.
+inline void setKeyboardLayout(const QStringList &arguments)
+{
+    const QStringList reset{QStringLiteral("-option"), QString()};
+    ASSERT_EQ(QProcess::execute(QStringLiteral("setxkbmap"), reset + arguments), 0);
+}
 
 /// The virtual server's own keyboard, on which the test presses keys as a user does. What is still
 /// down at the end is released.

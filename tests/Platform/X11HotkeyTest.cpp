@@ -21,11 +21,6 @@ void run(const QString &program, const QStringList &arguments)
     ASSERT_EQ(QProcess::execute(program, arguments), 0) << program.toStdString();
 }
 
-void setLayout(const QStringList &arguments)
-{
-    run(QStringLiteral("setxkbmap"), QStringList{u"-option"_qs, QString()} + arguments);
-}
-
 class X11HotkeyTest : public ::testing::Test
 {
 protected:
@@ -36,11 +31,11 @@ protected:
             GTEST_SKIP() << "there is no X server";
         if (!keyboard.isThere())
             GTEST_SKIP() << "the X server has no keyboard of its own (Xvfb has)";
-        setLayout({u"us"_qs});
+        setKeyboardLayout({u"us"_qs});
         hotkeys = std::make_unique<X11HotkeyRegistration>(connection);
         listen(*hotkeys);
     }
-    void TearDown() override { setLayout({u"us"_qs}); }
+    void TearDown() override { setKeyboardLayout({u"us"_qs}); }
 
     void listen(X11HotkeyRegistration &registration)
     {
@@ -114,13 +109,13 @@ TEST_F(X11HotkeyTest, worksWhateverIsLockedOrLaidOut)
     expectOnce("Num Lock");
     keyboard.tap(Key::numLock);
 
-    setLayout({u"us,de,ru"_qs, u"-option"_qs, u"grp:menu_toggle"_qs});
+    setKeyboardLayout({u"us,de,ru"_qs, u"-option"_qs, u"grp:menu_toggle"_qs});
     for (const char *group : {"first group", "second group", "third group"}) {
         expectOnce(group);
         keyboard.tap(Key::menu);
     }
     for (const auto &layout : {u"de"_qs, u"ru"_qs, u"fr"_qs, u"us"_qs}) {
-        setLayout({layout});
+        setKeyboardLayout({layout});
         expectOnce(qPrintable(layout));
     }
 }
@@ -246,14 +241,14 @@ TEST_F(X11HotkeyTest, isGivenBack)
 TEST_F(X11HotkeyTest, followsModifiersThatMove)
 {
     registerOptionSpace();
-    setLayout({u"us"_qs, u"-option"_qs, u"altwin:swap_lalt_lwin"_qs});
+    setKeyboardLayout({u"us"_qs, u"-option"_qs, u"altwin:swap_lalt_lwin"_qs});
     take();
     keyboard.press({Key::leftSuper});
     keyboard.tap(Key::space);
     keyboard.release({Key::leftSuper});
     EXPECT_EQ(take(), once);
     // Alt on another modifier altogether: the grab itself must change.
-    setLayout({u"us"_qs});
+    setKeyboardLayout({u"us"_qs});
     run(u"xmodmap"_qs, {u"-e"_qs, u"clear mod1"_qs, u"-e"_qs, u"clear mod3"_qs, u"-e"_qs,
                         u"add mod3 = Alt_L"_qs});
     take();
