@@ -325,8 +325,11 @@ TEST_F(WhisperManagerTest, LoadsAndReplacesModels)
     const auto byType = [](WhisperManager &manager, Outcome &result) -> QCoro::Task<void> {
         result = co_await manager.loadModel(WhisperModelType::medium);
     };
-    byType(*manager, outcome);
-    EXPECT_FALSE(manager->isModelLoaded());
+    {
+        const FakeWhisper::Hold hold(FakeWhisper::Point::load);
+        byType(*manager, outcome);
+        EXPECT_FALSE(manager->isModelLoaded());
+    }
     ASSERT_TRUE(waitUntil([&] { return outcome.has_value(); }));
     EXPECT_TRUE(outcome->has_value());
     EXPECT_EQ(manager->selectedModelId(), QStringLiteral("medium"));
@@ -438,6 +441,7 @@ TEST_F(WhisperManagerTest, UnloadsInTheBackground)
     EXPECT_EQ(manager->selectedModelId(), tiny);
     EXPECT_EQ(loadedChanges, 2);
     EXPECT_TRUE(waitUntil([] { return FakeWhisper::liveContexts() == 0; }));
+    ASSERT_TRUE(waitUntil([this] { return log.lines().size() >= 2; }));
     EXPECT_EQ(log.lines().first(2),
               QStringList(
                   {QStringLiteral("[WhisperManager] unloadModel called. Context exists: true"),

@@ -32,7 +32,13 @@ public:
         connect(m_connection.get(), &X11Connection::eventReceived, this, &KeyWindow::handleEvent);
         xcb_map_window(xcb, m_window);
         m_connection->flush();
-        isReady = waitUntil([this] { return m_hasFocus; });
+        // A window manager that has just started may leave the window without the focus.
+        isReady = waitUntil([this] {
+            xcb_set_input_focus(m_connection->xcb(), XCB_INPUT_FOCUS_PARENT, m_window,
+                                XCB_CURRENT_TIME);
+            m_connection->flush();
+            return m_hasFocus;
+        });
     }
     ~KeyWindow() override
     {

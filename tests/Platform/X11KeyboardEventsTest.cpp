@@ -39,9 +39,10 @@ protected:
     {
         EXPECT_TRUE(strokes->post(keyCode, true, flags));
         EXPECT_TRUE(strokes->post(keyCode, false, flags));
-        // Waits until the server has had it.
-        (void)X11Keyboards(connection).logicallyHeld();
+        sync();
     }
+    /// Waits until the server has had what was sent.
+    void sync() { (void)X11Keyboards(connection).logicallyHeld(); }
     std::string pasted()
     {
         stroke(keyV, KeyboardEvents::commandFlag);
@@ -91,6 +92,7 @@ TEST_F(X11KeyboardEventsTest, arrivesPlainWhileTheHotkeyIsHeld)
     ASSERT_TRUE(hotkeys.registerHotkey(49, 2048 | 4096, {1, 1}));
     keyboard.press({Key::leftControl, Key::leftAlt, Key::space});
     ASSERT_TRUE(waitUntil([&] { return presses == 1; }));
+    sync();
     EXPECT_EQ(window->take(), "+Control_L, +Alt_L with Control, +none with Control+Alt, -none");
 
     const std::string lift = "+none with Control+Alt, -none, -Control_L, -Alt_L, ";
@@ -118,6 +120,7 @@ TEST_F(X11KeyboardEventsTest, restoresOnlyWhatIsStillHeld)
     EXPECT_TRUE(strokes->post(keyDelete, true, 0));
     keyboard.release({Key::leftAlt});
     EXPECT_TRUE(strokes->post(keyDelete, false, 0));
+    sync();
     window->take();
     keyboard.tap(Key::a);
     EXPECT_EQ(window->take(), "+a with Shift, -a");
