@@ -335,6 +335,8 @@ TEST_F(PulseAudioTest, VanishedMicrophoneIsReportedOnceWithAllThatWasHeard)
         ++interruptions;
         heardAtInterruption = listener.frames();
         EXPECT_EQ(QThread::currentThread(), qApp->thread());
+        engine.removeTap();
+        engine.stop();
     });
     startListening(engine, listener.tap());
     microphone.speak(listener, 10'000);
@@ -343,8 +345,6 @@ TEST_F(PulseAudioTest, VanishedMicrophoneIsReportedOnceWithAllThatWasHeard)
     ASSERT_TRUE(waitUntil([&] { return interruptions > 0; }));
     EXPECT_GT(heardAtInterruption, 8192U) << "the frames that waited for a full buffer";
     EXPECT_EQ(listener.wrongSamples(), 0U);
-    engine.removeTap();
-    engine.stop();
     EXPECT_EQ(listener.frames(), heardAtInterruption);
 
     // The next recording is of the microphone that is left.

@@ -81,7 +81,7 @@ tl::expected<void, PlatformError> PulseAudioEngine::start()
     const PulseConnection::Lock lock(*m_connection);
     m_isRunning = false;
     m_stream.reset();
-    m_startContext = std::make_unique<QObject>();
+    ++m_generation;
     m_bytesReceived = 0;
 
     if (m_microphone.outcome != PulseMicrophoneQuery::Outcome::found)
@@ -147,7 +147,7 @@ void PulseAudioEngine::stop()
     const PulseConnection::Lock lock(*m_connection);
     m_isRunning = false;
     m_stream.reset();
-    m_startContext.reset();
+    ++m_generation;
 }
 
 void PulseAudioEngine::setInterruptionHandler(InterruptionHandler handler)
@@ -225,9 +225,10 @@ void PulseAudioEngine::interrupted()
         m_assembler->flush();
     m_connection->wake();
     QMetaObject::invokeMethod(
-        m_startContext.get(),
-        [this] {
-            if (m_interruptionHandler)
+        &m_mainThread,
+        [this, generation = m_generation] {
+            // Only the main thread changes the number.
+            if (generation == m_generation && m_interruptionHandler)
                 m_interruptionHandler();
         },
         Qt::QueuedConnection);

@@ -50,8 +50,10 @@ private:
     std::unique_ptr<pa_stream, StreamDeleter> m_stream;
     bool m_isRunning = false;
     uint64_t m_bytesReceived = 0;
-    // Interruptions are reported through a context object of the current start, on the main thread.
-    std::unique_ptr<QObject> m_startContext;
+    // Counts starts and stops: an interruption that is reported later than the stop is dropped.
+    unsigned m_generation = 0;
+    // Takes reports to the main thread.
+    QObject m_mainThread;
 };
 
 } // namespace Velloro
