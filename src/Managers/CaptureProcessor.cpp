@@ -17,7 +17,8 @@ CaptureProcessor::CaptureProcessor(double inputSampleRate, size_t bufferSize,
                                    ChunkCallback streamingCallback,
                                    std::function<void()> reportReady)
     : m_resampleRatio(inputSampleRate / AudioProcessing::targetSampleRate)
-    , m_samplesPerBuffer(m_resampleRatio > 0 ? static_cast<size_t>(bufferSize / m_resampleRatio) : 0)
+    , m_samplesPerBuffer(
+          m_resampleRatio > 0 ? static_cast<size_t>(bufferSize / m_resampleRatio) : 0)
     , m_reportReady(std::move(reportReady))
 {
     if (streamingCallback)

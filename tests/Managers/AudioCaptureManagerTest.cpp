@@ -190,7 +190,8 @@ TEST_F(AudioCaptureManagerTest, ReadsTheRateAnewAtEveryStart)
     engine.deliver({Samples(4096)});
     EXPECT_EQ(manager.stopRecording().size(), 1365U);
 
-    for (const auto &[rate, size] : {std::pair(44100.0, 1486U), {16000.0, 4096U}, {8000.0, 8192U}}) {
+    for (const auto &[rate, size] :
+         {std::pair(44100.0, 1486U), {16000.0, 4096U}, {8000.0, 8192U}}) {
         engine.format = {rate, 1};
         ASSERT_TRUE(manager.startRecording());
         engine.deliver({Samples(4096)});
@@ -246,7 +247,8 @@ TEST_F(AudioCaptureManagerTest, AsyncChunksArriveOnTheMainThreadInOrder)
     std::vector<float> ended;
     // The handler's captures must outlive its suspension.
     ASSERT_TRUE(manager.startRecordingWithAsyncStreaming(
-        [&begun, &ended, token = std::make_shared<float>(0.5F)](Samples chunk) -> QCoro::Task<void> {
+        [&begun, &ended,
+         token = std::make_shared<float>(0.5F)](Samples chunk) -> QCoro::Task<void> {
             EXPECT_EQ(QThread::currentThread(), qApp->thread());
             begun.push_back(chunk[0]);
             QTimer timer;
@@ -408,7 +410,8 @@ TEST_F(AudioCaptureManagerTest, AudioThreadMayRunIntoTheStop)
     size_t returned = manager.stopRecording().size();
     for (int i = 0; i < 50; ++i) {
         EXPECT_TRUE(manager.startRecording([](const Samples &) {}));
-        EXPECT_TRUE(waitUntil([&, before = delivered.load()] { return delivered > before + 8000; }));
+        const size_t enough = delivered + 8000;
+        EXPECT_TRUE(waitUntil([&] { return delivered > enough; }));
         returned += manager.stopRecording().size();
     }
     isEnding = true;

@@ -203,7 +203,8 @@ protected:
 
     bool waitForSourceOutputs(int count)
     {
-        return waitUntil([&] { return server.list(QStringLiteral("source-outputs")).size() == count; });
+        return waitUntil(
+            [&] { return server.list(QStringLiteral("source-outputs")).size() == count; });
     }
 
     PulseServer server;
@@ -421,7 +422,8 @@ TEST_F(PulseAudioTest, MonitorsAreNoMicrophones)
     EXPECT_FALSE(engine.start());
     EXPECT_FALSE(request());
 
-    server.loadModule(QStringLiteral("module-remap-source master=voice.monitor rate=32000 channels=1"));
+    server.loadModule(
+        QStringLiteral("module-remap-source master=voice.monitor rate=32000 channels=1"));
     server.run(QStringLiteral("pactl"),
                {QStringLiteral("set-default-source"), QStringLiteral("voice.monitor")});
     EXPECT_EQ(authorization.authorizationStatus(), AuthorizationStatus::authorized);

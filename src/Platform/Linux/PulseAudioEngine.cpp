@@ -121,7 +121,8 @@ tl::expected<void, PlatformError> PulseAudioEngine::start()
     attributes.maxlength = UINT32_MAX;
     attributes.fragsize = static_cast<uint32_t>(pa_frame_size(&sampleSpec))
         * (sampleSpec.rate / fragmentsPerSecond);
-    const auto flags = static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_DONT_MOVE);
+    const auto flags =
+        static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_DONT_MOVE);
     if (pa_stream_connect_record(m_stream.get(), m_microphone.name.constData(), &attributes, flags)
         < 0) {
         m_stream.reset();

@@ -10,8 +10,8 @@
 namespace Velloro {
 
 /// Asks the sound server for the default microphone, connecting first where necessary. A microphone
-/// is a source that is not the monitor of an output: the default source, or the first other one when
-/// the default is only a monitor.
+/// is a source that is not the monitor of an output: the default source, or the first other one
+/// when the default is only a monitor.
 ///
 /// Created, answered and destroyed with the connection's lock held.
 class PulseMicrophoneQuery
