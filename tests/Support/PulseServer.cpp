@@ -6,6 +6,7 @@
 #include <QProcessEnvironment>
 #include <QStandardPaths>
 #include <csignal>
+#include <sys/prctl.h>
 
 namespace Velloro {
 
@@ -15,6 +16,8 @@ PulseServer::PulseServer()
     qputenv("PULSE_COOKIE", path(QStringLiteral("cookie")).toLocal8Bit());
     m_process.setProcessEnvironment(environment());
     m_process.setProcessChannelMode(QProcess::MergedChannels);
+    // A test that crashes leaves no server behind.
+    m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
 }
 
 PulseServer::~PulseServer()
