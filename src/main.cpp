@@ -35,8 +35,6 @@ int main(int argc, char **argv)
     TerminationSignals signals;
     QObject::connect(&signals, &TerminationSignals::terminationRequested, &velloro,
                      &VelloroApp::terminate);
-    QObject::connect(&application, &QGuiApplication::commitDataRequest, &velloro,
-                     &VelloroApp::terminate);
     QObject::connect(&instance, &SingleInstance::activationRequested, &velloro,
                      &VelloroApp::activate);
 

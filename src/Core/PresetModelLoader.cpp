@@ -18,6 +18,11 @@ PresetModelLoader::PresetModelLoader(AppState &appState, HotkeyManager &hotkeyMa
         if (m_isWaitingForIdle)
             loadPresetModel();
     });
+    // Another load may have overtaken ours.
+    connect(&appState.whisperManager(), &WhisperManager::isModelLoadedChanged, this, [this] {
+        if (m_wasOvertaken)
+            loadPresetModel();
+    });
     connect(&appState.whisperManager(), &WhisperManager::modelStatesChanged, this,
             &PresetModelLoader::modelStateChanged);
     connect(&hotkeyManager, &HotkeyManager::isHotkeyPressedChanged, this,
@@ -45,10 +50,14 @@ QCoro::Task<void> PresetModelLoader::load(QString modelId)
 {
     const QPointer<PresetModelLoader> alive(this);
     m_loadingModelId = modelId;
-    // A failure has been logged where it happened; the next press or choice tries again.
-    co_await m_appState.whisperManager().loadModel(modelId);
-    if (alive && m_loadingModelId == modelId)
-        m_loadingModelId.clear();
+    m_wasOvertaken = false;
+    const WhisperManager::LoadResult loaded
+        = co_await m_appState.whisperManager().loadModel(modelId);
+    if (!alive || m_loadingModelId != modelId)
+        co_return;
+    m_loadingModelId.clear();
+    // Any other failure has been logged where it happened; the next press or choice tries again.
+    m_wasOvertaken = !loaded && loaded.error() == ModelLoadError(WhisperError::modelNotLoaded);
 }
 
 void PresetModelLoader::modelStateChanged(const QString &modelId)

@@ -49,6 +49,13 @@ TextInsertionManager::TextInsertionManager(Platform &platform, QObject *parent)
 {
 }
 
+TextInsertionManager::~TextInsertionManager()
+{
+    // The first is the user's own; what displaced later ones was ours.
+    if (!m_displacedTexts.isEmpty())
+        restorePasteboard();
+}
+
 bool TextInsertionManager::hasAccessibilityPermission() const
 {
     return m_platform.accessibility->isProcessTrusted();
@@ -103,12 +110,17 @@ bool TextInsertionManager::insertViaClipboard(const QString &text)
     pasteboard.setString(text);
     simulatePaste();
     if (previous) {
-        QTimer::singleShot(pasteboardRestoreDelay, Qt::PreciseTimer, this, [this, previous] {
-            m_platform.pasteboard->clearContents();
-            m_platform.pasteboard->setString(*previous);
-        });
+        m_displacedTexts << *previous;
+        QTimer::singleShot(pasteboardRestoreDelay, Qt::PreciseTimer, this,
+                           &TextInsertionManager::restorePasteboard);
     }
     return true;
+}
+
+void TextInsertionManager::restorePasteboard()
+{
+    m_platform.pasteboard->clearContents();
+    m_platform.pasteboard->setString(m_displacedTexts.takeFirst());
 }
 
 void TextInsertionManager::simulatePaste()

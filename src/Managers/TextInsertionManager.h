@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 namespace Velloro {
 
@@ -16,6 +17,8 @@ class TextInsertionManager : public QObject
 
 public:
     explicit TextInsertionManager(Platform &platform, QObject *parent = nullptr);
+    /// Gives the pasteboard back what the user had on it, where that is still to be done.
+    ~TextInsertionManager() override;
 
     /// Whether this process may use the accessibility interface.
     [[nodiscard]] bool hasAccessibilityPermission() const;
@@ -29,11 +32,14 @@ public:
 private:
     bool insertViaAccessibility(const QString &text);
     bool insertViaClipboard(const QString &text);
+    void restorePasteboard();
     void simulatePaste();
 
     Platform &m_platform;
     QString m_lastInsertedText;
     AccessibilityElementRef m_lastInsertionTarget;
+    /// Texts that are to go back on the pasteboard, the first one first.
+    QStringList m_displacedTexts;
 };
 
 } // namespace Velloro

@@ -392,6 +392,13 @@ TEST_F(DictationControllerTest, ModelOfThePresetIsTheOneThatIsUsed)
     state->setSelectedModel(ModelPreset::small);
     ASSERT_TRUE(waitForModel("base"));
 
+    // A load that was overtaken is made up for.
+    state->setSelectedModel(ModelPreset::medium);
+    manager.loadModel(WhisperModelType::base);
+    ASSERT_TRUE(waitForModel("small-q8_0"));
+    state->setSelectedModel(ModelPreset::small);
+    ASSERT_TRUE(waitForModel("base"));
+
     // Not in the middle of a recording, but when it has ended.
     press();
     ASSERT_TRUE(waitForState(TranscriptionState::listening));

@@ -178,6 +178,18 @@ TEST_F(TextInsertionManagerTest, TwoPastesWithinHalfASecondEachPutBackWhatTheyRe
               (QStringList{u"clear"_qs, u"write mine"_qs, u"clear"_qs, u"write first"_qs}));
 }
 
+TEST_F(TextInsertionManagerTest, AnEndBeforeThatGivesTheUsersOwnTextBack)
+{
+    accessibility->trusted = false;
+    journal.clipboard = QStringLiteral("of the user");
+    {
+        TextInsertionManager ending(platform);
+        ending.insertText(QStringLiteral("one"));
+        ending.insertText(QStringLiteral("two"));
+    }
+    EXPECT_EQ(journal.clipboard, QStringLiteral("of the user"));
+}
+
 TEST_F(TextInsertionManagerTest, KeysThatCannotBeMadeAreSkipped)
 {
     journal.refusesKeys = true;
