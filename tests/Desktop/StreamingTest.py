@@ -93,7 +93,7 @@ class StreamingTest(DesktopCase):
         self.user.open_terminal()
         copied = "what the user had copied"
         self.user.copy(copied)
-        self.dictate_and_check(lambda: line_of(self.user.terminal_text()))
+        self.dictate_and_check(self.user.terminal_line)
         self.assertEqual(self.user.clipboard().count("\n"), 0)
 
     def test_busy_terminal_gets_every_word(self):
@@ -104,21 +104,10 @@ class StreamingTest(DesktopCase):
             ["sh", "-c", f"while kill -STOP {terminal.pid}; do sleep 0.4; "
                          f"kill -CONT {terminal.pid}; sleep 0.1; done"], log="stop-and-go")
         try:
-            self.dictate_and_check(lambda: line_of(self.user.terminal_text()))
+            self.dictate_and_check(self.user.terminal_line)
         finally:
             stop_and_go.kill()
             os.kill(terminal.pid, 18)
-
-
-def line_of(typescript):
-    """What stands after the prompt: the terminal's output with its backspaces done."""
-    line = ""
-    for character in typescript.partition("$ ")[2]:
-        if character == "\b":
-            line = line[:-1]
-        elif character >= " ":
-            line += character
-    return line.replace("\x1b[K", "")
 
 
 if __name__ == "__main__":
