@@ -1,7 +1,9 @@
 """Words are typed while they are spoken, and give way to the final text."""
 
-import os
+import contextlib
 import re
+import signal
+import threading
 import time
 
 from desktop_case import BUSY, JFK, JFK_WORDS, DesktopCase, main, words
@@ -96,18 +98,33 @@ class StreamingTest(DesktopCase):
         self.dictate_and_check(self.user.terminal_line)
         self.assertEqual(self.user.clipboard().count("\n"), 0)
 
-    def test_busy_terminal_gets_every_word(self):
-        """An application that comes round to its events only now and then."""
+    def test_busy_applications_get_every_word_in_order(self):
+        """They come round to what they are sent only now and then."""
         self.start_streaming()
-        terminal = self.user.open_terminal()
-        stop_and_go = self.desktop.start(
-            ["sh", "-c", f"while kill -STOP {terminal.pid}; do sleep 0.4; "
-                         f"kill -CONT {terminal.pid}; sleep 0.1; done"], log="stop-and-go")
-        try:
+        with self.slowed(self.user.open_terminal(), 0.4):
             self.dictate_and_check(self.user.terminal_line)
+        editor = self.user.open(["mousepad"])
+        self.user.wait_for_focus()
+        with self.slowed(editor, 0.15):
+            self.dictate_and_check(lambda: self.user.focus()["text"])
+
+    @contextlib.contextmanager
+    def slowed(self, process, pause):
+        """The process stands still most of the time."""
+        done = threading.Event()
+
+        def slow():
+            while not done.wait(0.1):
+                process.send_signal(signal.SIGSTOP)
+                done.wait(pause)
+                process.send_signal(signal.SIGCONT)
+        thread = threading.Thread(target=slow)
+        thread.start()
+        try:
+            yield
         finally:
-            stop_and_go.kill()
-            os.kill(terminal.pid, 18)
+            done.set()
+            thread.join()
 
 
 if __name__ == "__main__":
