@@ -21,7 +21,7 @@ class StreamingTest(DesktopCase):
         self.model = models.choose(self.present, wanted="tiny.en-q5_1") or self.model
 
     def start_streaming(self, **settings):
-        self.start_velloro(enableRealtimeStreaming=True, enableTextCorrection=False, **settings)
+        self.start_velloro(enableRealtimeStreaming=True, **settings)
 
     def start_recording(self):
         mark = self.velloro.mark()
@@ -101,7 +101,7 @@ class StreamingTest(DesktopCase):
     def test_busy_applications_get_every_word_in_order(self):
         """They come round to what they are sent only now and then."""
         self.start_streaming()
-        with self.slowed(self.user.open_terminal(), 0.4):
+        with self.slowed(self.user.open_terminal(), 0.8):
             self.dictate_and_check(self.user.terminal_line)
         editor = self.user.open(["mousepad"])
         self.user.wait_for_focus()
