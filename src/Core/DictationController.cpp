@@ -26,6 +26,16 @@ void log(const QString &message)
     Log::line(u"Dictation", message);
 }
 
+/// Whether the text begins with these characters. A letter is not the beginning of one with an
+/// accent, and an accented one is the same however it is composed.
+bool begins(const QString &text, const QString &start)
+{
+    const QString head = Graphemes::prefix(text, Graphemes::count(start));
+    return head == start
+        || head.normalized(QString::NormalizationForm_C)
+        == start.normalized(QString::NormalizationForm_C);
+}
+
 } // namespace
 
 DictationController::DictationController(AppState &appState, Platform &platform,
@@ -187,18 +197,30 @@ QCoro::Task<bool> DictationController::loadModelJustInTime()
 
 QCoro::Task<AudioCaptureManager::StartResult> DictationController::startStreamingCapture()
 {
-    const QPointer<DictationController> controller(this);
-    co_await m_appState.whisperManager().startStreaming(
-        rawValue(m_appState.selectedLanguage()), [controller](const TranscriptionSegment &segment) {
-            if (controller)
-                controller->handleTranscriptionSegment(segment);
-        });
-    if (!controller)
+    // The callbacks are made elsewhere: GCC 12 destroys a closure twice that a coroutine makes in
+    // the midst of a statement.
+    const QPointer<DictationController> alive(this);
+    const TranscriptionCallback onSegment = segmentHandler();
+    const QString language = rawValue(m_appState.selectedLanguage());
+    co_await m_appState.whisperManager().startStreaming(language, onSegment);
+    if (!alive)
         co_return AudioCaptureManager::StartResult();
-    co_return m_audioCaptureManager.startRecordingWithAsyncStreaming(
-        [controller](std::vector<float> chunk) {
-            return feedContext(controller, std::move(chunk));
-        });
+    co_return m_audioCaptureManager.startRecordingWithAsyncStreaming(chunkHandler());
+}
+
+TranscriptionCallback DictationController::segmentHandler()
+{
+    return [controller = QPointer<DictationController>(this)](const TranscriptionSegment &segment) {
+        if (controller)
+            controller->handleTranscriptionSegment(segment);
+    };
+}
+
+AudioCaptureManager::AsyncChunkHandler DictationController::chunkHandler()
+{
+    return [controller = QPointer<DictationController>(this)](std::vector<float> chunk) {
+        return feedContext(controller, std::move(chunk));
+    };
 }
 
 QCoro::Task<void> DictationController::feedContext(QPointer<DictationController> controller,
@@ -352,7 +374,7 @@ void DictationController::typeStreamedText(const QString &confirmed)
         m_streamingInsertedCount = Graphemes::count(confirmed);
         log(u"Streaming start: '%1' (%2 chars)"_qs.arg(
             Graphemes::prefix(confirmed, 40), QString::number(m_streamingInsertedCount)));
-    } else if (confirmed.startsWith(m_lastInsertedText)) {
+    } else if (begins(confirmed, m_lastInsertedText)) {
         const QString added = Graphemes::dropFirst(confirmed, Graphemes::count(m_lastInsertedText));
         if (added.isEmpty())
             return;

@@ -45,6 +45,9 @@ public:
     void updateAppStateFromWhisperManager();
     /// Loads the selected preset's model in the background if its file exists.
     void loadSelectedModelIfNeeded();
+    /// Types what a segment has newly confirmed and shows the rest; ignored unless a streaming
+    /// recording runs.
+    void handleTranscriptionSegment(const TranscriptionSegment &segment);
 
     /// The model type that a preset stands for on the paths that load a model here.
     [[nodiscard]] static WhisperModelType modelType(ModelPreset preset);
@@ -59,6 +62,8 @@ private:
     QCoro::Task<void> startRecordingInternal();
     QCoro::Task<bool> loadModelJustInTime();
     QCoro::Task<AudioCaptureManager::StartResult> startStreamingCapture();
+    [[nodiscard]] TranscriptionCallback segmentHandler();
+    [[nodiscard]] AudioCaptureManager::AsyncChunkHandler chunkHandler();
     static QCoro::Task<void> feedContext(QPointer<DictationController> controller,
                                          std::vector<float> chunk);
     QCoro::Task<void> transcribeAndFinish(std::vector<float> samples, bool wasStreaming,
@@ -70,7 +75,6 @@ private:
     void showRecordingPill();
     void hideRecordingPill();
     void startRecordingTimer();
-    void handleTranscriptionSegment(const TranscriptionSegment &segment);
     void typeStreamedText(const QString &confirmed);
 
     AppState &m_appState;

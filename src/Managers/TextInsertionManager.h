@@ -27,6 +27,12 @@ public:
     bool insertText(const QString &text);
     /// Sends that many backspace strokes, 5 ms apart, blocking meanwhile; nothing for a count
     /// below 1.
+    ///
+    /// One stroke stands for one user-perceived character, and applications differ in what it
+    /// takes: GTK 3 fields take accents, emoji sequences and flags whole, but only the last code
+    /// point of Devanagari, Thai, pointed Hebrew, vowelled Arabic and decomposed Hangul; a
+    /// terminal's line takes one code point always. There, as many code points go as characters
+    /// were counted, so that nothing that stood before is ever removed.
     void deleteBackwards(int64_t count);
 
 private:

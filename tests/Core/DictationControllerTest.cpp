@@ -1,16 +1,7 @@
 #include "Core/DictationController.h"
 
 #include "Core/PresetModelLoader.h"
-#include "Core/SerialExecutor.h"
-#include "Support/FakeWhisper.h"
-#include "Support/InMemoryPlatform.h"
-#include "Support/LogRecorder.h"
-#include "Support/WaitUntil.h"
-
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-#include <gmock/gmock.h>
+#include "Support/DictationControllerTestBase.h"
 
 using namespace Velloro;
 using ::testing::ElementsAre;
@@ -18,121 +9,7 @@ using ::testing::IsEmpty;
 
 namespace {
 
-QStringList strings(std::initializer_list<const char *> texts)
-{
-    QStringList result;
-    for (const char *text : texts)
-        result << QString::fromUtf8(text);
-    return result;
-}
-
-/// A pill that records when it is on screen.
-class RecordedPill : public RecordingPill
-{
-public:
-    explicit RecordedPill(QStringList &calls)
-        : m_calls(calls)
-    {
-    }
-    void show(AppState &) override { m_calls << QStringLiteral("show"); }
-    void hide() override { m_calls << QStringLiteral("hide"); }
-
-private:
-    QStringList &m_calls;
-};
-
-/// A controller on a desktop in memory: a focused text field, a microphone, the scripted
-/// recogniser, and real (empty) model files.
-class DictationControllerTest : public ::testing::Test
-{
-protected:
-    DictationControllerTest()
-    {
-        FakeWhisper::reset();
-        memory.fileSystem->supportDirectory = directory.path();
-        memory.accessibility->focusText(QString(), {0, 0});
-    }
-
-    ~DictationControllerTest() override
-    {
-        controller.reset();
-        state.reset();
-        // Unloading a model goes on in the background, and asks the platform for the stack.
-        SerialExecutor::finishAll(std::chrono::seconds(10));
-    }
-
-    void launch()
-    {
-        hotkeys = HotkeyManager::makeShared(memory.platform);
-        state = std::make_unique<AppState>(memory.platform);
-        controller = std::make_unique<DictationController>(
-            *state, memory.platform, [this] { return std::make_unique<RecordedPill>(pill); });
-        hotkeys->registerHotkey();
-        controller->updatePermissionStatus();
-        log.clear();
-    }
-
-    void addModel(const QString &id)
-    {
-        const QString path = directory.path() + QStringLiteral("/Velloro/Models/ggml-%1.bin").arg(id);
-        QDir().mkpath(QFileInfo(path).path());
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        memory.fileSystem->files.insert(path);
-    }
-
-    /// Launches with the model of the selected preset loaded.
-    void launchWithModel()
-    {
-        addModel(QStringLiteral("small"));
-        launch();
-        controller->loadSelectedModelIfNeeded();
-        ASSERT_TRUE(waitUntil([&] { return state->whisperManager().isModelLoaded(); }));
-        log.clear();
-    }
-
-    void press() { memory.hotkeyRegistration->press(); }
-    void release() { memory.hotkeyRegistration->release(); }
-
-    [[nodiscard]] bool waitForState(TranscriptionState expected)
-    {
-        return waitUntil([&] { return state->transcriptionState() == expected; });
-    }
-    [[nodiscard]] bool waitForMessage(const QString &start)
-    {
-        return waitUntil([&] {
-            const QStringList messages = log.messages(QStringLiteral("Dictation"));
-            return std::any_of(messages.begin(), messages.end(),
-                               [&](const QString &message) { return message.startsWith(start); });
-        });
-    }
-
-    void speak(int samples) { memory.audioEngine->deliver({std::vector<float>(samples, 0.5F)}); }
-
-    /// One dictation with the hotkey held, from start to end.
-    void dictate()
-    {
-        press();
-        ASSERT_TRUE(waitForState(TranscriptionState::listening));
-        speak(4096);
-        release();
-        ASSERT_TRUE(waitForState(TranscriptionState::idle));
-    }
-
-    [[nodiscard]] QStringList messages() const { return log.messages(QStringLiteral("Dictation")); }
-    [[nodiscard]] QString typed() const
-    {
-        return std::get<QString>(*memory.accessibility->focused->value);
-    }
-
-    QTemporaryDir directory;
-    LogRecorder log;
-    InMemoryPlatform memory;
-    QStringList pill;
-    std::unique_ptr<HotkeyManager> hotkeys;
-    std::unique_ptr<AppState> state;
-    std::unique_ptr<DictationController> controller;
-};
+using DictationControllerTest = DictationControllerTestBase;
 
 TEST_F(DictationControllerTest, TypesWhatWasSaidWhileTheHotkeyWasHeld)
 {

@@ -16,6 +16,15 @@ constexpr size_t passInterval = 24'000;
 class WhisperStreamingTest : public WhisperContextTestBase
 {
 protected:
+    ~WhisperStreamingTest() override
+    {
+        // Deliveries on their way reach `segments` as long as it is there.
+        FakeWhisper::reset();
+        context.reset();
+        settle();
+        QCoreApplication::processEvents();
+    }
+
     void start()
     {
         await(context->startStreaming([this](const TranscriptionSegment &segment) {

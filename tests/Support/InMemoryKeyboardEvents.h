@@ -2,11 +2,12 @@
 
 #include "Platform/KeyboardEvents.h"
 
+#include <functional>
 #include <vector>
 
 namespace Velloro {
 
-/// Key strokes that are written down and reach nobody.
+/// Key strokes that are written down, and reach nobody but the receiver that the test names.
 class InMemoryKeyboardEvents : public KeyboardEvents
 {
 public:
@@ -24,12 +25,17 @@ public:
     std::chrono::microseconds paused{0};
     /// Events can't be created.
     bool refuses = false;
+    /// The application that has the focus.
+    std::function<void(const Event &)> receiver;
 
     bool post(uint32_t keyCode, bool keyDown, uint64_t flags) override
     {
-        if (!refuses)
-            posted.push_back({keyCode, keyDown, flags});
-        return !refuses;
+        if (refuses)
+            return false;
+        posted.push_back({keyCode, keyDown, flags});
+        if (receiver)
+            receiver(posted.back());
+        return true;
     }
     void pause(std::chrono::microseconds duration) override { paused += duration; }
 };

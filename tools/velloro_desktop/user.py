@@ -101,6 +101,16 @@ class User:
             return ""
         return self._typescript.read_text(errors="replace").partition("\n")[2]
 
+    def terminal_line(self):
+        """What stands after the terminal's first prompt now, its backspaces done."""
+        line = ""
+        for character in self.terminal_text().partition("$ ")[2].replace("\x1b[K", ""):
+            if character == "\b":
+                line = line[:-1]
+            elif character >= " ":
+                line += character
+        return line
+
     def active_window(self):
         """The number of the window that has the focus and its process, or None. (The number
         alone may come back with the next program's window.)"""

@@ -63,7 +63,10 @@ AtSpiAccessibility::copyAttributeValue(const AccessibilityElementRef &element,
 
     if (attribute == focusedElementAttribute) {
         Result<AtSpiReference> focused = tl::unexpected(AccessibilityError::attributeUnsupported);
-        if (std::holds_alternative<AtSpiElement::Desktop>(target->target))
+        const bool isOfDesktop = std::holds_alternative<AtSpiElement::Desktop>(target->target);
+        if (isOfDesktop && m_beforeAccess)
+            m_beforeAccess();
+        if (isOfDesktop)
             focused = m_focus.focused();
         else if (const auto *process = std::get_if<pid_t>(&target->target))
             focused = m_focus.focusedOf(*process);

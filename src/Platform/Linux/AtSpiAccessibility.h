@@ -5,7 +5,9 @@
 #include "Platform/Linux/AtSpiFocusTracker.h"
 #include "Platform/Linux/AtSpiText.h"
 
+#include <functional>
 #include <optional>
+#include <utility>
 
 namespace Velloro {
 
@@ -30,6 +32,10 @@ public:
                                                  const QString &attribute,
                                                  const AccessibilityValue &value) override;
 
+    /// Called, if set, whenever the desktop's focused element is asked for: whatever was sent to
+    /// it by other ways must have arrived before it is read.
+    void setBeforeAccess(std::function<void()> hook) { m_beforeAccess = std::move(hook); }
+
     /// Whether the focused element is a terminal; false where that can't be known.
     [[nodiscard]] bool isTerminalFocused();
 
@@ -38,6 +44,7 @@ private:
     Result<AtSpiReference> objectOf(const AccessibilityElementRef &element);
     AtSpiText &textOf(const AtSpiReference &object);
 
+    std::function<void()> m_beforeAccess;
     AtSpiBus m_bus;
     AtSpiFocusTracker m_focus;
     /// What is known about the text that was used last, for the rest of the event loop's turn.

@@ -30,14 +30,19 @@ Platform makeLinuxPlatform()
     auto accessibility = std::make_unique<AtSpiAccessibility>();
     auto pasteboard = std::make_unique<X11Pasteboard>();
     // The bundle destroys its members in the reverse of their order: both outlive the strokes.
-    platform.keyboardEvents = std::make_unique<X11KeyboardEvents>(
+    auto keyboard = std::make_unique<X11KeyboardEvents>(
         display,
         X11KeyboardEvents::Hooks{
             .focusedElementIsTerminal
             = [bus = accessibility.get()] { return bus->isTerminalFocused(); },
             .willPastePrimarySelection
             = [board = pasteboard.get()] { board->lendToPrimarySelection(); },
+            .willPaste = [board = pasteboard.get()](uint32_t window) { board->beginPaste(window); },
+            .awaitPaste = [board = pasteboard.get()] { board->awaitPaste(); },
         });
+    // A text field is read and written when the backspaces before have done their work.
+    accessibility->setBeforeAccess([strokes = keyboard.get()] { strokes->awaitReceipt(); });
+    platform.keyboardEvents = std::move(keyboard);
     platform.hotkeyRegistration = std::make_unique<X11HotkeyRegistration>(display);
     platform.workspace = std::make_unique<X11Workspace>(display);
     platform.accessibility = std::move(accessibility);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <ranges>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 #include <xcb/xinput.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
@@ -25,6 +26,8 @@ constexpr uint32_t classicCommand = 256;
 constexpr uint32_t classicShift = 512;
 constexpr uint32_t classicOption = 2048;
 constexpr uint32_t classicControl = 4096;
+
+constexpr std::chrono::milliseconds receiptPatience{500};
 
 } // namespace
 
@@ -69,6 +72,8 @@ void X11KeyboardEvents::pause(std::chrono::microseconds duration)
 bool X11KeyboardEvents::press(uint32_t keyCode, uint64_t flags)
 {
     release();
+    if (m_hooks.awaitPaste)
+        m_hooks.awaitPaste();
     // A new layout may be known to the connection already.
     m_connection->dispatchPending();
     const auto keys = chord(keyCode, flags);
@@ -85,7 +90,49 @@ bool X11KeyboardEvents::press(uint32_t keyCode, uint64_t flags)
     }
     m_pressed = *keys;
     m_pressedKeyCode = keyCode;
+    m_hasUnconfirmedStrokes = true;
     return true;
+}
+
+void X11KeyboardEvents::awaitReceipt()
+{
+    if (!std::exchange(m_hasUnconfirmedStrokes, false) || !m_connection->isAlive())
+        return;
+    const xcb_window_t window = othersWindow();
+    if (window == XCB_WINDOW_NONE || !m_workspace->answersPings(window))
+        return;
+
+    // The window takes its events in order and sends a ping on to the root window.
+    xcb_connection_t *xcb = m_connection->xcb();
+    const auto selectRootEvents = [&](uint32_t events) {
+        xcb_change_window_attributes(xcb, m_connection->root(), XCB_CW_EVENT_MASK, &events);
+    };
+    selectRootEvents(XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
+    union {
+        xcb_client_message_event_t event;
+        char padding[32];
+    } ping{};
+    ping.event.response_type = XCB_CLIENT_MESSAGE;
+    ping.event.format = 32;
+    ping.event.window = window;
+    ping.event.type = m_connection->atom("WM_PROTOCOLS");
+    ping.event.data.data32[0] = m_connection->atom("_NET_WM_PING");
+    ping.event.data.data32[1] = ++m_pings;
+    ping.event.data.data32[2] = window;
+    xcb_send_event(xcb, 0, window, XCB_EVENT_MASK_NO_EVENT, ping.padding);
+    m_isPingAnswered = false;
+    m_connection->dispatchUntil([this] { return m_isPingAnswered; },
+                                QDeadlineTimer(receiptPatience));
+    selectRootEvents(XCB_EVENT_MASK_NO_EVENT);
+    m_connection->flush();
+}
+
+xcb_window_t X11KeyboardEvents::othersWindow()
+{
+    const auto application = m_workspace->frontmostApplication();
+    if (application && application->processIdentifier == getpid())
+        return XCB_WINDOW_NONE;
+    return m_workspace->activeWindow();
 }
 
 void X11KeyboardEvents::release()
@@ -144,23 +191,29 @@ std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::pasteChord()
     const auto insert =
         m_keymap->keycodeFor(XKB_KEY_Insert, m_keymap->keycodeAt(keyInsert).value_or(0));
 
+    Chord keys;
     switch (stroke) {
     case PasteStroke::controlV:
         if (!control)
             return std::nullopt;
-        return Chord{*control, *v};
+        keys = {*control, *v};
+        break;
     case PasteStroke::controlShiftV:
         if (!control || !shift)
             return std::nullopt;
-        return Chord{*control, *shift, *v};
+        keys = {*control, *shift, *v};
+        break;
     case PasteStroke::shiftInsert:
         if (!shift || !insert)
             return std::nullopt;
         if (m_hooks.willPastePrimarySelection)
             m_hooks.willPastePrimarySelection();
-        return Chord{*shift, *insert};
+        keys = {*shift, *insert};
+        break;
     }
-    return std::nullopt;
+    if (const xcb_window_t window = othersWindow(); window != XCB_WINDOW_NONE && m_hooks.willPaste)
+        m_hooks.willPaste(window);
+    return keys;
 }
 
 void X11KeyboardEvents::tapMeaninglessKey()
@@ -222,6 +275,13 @@ void X11KeyboardEvents::dropRestoredModifiers()
 
 void X11KeyboardEvents::handleEvent(const xcb_generic_event_t *event)
 {
+    if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE) {
+        const auto *message = reinterpret_cast<const xcb_client_message_event_t *>(event);
+        if (message->window == m_connection->root() && message->data.data32[1] == m_pings
+            && message->data.data32[0] == m_connection->atom("_NET_WM_PING"))
+            m_isPingAnswered = true;
+        return;
+    }
     if (m_restored.none() || (event->response_type & 0x7f) != XCB_GE_GENERIC)
         return;
     const auto *generic = reinterpret_cast<const xcb_ge_generic_event_t *>(event);

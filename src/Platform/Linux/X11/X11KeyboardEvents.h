@@ -30,6 +30,11 @@ public:
         /// Called before a stroke that pastes the primary selection, which must hold the
         /// pasteboard's content then.
         std::function<void()> willPastePrimarySelection;
+        /// Called before a stroke that pastes into another program's window.
+        std::function<void(uint32_t window)> willPaste;
+        /// Waits, for a bounded time, until the window has been given what it was to paste. Strokes
+        /// that came before would meet a field without it.
+        std::function<void()> awaitPaste;
     };
 
     /// Null without a connection: every post fails.
@@ -39,6 +44,10 @@ public:
 
     bool post(uint32_t keyCode, bool keyDown, uint64_t flags) override;
     void pause(std::chrono::microseconds duration) override;
+
+    /// Waits until the active window has taken the strokes that were sent to it, for half a second
+    /// at most; not at all where nothing was sent, or it can't tell.
+    void awaitReceipt();
 
 private:
     /// Keys that are pressed together, the modifiers first.
@@ -57,6 +66,8 @@ private:
     void dropRestoredModifiers();
     void handleEvent(const xcb_generic_event_t *event);
     void tapMeaninglessKey();
+    /// The active window, unless it is this program's own, which can't answer while we wait.
+    [[nodiscard]] xcb_window_t othersWindow();
 
     std::shared_ptr<X11Connection> m_connection;
     Hooks m_hooks;
@@ -67,6 +78,10 @@ private:
     uint32_t m_pressedKeyCode = 0;
     KeySet m_lifted;
     KeySet m_restored;
+    /// Strokes were sent, and nobody has asked yet whether they were taken.
+    bool m_hasUnconfirmedStrokes = false;
+    uint32_t m_pings = 0;
+    bool m_isPingAnswered = false;
 };
 
 } // namespace Velloro

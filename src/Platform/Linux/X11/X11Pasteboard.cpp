@@ -79,4 +79,14 @@ void X11Pasteboard::lendToPrimarySelection()
     withSelections([](X11Selections &selections) { selections.lendToPrimarySelection(); });
 }
 
+void X11Pasteboard::beginPaste(uint32_t window)
+{
+    withSelections([&](X11Selections &selections) { selections.beginPaste(window); });
+}
+
+void X11Pasteboard::awaitPaste()
+{
+    withSelections([](X11Selections &selections) { selections.awaitPaste(); });
+}
+
 } // namespace Velloro

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QObject>
 #include <QThread>
+#include <cstdint>
 #include <memory>
 
 namespace Velloro {
@@ -33,6 +34,13 @@ public:
     /// Makes the primary selection hold what the pasteboard holds, for half a second; then the text
     /// that it held before is back.
     void lendToPrimarySelection();
+
+    /// The application of this window is about to paste what the pasteboard holds now; it is given
+    /// that even if the pasteboard holds something else when it comes round to it.
+    void beginPaste(uint32_t window);
+    /// Waits until that application has been given the text, at most until a second after
+    /// `beginPaste`. Key strokes that are sent to it afterwards come after the text.
+    void awaitPaste();
 
 private:
     /// Runs `work` on the selections' thread and waits for it; nothing without an X server.

@@ -17,6 +17,7 @@ constexpr auto patience = 250ms;
 constexpr auto longestReading = 2s;
 constexpr auto longestSaving = 250ms;
 constexpr auto primaryLoan = 500ms;
+constexpr auto pastePatience = 1s;
 // A receiver that takes no further piece for so long has gone.
 constexpr auto transferPatience = 30s;
 
@@ -61,9 +62,15 @@ X11Selections::X11Selections(std::shared_ptr<X11Connection> connection)
 
     m_transferTimeout.setInterval(transferPatience);
     connect(&m_transferTimeout, &QTimer::timeout, this, &X11Selections::dropStaleTransfers);
-    m_primaryLoan.setInterval(primaryLoan);
     m_primaryLoan.setSingleShot(true);
-    connect(&m_primaryLoan, &QTimer::timeout, this, &X11Selections::returnPrimarySelection);
+    connect(&m_primaryLoan, &QTimer::timeout, this, [this] {
+        // A busy application may come round to its paste later.
+        m_connection->dispatchPending();
+        if (isPasteUnderWay())
+            m_primaryLoan.start(static_cast<int>(m_paste->deadline.remainingTime()) + 1);
+        else
+            returnPrimarySelection();
+    });
 }
 
 X11Selections::~X11Selections()
@@ -107,7 +114,41 @@ void X11Selections::lendToPrimarySelection()
     if (!m_primaryLoan.isActive())
         m_primaryBefore = read(XCB_ATOM_PRIMARY);
     own(XCB_ATOM_PRIMARY, m_clipboard->text);
-    m_primaryLoan.start();
+    m_primaryLoan.start(primaryLoan);
+}
+
+void X11Selections::beginPaste(xcb_window_t window)
+{
+    if (m_connection->isAlive() && m_clipboard && m_clipboard->text)
+        m_paste = {clientOf(window), *m_clipboard->text, QDeadlineTimer(pastePatience), false};
+}
+
+void X11Selections::awaitPaste()
+{
+    if (!m_connection->isAlive() || !m_paste)
+        return;
+    m_connection->dispatchUntil([this] { return m_paste->served && m_transfers.empty(); },
+                                m_paste->deadline);
+    m_paste.reset();
+    // The server has passed it on when it answers.
+    const XcbReply<xcb_get_input_focus_reply_t> passedOn(xcb_get_input_focus_reply(
+        m_connection->xcb(), xcb_get_input_focus(m_connection->xcb()), nullptr));
+}
+
+uint32_t X11Selections::clientOf(xcb_window_t window) const
+{
+    return window & ~xcb_get_setup(m_connection->xcb())->resource_id_mask;
+}
+
+bool X11Selections::isPasteUnderWay() const
+{
+    return m_paste && !m_paste->served && !m_paste->deadline.hasExpired();
+}
+
+bool X11Selections::isText(xcb_atom_t target) const
+{
+    return target == m_atoms.utf8String || target == m_atoms.textPlainUtf8
+        || target == m_atoms.textPlain || target == m_atoms.text || target == XCB_ATOM_STRING;
 }
 
 void X11Selections::returnPrimarySelection()
@@ -337,13 +378,19 @@ void X11Selections::handleRequest(const xcb_selection_request_event_t &request)
     // Old programs name no property and mean the target's name.
     const xcb_atom_t property =
         request.property == XCB_ATOM_NONE ? request.target : request.property;
+    const bool isPaste = isPasteUnderWay() && clientOf(request.requestor) == m_paste->client
+        && isText(request.target);
     bool done = false;
-    if (const auto owned = isOurs ? ownership(request.selection) : std::nullopt;
+    if (auto owned = isOurs ? ownership(request.selection) : std::nullopt;
         owned && request.owner == m_window) {
+        if (isPaste)
+            owned->text = m_paste->text;
         done = request.target == m_atoms.multiple
             ? request.property != XCB_ATOM_NONE
                 && convertMultiple(*owned, request.requestor, property)
             : convert(*owned, request.requestor, request.target, property);
+        if (isPaste)
+            m_paste->served = done;
     }
 
     // Events are always of 32 bytes.

@@ -37,6 +37,14 @@ public:
     /// that it held before is back.
     void lendToPrimarySelection();
 
+    /// The application of this window is about to paste what the clipboard holds now. It is given
+    /// that whenever it asks, although the clipboard may hold something else by then; once, and for
+    /// a second at most.
+    void beginPaste(xcb_window_t window);
+    /// Waits until that application has been given the text, for no longer than that second. What
+    /// is sent to it afterwards reaches it afterwards.
+    void awaitPaste();
+
 private:
     /// A selection that we own. Without text it is empty, which differs from an empty text.
     struct Ownership
@@ -53,6 +61,14 @@ private:
         QByteArray data;
         qsizetype sent = 0;
         QDeadlineTimer deadline;
+    };
+    /// A paste that an application was told to do.
+    struct Paste
+    {
+        uint32_t client = 0;
+        QByteArray text; // UTF-8
+        QDeadlineTimer deadline;
+        bool served = false;
     };
     /// A conversion that we asked for and wait for.
     struct Reading
@@ -98,6 +114,12 @@ private:
     void send(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type, const QByteArray &data);
     void dropStaleTransfers();
 
+    /// What all identifiers of the window's connection to the X server have in common.
+    [[nodiscard]] uint32_t clientOf(xcb_window_t window) const;
+    /// Whether the application that was told to paste has yet to be given the text.
+    [[nodiscard]] bool isPasteUnderWay() const;
+    [[nodiscard]] bool isText(xcb_atom_t target) const;
+
     void saveToClipboardManager();
     void returnPrimarySelection();
 
@@ -108,6 +130,7 @@ private:
     bool m_serverTimeArrived = false;
     std::optional<Ownership> m_clipboard;
     std::optional<Ownership> m_primary;
+    std::optional<Paste> m_paste;
     std::optional<Reading> m_reading;
     unsigned m_readings = 0;
     std::vector<Transfer> m_transfers;

@@ -49,6 +49,18 @@ std::optional<WindowClass> X11Workspace::activeWindowClass()
     return WindowClass{QString::fromLatin1(names[0]), QString::fromLatin1(names[1])};
 }
 
+bool X11Workspace::answersPings(xcb_window_t window)
+{
+    const QByteArray protocols =
+        property(window, m_connection->atom("WM_PROTOCOLS"), XCB_ATOM_ATOM);
+    const xcb_atom_t ping = m_connection->atom("_NET_WM_PING");
+    for (qsizetype at = 0; at + qsizetype(sizeof ping) <= protocols.size(); at += sizeof ping) {
+        if (std::memcmp(protocols.constData() + at, &ping, sizeof ping) == 0)
+            return true;
+    }
+    return false;
+}
+
 QByteArray X11Workspace::property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type)
 {
     constexpr uint32_t longest = 256; // in units of four bytes

@@ -21,10 +21,13 @@ public:
     /// The class of the active window; nothing when there is none, or it has no class.
     [[nodiscard]] std::optional<WindowClass> activeWindowClass();
 
-private:
     /// The window that the window manager calls active; without one, the window that has the
     /// keyboard focus.
     [[nodiscard]] xcb_window_t activeWindow();
+    /// Whether the window answers to `_NET_WM_PING`.
+    [[nodiscard]] bool answersPings(xcb_window_t window);
+
+private:
     [[nodiscard]] xcb_window_t focusedWindow();
     [[nodiscard]] QByteArray property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     /// The process that the X server itself sees behind the window.

@@ -1,0 +1,356 @@
+#include "Core/Graphemes.h"
+#include "Managers/TextCorrector.h"
+#include "Support/DictationControllerTestBase.h"
+#include "Support/InMemoryTextField.h"
+
+#include <QRegularExpression>
+#include <random>
+
+using namespace Velloro;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+constexpr int passInterval = 24'000;
+
+class DictationStreamingTest : public DictationControllerTestBase
+{
+protected:
+    void start()
+    {
+        if (!controller)
+            launchWithModel();
+        state->setEnableRealtimeStreaming(true);
+        log.clear();
+        press();
+        ASSERT_TRUE(waitForState(TranscriptionState::listening));
+    }
+
+    /// A segment as the recogniser delivers it.
+    void segment(const char *text, const char *uncommitted = "")
+    {
+        controller->handleTranscriptionSegment(
+            {.text = QString::fromUtf8(text), .uncommitted = QString::fromUtf8(uncommitted)});
+    }
+
+    /// Releases the hotkey; the final transcription hears this.
+    void stop(const QByteArray &heard)
+    {
+        FakeWhisper::enqueueSegments({heard});
+        speak(100);
+        release();
+        ASSERT_TRUE(waitForState(TranscriptionState::idle));
+    }
+
+    /// Speaks for as long as a pass needs, and waits until its segment has been dealt with.
+    void pass(const QByteArray &heard)
+    {
+        const size_t passes = FakeWhisper::calls().size();
+        FakeWhisper::enqueueSegments({heard});
+        speak(passInterval);
+        ASSERT_TRUE(waitUntil([&] { return FakeWhisper::calls().size() > passes; }));
+        // The executor builds the segment, the main thread takes it, the executor notes that.
+        ASSERT_TRUE(SerialExecutor::finishAll(std::chrono::seconds(20)));
+        QCoreApplication::processEvents();
+        ASSERT_TRUE(SerialExecutor::finishAll(std::chrono::seconds(20)));
+    }
+
+    /// The count in the last line that tells one.
+    [[nodiscard]] int64_t counted() const
+    {
+        static const QRegularExpression counts(
+            QStringLiteral("\\((?:total: )?(\\d+)(?: chars)?\\)$"));
+        int64_t count = 0;
+        for (const QString &message : messages()) {
+            if (const auto match = counts.match(message); match.hasMatch())
+                count = match.captured(1).toLongLong();
+        }
+        return count;
+    }
+
+    [[nodiscard]] qsizetype backspaces() const
+    {
+        const auto &posted = memory.keyboardEvents->posted;
+        return std::count(posted.begin(), posted.end(),
+                          InMemoryKeyboardEvents::Event{51, true, 0});
+    }
+};
+
+TEST_F(DictationStreamingTest, TypesWhatIsConfirmedAndReplacesItByTheFinalText)
+{
+    struct Case
+    {
+        const char *what;
+        std::vector<std::pair<const char *, const char *>> segments;
+        const char *standing;
+        QStringList messages;
+        int64_t deleted;
+    };
+    const std::vector<Case> cases = {
+        {"growth, and nothing new",
+         {{"Hello", "word"}, {" Hello world \n", ""}, {"Hello world", "again"}},
+         "Hello world",
+         strings({"Streaming start: 'Hello' (5 chars)", "Confirmed: +' world' (total: 11)"}),
+         11},
+        {"nothing confirmed", {{"", "abc"}, {" \n", "abcd"}}, "", {}, 0},
+        {"divergence",
+         {{"abcdefgh", ""}, {"abcdefxyz", ""}, {"abcdefxyz!", ""}},
+         "abcdefgh abcdefxyz!",
+         strings({"Streaming start: 'abcdefgh' (8 chars)",
+                  "Streaming edge: 'abcdefxyz' (total: 18)", "Confirmed: +'!' (total: 19)"}),
+         19},
+        {"confirmed text that vanishes stays typed",
+         {{"one two", ""}, {"", "three"}, {"one", ""}},
+         "one two one",
+         strings({"Streaming start: 'one two' (7 chars)", "Streaming edge: 'one' (total: 11)"}),
+         11},
+        {"an accent makes another letter, composition does not",
+         {{"cafe", ""}, {"cafe\u0301", ""}, {"caf\u00e9", ""}, {"caf\u00e9 noir", ""}},
+         "cafe cafe\u0301 noir",
+         strings({"Streaming start: 'cafe' (4 chars)", "Streaming edge: 'cafe\u0301' (total: 9)",
+                  "Confirmed: +' noir' (total: 14)"}),
+         14},
+        {"scripts of all kinds",
+         {{"שלום 👩‍👩‍👧", ""}, {"שלום 👩‍👩‍👧 你好 नमस्ते", ""}},
+         "שלום 👩‍👩‍👧 你好 नमस्ते",
+         {},
+         -1},
+    };
+    const QString before = QStringLiteral("Dear 👩‍👩‍👧, ");
+    const QString after = QStringLiteral(" bye");
+    for (const bool accessible : {true, false}) {
+        for (const Case &item : cases) {
+            SCOPED_TRACE(item.what);
+            InMemoryTextField field(memory, before + after, Graphemes::count(before));
+            if (!accessible)
+                field.refuseAccessibility();
+            start();
+            for (const auto &[text, uncommitted] : item.segments)
+                segment(text, uncommitted);
+            EXPECT_EQ(field.text(), before + QString::fromUtf8(item.standing) + after);
+            if (!item.messages.isEmpty()) {
+                EXPECT_EQ(messages().mid(1), item.messages);
+            }
+            const int64_t count = item.deleted < 0 ? counted() : item.deleted;
+            const auto paused = memory.keyboardEvents->paused;
+            const qsizetype sent = backspaces();
+            log.clear();
+
+            stop("Final text.");
+            EXPECT_EQ(field.text(), before + QStringLiteral("Final text.") + after);
+            EXPECT_EQ(backspaces() - sent, count);
+            EXPECT_EQ(memory.keyboardEvents->paused - paused,
+                      count * std::chrono::milliseconds(5)
+                          + std::chrono::milliseconds(count > 0 ? 50 : 0));
+            QStringList expected = strings({"Stopped recording, got 100 samples. Mode: streaming"});
+            if (count > 0)
+                expected << QStringLiteral("Deleting %1 characters of streaming text").arg(count);
+            EXPECT_EQ(messages(), expected + strings({"Final transcription: 'Final text.'"}));
+        }
+    }
+}
+
+TEST_F(DictationStreamingTest, LogsTheBeginningsInWholeCharacters)
+{
+    const InMemoryTextField field(memory, {}, 0);
+    start();
+    const QString thumb = QStringLiteral("👍🏽");
+    const QString family = QStringLiteral("👩‍👩‍👧");
+    const auto confirm = [this](const QString &text) {
+        segment(text.toUtf8().constData());
+        return messages().last();
+    };
+    EXPECT_EQ(confirm(thumb.repeated(43)),
+              QStringLiteral("Streaming start: '%1' (43 chars)").arg(thumb.repeated(40)));
+    EXPECT_EQ(confirm(thumb.repeated(43) + family.repeated(26)),
+              QStringLiteral("Confirmed: +'%1' (total: 69)").arg(family.repeated(25)));
+    EXPECT_EQ(confirm(family.repeated(31)),
+              QStringLiteral("Streaming edge: '%1' (total: 101)").arg(family.repeated(30)));
+}
+
+TEST_F(DictationStreamingTest, ShowsTheTentativeTextInThePillOnly)
+{
+    const InMemoryTextField field(memory, {}, 0);
+    start();
+    segment("", " abc ");
+    EXPECT_EQ(state->partialTranscript(), QStringLiteral("abc"));
+    EXPECT_EQ(field.text(), QString());
+    segment(" abc", "de\n");
+    EXPECT_EQ(state->partialTranscript(), QStringLiteral("abc de"));
+    segment("", "");
+    EXPECT_EQ(state->partialTranscript(), QString());
+    segment("abc", "rest");
+    stop("abc.");
+    EXPECT_EQ(state->partialTranscript(), QString());
+}
+
+TEST_F(DictationStreamingTest, AnEmptyFinalTextLeavesNothing)
+{
+    const InMemoryTextField field(memory, QStringLiteral("ab"), 1);
+    start();
+    segment("wrong words");
+    stop("  ");
+    EXPECT_EQ(field.text(), QStringLiteral("ab"));
+    EXPECT_THAT(messages().mid(3),
+                ElementsAre(QStringLiteral("Deleting 11 characters of streaming text"),
+                            QStringLiteral("Empty final transcription")));
+    EXPECT_THAT(state->transcriptionHistory(), IsEmpty());
+}
+
+TEST_F(DictationStreamingTest, OnlyTheFinalTextIsCorrectedAndRemembered)
+{
+    const InMemoryTextField field(memory, {}, 0);
+    start();
+    segment("um well");
+    EXPECT_EQ(field.text(), QStringLiteral("um well"));
+    stop("um well done");
+    EXPECT_EQ(field.text(), QStringLiteral("Well done"));
+    ASSERT_EQ(state->transcriptionHistory().size(), 1);
+    EXPECT_EQ(state->transcriptionHistory().front().text, QStringLiteral("Well done"));
+}
+
+TEST_F(DictationStreamingTest, NothingIsTypedAfterTheStop)
+{
+    const InMemoryTextField field(memory, {}, 0);
+    start();
+    pass("so it");
+    pass("so it");
+    EXPECT_EQ(field.text(), QStringLiteral("so it"));
+
+    // The key is released in the middle of a pass, which confirms more.
+    FakeWhisper::Hold hold;
+    FakeWhisper::enqueueSegments({"so it goes on"});
+    FakeWhisper::enqueueSegments({"So it goes."});
+    speak(passInterval);
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(hold.waitUntilHeld());
+    speak(passInterval);
+    QCoreApplication::processEvents();
+    release();
+    ASSERT_TRUE(waitForState(TranscriptionState::transcribing));
+    segment("so it goes on and on", "more");
+    hold.letOneThrough();
+    ASSERT_TRUE(waitUntil([] { return FakeWhisper::calls().size() == 4; }));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(field.text(), QStringLiteral("so it"));
+    EXPECT_EQ(state->partialTranscript(), QStringLiteral("so it"));
+
+    hold.release();
+    ASSERT_TRUE(waitForState(TranscriptionState::idle));
+    EXPECT_EQ(field.text(), QStringLiteral("So it goes."));
+    segment("so it goes on and on");
+    EXPECT_EQ(field.text(), QStringLiteral("So it goes."));
+    // The chunk that waited for the pass was dropped.
+    EXPECT_EQ(FakeWhisper::calls().size(), 4U);
+
+    // The next recording knows nothing of this one.
+    start();
+    segment("new");
+    EXPECT_EQ(messages().last(), QStringLiteral("Streaming start: 'new' (3 chars)"));
+}
+
+TEST_F(DictationStreamingTest, EndsIdleWhateverFails)
+{
+    const InMemoryTextField field(memory, {}, 0);
+    launchWithModel();
+    state->setEnableRealtimeStreaming(true);
+    memory.captureError = PlatformError{5, QStringLiteral("No such device")};
+    press();
+    ASSERT_TRUE(waitForMessage(QStringLiteral("Failed to start recording: No such device")));
+    release();
+    EXPECT_EQ(state->transcriptionState(), TranscriptionState::idle);
+    memory.audioEngine->startError.reset();
+
+    // The model goes in the middle: chunks are dropped, and what was typed gives way to nothing.
+    start();
+    EXPECT_EQ(messages().first(), QStringLiteral("Started recording with realtime streaming"));
+    pass("a b");
+    pass("a b");
+    state->whisperManager().unloadModel();
+    speak(2 * passInterval);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(field.text(), QStringLiteral("a b"));
+    release();
+    ASSERT_TRUE(waitForState(TranscriptionState::idle));
+    EXPECT_EQ(field.text(), QString());
+    EXPECT_EQ(messages().last(), QStringLiteral("Empty final transcription"));
+}
+
+/// What a recogniser might hear of one speech, pass by pass: more at every pass, the last words
+/// doubtful, now and then something else altogether.
+class Speech
+{
+public:
+    explicit Speech(unsigned seed)
+        : m_random(seed)
+    {
+        for (int count = 3 + below(20); count > 0; --count)
+            m_words << word();
+    }
+
+    QByteArray nextPass()
+    {
+        m_heard = std::min<qsizetype>(m_words.size(), m_heard + below(5));
+        QStringList heard = m_words.mid(0, m_heard);
+        for (qsizetype at = std::max<qsizetype>(0, heard.size() - 3); at < heard.size(); ++at) {
+            if (below(3) == 0)
+                heard[at] = below(2) ? word() : heard[at].toUpper();
+        }
+        if (below(8) == 0)
+            heard = heard.mid(below(3));
+        return heard.join(below(4) ? QStringLiteral(" ") : QStringLiteral(" \t\u00a0")).toUtf8();
+    }
+
+    QByteArray finalText() { return below(8) ? m_words.join(u' ').toUtf8() : QByteArray(); }
+
+    int below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
+
+private:
+    QString word()
+    {
+        static const QStringList words = strings(
+            {"the", "word", "Zażółć", "e\u0301te\u0301", "👍🏽", "👩‍👩‍👧‍👦", "🇵🇱", "你好", "こんにちは", "がぎ",
+             "שלום", "مَرْحَبًا", "नमस्ते", "ठीक", "한국어", "ff", "don't", "x\nb", "o\u0308\u0323", "…"});
+        return words.at(below(static_cast<int>(words.size())));
+    }
+
+    std::mt19937 m_random;
+    QStringList m_words;
+    qsizetype m_heard = 0;
+};
+
+TEST_F(DictationStreamingTest, WhatStandsIsWhatWasCounted)
+{
+    launchWithModel();
+    state->setPlaySounds(false);
+    const QString before = QStringLiteral("før 🙂 ");
+    const QString after = QStringLiteral(" efter");
+    for (unsigned seed = 1; seed <= 25; ++seed) {
+        SCOPED_TRACE(seed);
+        Speech speech(seed);
+        const InMemoryTextField field(memory, before + after, Graphemes::count(before));
+        state->setEnableTextCorrection(speech.below(2) == 0);
+        start();
+        QString standing;
+        for (int passes = 1 + speech.below(9); passes > 0; --passes) {
+            pass(speech.nextPass());
+            const QString text = field.text();
+            ASSERT_TRUE(text.startsWith(before) && text.endsWith(after));
+            const QString now = text.mid(before.size(), text.size() - before.size() - after.size());
+            EXPECT_TRUE(now.startsWith(standing)) << now.toStdString();
+            EXPECT_EQ(Graphemes::count(now), counted());
+            standing = now;
+        }
+        const QByteArray heard = speech.finalText();
+        stop(heard);
+        const QString said = QString::fromUtf8(heard).trimmed();
+        const QString final =
+            state->enableTextCorrection() ? TextCorrector::correct(said, QStringLiteral("en")) : said;
+        EXPECT_EQ(field.text(), before + final + after);
+        if (HasFailure())
+            break;
+    }
+}
+
+} // namespace

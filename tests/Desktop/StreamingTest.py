@@ -1,0 +1,131 @@
+"""Words are typed while they are spoken, and give way to the final text."""
+
+import contextlib
+import re
+import signal
+import threading
+import time
+
+from desktop_case import BUSY, JFK, JFK_WORDS, DesktopCase, main, words
+from velloro_desktop import models, wait_for
+
+STARTED = "[Dictation] Started recording with realtime streaming"
+TYPED = re.compile(r"\[Dictation\] (?:Streaming start|Confirmed|Streaming edge): .*?"
+                   r"\((?:total: )?(\d+)(?: chars)?\)$")
+
+
+class StreamingTest(DesktopCase):
+    def setUp(self):
+        super().setUp()
+        # What is quick comes first here.
+        self.model = models.choose(self.present, wanted="tiny.en-q5_1") or self.model
+
+    def start_streaming(self, **settings):
+        self.start_velloro(enableRealtimeStreaming=True, **settings)
+
+    def start_recording(self):
+        mark = self.velloro.mark()
+        self.user.press()
+        self.velloro.wait_for(STARTED, since=mark)
+        return mark
+
+    def counted(self, mark):
+        """How many characters have been typed."""
+        counts = [TYPED.match(line) for line in self.velloro.lines[mark:]]
+        return max((int(count[1]) for count in counts if count), default=0)
+
+    def speak_and_watch(self, mark, read):
+        """Speaks, then holds the key until words stand in the application; the texts seen, one
+        after the other."""
+        seen = []
+        speech = self.user.start_speaking(JFK)
+
+        def look():
+            text = read()
+            if text and (not seen or seen[-1] != text):
+                seen.append(text)
+            return speech.poll() is not None and text and len(text) == self.counted(mark)
+        wait_for(look, "all that was counted in the application", timeout=60, interval=0.2)
+        return seen
+
+    def dictate_and_check(self, read):
+        mark = self.start_recording()
+        seen = self.speak_and_watch(mark, read)
+        final = self.end_recording(mark)
+        wait_for(lambda: read() == final, f"exactly {final!r} instead of {read()!r}", timeout=5)
+        self.assert_words(final, JFK_WORDS)
+        # It only ever grew.
+        self.assertTrue(seen)
+        for before, after in zip(seen, seen[1:]):
+            self.assertTrue(after.startswith(before), (before, after))
+        deletion = [line for line in self.velloro.lines[mark:] if " characters of streaming" in line]
+        self.assertEqual(deletion, [f"[Dictation] Deleting {self.counted(mark)} characters of "
+                                    "streaming text"])
+        # The hotkey is held for long, and repeats itself.
+        self.assertEqual(sum(line == STARTED for line in self.velloro.lines[mark:]), 1)
+        self.assertFalse([line for line in self.velloro.lines if line.startswith(BUSY)])
+        return final
+
+    def test_editor(self):
+        self.start_streaming()
+        self.user.open(["mousepad"])
+        self.user.wait_for_focus()
+        final = self.dictate_and_check(lambda: self.user.focus()["text"])
+        # The backspaces and the letters came with no modifier of the user's.
+        time.sleep(0.5)
+        self.user.wait_for_text(final)
+
+    def test_editor_without_accessibility(self):
+        self.start_streaming()
+        file = self.desktop.home / "text.txt"
+        file.write_text("")
+        self.desktop.stop_accessibility()
+        self.user.open(["mousepad", str(file)])
+        mark = self.start_recording()
+        self.user.speak(JFK)
+        wait_for(lambda: self.counted(mark), "words typed")
+        final = self.end_recording(mark)
+        # What stands there is known when it is saved.
+        wait_for(lambda: (self.user.keys("tap", "Control_L", "s"), time.sleep(0.3),
+                          file.read_text().strip() == final)[-1],
+                 f"{final!r} in the file, not {file.read_text()!r}", timeout=10)
+
+    def test_terminal(self):
+        self.start_streaming()
+        self.user.open_terminal()
+        copied = "what the user had copied"
+        self.user.copy(copied)
+        self.dictate_and_check(self.user.terminal_line)
+        self.assertEqual(self.user.clipboard().count("\n"), 0)
+
+    def test_busy_applications_get_every_word_in_order(self):
+        """They come round to what they are sent only now and then."""
+        self.start_streaming()
+        with self.slowed(self.user.open_terminal(), 0.8):
+            self.dictate_and_check(self.user.terminal_line)
+        editor = self.user.open(["mousepad"])
+        self.user.wait_for_focus()
+        with self.slowed(editor, 0.15):
+            self.dictate_and_check(lambda: self.user.focus()["text"])
+
+    @contextlib.contextmanager
+    def slowed(self, process, pause):
+        """The process stands still most of the time."""
+        done = threading.Event()
+
+        def slow():
+            while not done.wait(0.1):
+                process.send_signal(signal.SIGSTOP)
+                done.wait(pause)
+                process.send_signal(signal.SIGCONT)
+        thread = threading.Thread(target=slow)
+        thread.start()
+        try:
+            yield
+        finally:
+            done.set()
+            thread.join()
+
+
+if __name__ == "__main__":
+    main()
