@@ -14,6 +14,8 @@
 
 namespace Velloro {
 
+class CaptureProcessor;
+
 /// Records the default microphone, one dictation at a time, as mono 32-bit float samples at
 /// 16,000 Hz, and meters its level. Public operations are called on the main thread; buffers are
 /// processed on the engine's audio thread.
@@ -63,14 +65,14 @@ Q_SIGNALS:
     void captureInterrupted();
 
 private:
-    // The audio thread's half lives in a value that the tap shares with this object.
-    struct Processing;
-
     void setupAudioEngineIfNeeded();
+    void deliverReport();
+    void setRecordingDuration(double seconds);
 
     Platform &m_platform;
     std::unique_ptr<AudioEngine> m_audioEngine;
-    std::shared_ptr<Processing> m_processing;
+    // The audio thread's half of the current or latest recording, shared with the tap.
+    std::shared_ptr<CaptureProcessor> m_processor;
     bool m_isRecording = false;
     float m_audioLevel = 0;
     double m_recordingDuration = 0;

@@ -83,6 +83,8 @@ private:
     void downloadDidFinish(DownloadTaskId task, const QString &location) override;
     void downloadDidComplete(DownloadTaskId task, const std::optional<PlatformError> &error) override;
 
+    void setModelState(const QString &modelId, ModelDownloadState state);
+
     Platform &m_platform;
     QString m_baseUrl;
     QMap<QString, ModelDownloadState> m_modelStates;

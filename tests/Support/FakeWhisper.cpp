@@ -1,0 +1,365 @@
+#include "Support/FakeWhisper.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <array>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <whisper.h>
+
+using namespace Velloro::FakeWhisper;
+
+struct whisper_context
+{
+    QList<std::optional<QByteArray>> segments;
+    bool timingsReset = false;
+    bool busy = false;
+};
+
+struct whisper_state
+{
+    whisper_context *context = nullptr;
+};
+
+namespace {
+
+struct Gate
+{
+    bool held = false;
+    int permits = 0;
+    int waiting = 0;
+};
+
+/// Everything that is scripted and recorded.
+struct World
+{
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::function<bool(const QString &)> loadScript;
+    bool stateCreationFails = false;
+    std::deque<Result> results;
+    std::vector<Call> calls;
+    std::vector<Load> loads;
+    int logCallbacksSet = 0;
+    std::set<whisper_context *> contexts;
+    std::set<whisper_state *> states;
+    std::array<Gate, 2> gates;
+
+    Gate &gate(Point point) { return gates.at(static_cast<size_t>(point)); }
+
+    void passGate(std::unique_lock<std::mutex> &lock, Point point)
+    {
+        Gate &gate = this->gate(point);
+        if (!gate.held)
+            return;
+        ++gate.waiting;
+        changed.notify_all();
+        changed.wait(lock, [&] { return !gate.held || gate.permits > 0; });
+        if (gate.held)
+            --gate.permits;
+        --gate.waiting;
+    }
+
+    void require(whisper_context *context)
+    {
+        if (!contexts.contains(context))
+            qFatal("whisper.cpp was called with a model that is not live");
+    }
+};
+
+/// Never destroyed: a context that is let go at exit may still free its handles.
+World &world()
+{
+    static World *const instance = std::make_unique<World>().release();
+    return *instance;
+}
+
+bool othersUntouched(const whisper_full_params &params)
+{
+    const whisper_full_params plain = whisper_full_default_params(WHISPER_SAMPLING_GREEDY);
+    return params.n_max_text_ctx == plain.n_max_text_ctx && params.duration_ms == plain.duration_ms
+        && params.no_timestamps == plain.no_timestamps
+        && params.token_timestamps == plain.token_timestamps && params.max_len == plain.max_len
+        && params.split_on_word == plain.split_on_word && params.max_tokens == plain.max_tokens
+        && params.debug_mode == plain.debug_mode && params.audio_ctx == plain.audio_ctx
+        && params.tdrz_enable == plain.tdrz_enable && !params.suppress_regex
+        && params.carry_initial_prompt == plain.carry_initial_prompt && !params.prompt_tokens
+        && params.detect_language == plain.detect_language
+        && params.suppress_blank == plain.suppress_blank
+        && params.suppress_nst == plain.suppress_nst && params.temperature == plain.temperature
+        && params.temperature_inc == plain.temperature_inc
+        && params.entropy_thold == plain.entropy_thold
+        && params.logprob_thold == plain.logprob_thold
+        && params.no_speech_thold == plain.no_speech_thold
+        && params.greedy.best_of == plain.greedy.best_of
+        && params.beam_search.beam_size == plain.beam_search.beam_size
+        && !params.new_segment_callback && !params.progress_callback
+        && !params.encoder_begin_callback && !params.abort_callback
+        && !params.logits_filter_callback && !params.grammar_rules && !params.vad;
+}
+
+} // namespace
+
+namespace Velloro::FakeWhisper {
+
+void reset()
+{
+    const std::lock_guard lock(world().mutex);
+    world().loadScript = {};
+    world().stateCreationFails = false;
+    world().results.clear();
+    world().calls.clear();
+    world().loads.clear();
+    world().logCallbacksSet = 0;
+    for (Gate &gate : world().gates)
+        gate.held = false;
+    world().changed.notify_all();
+}
+
+void setLoadScript(std::function<bool(const QString &)> script)
+{
+    const std::lock_guard lock(world().mutex);
+    world().loadScript = std::move(script);
+}
+
+void setStateCreationFails(bool fails)
+{
+    const std::lock_guard lock(world().mutex);
+    world().stateCreationFails = fails;
+}
+
+void enqueue(Result result)
+{
+    const std::lock_guard lock(world().mutex);
+    world().results.push_back(std::move(result));
+}
+
+void enqueueSegments(const QList<QByteArray> &segments)
+{
+    enqueue({.segments = {segments.cbegin(), segments.cend()}});
+}
+
+std::vector<Call> calls()
+{
+    const std::lock_guard lock(world().mutex);
+    return world().calls;
+}
+
+std::vector<Load> loads()
+{
+    const std::lock_guard lock(world().mutex);
+    return world().loads;
+}
+
+int liveContexts()
+{
+    const std::lock_guard lock(world().mutex);
+    return static_cast<int>(world().contexts.size());
+}
+
+int liveStates()
+{
+    const std::lock_guard lock(world().mutex);
+    return static_cast<int>(world().states.size());
+}
+
+int logCallbacksSet()
+{
+    const std::lock_guard lock(world().mutex);
+    return world().logCallbacksSet;
+}
+
+Hold::Hold(Point point)
+    : m_point(point)
+{
+    const std::lock_guard lock(world().mutex);
+    world().gate(m_point).held = true;
+    world().gate(m_point).permits = 0;
+}
+
+Hold::~Hold()
+{
+    release();
+}
+
+bool Hold::waitUntilHeld() const
+{
+    std::unique_lock lock(world().mutex);
+    const Gate &gate = world().gate(m_point);
+    return world().changed.wait_for(lock, std::chrono::seconds(10),
+                                    [&] { return gate.waiting > gate.permits; });
+}
+
+void Hold::letOneThrough()
+{
+    const std::lock_guard lock(world().mutex);
+    ++world().gate(m_point).permits;
+    world().changed.notify_all();
+}
+
+void Hold::release()
+{
+    const std::lock_guard lock(world().mutex);
+    world().gate(m_point).held = false;
+    world().changed.notify_all();
+}
+
+} // namespace Velloro::FakeWhisper
+
+extern "C" {
+
+// The fields that the program must set start out wrong, so that leaving one out shows.
+
+whisper_context_params whisper_context_default_params()
+{
+    whisper_context_params params{};
+    params.use_gpu = true;
+    params.flash_attn = false;
+    return params;
+}
+
+whisper_full_params whisper_full_default_params(whisper_sampling_strategy strategy)
+{
+    whisper_full_params params{};
+    params.strategy = strategy;
+    params.n_threads = -1;
+    params.n_max_text_ctx = 16384;
+    params.offset_ms = 1;
+    params.translate = true;
+    params.no_context = strategy != WHISPER_SAMPLING_GREEDY;
+    params.single_segment = true;
+    params.print_special = true;
+    params.print_progress = true;
+    params.print_realtime = true;
+    params.print_timestamps = true;
+    params.language = "xx";
+    params.suppress_blank = true;
+    params.temperature_inc = 0.2F;
+    params.entropy_thold = 2.4F;
+    params.logprob_thold = -1.0F;
+    params.no_speech_thold = 0.6F;
+    params.greedy.best_of = 5;
+    params.beam_search.beam_size = -1;
+    return params;
+}
+
+whisper_context *whisper_init_from_file_with_params(const char *path, whisper_context_params params)
+{
+    std::unique_lock lock(world().mutex);
+    const QString name = QFile::decodeName(path);
+    const whisper_context_params plain = whisper_context_default_params();
+    world().loads.push_back({.path = name,
+                             .flashAttention = params.flash_attn,
+                             .othersUntouched = params.use_gpu == plain.use_gpu
+                                 && params.gpu_device == plain.gpu_device
+                                 && params.dtw_token_timestamps == plain.dtw_token_timestamps});
+    world().passGate(lock, Point::load);
+    if (!QFileInfo::exists(name) || (world().loadScript && !world().loadScript(name)))
+        return nullptr;
+    return *world().contexts.insert(std::make_unique<whisper_context>().release()).first;
+}
+
+whisper_state *whisper_init_state(whisper_context *context)
+{
+    const std::lock_guard lock(world().mutex);
+    world().require(context);
+    if (world().stateCreationFails)
+        return nullptr;
+    auto state = std::make_unique<whisper_state>();
+    state->context = context;
+    return *world().states.insert(state.release()).first;
+}
+
+void whisper_free_state(whisper_state *state)
+{
+    const std::lock_guard lock(world().mutex);
+    if (!state)
+        return;
+    if (world().states.erase(state) == 0)
+        qFatal("whisper.cpp was told to free a decoding state that is not live");
+    world().require(state->context);
+    const std::unique_ptr<whisper_state> freed(state);
+}
+
+void whisper_free(whisper_context *context)
+{
+    const std::lock_guard lock(world().mutex);
+    if (!context)
+        return;
+    world().require(context);
+    if (context->busy)
+        qFatal("whisper.cpp was told to free a model that is transcribing");
+    world().contexts.erase(context);
+    const std::unique_ptr<whisper_context> freed(context);
+}
+
+void whisper_log_set(ggml_log_callback callback, void *)
+{
+    const std::lock_guard lock(world().mutex);
+    if (callback)
+        ++world().logCallbacksSet;
+}
+
+void whisper_reset_timings(whisper_context *context)
+{
+    const std::lock_guard lock(world().mutex);
+    world().require(context);
+    context->timingsReset = true;
+}
+
+int whisper_full(whisper_context *context, whisper_full_params params, const float *samples,
+                 int count)
+{
+    std::unique_lock lock(world().mutex);
+    world().require(context);
+    if (context->busy)
+        qFatal("whisper.cpp was asked for two transcriptions at a time");
+    const bool quiet = params.offset_ms == 0 && !params.translate && !params.single_segment
+        && !params.print_special && !params.print_progress && !params.print_realtime
+        && !params.print_timestamps;
+    world().calls.push_back(
+        {.samples = {samples, samples + count},
+         .threads = params.n_threads,
+         .greedy = params.strategy == WHISPER_SAMPLING_GREEDY,
+         .noContext = params.no_context,
+         .language = params.language,
+         .prompt = params.initial_prompt ? std::optional<QByteArray>(params.initial_prompt)
+                                         : std::nullopt,
+         .quiet = quiet,
+         .othersUntouched = othersUntouched(params),
+         .timingsReset = std::exchange(context->timingsReset, false)});
+    Result result{.segments = {QByteArrayLiteral(" Hello world.")}};
+    if (!world().results.empty()) {
+        result = std::move(world().results.front());
+        world().results.pop_front();
+    }
+
+    context->busy = true;
+    world().passGate(lock, Point::transcription);
+    context->busy = false;
+    context->segments = std::move(result.segments);
+    return result.code;
+}
+
+int whisper_full_n_segments(whisper_context *context)
+{
+    const std::lock_guard lock(world().mutex);
+    world().require(context);
+    return static_cast<int>(context->segments.size());
+}
+
+const char *whisper_full_get_segment_text(whisper_context *context, int index)
+{
+    const std::lock_guard lock(world().mutex);
+    world().require(context);
+    if (index < 0 || index >= context->segments.size())
+        qFatal("whisper.cpp was asked for a segment that it does not have");
+    const std::optional<QByteArray> &text = std::as_const(context->segments).at(index);
+    return text ? text->constData() : nullptr;
+}
+
+} // extern "C"

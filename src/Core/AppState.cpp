@@ -1,0 +1,331 @@
+#include "Core/AppState.h"
+
+#include "Core/Graphemes.h"
+#include "Core/Log.h"
+
+#include <algorithm>
+
+namespace Velloro {
+
+namespace {
+
+namespace Key {
+const QString recordingMode = QStringLiteral("velloro.recordingMode");
+const QString selectedModel = QStringLiteral("velloro.selectedModel");
+const QString selectedLanguage = QStringLiteral("velloro.selectedLanguage");
+const QString playSounds = QStringLiteral("velloro.playSounds");
+const QString launchAtLogin = QStringLiteral("velloro.launchAtLogin");
+const QString insertAsPlainText = QStringLiteral("velloro.insertAsPlainText");
+const QString enableRealtimeStreaming = QStringLiteral("velloro.enableRealtimeStreaming");
+const QString enableTextCorrection = QStringLiteral("velloro.enableTextCorrection");
+const QString hasCompletedOnboarding = QStringLiteral("velloro.hasCompletedOnboarding");
+const QString requireTextFieldFocus = QStringLiteral("velloro.requireTextFieldFocus");
+const QString customDictionary = QStringLiteral("velloro.customDictionary");
+const QString presetMappings = QStringLiteral("velloro.presetMappings");
+const QString downloadedModels = QStringLiteral("velloro.downloadedModels");
+const QString transcriptionHistory = QStringLiteral("velloro.transcriptionHistory");
+} // namespace Key
+
+constexpr qsizetype maximumHistoryLength = 50;
+/// In user-perceived characters.
+constexpr int64_t minimumHistoryTextLength = 2;
+
+/// Whether the property's value changed with the assignment.
+template <typename T>
+[[nodiscard]] bool assign(T &property, const T &value)
+{
+    if (property == value)
+        return false;
+    property = value;
+    return true;
+}
+
+QStringList rawValues(const AppState::PresetSet &presets)
+{
+    QStringList values;
+    for (const ModelPreset preset : presets)
+        values.append(rawValue(preset));
+    return values;
+}
+
+QString defaultModelId(ModelPreset preset)
+{
+    switch (preset) {
+    case ModelPreset::small:
+        return QStringLiteral("base");
+    case ModelPreset::medium:
+        return QStringLiteral("small-q8_0");
+    case ModelPreset::large:
+        return QStringLiteral("small");
+    }
+    Q_UNREACHABLE();
+}
+
+QString boolText(bool value)
+{
+    return value ? QStringLiteral("true") : QStringLiteral("false");
+}
+
+} // namespace
+
+AppState::AppState(Platform &platform, const QString &repositoryBaseUrl, QObject *parent)
+    : QObject(parent)
+    , m_platform(platform)
+    , m_whisperManager(platform, repositoryBaseUrl)
+{
+    loadSettings();
+    loadHistory();
+}
+
+void AppState::setTranscriptionState(TranscriptionState value)
+{
+    if (assign(m_transcriptionState, value))
+        Q_EMIT transcriptionStateChanged();
+}
+
+void AppState::setPartialTranscript(const QString &value)
+{
+    if (assign(m_partialTranscript, value))
+        Q_EMIT partialTranscriptChanged();
+}
+
+void AppState::setLastTranscript(const QString &value)
+{
+    if (assign(m_lastTranscript, value))
+        Q_EMIT lastTranscriptChanged();
+}
+
+void AppState::setRecordingDuration(double value)
+{
+    if (assign(m_recordingDuration, value))
+        Q_EMIT recordingDurationChanged();
+}
+
+void AppState::setAudioLevel(float value)
+{
+    if (assign(m_audioLevel, value))
+        Q_EMIT audioLevelChanged();
+}
+
+void AppState::setRecordingMode(RecordingMode value)
+{
+    const bool changed = assign(m_recordingMode, value);
+    m_platform.userDefaults->setValue(Key::recordingMode, rawValue(value));
+    if (changed)
+        Q_EMIT recordingModeChanged();
+}
+
+void AppState::setSelectedModel(ModelPreset value)
+{
+    const bool changed = assign(m_selectedModel, value);
+    m_platform.userDefaults->setValue(Key::selectedModel, rawValue(value));
+    if (changed)
+        Q_EMIT selectedModelChanged();
+}
+
+void AppState::setSelectedLanguage(WhisperLanguage value)
+{
+    const bool changed = assign(m_selectedLanguage, value);
+    m_platform.userDefaults->setValue(Key::selectedLanguage, rawValue(value));
+    if (changed)
+        Q_EMIT selectedLanguageChanged();
+}
+
+void AppState::setPlaySounds(bool value)
+{
+    const bool changed = assign(m_playSounds, value);
+    m_platform.userDefaults->setValue(Key::playSounds, value);
+    if (changed)
+        Q_EMIT playSoundsChanged();
+}
+
+void AppState::setLaunchAtLogin(bool value)
+{
+    const bool changed = assign(m_launchAtLogin, value);
+    m_platform.userDefaults->setValue(Key::launchAtLogin, value);
+    if (changed)
+        Q_EMIT launchAtLoginChanged();
+}
+
+void AppState::setInsertAsPlainText(bool value)
+{
+    const bool changed = assign(m_insertAsPlainText, value);
+    m_platform.userDefaults->setValue(Key::insertAsPlainText, value);
+    if (changed)
+        Q_EMIT insertAsPlainTextChanged();
+}
+
+void AppState::setEnableRealtimeStreaming(bool value)
+{
+    const bool changed = assign(m_enableRealtimeStreaming, value);
+    m_platform.userDefaults->setValue(Key::enableRealtimeStreaming, value);
+    if (changed)
+        Q_EMIT enableRealtimeStreamingChanged();
+}
+
+void AppState::setEnableTextCorrection(bool value)
+{
+    const bool changed = assign(m_enableTextCorrection, value);
+    m_platform.userDefaults->setValue(Key::enableTextCorrection, value);
+    if (changed)
+        Q_EMIT enableTextCorrectionChanged();
+}
+
+void AppState::setHasCompletedOnboarding(bool value)
+{
+    const bool changed = assign(m_hasCompletedOnboarding, value);
+    m_platform.userDefaults->setValue(Key::hasCompletedOnboarding, value);
+    if (changed)
+        Q_EMIT hasCompletedOnboardingChanged();
+}
+
+void AppState::setRequireTextFieldFocus(bool value)
+{
+    const bool changed = assign(m_requireTextFieldFocus, value);
+    m_platform.userDefaults->setValue(Key::requireTextFieldFocus, value);
+    if (changed)
+        Q_EMIT requireTextFieldFocusChanged();
+}
+
+void AppState::setCustomDictionary(const QStringList &value)
+{
+    const bool changed = assign(m_customDictionary, value);
+    m_platform.userDefaults->setValue(Key::customDictionary, m_customDictionary);
+    if (changed)
+        Q_EMIT customDictionaryChanged();
+}
+
+void AppState::setPresetMappings(const StringMap &value)
+{
+    const bool changed = assign(m_presetMappings, value);
+    m_platform.userDefaults->setValue(Key::presetMappings, m_presetMappings);
+    if (changed)
+        Q_EMIT presetMappingsChanged();
+}
+
+void AppState::setHasMicrophonePermission(bool value)
+{
+    if (assign(m_hasMicrophonePermission, value))
+        Q_EMIT hasMicrophonePermissionChanged();
+}
+
+void AppState::setHasAccessibilityPermission(bool value)
+{
+    if (assign(m_hasAccessibilityPermission, value))
+        Q_EMIT hasAccessibilityPermissionChanged();
+}
+
+void AppState::setDownloadedModels(const PresetSet &value)
+{
+    const bool changed = assign(m_downloadedModels, value);
+    m_platform.userDefaults->setValue(Key::downloadedModels, rawValues(m_downloadedModels));
+    if (changed)
+        Q_EMIT downloadedModelsChanged();
+}
+
+void AppState::setIsDownloadingModel(bool value)
+{
+    if (assign(m_isDownloadingModel, value))
+        Q_EMIT isDownloadingModelChanged();
+}
+
+void AppState::setDownloadProgress(double value)
+{
+    if (assign(m_downloadProgress, value))
+        Q_EMIT downloadProgressChanged();
+}
+
+QString AppState::modelId(ModelPreset preset) const
+{
+    const auto assigned = m_presetMappings.constFind(rawValue(preset));
+    return assigned != m_presetMappings.cend() ? *assigned : defaultModelId(preset);
+}
+
+void AppState::setModelId(const QString &modelId, ModelPreset preset)
+{
+    StringMap mappings = m_presetMappings;
+    mappings.insert(rawValue(preset), modelId);
+    setPresetMappings(mappings);
+}
+
+void AppState::addToHistory(const QString &text)
+{
+    const QString trimmed = text.trimmed();
+    if (Graphemes::count(trimmed) < minimumHistoryTextLength)
+        return;
+    m_transcriptionHistory.prepend(TranscriptionHistoryItem::now(trimmed));
+    if (m_transcriptionHistory.size() > maximumHistoryLength)
+        m_transcriptionHistory.removeLast();
+    const bool lastTranscriptChanges = assign(m_lastTranscript, trimmed);
+    // Stored before anybody is told of it.
+    saveHistory();
+    Q_EMIT transcriptionHistoryChanged();
+    if (lastTranscriptChanges)
+        Q_EMIT lastTranscriptChanged();
+}
+
+void AppState::clearHistory()
+{
+    const bool changed = assign(m_transcriptionHistory, {});
+    saveHistory();
+    if (changed)
+        Q_EMIT transcriptionHistoryChanged();
+}
+
+void AppState::loadSettings()
+{
+    const UserDefaults &defaults = *m_platform.userDefaults;
+    const auto loadCase = [&]<typename E>(const QString &key, void (AppState::*set)(E)) {
+        const auto stored = defaults.get<QString>(key);
+        if (const auto value = stored ? fromRawValue<E>(*stored) : std::nullopt)
+            (this->*set)(*value);
+    };
+    const auto loadBool = [&](const QString &key, void (AppState::*set)(bool)) {
+        if (const auto stored = defaults.get<bool>(key))
+            (this->*set)(*stored);
+    };
+
+    loadCase(Key::recordingMode, &AppState::setRecordingMode);
+    loadCase(Key::selectedModel, &AppState::setSelectedModel);
+    loadCase(Key::selectedLanguage, &AppState::setSelectedLanguage);
+    loadBool(Key::playSounds, &AppState::setPlaySounds);
+    loadBool(Key::launchAtLogin, &AppState::setLaunchAtLogin);
+    loadBool(Key::insertAsPlainText, &AppState::setInsertAsPlainText);
+    loadBool(Key::enableRealtimeStreaming, &AppState::setEnableRealtimeStreaming);
+    loadBool(Key::enableTextCorrection, &AppState::setEnableTextCorrection);
+    loadBool(Key::hasCompletedOnboarding, &AppState::setHasCompletedOnboarding);
+    if (const auto stored = defaults.get<QStringList>(Key::downloadedModels)) {
+        PresetSet presets;
+        for (const QString &text : *stored) {
+            if (const auto preset = fromRawValue<ModelPreset>(text))
+                presets.insert(*preset);
+        }
+        setDownloadedModels(presets);
+    }
+    loadBool(Key::requireTextFieldFocus, &AppState::setRequireTextFieldFocus);
+    if (const auto stored = defaults.get<QStringList>(Key::customDictionary))
+        setCustomDictionary(*stored);
+    if (const auto stored = defaults.get<StringMap>(Key::presetMappings))
+        setPresetMappings(*stored);
+
+    Log::line(u"AppState",
+              QStringLiteral("Loaded settings: model=%1, language=%2, streaming=%3, "
+                             "textCorrection=%4")
+                  .arg(rawValue(m_selectedModel), rawValue(m_selectedLanguage),
+                       boolText(m_enableRealtimeStreaming), boolText(m_enableTextCorrection)));
+}
+
+void AppState::loadHistory()
+{
+    const auto stored = m_platform.userDefaults->get<QByteArray>(Key::transcriptionHistory);
+    if (const auto history = stored ? decodeHistory(*stored) : std::nullopt)
+        m_transcriptionHistory = *history;
+}
+
+void AppState::saveHistory()
+{
+    m_platform.userDefaults->setValue(Key::transcriptionHistory,
+                                      encodeHistory(m_transcriptionHistory));
+}
+
+} // namespace Velloro

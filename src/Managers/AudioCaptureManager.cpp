@@ -1,0 +1,176 @@
+#include "Managers/AudioCaptureManager.h"
+
+#include "Core/Log.h"
+#include "Managers/AudioProcessing.h"
+#include "Managers/CaptureProcessor.h"
+
+#include <QCoroFuture>
+#include <QLocale>
+#include <QPromise>
+#include <chrono>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace Velloro {
+
+namespace {
+
+constexpr uint32_t tapBufferSize = 4096;
+
+// The shortest decimal form that reads back to the same number, always with a fractional part.
+QString rateText(double rate)
+{
+    QString text = QString::number(rate, 'f', QLocale::FloatingPointShortest);
+    if (!text.contains(u'.'))
+        text += QStringLiteral(".0");
+    return text;
+}
+
+// The handler is kept alive here: when it is a coroutine lambda, its captures are its own.
+QCoro::Task<void> runChunkHandler(
+    std::shared_ptr<const AudioCaptureManager::AsyncChunkHandler> handler, std::vector<float> chunk)
+{
+    co_await (*handler)(std::move(chunk));
+}
+
+} // namespace
+
+AudioCaptureManager::AudioCaptureManager(Platform &platform, QObject *parent)
+    : QObject(parent)
+    , m_platform(platform)
+{
+    m_durationTimer.setInterval(100ms);
+    connect(&m_durationTimer, &QTimer::timeout, this, [this] {
+        setRecordingDuration(static_cast<double>(m_recordingStartTime.nsecsElapsed()) / 1e9);
+    });
+}
+
+AudioCaptureManager::~AudioCaptureManager()
+{
+    // The audio thread reports to this object as long as the engine lives.
+    m_audioEngine.reset();
+}
+
+bool AudioCaptureManager::hasPermission() const
+{
+    return m_platform.captureAuthorization->authorizationStatus()
+        == AuthorizationStatus::authorized;
+}
+
+QCoro::Task<bool> AudioCaptureManager::requestPermission()
+{
+    const auto promise = std::make_shared<QPromise<bool>>();
+    promise->start();
+    const QFuture<bool> answer = promise->future();
+    m_platform.captureAuthorization->requestAccess([promise](bool granted) {
+        promise->addResult(granted);
+        promise->finish();
+    });
+    co_return co_await answer;
+}
+
+AudioCaptureManager::StartResult
+AudioCaptureManager::startRecording(StreamingCallback streamingCallback)
+{
+    if (m_isRecording)
+        return {};
+
+    setupAudioEngineIfNeeded();
+    if (!m_audioEngine)
+        return tl::unexpected(CaptureStartError(AudioCaptureError::engineNotInitialized));
+
+    const AudioFormat format = m_audioEngine->inputFormat();
+    m_processor = std::make_shared<CaptureProcessor>(
+        format.sampleRate, tapBufferSize, std::move(streamingCallback), [this] {
+            QMetaObject::invokeMethod(this, &AudioCaptureManager::deliverReport,
+                                      Qt::QueuedConnection);
+        });
+
+    m_audioEngine->installTap(
+        tapBufferSize, format,
+        [processor = std::weak_ptr(m_processor)](const AudioBuffer &buffer) {
+            if (const auto target = processor.lock())
+                target->process(buffer);
+        });
+    if (auto started = m_audioEngine->start(); !started) {
+        m_audioEngine->removeTap();
+        return tl::unexpected(CaptureStartError(std::move(started.error())));
+    }
+
+    m_isRecording = true;
+    m_recordingStartTime.start();
+    m_durationTimer.start();
+    Log::line(u"AudioCapture",
+              QStringLiteral("Started recording at %1Hz, resampling to %2Hz")
+                  .arg(rateText(format.sampleRate), rateText(AudioProcessing::targetSampleRate)));
+    Q_EMIT isRecordingChanged();
+    return {};
+}
+
+AudioCaptureManager::StartResult
+AudioCaptureManager::startRecordingWithAsyncStreaming(AsyncChunkHandler onChunk)
+{
+    const auto handler = std::make_shared<const AsyncChunkHandler>(std::move(onChunk));
+    return startRecording([this, handler](std::vector<float> chunk) {
+        QMetaObject::invokeMethod(
+            this,
+            [handler, chunk = std::move(chunk)]() mutable {
+                runChunkHandler(handler, std::move(chunk));
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+std::vector<float> AudioCaptureManager::stopRecording()
+{
+    if (!m_isRecording || !m_audioEngine)
+        return {};
+
+    m_audioEngine->removeTap();
+    m_audioEngine->stop();
+    m_isRecording = false;
+    m_durationTimer.stop();
+    std::vector<float> recording = m_processor->finish();
+    Log::line(u"AudioCapture",
+              QStringLiteral("Stopped recording, captured %1 samples").arg(recording.size()));
+    setRecordingDuration(0);
+    Q_EMIT isRecordingChanged();
+    return recording;
+}
+
+void AudioCaptureManager::setupAudioEngineIfNeeded()
+{
+    if (m_audioEngine || !m_platform.makeAudioEngine)
+        return;
+    m_audioEngine = m_platform.makeAudioEngine();
+    if (!m_audioEngine)
+        return;
+    m_audioEngine->setInterruptionHandler([this] {
+        if (m_isRecording)
+            Q_EMIT captureInterrupted();
+    });
+}
+
+void AudioCaptureManager::deliverReport()
+{
+    const auto report = m_processor->takeReport();
+    for (const float decibels : report.sampledDecibels) {
+        Log::line(u"AudioCapture",
+                  QString::asprintf("Audio Level: %.2f dB", static_cast<double>(decibels)));
+    }
+    if (report.level && *report.level != m_audioLevel) {
+        m_audioLevel = *report.level;
+        Q_EMIT audioLevelChanged();
+    }
+}
+
+void AudioCaptureManager::setRecordingDuration(double seconds)
+{
+    if (seconds == m_recordingDuration)
+        return;
+    m_recordingDuration = seconds;
+    Q_EMIT recordingDurationChanged();
+}
+
+} // namespace Velloro

@@ -1,0 +1,241 @@
+#include "Managers/WhisperManager.h"
+
+#include "Core/Log.h"
+
+#include <QCoroFuture>
+#include <QPointer>
+#include <QUuid>
+#include <algorithm>
+#include <utility>
+
+namespace Velloro {
+
+namespace {
+
+constexpr QStringView tag = u"WhisperManager";
+
+/// Frees the model in the background; the context lives until that is done.
+QCoro::Task<void> release(std::shared_ptr<WhisperContext> context)
+{
+    co_await context->unloadModel();
+}
+
+} // namespace
+
+WhisperManager::WhisperManager(Platform &platform, const QString &baseUrl, QObject *parent)
+    : QObject(parent)
+    , m_platform(platform)
+    , m_baseUrl(baseUrl)
+    , m_selectedModelId(ModelCatalog::defaultModel().id)
+    , m_id(QUuid::createUuid().toString(QUuid::WithoutBraces).left(8).toUpper())
+{
+    Log::line(u"WhisperManager-"_qs + m_id, QStringLiteral("init"));
+    if (const auto supportDirectory = m_platform.fileSystem->applicationSupportDirectory()) {
+        m_modelsDirectory = *supportDirectory + QStringLiteral("/Velloro/Models");
+        m_downloadSession = m_platform.makeDownloadSession(*this, m_modelsDirectory);
+        // A failure shows when something is saved there.
+        (void)m_platform.fileSystem->createDirectory(m_modelsDirectory);
+    } else {
+        Log::line(tag, QStringLiteral("No application-support directory: models can be neither "
+                                      "downloaded nor loaded"));
+    }
+    refreshModelStates();
+}
+
+WhisperManager::~WhisperManager()
+{
+    Log::line(u"WhisperManager-"_qs + m_id, QStringLiteral("deinit"));
+}
+
+void WhisperManager::refreshModelStates()
+{
+    for (const WhisperModelInfo &row : ModelCatalog::allModels()) {
+        if (isModelFilePresent(row.id))
+            setModelState(row.id, ModelDownloadState::downloaded());
+        else if (!m_downloadTasks.contains(row.id))
+            setModelState(row.id, ModelDownloadState::notDownloaded());
+    }
+}
+
+QString WhisperManager::modelURL(const QString &modelId) const
+{
+    if (m_modelsDirectory.isEmpty())
+        return {};
+    const WhisperModelInfo *row = ModelCatalog::modelById(modelId);
+    return m_modelsDirectory + u'/' + (row ? row->fileName : u"ggml-"_qs + modelId + u".bin"_qs);
+}
+
+bool WhisperManager::isModelDownloaded(WhisperModelType type) const
+{
+    return isModelFilePresent(Velloro::modelId(type));
+}
+
+void WhisperManager::downloadModel(const QString &modelId, ProgressHandler progressHandler)
+{
+    if (m_modelStates.value(modelId).isDownloaded() || m_downloadTasks.contains(modelId))
+        return;
+    const WhisperModelInfo *row = ModelCatalog::modelById(modelId);
+    if (!row) {
+        Log::line(tag, u"Unknown model ID: "_qs + modelId);
+        return;
+    }
+    if (!m_downloadSession) {
+        setModelState(modelId, ModelDownloadState::failed(
+                                   QStringLiteral("There is no folder to keep models in.")));
+        return;
+    }
+
+    setModelState(modelId, ModelDownloadState::downloading(0.0));
+    if (progressHandler)
+        m_downloadProgressHandlers.insert(modelId, std::move(progressHandler));
+    else
+        m_downloadProgressHandlers.remove(modelId);
+    const DownloadTaskId task = m_downloadSession->downloadTask(row->downloadURL(m_baseUrl));
+    m_downloadTasks.insert(modelId, task);
+    m_downloadSession->resume(task);
+    Log::line(tag, u"Started downloading "_qs + row->displayName);
+}
+
+FileSystem::Result WhisperManager::deleteModel(const QString &modelId)
+{
+    if (isModelFilePresent(modelId)) {
+        if (const auto removed = m_platform.fileSystem->removeItem(modelURL(modelId)); !removed)
+            return removed;
+    }
+    setModelState(modelId, ModelDownloadState::notDownloaded());
+    Log::line(tag, u"Deleted model: "_qs + modelId);
+    return {};
+}
+
+QCoro::Task<WhisperManager::LoadResult> WhisperManager::loadModel(QString modelId)
+{
+    Log::line(tag, u"loadModel requested for "_qs + modelId);
+    const WhisperModelInfo *row = ModelCatalog::modelById(modelId);
+    if (!row || !isModelFilePresent(modelId))
+        co_return tl::unexpected<ModelLoadError>(WhisperError::modelNotFound);
+
+    unloadModel();
+    const auto context = std::make_shared<WhisperContext>(*m_platform.processInfo);
+    m_whisperContext = context;
+    const QPointer<WhisperManager> self = this;
+    const WhisperContext::LoadResult loaded = co_await context->loadModel(modelURL(modelId));
+    if (!loaded)
+        co_return tl::unexpected<ModelLoadError>(loaded.error());
+    // Another load or an unload may have come between: what is loaded now is theirs to say.
+    if (!self || m_whisperContext != context)
+        co_return tl::unexpected<ModelLoadError>(WhisperError::modelNotLoaded);
+
+    const bool selectionChanged = std::exchange(m_selectedModelId, modelId) != modelId;
+    const bool loadedChanged = !std::exchange(m_isModelLoaded, true);
+    Log::line(tag, u"Loaded model: "_qs + row->displayName);
+    if (selectionChanged)
+        Q_EMIT selectedModelIdChanged();
+    if (self && loadedChanged)
+        Q_EMIT isModelLoadedChanged();
+    co_return LoadResult{};
+}
+
+QCoro::Task<WhisperManager::LoadResult> WhisperManager::loadModel(WhisperModelType type)
+{
+    return loadModel(Velloro::modelId(type));
+}
+
+void WhisperManager::unloadModel()
+{
+    const auto context = std::exchange(m_whisperContext, nullptr);
+    Log::line(tag, QStringLiteral("unloadModel called. Context exists: ")
+                       + (context ? QStringLiteral("true") : QStringLiteral("false")));
+    const bool wasLoaded = std::exchange(m_isModelLoaded, false);
+    if (context)
+        release(context);
+    if (wasLoaded)
+        Q_EMIT isModelLoadedChanged();
+}
+
+QCoro::Task<void> WhisperManager::startStreaming(QString language, TranscriptionCallback callback)
+{
+    const QPointer<WhisperManager> self = this;
+    // Kept here, too: the manager may drop it while this waits.
+    std::shared_ptr<WhisperContext> context = m_whisperContext;
+    if (!context)
+        co_return;
+    co_await context->setLanguage(language);
+    if (!self)
+        co_return;
+    context = m_whisperContext;
+    if (context)
+        co_await context->startStreaming(std::move(callback));
+}
+
+void WhisperManager::downloadDidWriteData(DownloadTaskId task, int64_t totalBytesWritten,
+                                          int64_t totalBytesExpected)
+{
+    const QString modelId = m_downloadTasks.key(task);
+    if (modelId.isEmpty() || totalBytesExpected <= 0)
+        return;
+    const double progress = std::clamp(
+        static_cast<double>(totalBytesWritten) / static_cast<double>(totalBytesExpected), 0.0, 1.0);
+    const int percent = static_cast<int>(progress * 100);
+    if (percent % 10 == 0)
+        Log::line(tag, QStringLiteral("Downloading %1: %2%").arg(modelId).arg(percent));
+    // The handler may start or end downloads: called by a copy.
+    const ProgressHandler handler = m_downloadProgressHandlers.value(modelId);
+    setModelState(modelId, ModelDownloadState::downloading(progress));
+    if (handler)
+        handler(progress);
+}
+
+void WhisperManager::downloadDidFinish(DownloadTaskId task, const QString &location)
+{
+    const QString modelId = m_downloadTasks.key(task);
+    const WhisperModelInfo *row = ModelCatalog::modelById(modelId);
+    if (!row)
+        return;
+
+    FileSystem &files = *m_platform.fileSystem;
+    const QString destination = m_modelsDirectory + u'/' + row->fileName;
+    FileSystem::Result saved;
+    if (files.fileExists(destination))
+        saved = files.removeItem(destination);
+    if (saved)
+        saved = files.moveItem(location, destination);
+
+    // The entries go first, so that whoever hears of a failure may start afresh at once.
+    m_downloadTasks.remove(modelId);
+    m_downloadProgressHandlers.remove(modelId);
+    if (saved) {
+        Log::line(tag, u"Successfully saved "_qs + row->displayName);
+        setModelState(modelId, ModelDownloadState::downloaded());
+    } else {
+        Log::line(tag, u"Failed to save model: "_qs + saved.error().description());
+        setModelState(modelId, ModelDownloadState::failed(saved.error().localizedDescription));
+    }
+}
+
+void WhisperManager::downloadDidComplete(DownloadTaskId task,
+                                         const std::optional<PlatformError> &error)
+{
+    const QString modelId = m_downloadTasks.key(task);
+    if (modelId.isEmpty())
+        return;
+    m_downloadTasks.remove(modelId);
+    m_downloadProgressHandlers.remove(modelId);
+    if (error) {
+        Log::line(tag, u"Download failed: "_qs + error->description());
+        setModelState(modelId, ModelDownloadState::failed(error->localizedDescription));
+    }
+}
+
+bool WhisperManager::isModelFilePresent(const QString &modelId) const
+{
+    const QString path = modelURL(modelId);
+    return !path.isEmpty() && m_platform.fileSystem->fileExists(path);
+}
+
+void WhisperManager::setModelState(const QString &modelId, ModelDownloadState state)
+{
+    m_modelStates.insert(modelId, std::move(state));
+    Q_EMIT modelStatesChanged(modelId);
+}
+
+} // namespace Velloro

@@ -1,0 +1,240 @@
+#include "Platform/Linux/X11/X11Keymap.h"
+
+#include "Platform/Linux/X11/VirtualKeyMap.h"
+#include "Platform/Linux/X11/XcbReply.h"
+
+#include <algorithm>
+#include <span>
+#include <xcb/xkb.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
+#include <xkbcommon/xkbcommon-x11.h>
+
+namespace Velloro {
+
+namespace {
+
+constexpr uint32_t commandMask = 256;
+constexpr uint32_t shiftMask = 512;
+constexpr uint32_t optionMask = 2048;
+constexpr uint32_t controlMask = 4096;
+
+constexpr std::initializer_list<xkb_keysym_t> lockSymbols = {
+    XKB_KEY_Caps_Lock,  XKB_KEY_Shift_Lock,      XKB_KEY_Num_Lock,
+    XKB_KEY_Scroll_Lock, XKB_KEY_ISO_Level3_Lock, XKB_KEY_ISO_Level5_Lock};
+
+std::span<const xkb_keysym_t> symbols(xkb_keymap *keymap, uint8_t keycode, xkb_layout_index_t group,
+                                      xkb_level_index_t level)
+{
+    const xkb_keysym_t *found = nullptr;
+    const int count = xkb_keymap_key_get_syms_by_level(keymap, keycode, group, level, &found);
+    return {found, static_cast<size_t>(std::max(count, 0))};
+}
+
+} // namespace
+
+X11Keymap::X11Keymap(std::shared_ptr<X11Connection> connection)
+    : m_connection(std::move(connection))
+{
+    connect(m_connection.get(), &X11Connection::eventReceived, this, &X11Keymap::handleEvent);
+}
+
+X11Keymap::~X11Keymap() = default;
+
+void X11Keymap::handleEvent(const xcb_generic_event_t *event)
+{
+    const uint8_t type = event->response_type & 0x7f;
+    const bool isKeyboardEvent = m_connection->keyboardEventBase() != 0
+        && type == m_connection->keyboardEventBase()
+        && (event->pad0 == XCB_XKB_NEW_KEYBOARD_NOTIFY || event->pad0 == XCB_XKB_MAP_NOTIFY);
+    if (isKeyboardEvent || type == XCB_MAPPING_NOTIFY) {
+        m_keymap.reset();
+        Q_EMIT changed();
+    }
+}
+
+bool X11Keymap::load()
+{
+    if (m_keymap)
+        return true;
+    if (!m_connection->isAlive() || m_connection->keyboardEventBase() == 0)
+        return false;
+
+    xcb_connection_t *xcb = m_connection->xcb();
+    const auto modifierCookie = xcb_get_modifier_mapping(xcb);
+    const std::unique_ptr<xkb_context, decltype(&xkb_context_unref)> context(
+        xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES), &xkb_context_unref);
+    const int32_t device = xkb_x11_get_core_keyboard_device_id(xcb);
+    if (context && device >= 0) {
+        m_keymap.reset(xkb_x11_keymap_new_from_device(context.get(), xcb, device,
+                                                      XKB_KEYMAP_COMPILE_NO_FLAGS));
+    }
+    const XcbReply<xcb_get_modifier_mapping_reply_t> mapping(
+        xcb_get_modifier_mapping_reply(xcb, modifierCookie, nullptr));
+    if (!m_keymap || !mapping) {
+        m_keymap.reset();
+        return false;
+    }
+
+    const uint8_t *keycodes = xcb_get_modifier_mapping_keycodes(mapping.get());
+    for (auto &keys : m_modifiers.keys) {
+        keys.clear();
+        for (int i = 0; i < mapping->keycodes_per_modifier; ++i, ++keycodes) {
+            if (*keycodes != 0)
+                keys.push_back(*keycodes);
+        }
+    }
+    return true;
+}
+
+bool X11Keymap::gives(uint8_t keycode, xkb_layout_index_t group, xkb_keysym_t keysym) const
+{
+    return group < xkb_keymap_num_layouts_for_key(m_keymap.get(), keycode)
+        && std::ranges::count(symbols(m_keymap.get(), keycode, group, 0), keysym) > 0;
+}
+
+bool X11Keymap::hasAnySymbol(uint8_t keycode, std::initializer_list<xkb_keysym_t> keysyms) const
+{
+    const auto groups = xkb_keymap_num_layouts_for_key(m_keymap.get(), keycode);
+    for (xkb_layout_index_t group = 0; group < groups; ++group) {
+        const auto levels = xkb_keymap_num_levels_for_key(m_keymap.get(), keycode, group);
+        for (xkb_level_index_t level = 0; level < levels; ++level) {
+            for (const xkb_keysym_t symbol : symbols(m_keymap.get(), keycode, group, level)) {
+                if (std::ranges::count(keysyms, symbol) > 0)
+                    return true;
+            }
+        }
+    }
+    return false;
+}
+
+std::optional<uint8_t> X11Keymap::keycodeAt(uint32_t virtualKeyCode)
+{
+    const auto usual = VirtualKeyMap::keycode(virtualKeyCode);
+    if (!usual || !load())
+        return usual;
+    const xkb_keycode_t named =
+        xkb_keymap_key_by_name(m_keymap.get(), VirtualKeyMap::positionName(virtualKeyCode));
+    return named >= 8 && named <= 255 ? static_cast<uint8_t>(named) : usual;
+}
+
+std::optional<uint8_t> X11Keymap::keycodeFor(xkb_keysym_t keysym, uint8_t preferred)
+{
+    if (!load())
+        return std::nullopt;
+    const XcbReply<xcb_xkb_get_state_reply_t> state(xcb_xkb_get_state_reply(
+        m_connection->xcb(), xcb_xkb_get_state(m_connection->xcb(), XCB_XKB_ID_USE_CORE_KBD),
+        nullptr));
+
+    const xkb_layout_index_t groups = xkb_keymap_num_layouts(m_keymap.get());
+    std::vector<xkb_layout_index_t> order;
+    if (state)
+        order.push_back(state->group);
+    for (xkb_layout_index_t group = 0; group < groups; ++group)
+        order.push_back(group);
+
+    const int first = std::max<int>(8, xkb_keymap_min_keycode(m_keymap.get()));
+    const int last = std::min<int>(255, xkb_keymap_max_keycode(m_keymap.get()));
+    for (const xkb_layout_index_t group : order) {
+        if (preferred != 0 && gives(preferred, group, keysym))
+            return preferred;
+        for (int keycode = first; keycode <= last; ++keycode) {
+            if (gives(static_cast<uint8_t>(keycode), group, keysym))
+                return static_cast<uint8_t>(keycode);
+        }
+    }
+    return std::nullopt;
+}
+
+uint16_t X11Keymap::modifiersOf(std::initializer_list<xkb_keysym_t> keysyms) const
+{
+    uint16_t mask = 0;
+    for (int modifier = 0; modifier < 8; ++modifier) {
+        for (const uint8_t key : m_modifiers.keys[modifier]) {
+            if (hasAnySymbol(key, keysyms))
+                mask |= 1 << modifier;
+        }
+    }
+    return mask;
+}
+
+std::optional<uint16_t> X11Keymap::modifierMask(uint32_t classicMask)
+{
+    if (!load())
+        return std::nullopt;
+    uint16_t mask = 0;
+    if (classicMask & shiftMask)
+        mask |= XCB_MOD_MASK_SHIFT;
+    if (classicMask & controlMask)
+        mask |= XCB_MOD_MASK_CONTROL;
+
+    constexpr uint16_t free = XCB_MOD_MASK_1 | XCB_MOD_MASK_2 | XCB_MOD_MASK_3 | XCB_MOD_MASK_4
+        | XCB_MOD_MASK_5;
+    const auto addVirtual = [&](std::initializer_list<xkb_keysym_t> own,
+                                std::initializer_list<xkb_keysym_t> substitute) {
+        uint16_t found = modifiersOf(own) & free;
+        if (found == 0)
+            found = modifiersOf(substitute) & free;
+        // The lowest where it is on several: keys of one modifier set it alone.
+        mask |= found & -found;
+        return found != 0;
+    };
+    if ((classicMask & optionMask)
+        && !addVirtual({XKB_KEY_Alt_L, XKB_KEY_Alt_R}, {XKB_KEY_Meta_L, XKB_KEY_Meta_R}))
+        return std::nullopt;
+    if ((classicMask & commandMask)
+        && !addVirtual({XKB_KEY_Super_L, XKB_KEY_Super_R}, {XKB_KEY_Hyper_L, XKB_KEY_Hyper_R}))
+        return std::nullopt;
+    return mask;
+}
+
+uint16_t X11Keymap::lockModifiers()
+{
+    if (!load())
+        return XCB_MOD_MASK_LOCK;
+    return (XCB_MOD_MASK_LOCK | modifiersOf(lockSymbols))
+        & ~(XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_CONTROL);
+}
+
+KeySet X11Keymap::heldModifierKeys()
+{
+    KeySet keys;
+    if (!load())
+        return keys;
+    for (const auto &ofModifier : m_modifiers.keys) {
+        for (const uint8_t key : ofModifier) {
+            if (!hasAnySymbol(key, lockSymbols))
+                keys.set(key);
+        }
+    }
+    return keys;
+}
+
+std::optional<uint8_t> X11Keymap::modifierKey(uint16_t modifier)
+{
+    if (!load())
+        return std::nullopt;
+    for (int i = 0; i < 8; ++i) {
+        if (modifier != 1 << i)
+            continue;
+        for (const uint8_t key : m_modifiers.keys[i]) {
+            if (!hasAnySymbol(key, lockSymbols))
+                return key;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<uint8_t> X11Keymap::unassignedKeycode()
+{
+    if (!load())
+        return std::nullopt;
+    const int first = std::max<int>(8, xkb_keymap_min_keycode(m_keymap.get()));
+    const int last = std::min<int>(255, xkb_keymap_max_keycode(m_keymap.get()));
+    for (int keycode = last; keycode >= first; --keycode) {
+        if (xkb_keymap_num_layouts_for_key(m_keymap.get(), keycode) == 0)
+            return static_cast<uint8_t>(keycode);
+    }
+    return std::nullopt;
+}
+
+} // namespace Velloro

@@ -1,0 +1,305 @@
+"""The private desktop: X server, window manager, session bus, accessibility bus, sound server."""
+
+import os
+import pathlib
+import secrets
+import shutil
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+
+from . import watchdog
+
+ACCESSIBILITY_LAUNCHER = "/usr/libexec/at-spi-bus-launcher"
+COMMANDS = ["Xvfb", "openbox", "xprop", "dbus-daemon", "dbus-send", "pulseaudio", "pactl", "paplay"]
+
+# The window manager reacts to no key: all of them are the programs'.
+OPENBOX_CONFIGURATION = """<?xml version="1.0" encoding="UTF-8"?>
+<openbox_config xmlns="http://openbox.org/3.4/rc">
+  <focus><focusNew>yes</focusNew><focusLast>yes</focusLast></focus>
+  <placement><policy>Smart</policy><center>yes</center></placement>
+  <desktops><number>1</number><popupTime>0</popupTime></desktops>
+  <keyboard><chainQuitKey>none</chainQuitKey></keyboard>
+  <mouse>
+    <context name="Client">
+      <mousebind button="Left" action="Press"><action name="Focus"/><action name="Raise"/></mousebind>
+    </context>
+    <context name="Frame">
+      <mousebind button="Left" action="Press"><action name="Focus"/><action name="Raise"/></mousebind>
+    </context>
+  </mouse>
+</openbox_config>
+"""
+
+# What is played into the sink "voice" is heard by the source "microphone". The programs' own
+# sounds go to another sink, so that they are not heard.
+SOUND_CONFIGURATION = """
+load-module module-native-protocol-unix socket={socket} auth-anonymous=1
+load-module module-null-sink sink_name=speakers rate=48000 channels=2
+load-module module-null-sink sink_name=voice rate=48000 channels=2 sink_properties=device.description=Voice
+load-module module-remap-source source_name=microphone master=voice.monitor source_properties=device.description=Microphone
+set-default-sink speakers
+set-default-source microphone
+"""
+
+# Settings of the desktop that a private one must not take over.
+FOREIGN_VARIABLES = [
+    "DBUS_SESSION_BUS_ADDRESS", "DBUS_STARTER_ADDRESS", "AT_SPI_BUS_ADDRESS", "NO_AT_BRIDGE",
+    "WAYLAND_DISPLAY", "XAUTHORITY", "SESSION_MANAGER", "GTK_MODULES", "GTK_THEME", "LC_ALL",
+    "LANGUAGE", "PULSE_SINK", "PULSE_SOURCE", "PULSE_COOKIE", "XDG_CURRENT_DESKTOP",
+    "XDG_SESSION_TYPE", "DESKTOP_SESSION", "DESKTOP_STARTUP_ID"]
+
+
+class DesktopError(Exception):
+    """Something of the desktop did not start, or ended."""
+
+
+class MissingComponent(DesktopError):
+    """A program that the desktop needs is not installed."""
+
+
+def wait_for(condition, what, timeout=20.0, interval=0.02):
+    """The first true value of `condition()`; for what can't be awaited but only asked for."""
+    deadline = time.monotonic() + timeout
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > deadline:
+            raise DesktopError(f"timed out after {timeout:g} s waiting for {what}")
+        time.sleep(interval)
+
+
+class PrivateDesktop:
+    """Starts the desktop on entry, ends all that was started on it at exit.
+
+    `environment` is what programs on the desktop are to be started with, `folder` the desktop's
+    own temporary folder (home, settings, logs), removed at the end. Should the owner die without
+    an exit, a detached watchdog does the same.
+    """
+
+    def __init__(self, screen="1280x800x24"):
+        self._screen = screen
+        self.folder = None
+        self.environment = {}
+        self._services = {}
+        self._watchdog_pipe = None
+
+    # --- life -----------------------------------------------------------------------------
+
+    def __enter__(self):
+        missing = [name for name in COMMANDS if not shutil.which(name)]
+        if not os.path.exists(ACCESSIBILITY_LAUNCHER):
+            missing.append("at-spi-bus-launcher")
+        if missing:
+            raise MissingComponent("not installed: " + ", ".join(missing))
+        # Socket names have about a hundred characters at most.
+        place = tempfile.gettempdir()
+        self.folder = pathlib.Path(
+            tempfile.mkdtemp(prefix="velloro-desktop-", dir=place if len(place) < 40 else "/tmp"))
+        try:
+            self._watch()
+            self._make_home()
+            self._start_services()
+        except BaseException:
+            self.close()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        self.close()
+
+    def close(self):
+        """Ends every process on the desktop and removes its folder. May be called again."""
+        if not self.folder:
+            return
+        # The programs first, while they still have a display to close their windows on.
+        watchdog.sweep(str(self.folder), spare={s.pid for s in self._services.values()})
+        watchdog.sweep(str(self.folder))
+        for service in self._services.values():
+            service.wait()
+        self._services.clear()
+        shutil.rmtree(self.folder, ignore_errors=True)
+        if self._watchdog_pipe is not None:
+            os.close(self._watchdog_pipe)
+            self._watchdog_pipe = None
+        self.folder = None
+
+    def _watch(self):
+        reading, self._watchdog_pipe = os.pipe()
+        subprocess.run([sys.executable, watchdog.__file__, str(self.folder)], stdin=reading,
+                       check=True, start_new_session=True)
+        os.close(reading)
+
+    # --- what it consists of ------------------------------------------------------------------
+
+    @property
+    def home(self):
+        return self.folder / "home"
+
+    @property
+    def runtime(self):
+        return self.folder / "run"
+
+    @property
+    def config_home(self):
+        return self.home / ".config"
+
+    @property
+    def data_home(self):
+        return self.home / ".local/share"
+
+    def _make_home(self):
+        for folder in (self.runtime, self.folder / "logs", self.config_home, self.data_home,
+                       self.home / ".cache", self.home / ".local/state"):
+            folder.mkdir(parents=True, mode=0o700)
+        environment = {name: value for name, value in os.environ.items()
+                       if name not in FOREIGN_VARIABLES and not name.startswith("QT_")}
+        environment.update({
+            watchdog.MARK: str(self.folder),
+            "HOME": str(self.home),
+            "XDG_RUNTIME_DIR": str(self.runtime),
+            "XDG_CONFIG_HOME": str(self.config_home),
+            "XDG_DATA_HOME": str(self.data_home),
+            "XDG_CACHE_HOME": str(self.home / ".cache"),
+            "XDG_STATE_HOME": str(self.home / ".local/state"),
+            "XDG_CONFIG_DIRS": "/etc/xdg",
+            "XAUTHORITY": str(self.folder / "Xauthority"),
+            "DBUS_SESSION_BUS_ADDRESS": f"unix:path={self.runtime}/bus",
+            "PULSE_SERVER": f"unix:{self.runtime}/pulse-native",
+            "LANG": "C.UTF-8",
+            "GSETTINGS_BACKEND": "keyfile",
+            "GIO_USE_VFS": "local",
+            "QT_QPA_PLATFORM": "xcb",
+        })
+        self.environment = environment
+
+        # One cookie for whatever number the display gets (family "wild").
+        cookie = [b"", b"", b"MIT-MAGIC-COOKIE-1", secrets.token_bytes(16)]
+        (self.folder / "Xauthority").write_bytes(
+            struct.pack(">H", 0xFFFF)
+            + b"".join(struct.pack(">H", len(field)) + field for field in cookie))
+        (self.folder / "openbox.xml").write_text(OPENBOX_CONFIGURATION)
+        (self.folder / "sound.pa").write_text(
+            SOUND_CONFIGURATION.format(socket=self.runtime / "pulse-native"))
+        settings = self.config_home / "glib-2.0/settings"
+        settings.mkdir(parents=True)
+        (settings / "keyfile").write_text(
+            "[org/gnome/desktop/interface]\ntoolkit-accessibility=true\n")
+
+    def _start_services(self):
+        display = self._start_display()
+        self._start_service("bus", ["dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                    "--address=" + self.environment["DBUS_SESSION_BUS_ADDRESS"]])
+        self.start_sound(wait=False)
+        self.environment["DISPLAY"] = display()
+        self._start_service("window-manager", [
+            "openbox", "--sm-disable", "--config-file", str(self.folder / "openbox.xml")])
+        self._wait_until("bus", lambda: (self.runtime / "bus").exists(), "the session bus")
+        self.start_accessibility()
+        self._wait_until("window-manager", lambda: "window id" in self._output(
+            ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]), "the window manager")
+        self._wait_for_sound()
+
+    def _start_display(self):
+        sockets = pathlib.Path("/tmp/.X11-unix")
+        if not sockets.exists():
+            try:
+                sockets.mkdir()
+                sockets.chmod(0o1777)
+            except OSError:
+                pass  # another desktop was quicker, or the server will say what it lacks
+        reading, writing = os.pipe()
+        self._start_service("display", [
+            "Xvfb", "-displayfd", str(writing), "-screen", "0", self._screen, "-noreset",
+            "-nolisten", "tcp", "-auth", self.environment["XAUTHORITY"]], pass_fds=[writing])
+        os.close(writing)
+
+        def number():
+            with open(reading) as answer:
+                digits = answer.read().strip()
+            if not digits:
+                raise DesktopError("the X server did not start:\n" + self.log("display"))
+            return ":" + digits
+        return number
+
+    # --- its services -------------------------------------------------------------------------
+
+    def start_sound(self, wait=True):
+        """Starts the sound server; after `stop_service("sound")`, again."""
+        self._start_service("sound", [
+            "pulseaudio", "-n", "-F", str(self.folder / "sound.pa"), "--daemonize=no",
+            "--exit-idle-time=-1", "--use-pid-file=no", "--log-target=stderr",
+            "--disable-shm=yes", "--realtime=no", "--high-priority=no"])
+        if wait:
+            self._wait_for_sound()
+
+    def _wait_for_sound(self):
+        self._wait_until("sound", lambda: "microphone" in self._output(
+            ["pactl", "get-default-source"]), "the sound server")
+
+    def start_accessibility(self):
+        """Starts the accessibility bus; after `stop_accessibility()`, again."""
+        self._start_service("accessibility", [ACCESSIBILITY_LAUNCHER, "--launch-immediately"])
+        self._wait_until("accessibility", lambda: "true" in self._bus_call(
+            "org.freedesktop.DBus", "/org/freedesktop/DBus",
+            "org.freedesktop.DBus.NameHasOwner", "string:org.a11y.Bus"), "the accessibility bus")
+        self._bus_call("org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties.Set",
+                       "string:org.a11y.Status", "string:IsEnabled", "variant:boolean:true")
+        self._wait_until("accessibility", lambda: "unix:" in self._bus_call(
+            "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress"), "its address")
+
+    def stop_accessibility(self):
+        """Ends the accessibility bus, its launcher and its registry, as in a crash."""
+        self.stop_service("accessibility", signal.SIGKILL)
+        for pid in watchdog.marked_processes(str(self.folder)):
+            try:
+                command = pathlib.Path(f"/proc/{pid}/cmdline").read_bytes()
+                if b"accessibility.conf" in command or b"at-spi2-registryd" in command:
+                    os.kill(pid, signal.SIGKILL)
+            except (OSError, ProcessLookupError):
+                pass
+
+    def stop_service(self, name, number=signal.SIGTERM):
+        """Sends the signal to the service and waits for its end."""
+        service = self._services.pop(name)
+        service.send_signal(number)
+        service.wait()
+
+    def log(self, name):
+        """What the service, or the program started with `log=name`, has printed so far."""
+        path = self.folder / "logs" / name
+        return path.read_text(errors="replace") if path.exists() else ""
+
+    def _start_service(self, name, command, pass_fds=()):
+        self._services[name] = self.start(command, log=name, pass_fds=pass_fds)
+
+    def start(self, command, log, **options):
+        """Starts a program on the desktop; what it prints goes to the log of that name."""
+        with open(self.folder / "logs" / log, "ab") as output:
+            return subprocess.Popen(
+                command, env=self.environment, stdin=subprocess.DEVNULL, stdout=output,
+                stderr=subprocess.STDOUT, cwd=self.home, start_new_session=True, **options)
+
+    def run(self, command, timeout=30, **options):
+        """Runs a program on the desktop to its end and returns what it printed."""
+        return subprocess.run(command, env=self.environment, timeout=timeout, check=True,
+                              stdout=subprocess.PIPE, text=True, **options).stdout
+
+    def _wait_until(self, service, condition, what):
+        def check():
+            if self._services[service].poll() is not None:
+                raise DesktopError(f"{what} did not start:\n" + self.log(service))
+            return condition()
+        wait_for(check, what)
+
+    def _output(self, command):
+        return subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL, timeout=10,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True).stdout
+
+    def _bus_call(self, name, path, method, *arguments):
+        return self._output(["dbus-send", "--session", "--print-reply", "--dest=" + name, path,
+                             method, *arguments])
