@@ -1,3 +1,3 @@
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET
-    xcb xcb-xtest xcb-xkb xcb-xinput xcb-randr xcb-shape xcb-keysyms xkbcommon xkbcommon-x11)
+    xcb xcb-res xcb-xtest xcb-xkb xcb-xinput xcb-randr xcb-shape xcb-keysyms xkbcommon xkbcommon-x11)

@@ -17,7 +17,7 @@ namespace Velloro {
 /// One loaded speech model and every transcription on it.
 ///
 /// The operations run one at a time, in the order in which they were called, on the context's own
-/// executor (a pool of one thread); each returns a future that its caller awaits. They are called
+/// executor (one thread); each returns a future that its caller awaits. They are called
 /// on the main thread. Audio is mono 32-bit float at 16,000 Hz. The model is freed on unload, on a
 /// reload, and at destruction, which does not wait for work that is still queued or running.
 class WhisperContext

@@ -44,7 +44,7 @@ struct World
     std::deque<Result> results;
     std::vector<Call> calls;
     std::vector<Load> loads;
-    int logCallbacksSet = 0;
+    bool logSilenced = false;
     std::set<whisper_context *> contexts;
     std::set<whisper_state *> states;
     std::array<Gate, 2> gates;
@@ -114,7 +114,6 @@ void reset()
     world().results.clear();
     world().calls.clear();
     world().loads.clear();
-    world().logCallbacksSet = 0;
     for (Gate &gate : world().gates)
         gate.held = false;
     world().changed.notify_all();
@@ -167,10 +166,10 @@ int liveStates()
     return static_cast<int>(world().states.size());
 }
 
-int logCallbacksSet()
+bool isLogSilenced()
 {
     const std::lock_guard lock(world().mutex);
-    return world().logCallbacksSet;
+    return world().logSilenced;
 }
 
 Hold::Hold(Point point)
@@ -300,8 +299,7 @@ void whisper_free(whisper_context *context)
 void whisper_log_set(ggml_log_callback callback, void *)
 {
     const std::lock_guard lock(world().mutex);
-    if (callback)
-        ++world().logCallbacksSet;
+    world().logSilenced = callback != nullptr;
 }
 
 void whisper_reset_timings(whisper_context *context)

@@ -67,8 +67,8 @@ void enqueueSegments(const QList<QByteArray> &segments);
 /// Models and decoding states that are not freed.
 [[nodiscard]] int liveContexts();
 [[nodiscard]] int liveStates();
-/// How often a log callback has been installed.
-[[nodiscard]] int logCallbacksSet();
+/// Whether the library's own log has been silenced; `reset` does not forget it.
+[[nodiscard]] bool isLogSilenced();
 
 /// Where the recogniser can be held.
 enum class Point { load, transcription };

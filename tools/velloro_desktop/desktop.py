@@ -34,12 +34,13 @@ OPENBOX_CONFIGURATION = """<?xml version="1.0" encoding="UTF-8"?>
 </openbox_config>
 """
 
-# What is played into the sink "voice" is heard by the source "microphone". The programs' own
-# sounds go to another sink, so that they are not heard.
+# What is played into the sink "voice" is heard by the source "microphone", from its first to its
+# last sample (a rewind would take back what was recorded already). The programs' own sounds go to
+# another sink, so that they are not heard.
 SOUND_CONFIGURATION = """
 load-module module-native-protocol-unix socket={socket} auth-anonymous=1
 load-module module-null-sink sink_name=speakers rate=48000 channels=2
-load-module module-null-sink sink_name=voice rate=48000 channels=2 sink_properties=device.description=Voice
+load-module module-null-sink sink_name=voice rate=48000 channels=2 norewinds=1 sink_properties=device.description=Voice
 load-module module-remap-source source_name=microphone master=voice.monitor source_properties=device.description=Microphone
 set-default-sink speakers
 set-default-source microphone
@@ -244,9 +245,8 @@ class PrivateDesktop:
     def start_accessibility(self):
         """Starts the accessibility bus; after `stop_accessibility()`, again."""
         self._start_service("accessibility", [ACCESSIBILITY_LAUNCHER, "--launch-immediately"])
-        self._wait_until("accessibility", lambda: "true" in self._bus_call(
-            "org.freedesktop.DBus", "/org/freedesktop/DBus",
-            "org.freedesktop.DBus.NameHasOwner", "string:org.a11y.Bus"), "the accessibility bus")
+        self._wait_until("accessibility", lambda: self._bus_name_has_owner("org.a11y.Bus"),
+                         "the accessibility bus")
         self._bus_call("org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties.Set",
                        "string:org.a11y.Status", "string:IsEnabled", "variant:boolean:true")
         self._wait_until("accessibility", lambda: "unix:" in self._bus_call(
@@ -295,6 +295,15 @@ class PrivateDesktop:
                 raise DesktopError(f"{what} did not start:\n" + self.log(service))
             return condition()
         wait_for(check, what)
+
+    def wait_for_bus_name(self, name):
+        """Waits until a program offers that name on the session bus."""
+        wait_for(lambda: self._bus_name_has_owner(name), name)
+
+    def _bus_name_has_owner(self, name):
+        return "true" in self._bus_call(
+            "org.freedesktop.DBus", "/org/freedesktop/DBus",
+            "org.freedesktop.DBus.NameHasOwner", "string:" + name)
 
     def _output(self, command):
         return subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL, timeout=10,

@@ -1,11 +1,11 @@
 #include "Platform/Linux/X11/X11Connection.h"
 
+#include "Platform/Linux/X11/XcbKeyboardExtension.h"
 #include "Platform/Linux/X11/XcbReply.h"
 
 #include <QAbstractEventDispatcher>
 #include <poll.h>
 #include <xcb/xinput.h>
-#include <xcb/xkb.h>
 #include <xcb/xtest.h>
 
 namespace Velloro {
@@ -113,13 +113,24 @@ bool X11Connection::dispatchUntil(const std::function<bool()> &done, const QDead
 
 void X11Connection::addInputEvents(uint16_t device, uint32_t mask)
 {
-    if (m_inputOpcode == 0)
+    selectInputEvents(device, m_inputEvents.value(device) | mask);
+}
+
+void X11Connection::removeInputEvents(uint16_t device, uint32_t mask)
+{
+    selectInputEvents(device, m_inputEvents.value(device) & ~mask);
+}
+
+void X11Connection::selectInputEvents(uint16_t device, uint32_t mask)
+{
+    if (m_inputOpcode == 0 || m_inputEvents.value(device) == mask)
         return;
+    m_inputEvents[device] = mask;
     struct
     {
         xcb_input_event_mask_t head;
         uint32_t mask;
-    } request{{device, 1}, m_inputEvents[device] |= mask};
+    } request{{device, 1}, mask};
     xcb_input_xi_select_events(xcb(), m_root, 1, &request.head);
     flush();
 }

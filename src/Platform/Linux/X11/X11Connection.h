@@ -47,8 +47,10 @@ public:
     /// Dispatches events until `done` says so; false when the deadline came first.
     bool dispatchUntil(const std::function<bool()> &done, const QDeadlineTimer &deadline);
 
-    /// The root window is told of these events, in addition to those asked for before.
+    /// Asks for these events of an input device, in addition to those asked for before.
     void addInputEvents(uint16_t device, uint32_t mask);
+    /// Asks for them no longer.
+    void removeInputEvents(uint16_t device, uint32_t mask);
 
 Q_SIGNALS:
     /// An event, an error included; valid during the call only.
@@ -62,6 +64,8 @@ private:
     };
 
     explicit X11Connection(xcb_connection_t *connection, int screen);
+
+    void selectInputEvents(uint16_t device, uint32_t mask);
 
     std::unique_ptr<xcb_connection_t, Disconnect> m_xcb;
     xcb_window_t m_root = XCB_WINDOW_NONE;

@@ -1,11 +1,11 @@
 #include "Platform/Linux/X11/X11Keymap.h"
 
 #include "Platform/Linux/X11/VirtualKeyMap.h"
+#include "Platform/Linux/X11/XcbKeyboardExtension.h"
 #include "Platform/Linux/X11/XcbReply.h"
 
 #include <algorithm>
 #include <span>
-#include <xcb/xkb.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 #include <xkbcommon/xkbcommon-x11.h>
 

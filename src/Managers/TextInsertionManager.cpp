@@ -1,0 +1,132 @@
+#include "Managers/TextInsertionManager.h"
+
+#include "Core/Graphemes.h"
+
+#include <QTimer>
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <optional>
+
+namespace Velloro {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr uint32_t keyCodeV = 9;
+constexpr uint32_t keyCodeDelete = 51;
+constexpr auto pasteboardRestoreDelay = 500ms;
+constexpr auto pauseAfterBackspace = 5000us;
+
+/// The attribute of an element as a value of type T; nothing when it can't be read or is of
+/// another type.
+template <typename T>
+std::optional<T> attribute(Accessibility &accessibility, const AccessibilityElementRef &element,
+                           const QString &name)
+{
+    const auto value = accessibility.copyAttributeValue(element, name);
+    if (!value)
+        return std::nullopt;
+    const T *typed = std::get_if<T>(&*value);
+    return typed ? std::optional<T>(*typed) : std::nullopt;
+}
+
+/// The content with the characters of the range replaced; the range may reach beyond the end.
+QString replaced(const QString &content, const TextRange &range, const QString &text)
+{
+    const int64_t count = Graphemes::count(content);
+    const int64_t start = std::min(range.location, count);
+    const int64_t end = start + std::min(range.length, count - start);
+    return Graphemes::prefix(content, start) + text + Graphemes::dropFirst(content, end);
+}
+
+} // namespace
+
+TextInsertionManager::TextInsertionManager(Platform &platform, QObject *parent)
+    : QObject(parent)
+    , m_platform(platform)
+{
+}
+
+bool TextInsertionManager::hasAccessibilityPermission() const
+{
+    return m_platform.accessibility->isProcessTrusted();
+}
+
+bool TextInsertionManager::insertText(const QString &text)
+{
+    if (text.isEmpty())
+        return false;
+    m_lastInsertedText = text;
+    return insertViaAccessibility(text) || insertViaClipboard(text);
+}
+
+bool TextInsertionManager::insertViaAccessibility(const QString &text)
+{
+    Accessibility &accessibility = *m_platform.accessibility;
+    if (!accessibility.isProcessTrusted())
+        return false;
+
+    const auto focused = attribute<AccessibilityElementRef>(
+        accessibility, accessibility.systemWideElement(), QStringLiteral("AXFocusedUIElement"));
+    if (!focused || !*focused)
+        return false;
+    const AccessibilityElementRef element = *focused;
+    m_lastInsertionTarget = element;
+
+    const auto content = attribute<QString>(accessibility, element, QStringLiteral("AXValue"));
+    const auto range = content ? attribute<TextRange>(accessibility, element,
+                                                      QStringLiteral("AXSelectedTextRange"))
+                               : std::nullopt;
+    if (range && range->location >= 0 && range->length >= 0
+        && accessibility.setAttributeValue(element, QStringLiteral("AXValue"),
+                                           replaced(*content, *range, text))) {
+        const int64_t inserted = Graphemes::count(text);
+        // A caret that can't be counted is not set.
+        if (range->location <= std::numeric_limits<int64_t>::max() - inserted) {
+            (void)accessibility.setAttributeValue(element, QStringLiteral("AXSelectedTextRange"),
+                                                  TextRange{range->location + inserted, 0});
+        }
+        return true;
+    }
+
+    return accessibility.setAttributeValue(element, QStringLiteral("AXSelectedText"), text)
+        .has_value();
+}
+
+bool TextInsertionManager::insertViaClipboard(const QString &text)
+{
+    Pasteboard &pasteboard = *m_platform.pasteboard;
+    const std::optional<QString> previous = pasteboard.string();
+    pasteboard.clearContents();
+    pasteboard.setString(text);
+    simulatePaste();
+    if (previous) {
+        QTimer::singleShot(pasteboardRestoreDelay, Qt::PreciseTimer, this, [this, previous] {
+            m_platform.pasteboard->clearContents();
+            m_platform.pasteboard->setString(*previous);
+        });
+    }
+    return true;
+}
+
+void TextInsertionManager::simulatePaste()
+{
+    KeyboardEvents &keyboard = *m_platform.keyboardEvents;
+    // An event that can't be created is skipped.
+    (void)keyboard.post(keyCodeV, true, KeyboardEvents::commandFlag);
+    (void)keyboard.post(keyCodeV, false, KeyboardEvents::commandFlag);
+}
+
+void TextInsertionManager::deleteBackwards(int64_t count)
+{
+    KeyboardEvents &keyboard = *m_platform.keyboardEvents;
+    for (int64_t sent = 0; sent < count; ++sent) {
+        (void)keyboard.post(keyCodeDelete, true, 0);
+        (void)keyboard.post(keyCodeDelete, false, 0);
+        keyboard.pause(pauseAfterBackspace);
+    }
+}
+
+} // namespace Velloro

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Platform/Accessibility.h"
+#include "Platform/Linux/AtSpiBus.h"
+#include "Platform/Linux/AtSpiFocusTracker.h"
+#include "Platform/Linux/AtSpiText.h"
+
+#include <optional>
+
+namespace Velloro {
+
+/// The accessibility interface on the desktop's accessibility bus (AT-SPI), spoken directly over
+/// D-Bus so that every call has a time limit.
+///
+/// An object of this process has no attributes: it could not answer while this process asks.
+class AtSpiAccessibility final : public Accessibility
+{
+public:
+    /// Starts to connect; does not wait.
+    AtSpiAccessibility();
+    ~AtSpiAccessibility() override;
+
+    [[nodiscard]] bool isProcessTrusted() override;
+    void requestTrust() override;
+    [[nodiscard]] AccessibilityElementRef systemWideElement() override;
+    [[nodiscard]] AccessibilityElementRef applicationElement(pid_t processIdentifier) override;
+    [[nodiscard]] Result<AccessibilityValue>
+    copyAttributeValue(const AccessibilityElementRef &element, const QString &attribute) override;
+    [[nodiscard]] Result<void> setAttributeValue(const AccessibilityElementRef &element,
+                                                 const QString &attribute,
+                                                 const AccessibilityValue &value) override;
+
+    /// Whether the focused element is a terminal; false where that can't be known.
+    [[nodiscard]] bool isTerminalFocused();
+
+private:
+    Result<AccessibilityValue> role(const AtSpiReference &object);
+    Result<AtSpiReference> objectOf(const AccessibilityElementRef &element);
+    AtSpiText &textOf(const AtSpiReference &object);
+
+    AtSpiBus m_bus;
+    AtSpiFocusTracker m_focus;
+    /// What is known about the text that was used last, for the rest of the event loop's turn.
+    std::optional<AtSpiText> m_text;
+};
+
+} // namespace Velloro

@@ -1,0 +1,159 @@
+#include "Platform/Linux/AtSpiFocusTracker.h"
+
+#include "Platform/Linux/AtSpiBus.h"
+#include "Platform/Linux/AtSpiFocusSearch.h"
+#include "Platform/Linux/AtSpiStates.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <chrono>
+#include <unistd.h>
+
+namespace Velloro {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// How long a newly active window has to tell of its focus by an event.
+constexpr auto searchDelay = 150ms;
+constexpr auto backgroundTimeout = 2s;
+
+} // namespace
+
+AtSpiFocusTracker::AtSpiFocusTracker(AtSpiBus &bus, QObject *parent)
+    : QObject(parent)
+    , m_bus(bus)
+{
+    m_searchDelay.setSingleShot(true);
+    connect(&m_searchDelay, &QTimer::timeout, this, &AtSpiFocusTracker::startSearch);
+    connect(&bus, &AtSpiBus::connected, this, &AtSpiFocusTracker::startSearch);
+    connect(&bus, &AtSpiBus::disconnected, this, &AtSpiFocusTracker::onDisconnected);
+    connect(&bus, &AtSpiBus::focusGained, this, &AtSpiFocusTracker::onFocusGained);
+    connect(&bus, &AtSpiBus::focusLost, this, &AtSpiFocusTracker::onFocusLost);
+    connect(&bus, &AtSpiBus::windowActivated, this, &AtSpiFocusTracker::onWindowActivated);
+    connect(&bus, &AtSpiBus::windowDeactivated, this, &AtSpiFocusTracker::onWindowDeactivated);
+}
+
+AtSpiFocusTracker::~AtSpiFocusTracker() = default;
+
+void AtSpiFocusTracker::onFocusGained(const AtSpiReference &object)
+{
+    m_focused = object;
+    m_searchDelay.stop();
+    m_search.reset();
+}
+
+void AtSpiFocusTracker::onFocusLost(const AtSpiReference &object)
+{
+    if (m_focused == object)
+        m_focused.reset();
+}
+
+void AtSpiFocusTracker::onWindowActivated(const AtSpiReference &window)
+{
+    m_activeWindow = window;
+    // The event that names the focused object may come before this one.
+    if (m_focused && m_focused->service == window.service)
+        return;
+    m_focused.reset();
+    m_search.reset();
+    m_searchDelay.start(searchDelay);
+}
+
+void AtSpiFocusTracker::onWindowDeactivated(const AtSpiReference &window)
+{
+    if (m_activeWindow == window)
+        m_activeWindow.reset();
+    // Toolkits differ in whether an object keeps its focus in a window that is not active.
+    if (m_focused && m_focused->service == window.service && !m_activeWindow)
+        m_focused.reset();
+}
+
+void AtSpiFocusTracker::onDisconnected()
+{
+    m_focused.reset();
+    m_activeWindow.reset();
+    m_searchDelay.stop();
+    m_search.reset();
+}
+
+void AtSpiFocusTracker::startSearch()
+{
+    m_search = std::make_unique<AtSpiFocusSearch>(m_bus, backgroundTimeout);
+    connect(m_search.get(), &AtSpiFocusSearch::finished, this,
+            &AtSpiFocusTracker::onSearchFinished);
+    if (m_activeWindow)
+        m_search->searchWindow(*m_activeWindow);
+    else
+        m_search->searchDesktop();
+}
+
+void AtSpiFocusTracker::onSearchFinished()
+{
+    const std::unique_ptr<AtSpiFocusSearch> search = std::move(m_search);
+    if (!search)
+        return;
+    if (!m_activeWindow)
+        m_activeWindow = search->window();
+    if (!m_focused)
+        m_focused = search->found();
+    search->disconnect(this);
+}
+
+/// Lets events count that have arrived but that the event loop has not come to yet.
+void AtSpiFocusTracker::takePendingEvents()
+{
+    QCoreApplication::sendPostedEvents(&m_bus, QEvent::MetaCall);
+}
+
+Accessibility::Result<AtSpiReference> AtSpiFocusTracker::focused()
+{
+    takePendingEvents();
+    const std::optional<AtSpiReference> candidate = m_focused ? m_focused : m_activeWindow;
+    if (!candidate) {
+        // For the next time.
+        if (!m_search)
+            startSearch();
+        return tl::unexpected(AccessibilityError::noValue);
+    }
+    return confirmed(m_bus.processOf(candidate->service));
+}
+
+Accessibility::Result<AtSpiReference> AtSpiFocusTracker::focusedOf(pid_t process)
+{
+    takePendingEvents();
+    return confirmed(process);
+}
+
+Accessibility::Result<AtSpiReference> AtSpiFocusTracker::confirmed(pid_t process)
+{
+    if (process == getpid())
+        return tl::unexpected(AccessibilityError::noValue);
+    if (m_focused && m_bus.processOf(m_focused->service) == process) {
+        const AtSpiReference object = *m_focused;
+        const QDBusMessage reply = m_bus.call(object, QStringLiteral("org.a11y.atspi.Accessible"),
+                                              QStringLiteral("GetState"));
+        if (AtSpiStates::of(reply).contains(AtSpiStates::focused))
+            return object;
+        if (m_bus.isUnresponsive(object.service))
+            return tl::unexpected(AccessibilityError::cannotComplete);
+        m_focused.reset();
+    }
+    if (!m_activeWindow || m_bus.processOf(m_activeWindow->service) != process)
+        return tl::unexpected(AccessibilityError::noValue);
+    if (m_bus.isUnresponsive(m_activeWindow->service))
+        return tl::unexpected(AccessibilityError::cannotComplete);
+
+    AtSpiFocusSearch search(m_bus, m_bus.remaining());
+    search.searchWindow(*m_activeWindow);
+    search.finish();
+    m_focused = search.found();
+    if (m_focused)
+        return *m_focused;
+    return tl::unexpected(m_bus.isUnresponsive(m_activeWindow->service)
+                              ? AccessibilityError::cannotComplete
+                              : AccessibilityError::noValue);
+}
+
+} // namespace Velloro

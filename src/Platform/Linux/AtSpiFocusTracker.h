@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Platform/Accessibility.h"
+#include "Platform/Linux/AtSpiReference.h"
+
+#include <QObject>
+#include <QTimer>
+#include <memory>
+#include <optional>
+#include <sys/types.h>
+
+namespace Velloro {
+
+class AtSpiBus;
+class AtSpiFocusSearch;
+
+/// Knows which object on the accessibility bus has the keyboard focus. The focus is followed by
+/// the events that applications send; where a window becomes active, or is active when the bus is
+/// reached, and no event names the focused object, it is searched for in the background. Main
+/// thread.
+class AtSpiFocusTracker : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `bus` outlives the tracker.
+    explicit AtSpiFocusTracker(AtSpiBus &bus, QObject *parent = nullptr);
+    ~AtSpiFocusTracker() override;
+
+    /// The object that has the focus now, as its application confirms; `noValue` when none is
+    /// known, or it is one of this process, which can't answer while it asks. Waits within the
+    /// bus's allowance.
+    [[nodiscard]] Accessibility::Result<AtSpiReference> focused();
+    /// The same, of the application with this process.
+    [[nodiscard]] Accessibility::Result<AtSpiReference> focusedOf(pid_t process);
+
+private:
+    void onFocusGained(const AtSpiReference &object);
+    void onFocusLost(const AtSpiReference &object);
+    void onWindowActivated(const AtSpiReference &window);
+    void onWindowDeactivated(const AtSpiReference &window);
+    void onDisconnected();
+    void startSearch();
+    void onSearchFinished();
+    void takePendingEvents();
+    Accessibility::Result<AtSpiReference> confirmed(pid_t process);
+
+    AtSpiBus &m_bus;
+    std::optional<AtSpiReference> m_focused;
+    std::optional<AtSpiReference> m_activeWindow;
+    QTimer m_searchDelay;
+    std::unique_ptr<AtSpiFocusSearch> m_search;
+};
+
+} // namespace Velloro

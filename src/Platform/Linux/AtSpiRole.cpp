@@ -1,0 +1,87 @@
+#include "Platform/Linux/AtSpiRole.h"
+
+namespace Velloro::AtSpiRole {
+
+namespace {
+
+/// Text elements that say how many lines they have: toolkits give one role to both kinds.
+QString textName(const AtSpiStates &states)
+{
+    return states.contains(AtSpiStates::singleLine) && !states.contains(AtSpiStates::multiLine)
+               ? QStringLiteral("AXTextField")
+               : QStringLiteral("AXTextArea");
+}
+
+} // namespace
+
+QString attributeName(uint32_t role, const AtSpiStates &states)
+{
+    const bool editable = states.contains(AtSpiStates::editable);
+    switch (role) {
+    case text:
+        return textName(states);
+    case entry:
+        return states.contains(AtSpiStates::multiLine) ? QStringLiteral("AXTextArea")
+                                                       : QStringLiteral("AXTextField");
+    case passwordText:
+    case spinButton:
+        return QStringLiteral("AXTextField");
+    case terminal:
+        return QStringLiteral("AXTextArea");
+    case comboBox:
+        return editable ? QStringLiteral("AXComboBox") : QStringLiteral("AXPopUpButton");
+    default:
+        break;
+    }
+    // A part of a page or a document that is edited in place can have any other role.
+    if (editable)
+        return textName(states);
+
+    switch (role) {
+    case invalid:
+    case unknown:
+    case canvas:
+    case drawingArea:
+    case embedded:
+        return {};
+    case label:
+    case caption:
+    case staticText:
+        return QStringLiteral("AXStaticText");
+    case pushButton:
+    case toggleButton:
+        return QStringLiteral("AXButton");
+    case checkBox:
+        return QStringLiteral("AXCheckBox");
+    case radioButton:
+        return QStringLiteral("AXRadioButton");
+    case slider:
+        return QStringLiteral("AXSlider");
+    case link:
+        return QStringLiteral("AXLink");
+    case menu:
+        return QStringLiteral("AXMenu");
+    case menuItem:
+        return QStringLiteral("AXMenuItem");
+    case pageTab:
+        return QStringLiteral("AXTab");
+    case list:
+    case listItem:
+        return QStringLiteral("AXList");
+    case table:
+    case tableCell:
+        return QStringLiteral("AXTable");
+    case tree:
+    case treeTable:
+        return QStringLiteral("AXOutline");
+    case documentFrame:
+    case documentText:
+    case documentWeb:
+    case documentEmail:
+        return QStringLiteral("AXWebArea");
+    default:
+        return QStringLiteral("AXGroup");
+    }
+}
+
+} // namespace Velloro::AtSpiRole

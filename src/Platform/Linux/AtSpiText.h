@@ -1,0 +1,81 @@
+#pragma once
+
+#include "Platform/Accessibility.h"
+#include "Platform/Linux/AtSpiReference.h"
+#include "Platform/Linux/AtSpiStates.h"
+
+#include <QDBusMessage>
+#include <QString>
+#include <QVariantList>
+#include <optional>
+
+namespace Velloro {
+
+class AtSpiBus;
+
+/// The text of one object on the accessibility bus, in user-perceived characters. Offsets on the
+/// bus are code points; some toolkits count UTF-16 code units there, which is found out and allowed
+/// for. Main thread; calls wait within the bus's allowance.
+///
+/// Writing is always the smallest edit that makes the wanted text, so that the application's undo
+/// history, formatting and scroll position live on, and is either done whole or undone.
+class AtSpiText
+{
+public:
+    template <typename T>
+    using Result = Accessibility::Result<T>;
+
+    /// `bus` outlives this object.
+    AtSpiText(AtSpiBus &bus, AtSpiReference object);
+
+    /// Reads the whole text. The text of a password field can't be read, nor can one in which
+    /// other objects are embedded, since offsets in it say too little about where the caret is.
+    [[nodiscard]] Result<QString> content();
+    /// The first selection, or the caret with length 0.
+    [[nodiscard]] Result<TextRange> selection();
+
+    /// Makes the text equal to `wanted`.
+    [[nodiscard]] Result<void> setContent(const QString &wanted);
+    /// Sets the caret, or selects when the range has a length.
+    [[nodiscard]] Result<void> setSelection(const TextRange &range);
+    /// Puts `text` in place of the selection or at the caret, and the caret after it.
+    [[nodiscard]] Result<void> replaceSelection(const QString &text);
+
+    /// The turn of the event loop in which the object was made; it is not to be used in another.
+    [[nodiscard]] quint64 turn() const { return m_turn; }
+    [[nodiscard]] const AtSpiReference &object() const { return m_object; }
+
+private:
+    enum class Unit { codePoint, codeUnit };
+    enum class Answer { yes, no, none };
+    struct Offsets
+    {
+        int start = 0;
+        int end = 0;
+    };
+
+    Result<QDBusMessage> ask(const QString &interface, const QString &method,
+                             const QVariantList &arguments = {});
+    Answer tell(const QString &interface, const QString &method, const QVariantList &arguments);
+    Result<int> number(const QString &property);
+    Result<bool> isSecret();
+    Result<void> requireEditable();
+    Result<QString> knownContent();
+    Result<Offsets> selectionOffsets();
+    Unit unitByToolkit();
+    int toOffset(qsizetype codeUnits, const QString &content) const;
+    qsizetype toCodeUnits(int offset, const QString &content) const;
+    int lengthOf(const QString &text) const;
+    Answer insert(int offset, const QString &text);
+    Answer remove(const Offsets &range);
+    Result<void> replace(const Offsets &range, const QString &removed, const QString &inserted);
+
+    AtSpiBus &m_bus;
+    const AtSpiReference m_object;
+    const quint64 m_turn;
+    /// The text as it was read or as it was last written; toolkits may be late to show the latter.
+    std::optional<QString> m_content;
+    Unit m_unit = Unit::codePoint;
+};
+
+} // namespace Velloro

@@ -1,0 +1,58 @@
+#include "Platform/Linux/LinuxPlatform.h"
+
+#include "Platform/Linux/AtSpiAccessibility.h"
+#include "Platform/Linux/DBusUserNotifications.h"
+#include "Platform/Linux/JsonUserDefaults.h"
+#include "Platform/Linux/LinuxFileSystem.h"
+#include "Platform/Linux/LinuxProcessInfo.h"
+#include "Platform/Linux/NetworkDownloadSession.h"
+#include "Platform/Linux/PackagedUpdater.h"
+#include "Platform/Linux/PulseAudioEngine.h"
+#include "Platform/Linux/PulseCaptureAuthorization.h"
+#include "Platform/Linux/PulseSystemSounds.h"
+#include "Platform/Linux/X11/X11HotkeyRegistration.h"
+#include "Platform/Linux/X11/X11KeyboardEvents.h"
+#include "Platform/Linux/X11/X11Pasteboard.h"
+#include "Platform/Linux/X11/X11Workspace.h"
+
+namespace Velloro {
+
+Platform makeLinuxPlatform()
+{
+    Platform platform;
+
+    const auto sound = std::make_shared<PulseConnection>();
+    platform.makeAudioEngine = [sound] { return std::make_unique<PulseAudioEngine>(sound); };
+    platform.captureAuthorization = std::make_unique<PulseCaptureAuthorization>(sound);
+    platform.systemSounds = std::make_unique<PulseSystemSounds>(sound);
+
+    const auto display = X11Connection::open();
+    auto accessibility = std::make_unique<AtSpiAccessibility>();
+    auto pasteboard = std::make_unique<X11Pasteboard>();
+    // The bundle destroys its members in the reverse of their order: both outlive the strokes.
+    platform.keyboardEvents = std::make_unique<X11KeyboardEvents>(
+        display,
+        X11KeyboardEvents::Hooks{
+            .focusedElementIsTerminal
+            = [bus = accessibility.get()] { return bus->isTerminalFocused(); },
+            .willPastePrimarySelection
+            = [board = pasteboard.get()] { board->lendToPrimarySelection(); },
+        });
+    platform.hotkeyRegistration = std::make_unique<X11HotkeyRegistration>(display);
+    platform.workspace = std::make_unique<X11Workspace>(display);
+    platform.accessibility = std::move(accessibility);
+    platform.pasteboard = std::move(pasteboard);
+
+    platform.userNotifications = std::make_unique<DBusUserNotifications>();
+    platform.userDefaults = std::make_unique<JsonUserDefaults>();
+    platform.fileSystem = std::make_unique<LinuxFileSystem>();
+    platform.processInfo = std::make_unique<LinuxProcessInfo>();
+    platform.updater = std::make_unique<PackagedUpdater>();
+    platform.makeDownloadSession = [](DownloadSessionDelegate &delegate,
+                                      const QString &temporaryDirectory) {
+        return std::make_unique<NetworkDownloadSession>(delegate, temporaryDirectory);
+    };
+    return platform;
+}
+
+} // namespace Velloro

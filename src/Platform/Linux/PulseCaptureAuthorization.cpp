@@ -1,0 +1,49 @@
+#include "Platform/Linux/PulseCaptureAuthorization.h"
+
+#include <utility>
+
+namespace Velloro {
+
+PulseCaptureAuthorization::PulseCaptureAuthorization(std::shared_ptr<PulseConnection> connection)
+    : m_connection(std::move(connection))
+{
+}
+
+PulseCaptureAuthorization::~PulseCaptureAuthorization()
+{
+    const PulseConnection::Lock lock(*m_connection);
+    for (auto &request : m_requests) {
+        if (!request.query->isAnswered())
+            request.completion(false);
+        request.query.reset();
+    }
+}
+
+AuthorizationStatus PulseCaptureAuthorization::authorizationStatus()
+{
+    const PulseConnection::Lock lock(*m_connection);
+    switch (PulseMicrophoneQuery::ask(*m_connection).outcome) {
+    case PulseMicrophoneQuery::Outcome::found:
+        return AuthorizationStatus::authorized;
+    case PulseMicrophoneQuery::Outcome::refused:
+        return AuthorizationStatus::denied;
+    case PulseMicrophoneQuery::Outcome::none:
+        return AuthorizationStatus::restricted;
+    case PulseMicrophoneQuery::Outcome::unreachable:
+        break;
+    }
+    return AuthorizationStatus::notDetermined;
+}
+
+void PulseCaptureAuthorization::requestAccess(std::function<void(bool granted)> completion)
+{
+    const PulseConnection::Lock lock(*m_connection);
+    m_requests.remove_if([](const Request &request) { return request.query->isAnswered(); });
+    auto &request = m_requests.emplace_back(Request{std::move(completion), nullptr});
+    request.query = std::make_unique<PulseMicrophoneQuery>(
+        *m_connection, [&request](const PulseMicrophoneQuery::Answer &answer) {
+            request.completion(answer.outcome == PulseMicrophoneQuery::Outcome::found);
+        });
+}
+
+} // namespace Velloro

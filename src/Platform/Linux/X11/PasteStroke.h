@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+namespace Velloro {
+
+/// The two names by which a window says what it belongs to.
+struct WindowClass
+{
+    QString instance;
+    QString name;
+
+    friend bool operator==(const WindowClass &, const WindowClass &) = default;
+};
+
+/// The key strokes that paste.
+enum class PasteStroke {
+    controlV,      ///< Pastes the clipboard nearly everywhere.
+    controlShiftV, ///< Pastes the clipboard in most terminals.
+    shiftInsert,   ///< Pastes the primary selection, in some programs the clipboard.
+};
+
+/// What pastes in a window of this class. A focused element that is a terminal decides for classes
+/// that are not known.
+[[nodiscard]] PasteStroke pasteStroke(const WindowClass &windowClass, bool focusedElementIsTerminal);
+
+} // namespace Velloro

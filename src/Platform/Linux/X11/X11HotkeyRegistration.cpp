@@ -1,0 +1,313 @@
+#include "Platform/Linux/X11/X11HotkeyRegistration.h"
+
+#include "Core/Log.h"
+#include "Platform/Linux/X11/XcbReply.h"
+
+#include <algorithm>
+#include <utility>
+#include <xcb/xinput.h>
+
+namespace Velloro {
+
+namespace {
+
+constexpr uint32_t classicAlt = 2048;
+constexpr uint32_t classicSuper = 256;
+
+} // namespace
+
+X11HotkeyRegistration::X11HotkeyRegistration(std::shared_ptr<X11Connection> connection)
+    : m_connection(std::move(connection))
+{
+    if (!m_connection)
+        return;
+    m_keymap = std::make_unique<X11Keymap>(m_connection);
+    m_keyboards = std::make_unique<X11Keyboards>(m_connection);
+    connect(m_connection.get(), &X11Connection::eventReceived, this,
+            &X11HotkeyRegistration::handleEvent);
+    connect(m_connection.get(), &X11Connection::ended, this, &X11HotkeyRegistration::endPress);
+
+    // One change of the layout is told in many events, and typing alone makes some.
+    m_keymapChange.setSingleShot(true);
+    m_keymapChange.setInterval(0);
+    connect(m_keymap.get(), &X11Keymap::changed, &m_keymapChange, qOverload<>(&QTimer::start));
+    connect(&m_keymapChange, &QTimer::timeout, this, &X11HotkeyRegistration::handleKeymapChange);
+
+    m_connection->addInputEvents(XCB_INPUT_DEVICE_ALL, XCB_INPUT_XI_EVENT_MASK_HIERARCHY);
+}
+
+X11HotkeyRegistration::~X11HotkeyRegistration()
+{
+    m_released = {};
+    while (!m_registrations.empty())
+        unregisterHotkey(m_registrations.begin()->first);
+}
+
+std::optional<X11HotkeyRegistration::Grab> X11HotkeyRegistration::makeGrab(uint32_t keyCode,
+                                                                           uint32_t modifiers)
+{
+    const auto keycode = m_keymap->keycodeAt(keyCode);
+    const auto needed = m_keymap->modifierMask(modifiers);
+    if (!keycode || !needed)
+        return std::nullopt;
+
+    // Every subset of the locking modifiers, besides those that are asked for.
+    Grab grab{*keycode, {}};
+    const uint32_t locks = m_keymap->lockModifiers() & ~*needed;
+    for (uint32_t subset = locks;; subset = (subset - 1) & locks) {
+        grab.modifierStates.push_back(*needed | subset);
+        if (subset == 0)
+            return grab;
+    }
+}
+
+HotkeyRegistration::Status X11HotkeyRegistration::conflict(const Grab &grab)
+{
+    xcb_connection_t *xcb = m_connection->xcb();
+    std::vector<xcb_void_cookie_t> cookies;
+    for (const uint32_t state : grab.modifierStates) {
+        cookies.push_back(xcb_grab_key_checked(xcb, 1, m_connection->root(),
+                                               static_cast<uint16_t>(state), grab.keycode,
+                                               XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+        xcb_ungrab_key(xcb, grab.keycode, m_connection->root(), static_cast<uint16_t>(state));
+    }
+    Status status = 0;
+    for (const auto &cookie : cookies) {
+        if (const XcbReply<xcb_generic_error_t> error{xcb_request_check(xcb, cookie)})
+            status = error->error_code;
+    }
+    if (status != 0)
+        return status;
+
+    // Grabs of the newer kind are not seen by that.
+    for (const uint16_t master : m_keyboards->masterKeyboards()) {
+        status = grabOn(master, grab);
+        if (status != 0)
+            return status;
+        ungrabOn(master, grab);
+    }
+    return 0;
+}
+
+HotkeyRegistration::Status X11HotkeyRegistration::grabOn(uint16_t device, const Grab &grab)
+{
+    const uint32_t mask =
+        XCB_INPUT_XI_EVENT_MASK_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE;
+    xcb_generic_error_t *rawError = nullptr;
+    const XcbReply<xcb_input_xi_passive_grab_device_reply_t> reply(
+        xcb_input_xi_passive_grab_device_reply(
+            m_connection->xcb(),
+            xcb_input_xi_passive_grab_device(
+                m_connection->xcb(), XCB_CURRENT_TIME, m_connection->root(), XCB_CURSOR_NONE,
+                grab.keycode, device, static_cast<uint16_t>(grab.modifierStates.size()), 1,
+                XCB_INPUT_GRAB_TYPE_KEYCODE, XCB_INPUT_GRAB_MODE_22_ASYNC,
+                XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_OWNER_NO_OWNER, &mask,
+                grab.modifierStates.data()),
+            &rawError));
+    const XcbReply<xcb_generic_error_t> error(rawError);
+    if (!reply)
+        return error ? error->error_code : XCB_REQUEST;
+
+    // The reply lists the states that could not be had.
+    Status status = 0;
+    for (auto failed = xcb_input_xi_passive_grab_device_modifiers_iterator(reply.get());
+         failed.rem > 0; xcb_input_grab_modifier_info_next(&failed)) {
+        if (failed.data->status != XCB_GRAB_STATUS_SUCCESS)
+            status = failed.data->status;
+    }
+    if (status != 0) {
+        ungrabOn(device, grab);
+        // One number for one fact, whichever way the other program holds the combination.
+        if (status == XCB_GRAB_STATUS_ALREADY_GRABBED)
+            status = XCB_ACCESS;
+    }
+    return status;
+}
+
+HotkeyRegistration::Status X11HotkeyRegistration::grabOnAllKeyboards(const Grab &grab)
+{
+    Status status = 0;
+    for (const uint16_t device : m_keyboards->physicalKeyboards()) {
+        // A keyboard that was unplugged since it was listed is no refusal.
+        const Status result = grabOn(device, grab);
+        if (result == XCB_ACCESS)
+            status = result;
+    }
+    if (status != 0)
+        ungrabOnAllKeyboards(grab);
+    return status;
+}
+
+void X11HotkeyRegistration::ungrabOn(uint16_t device, const Grab &grab)
+{
+    xcb_input_xi_passive_ungrab_device(
+        m_connection->xcb(), m_connection->root(), grab.keycode, device,
+        static_cast<uint16_t>(grab.modifierStates.size()), XCB_INPUT_GRAB_TYPE_KEYCODE,
+        grab.modifierStates.data());
+}
+
+void X11HotkeyRegistration::ungrabOnAllKeyboards(const Grab &grab)
+{
+    for (const uint16_t device : m_keyboards->physicalKeyboards())
+        ungrabOn(device, grab);
+    m_connection->flush();
+}
+
+tl::expected<HotkeyRegistration::Reference, HotkeyRegistration::Status>
+X11HotkeyRegistration::registerHotkey(uint32_t keyCode, uint32_t modifiers,
+                                      HotkeyIdentifier identifier)
+{
+    if (!m_connection || !m_connection->isAlive() || m_connection->inputOpcode() == 0)
+        return tl::unexpected<Status>(XCB_REQUEST);
+    const auto grab = makeGrab(keyCode, modifiers);
+    if (!grab)
+        return tl::unexpected<Status>(XCB_VALUE);
+    if (const Status status = conflict(*grab))
+        return tl::unexpected(status);
+    if (const Status status = grabOnAllKeyboards(*grab))
+        return tl::unexpected(status);
+
+    m_registrations[++m_lastReference] = {keyCode, modifiers, identifier, *grab};
+    return m_lastReference;
+}
+
+void X11HotkeyRegistration::unregisterHotkey(Reference reference)
+{
+    const auto found = m_registrations.find(reference);
+    if (found == m_registrations.end())
+        return;
+    const Registration registration = found->second;
+    m_registrations.erase(found);
+    if (m_connection->isAlive())
+        ungrabOnAllKeyboards(registration.grab);
+    if (m_press && m_press->reference == reference)
+        endPress();
+}
+
+void X11HotkeyRegistration::handleEvent(const xcb_generic_event_t *event)
+{
+    if ((event->response_type & 0x7f) != XCB_GE_GENERIC)
+        return;
+    const auto *generic = reinterpret_cast<const xcb_ge_generic_event_t *>(event);
+    if (generic->extension != m_connection->inputOpcode())
+        return;
+    switch (generic->event_type) {
+    case XCB_INPUT_KEY_PRESS: {
+        const auto *press = reinterpret_cast<const xcb_input_key_press_event_t *>(event);
+        if (!(press->flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT)) {
+            handleKeyPress(press->deviceid, static_cast<uint8_t>(press->detail),
+                           press->mods.effective);
+        }
+        break;
+    }
+    case XCB_INPUT_KEY_RELEASE: {
+        const auto *release = reinterpret_cast<const xcb_input_key_release_event_t *>(event);
+        handleKeyRelease(release->deviceid, static_cast<uint8_t>(release->detail));
+        break;
+    }
+    case XCB_INPUT_HIERARCHY:
+        handleHierarchyChange(event);
+        break;
+    default:
+        break;
+    }
+}
+
+void X11HotkeyRegistration::handleKeyPress(uint16_t device, uint8_t keycode, uint32_t modifierState)
+{
+    // The same combination on a second keyboard, while it is held on the first, is no new press;
+    // neither is another key on the keyboard that is grabbed.
+    if (m_press)
+        return;
+    const auto matches = [&](const auto &entry) {
+        const Grab &grab = entry.second.grab;
+        return grab.keycode == keycode
+            && std::ranges::count(grab.modifierStates, modifierState & 0xff) > 0;
+    };
+    const auto found = std::ranges::find_if(m_registrations, matches);
+    if (found == m_registrations.end())
+        return;
+
+    const auto &[reference, registration] = *found;
+    m_press = Press{reference, registration.identifier, device, keycode};
+
+    // The application saw Alt or Super go down but not the key, and would take their release for
+    // a tap on that modifier, which moves the focus to a menu. A key without meaning prevents it.
+    if (registration.modifiers & (classicAlt | classicSuper)) {
+        if (const auto meaningless = m_keymap->unassignedKeycode())
+            m_keyboards->tap(*meaningless);
+    }
+    if (m_pressed)
+        m_pressed(&m_press->identifier);
+}
+
+void X11HotkeyRegistration::handleKeyRelease(uint16_t device, uint8_t keycode)
+{
+    passOnReleases();
+    if (m_press && m_press->device == device && m_press->keycode == keycode)
+        endPress();
+}
+
+void X11HotkeyRegistration::endPress()
+{
+    if (!m_press)
+        return;
+    const Press ended = *std::exchange(m_press, std::nullopt);
+    if (m_released)
+        m_released(&ended.identifier);
+}
+
+void X11HotkeyRegistration::passOnReleases()
+{
+    // A grabbed keyboard is cut off from the master keyboard, which keeps what was down then.
+    const KeySet stuck = m_keyboards->logicallyHeld() & ~m_keyboards->heldOnAnyKeyboard();
+    for (size_t keycode = 0; stuck.any() && keycode < stuck.size(); ++keycode) {
+        if (stuck[keycode])
+            m_keyboards->fakeKey(static_cast<uint8_t>(keycode), false);
+    }
+}
+
+void X11HotkeyRegistration::handleHierarchyChange(const xcb_generic_event_t *event)
+{
+    const auto *change = reinterpret_cast<const xcb_input_hierarchy_event_t *>(event);
+    constexpr uint32_t gone =
+        XCB_INPUT_HIERARCHY_MASK_SLAVE_REMOVED | XCB_INPUT_HIERARCHY_MASK_DEVICE_DISABLED;
+    constexpr uint32_t come =
+        XCB_INPUT_HIERARCHY_MASK_DEVICE_ENABLED | XCB_INPUT_HIERARCHY_MASK_SLAVE_ATTACHED;
+
+    for (auto infos = xcb_input_hierarchy_infos_iterator(change); infos.rem > 0;
+         xcb_input_hierarchy_info_next(&infos)) {
+        if (m_press && infos.data->deviceid == m_press->device && (infos.data->flags & gone)) {
+            passOnReleases();
+            endPress();
+        }
+    }
+    if (change->flags & come) {
+        for (const auto &[reference, registration] : m_registrations) {
+            for (const uint16_t device : m_keyboards->physicalKeyboards())
+                grabOn(device, registration.grab);
+        }
+    }
+}
+
+void X11HotkeyRegistration::handleKeymapChange()
+{
+    if (!m_connection->isAlive())
+        return;
+    for (auto &[reference, registration] : m_registrations) {
+        auto grab = makeGrab(registration.keyCode, registration.modifiers);
+        if (!grab || *grab == registration.grab)
+            continue;
+        ungrabOnAllKeyboards(registration.grab);
+        registration.grab = *grab;
+        Status status = conflict(*grab);
+        if (status == 0)
+            status = grabOnAllKeyboards(*grab);
+        if (status != 0) {
+            Log::line(u"HotkeyManager",
+                      QStringLiteral("Failed to register hotkey: %1").arg(status));
+        }
+    }
+}
+
+} // namespace Velloro

@@ -1,0 +1,233 @@
+#include "Platform/Linux/X11/X11KeyboardEvents.h"
+
+#include "Platform/Linux/X11/PasteStroke.h"
+
+#include <algorithm>
+#include <ranges>
+#include <thread>
+#include <utility>
+#include <xcb/xinput.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
+
+namespace Velloro {
+
+namespace {
+
+constexpr uint32_t keyV = 9;
+constexpr uint32_t keyDelete = 51;
+constexpr uint32_t keyInsert = 114;
+
+constexpr uint64_t shiftFlag = 0x20000;
+constexpr uint64_t controlFlag = 0x40000;
+constexpr uint64_t optionFlag = 0x80000;
+
+constexpr uint32_t classicCommand = 256;
+constexpr uint32_t classicShift = 512;
+constexpr uint32_t classicOption = 2048;
+constexpr uint32_t classicControl = 4096;
+
+} // namespace
+
+X11KeyboardEvents::X11KeyboardEvents(std::shared_ptr<X11Connection> connection, Hooks hooks)
+    : m_connection(std::move(connection))
+    , m_hooks(std::move(hooks))
+{
+    if (!m_connection)
+        return;
+    m_keymap = std::make_unique<X11Keymap>(m_connection);
+    m_keyboards = std::make_unique<X11Keyboards>(m_connection);
+    m_workspace = std::make_unique<X11Workspace>(m_connection);
+    connect(m_connection.get(), &X11Connection::eventReceived, this,
+            &X11KeyboardEvents::handleEvent);
+}
+
+X11KeyboardEvents::~X11KeyboardEvents()
+{
+    if (!m_connection || !m_connection->isAlive())
+        return;
+    release();
+    dropRestoredModifiers();
+}
+
+bool X11KeyboardEvents::post(uint32_t keyCode, bool keyDown, uint64_t flags)
+{
+    if (!m_connection || !m_connection->isAlive() || !m_connection->hasXTest())
+        return false;
+    if (keyDown)
+        return press(keyCode, flags);
+    if (m_pressed.empty() || m_pressedKeyCode != keyCode)
+        return false;
+    release();
+    return true;
+}
+
+void X11KeyboardEvents::pause(std::chrono::microseconds duration)
+{
+    std::this_thread::sleep_for(duration);
+}
+
+bool X11KeyboardEvents::press(uint32_t keyCode, uint64_t flags)
+{
+    release();
+    // A new layout may be known to the connection already.
+    m_connection->dispatchPending();
+    const auto keys = chord(keyCode, flags);
+    if (!keys)
+        return false;
+
+    liftModifiers();
+    // A key that is down already would not go down again.
+    const KeySet held = m_keyboards->logicallyHeld();
+    for (const uint8_t key : *keys) {
+        if (held[key])
+            m_keyboards->fakeKey(key, false);
+        m_keyboards->fakeKey(key, true);
+    }
+    m_pressed = *keys;
+    m_pressedKeyCode = keyCode;
+    return true;
+}
+
+void X11KeyboardEvents::release()
+{
+    if (m_pressed.empty())
+        return;
+    const Chord pressed = std::exchange(m_pressed, {});
+    for (const uint8_t key : std::views::reverse(pressed))
+        m_keyboards->fakeKey(key, false);
+    restoreModifiers();
+}
+
+std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::chord(uint32_t keyCode, uint64_t flags)
+{
+    if (keyCode == keyV && flags == commandFlag)
+        return pasteChord();
+
+    std::optional<uint8_t> key = m_keymap->keycodeAt(keyCode);
+    if (keyCode == keyDelete)
+        key = m_keymap->keycodeFor(XKB_KEY_BackSpace, key.value_or(0));
+    if (!key)
+        return std::nullopt;
+
+    Chord keys;
+    constexpr std::pair<uint64_t, uint32_t> modifiers[] = {{commandFlag, classicCommand},
+                                                           {controlFlag, classicControl},
+                                                           {optionFlag, classicOption},
+                                                           {shiftFlag, classicShift}};
+    for (const auto &[flag, classic] : modifiers) {
+        if (!(flags & flag))
+            continue;
+        const auto mask = m_keymap->modifierMask(classic);
+        const auto modifier = mask ? m_keymap->modifierKey(*mask) : std::nullopt;
+        if (!modifier)
+            return std::nullopt;
+        keys.push_back(*modifier);
+    }
+    keys.push_back(*key);
+    return keys;
+}
+
+std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::pasteChord()
+{
+    const bool isTerminal =
+        m_hooks.focusedElementIsTerminal && m_hooks.focusedElementIsTerminal();
+    PasteStroke stroke =
+        pasteStroke(m_workspace->activeWindowClass().value_or(WindowClass{}), isTerminal);
+
+    const auto control = m_keymap->modifierKey(XCB_MOD_MASK_CONTROL);
+    const auto shift = m_keymap->modifierKey(XCB_MOD_MASK_SHIFT);
+    const auto v =
+        m_keymap->keycodeFor(XKB_KEY_v, m_keymap->keycodeAt(keyV).value_or(0));
+    // Without a v on any layout no application knows the shortcut by its letter.
+    if (!v)
+        stroke = PasteStroke::shiftInsert;
+    const auto insert =
+        m_keymap->keycodeFor(XKB_KEY_Insert, m_keymap->keycodeAt(keyInsert).value_or(0));
+
+    switch (stroke) {
+    case PasteStroke::controlV:
+        if (!control)
+            return std::nullopt;
+        return Chord{*control, *v};
+    case PasteStroke::controlShiftV:
+        if (!control || !shift)
+            return std::nullopt;
+        return Chord{*control, *shift, *v};
+    case PasteStroke::shiftInsert:
+        if (!shift || !insert)
+            return std::nullopt;
+        if (m_hooks.willPastePrimarySelection)
+            m_hooks.willPastePrimarySelection();
+        return Chord{*shift, *insert};
+    }
+    return std::nullopt;
+}
+
+void X11KeyboardEvents::tapMeaninglessKey()
+{
+    // Alt or Super going up with nothing between would be a tap on them, which opens menus.
+    if (const auto meaningless = m_keymap->unassignedKeycode())
+        m_keyboards->tap(*meaningless);
+}
+
+void X11KeyboardEvents::liftModifiers()
+{
+    const KeySet modifiers = m_keymap->heldModifierKeys();
+    m_lifted = m_keyboards->logicallyHeld() & modifiers;
+    if (m_lifted.any())
+        tapMeaninglessKey();
+    // The restored ones are pressed on the device of synthetic strokes, whoever else holds them.
+    const KeySet released = m_lifted | std::exchange(m_restored, {});
+    for (size_t key = 0; key < released.size(); ++key) {
+        if (released[key])
+            m_keyboards->fakeKey(static_cast<uint8_t>(key), false);
+    }
+}
+
+void X11KeyboardEvents::restoreModifiers()
+{
+    const KeySet lifted = std::exchange(m_lifted, {});
+    if (lifted.any())
+        m_restored = lifted & m_keyboards->physicallyHeld();
+    for (size_t key = 0; key < m_restored.size(); ++key) {
+        if (m_restored[key])
+            m_keyboards->fakeKey(static_cast<uint8_t>(key), true);
+    }
+    if (m_restored.none()) {
+        m_connection->removeInputEvents(XCB_INPUT_DEVICE_ALL,
+                                        XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE);
+        return;
+    }
+    tapMeaninglessKey();
+    m_connection->addInputEvents(XCB_INPUT_DEVICE_ALL, XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE);
+    // The user may have let go in between; then nobody else would release it.
+    dropRestoredModifiers();
+}
+
+void X11KeyboardEvents::dropRestoredModifiers()
+{
+    if (m_restored.none())
+        return;
+    const KeySet dropped = m_restored & ~m_keyboards->physicallyHeld();
+    m_restored &= ~dropped;
+    if (m_restored.none()) {
+        m_connection->removeInputEvents(XCB_INPUT_DEVICE_ALL,
+                                        XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE);
+    }
+    for (size_t key = 0; key < dropped.size(); ++key) {
+        if (dropped[key])
+            m_keyboards->fakeKey(static_cast<uint8_t>(key), false);
+    }
+}
+
+void X11KeyboardEvents::handleEvent(const xcb_generic_event_t *event)
+{
+    if (m_restored.none() || (event->response_type & 0x7f) != XCB_GE_GENERIC)
+        return;
+    const auto *generic = reinterpret_cast<const xcb_ge_generic_event_t *>(event);
+    if (generic->extension == m_connection->inputOpcode()
+        && generic->event_type == XCB_INPUT_RAW_KEY_RELEASE && m_pressed.empty())
+        dropRestoredModifiers();
+}
+
+} // namespace Velloro

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "Platform/KeyboardEvents.h"
+#include "Platform/Linux/X11/X11Keyboards.h"
+#include "Platform/Linux/X11/X11Keymap.h"
+#include "Platform/Linux/X11/X11Workspace.h"
+
+#include <QObject>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace Velloro {
+
+/// Synthetic key strokes on an X server.
+///
+/// Modifiers that the user holds are released for the application before a stroke, and pressed
+/// again after it if he still holds them.
+class X11KeyboardEvents final : public QObject, public KeyboardEvents
+{
+    Q_OBJECT
+
+public:
+    /// What a paste stroke has to know of the rest; each may be empty.
+    struct Hooks
+    {
+        /// Whether the element that has the focus is a terminal.
+        std::function<bool()> focusedElementIsTerminal;
+        /// Called before a stroke that pastes the primary selection, which must hold the
+        /// pasteboard's content then.
+        std::function<void()> willPastePrimarySelection;
+    };
+
+    /// Null without a connection: every post fails.
+    explicit X11KeyboardEvents(std::shared_ptr<X11Connection> connection, Hooks hooks = {});
+    /// Releases what is still pressed.
+    ~X11KeyboardEvents() override;
+
+    bool post(uint32_t keyCode, bool keyDown, uint64_t flags) override;
+    void pause(std::chrono::microseconds duration) override;
+
+private:
+    /// Keys that are pressed together, the modifiers first.
+    using Chord = std::vector<uint8_t>;
+
+    [[nodiscard]] std::optional<Chord> chord(uint32_t keyCode, uint64_t flags);
+    [[nodiscard]] std::optional<Chord> pasteChord();
+    bool press(uint32_t keyCode, uint64_t flags);
+    void release();
+    /// Releases the modifiers that the applications see held, whoever holds them.
+    void liftModifiers();
+    /// Presses the lifted modifiers that are still held on a real keyboard.
+    void restoreModifiers();
+    /// Releases what was restored and is not held any more, so that nothing stays pressed on the
+    /// device of synthetic strokes.
+    void dropRestoredModifiers();
+    void handleEvent(const xcb_generic_event_t *event);
+    void tapMeaninglessKey();
+
+    std::shared_ptr<X11Connection> m_connection;
+    Hooks m_hooks;
+    std::unique_ptr<X11Keymap> m_keymap;
+    std::unique_ptr<X11Keyboards> m_keyboards;
+    std::unique_ptr<X11Workspace> m_workspace;
+    Chord m_pressed;
+    uint32_t m_pressedKeyCode = 0;
+    KeySet m_lifted;
+    KeySet m_restored;
+};
+
+} // namespace Velloro

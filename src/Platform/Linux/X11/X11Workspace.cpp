@@ -1,0 +1,144 @@
+#include "Platform/Linux/X11/X11Workspace.h"
+
+#include "Platform/Linux/X11/XcbReply.h"
+
+#include <QList>
+#include <QSysInfo>
+#include <cstring>
+#include <xcb/res.h>
+
+namespace Velloro {
+
+X11Workspace::X11Workspace(std::shared_ptr<X11Connection> connection)
+    : m_connection(std::move(connection))
+{
+    if (!m_connection)
+        return;
+    const auto *resources = xcb_get_extension_data(m_connection->xcb(), &xcb_res_id);
+    if (!resources || !resources->present)
+        return;
+    const XcbReply<xcb_res_query_version_reply_t> version(xcb_res_query_version_reply(
+        m_connection->xcb(), xcb_res_query_version(m_connection->xcb(), 1, 2), nullptr));
+    m_serverKnowsProcesses = version
+        && (version->server_major > 1 || (version->server_major == 1 && version->server_minor >= 2));
+}
+
+std::optional<RunningApplication> X11Workspace::frontmostApplication()
+{
+    const xcb_window_t window = activeWindow();
+    if (window == XCB_WINDOW_NONE || isOnAnotherMachine(window))
+        return std::nullopt;
+    // What a program in a sandbox names is its number in there, so the server is asked first.
+    auto process = connectedProcess(window);
+    if (!process)
+        process = namedProcess(window);
+    if (!process)
+        return std::nullopt;
+    return RunningApplication{*process};
+}
+
+std::optional<WindowClass> X11Workspace::activeWindowClass()
+{
+    const xcb_window_t window = activeWindow();
+    if (window == XCB_WINDOW_NONE)
+        return std::nullopt;
+    const QList<QByteArray> names =
+        property(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING).split('\0');
+    if (names.size() < 2)
+        return std::nullopt;
+    return WindowClass{QString::fromLatin1(names[0]), QString::fromLatin1(names[1])};
+}
+
+QByteArray X11Workspace::property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type)
+{
+    constexpr uint32_t longest = 256; // in units of four bytes
+    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+        m_connection->xcb(),
+        xcb_get_property(m_connection->xcb(), 0, window, name, type, 0, longest), nullptr));
+    if (!reply || reply->type == XCB_ATOM_NONE)
+        return {};
+    return QByteArray(static_cast<const char *>(xcb_get_property_value(reply.get())),
+                      xcb_get_property_value_length(reply.get()));
+}
+
+xcb_window_t X11Workspace::activeWindow()
+{
+    if (!m_connection || !m_connection->isAlive())
+        return XCB_WINDOW_NONE;
+    const QByteArray active = property(
+        m_connection->root(), m_connection->atom("_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW);
+    if (active.size() < static_cast<qsizetype>(sizeof(xcb_window_t)))
+        return focusedWindow();
+    xcb_window_t window = XCB_WINDOW_NONE;
+    std::memcpy(&window, active.constData(), sizeof window);
+    return window;
+}
+
+xcb_window_t X11Workspace::focusedWindow()
+{
+    xcb_connection_t *xcb = m_connection->xcb();
+    const XcbReply<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(xcb, xcb_get_input_focus(xcb), nullptr));
+    if (!focus)
+        return XCB_WINDOW_NONE;
+
+    xcb_window_t window = focus->focus;
+    if (window == XCB_INPUT_FOCUS_POINTER_ROOT || window == m_connection->root()) {
+        const XcbReply<xcb_query_pointer_reply_t> pointer(xcb_query_pointer_reply(
+            xcb, xcb_query_pointer(xcb, m_connection->root()), nullptr));
+        return pointer ? pointer->child : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
+    }
+    // The focus is often on a window within the one that has a class.
+    while (window != XCB_WINDOW_NONE && window != m_connection->root()) {
+        if (!property(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING).isEmpty())
+            return window;
+        const XcbReply<xcb_query_tree_reply_t> tree(
+            xcb_query_tree_reply(xcb, xcb_query_tree(xcb, window), nullptr));
+        if (!tree || tree->parent == m_connection->root())
+            return window;
+        window = tree->parent;
+    }
+    return XCB_WINDOW_NONE;
+}
+
+std::optional<pid_t> X11Workspace::connectedProcess(xcb_window_t window)
+{
+    if (!m_serverKnowsProcesses)
+        return std::nullopt;
+    const xcb_res_client_id_spec_t wanted{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    const XcbReply<xcb_res_query_client_ids_reply_t> reply(xcb_res_query_client_ids_reply(
+        m_connection->xcb(), xcb_res_query_client_ids(m_connection->xcb(), 1, &wanted), nullptr));
+    if (!reply)
+        return std::nullopt;
+    for (auto ids = xcb_res_query_client_ids_ids_iterator(reply.get()); ids.rem > 0;
+         xcb_res_client_id_value_next(&ids)) {
+        if (ids.data->spec.mask == XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID
+            && xcb_res_client_id_value_value_length(ids.data) > 0)
+            return static_cast<pid_t>(*xcb_res_client_id_value_value(ids.data));
+    }
+    return std::nullopt;
+}
+
+std::optional<pid_t> X11Workspace::namedProcess(xcb_window_t window)
+{
+    const QByteArray named =
+        property(window, m_connection->atom("_NET_WM_PID"), XCB_ATOM_CARDINAL);
+    uint32_t process = 0;
+    if (named.size() < static_cast<qsizetype>(sizeof process))
+        return std::nullopt;
+    std::memcpy(&process, named.constData(), sizeof process);
+    return process == 0 ? std::nullopt : std::optional<pid_t>(process);
+}
+
+bool X11Workspace::isOnAnotherMachine(xcb_window_t window)
+{
+    const QString machine = QString::fromLocal8Bit(
+        property(window, XCB_ATOM_WM_CLIENT_MACHINE, XCB_GET_PROPERTY_TYPE_ANY));
+    if (machine.isEmpty() || machine == u"localhost")
+        return false;
+    // Either may be given with its domain.
+    const QString here = QSysInfo::machineHostName();
+    return machine.section(u'.', 0, 0).compare(here.section(u'.', 0, 0), Qt::CaseInsensitive) != 0;
+}
+
+} // namespace Velloro

@@ -1,0 +1,325 @@
+#include "Support/WhisperContextTestBase.h"
+
+
+namespace Velloro {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class WhisperContextTest : public WhisperContextTestBase
+{
+};
+
+TEST_F(WhisperContextTest, DescribesErrors)
+{
+    EXPECT_EQ(localizedDescription(WhisperContextError::modelNotFound), u"Model file not found");
+    EXPECT_EQ(localizedDescription(WhisperContextError::modelLoadFailed),
+              u"Failed to load whisper model");
+    EXPECT_EQ(localizedDescription(WhisperContextError::transcriptionFailed),
+              u"Transcription failed");
+    EXPECT_EQ(localizedDescription(WhisperContextError::notReady), u"Whisper context not ready");
+}
+
+TEST_F(WhisperContextTest, LoadsWithFlashAttentionAndSilencesTheLibrary)
+{
+    load();
+
+    EXPECT_THAT(takeLines(), ElementsAre(line("Model loaded: ") + modelPath()));
+    EXPECT_TRUE(FakeWhisper::isLogSilenced());
+    ASSERT_EQ(FakeWhisper::loads().size(), 1U);
+    EXPECT_EQ(FakeWhisper::loads().front().path, modelPath());
+    EXPECT_TRUE(FakeWhisper::loads().front().flashAttention);
+    EXPECT_TRUE(FakeWhisper::loads().front().othersUntouched);
+    EXPECT_EQ(FakeWhisper::liveContexts(), 1);
+    EXPECT_EQ(FakeWhisper::liveStates(), 1);
+}
+
+TEST_F(WhisperContextTest, AMissingFileLeavesTheLoadedModelUsable)
+{
+    load();
+    takeLines();
+
+    const auto result = await(context->loadModel(directory.filePath(QStringLiteral("none.bin"))));
+
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error(), WhisperContextError::modelNotFound);
+    EXPECT_THAT(takeLines(), IsEmpty());
+    EXPECT_EQ(await(context->transcribe({0.5F})), u"Hello world.");
+}
+
+TEST_F(WhisperContextTest, LoadingAgainUnloadsFirstAndLogsTheStack)
+{
+    processInfo.stack.clear();
+    for (int frame = 0; frame < 12; ++frame)
+        processInfo.stack += QStringLiteral("frame %1").arg(frame);
+    load();
+    takeLines();
+
+    load();
+
+    QStringList expected = {line("Model unloaded. Stack trace:")};
+    for (int frame = 0; frame < 10; ++frame)
+        expected += line("frame ") + QString::number(frame);
+    expected += line("Model loaded: ") + modelPath();
+    EXPECT_EQ(takeLines(), expected);
+    EXPECT_EQ(FakeWhisper::liveContexts(), 1);
+}
+
+TEST_F(WhisperContextTest, ARefusedFileLeavesNoModel)
+{
+    load();
+    takeLines();
+    FakeWhisper::setLoadScript([](const QString &) { return false; });
+
+    const auto result = await(context->loadModel(modelPath()));
+
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error(), WhisperContextError::modelLoadFailed);
+    EXPECT_EQ(FakeWhisper::liveContexts(), 0);
+    EXPECT_THAT(takeLines(),
+                ElementsAre(line("Model unloaded. Stack trace:"), line("0 inner"), line("1 outer"),
+                            line("Couldn't load model at ") + modelPath()));
+    EXPECT_EQ(await(context->transcribe({0.5F})), QString());
+    EXPECT_THAT(takeLines(), ElementsAre(line("Cannot transcribe: model not loaded")));
+}
+
+TEST_F(WhisperContextTest, AFailedDecodingStateFreesTheModelWithoutAWord)
+{
+    FakeWhisper::setStateCreationFails(true);
+
+    const auto result = await(context->loadModel(modelPath()));
+
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error(), WhisperContextError::modelLoadFailed);
+    EXPECT_EQ(FakeWhisper::liveContexts(), 0);
+    EXPECT_THAT(takeLines(), IsEmpty());
+}
+
+TEST_F(WhisperContextTest, UnloadingWithoutAModelIsHarmless)
+{
+    await(context->unloadModel());
+    EXPECT_THAT(takeLines(),
+                ElementsAre(line("Model unloaded. Stack trace:"), line("0 inner"), line("1 outer")));
+}
+
+/// A model file of the least size: header, filters, vocabulary, two tensors.
+QByteArray smallModel()
+{
+    QByteArray bytes;
+    const auto number = [&bytes](uint32_t value) {
+        bytes.append(reinterpret_cast<const char *>(&value), sizeof value);
+    };
+    number(0x67676d6c);
+    for (const uint32_t field : {2, 8, 32, 1, 1, 8, 32, 1, 1, 2, 2009})
+        number(field);
+    number(2);
+    number(3);
+    bytes.append(2 * 3 * 4, '\1');
+    number(2);
+    for (const QByteArray &word : {QByteArray("a"), QByteArray("")}) {
+        number(static_cast<uint32_t>(word.size()));
+        bytes += word;
+    }
+    const auto tensor = [&](uint32_t type, qsizetype size) {
+        for (const uint32_t field : {2U, 4U, type, 32U, 2U})
+            number(field);
+        bytes += "name";
+        bytes.append(size, '\2');
+    };
+    tensor(0, 32 * 2 * 4);
+    tensor(7, 2 * 24);
+    return bytes;
+}
+
+TEST_F(WhisperContextTest, ADamagedModelNeverReachesTheLibrary)
+{
+    const QByteArray whole = smallModel();
+    makeFile(modelPath(), whole);
+    EXPECT_TRUE(await(context->loadModel(modelPath())));
+
+    const qsizetype firstTensorEnd = whole.size() - (5 * 4 + 4 + 2 * 24);
+    for (qsizetype size = 4; size < whole.size(); ++size) {
+        // How many tensors there must be is the library's knowledge.
+        if (size == firstTensorEnd)
+            continue;
+        makeFile(modelPath(), whole.first(size));
+        const auto result = await(context->loadModel(modelPath()));
+        ASSERT_FALSE(result) << size;
+        EXPECT_EQ(result.error(), WhisperContextError::modelLoadFailed);
+    }
+    QByteArray noise = whole.first(4);
+    for (int index = 0; index < 1000; ++index)
+        noise += static_cast<char>(index * 7 + index / 3);
+    for (const QByteArray &content : {noise, whole + "x", whole.first(4) + whole}) {
+        makeFile(modelPath(), content);
+        EXPECT_FALSE(await(context->loadModel(modelPath())));
+    }
+    EXPECT_EQ(FakeWhisper::loads().size(), 1U);
+}
+
+TEST_F(WhisperContextTest, ThreadsFollowTheProcessorCores)
+{
+    for (const auto &[cores, threads] : std::initializer_list<std::pair<int, int>>{
+             {1, 1}, {2, 1}, {3, 1}, {4, 2}, {9, 7}, {10, 8}, {12, 8}, {64, 8}}) {
+        processInfo.cores = cores;
+        context = std::make_unique<WhisperContext>(processInfo);
+        load();
+        await(context->transcribe({0.5F}));
+        EXPECT_EQ(FakeWhisper::calls().back().threads, threads) << cores << " cores";
+    }
+}
+
+TEST_F(WhisperContextTest, HandsTheRecordingToTheLibrary)
+{
+    load();
+    await(context->transcribe({0.25F, -1.0F, 0.5F}));
+    await(context->setLanguage(QStringLiteral("auto")));
+    await(context->setCustomDictionary({QStringLiteral("Kubernetes"), QStringLiteral("Größe")}));
+    takeLines();
+    await(context->transcribe({0.5F}));
+
+    const auto calls = FakeWhisper::calls();
+    ASSERT_EQ(calls.size(), 2U);
+    for (const FakeWhisper::Call &call : calls) {
+        EXPECT_TRUE(call.greedy);
+        EXPECT_TRUE(call.noContext);
+        EXPECT_TRUE(call.quiet);
+        EXPECT_TRUE(call.othersUntouched);
+        EXPECT_TRUE(call.timingsReset);
+    }
+    EXPECT_THAT(calls[0].samples, ElementsAre(0.25F, -1.0F, 0.5F));
+    EXPECT_EQ(calls[0].language, "en");
+    EXPECT_EQ(calls[0].prompt, std::nullopt);
+    EXPECT_EQ(calls[1].language, "auto");
+    EXPECT_EQ(calls[1].prompt, QByteArray("Kubernetes, Größe"));
+    EXPECT_THAT(takeLines(), ElementsAre(line("Transcribing 1 samples in batch..."),
+                                         line("Batch transcription complete: 'Hello world....'")));
+}
+
+TEST_F(WhisperContextTest, SettingsSurviveReloadsAndAreLogged)
+{
+    await(context->setLanguage(QStringLiteral("pl")));
+    await(context->setCustomDictionary({QStringLiteral("Kraków")}));
+    EXPECT_THAT(takeLines(), ElementsAre(line("Language set to: pl"),
+                                         line("Custom dictionary set with 1 words")));
+    load();
+    load();
+    await(context->transcribe({0.5F}));
+    EXPECT_EQ(FakeWhisper::calls().back().language, "pl");
+    EXPECT_EQ(FakeWhisper::calls().back().prompt, QByteArray("Kraków"));
+}
+
+TEST_F(WhisperContextTest, CollectsAndTrimsTheText)
+{
+    struct Case
+    {
+        QList<std::optional<QByteArray>> segments;
+        const char *text;
+        const char *logged;
+    };
+    const QByteArray family = "👨‍👩‍👧";
+    const QByteArray longText = family.repeated(49) + "xyz";
+    const QByteArray longPrefix = family.repeated(49) + "x";
+    const std::vector<Case> cases = {
+        {{" Hello there.", " How are you?"}, "Hello there. How are you?",
+         "Hello there. How are you?"},
+        {{std::nullopt, " a", std::nullopt, "b"}, "ab", "ab"},
+        {{}, "", ""},
+        {{" \u00a0\n", "\t\u2029 twelve chars\r\n\u3000"}, "twelve chars", "twelve chars"},
+        // A character in two halves, and a byte that is none.
+        {{" caf\xc3", "\xa9"}, "café", "café"},
+        {{" a\xff" "b"}, "a\ufffdb", "a\ufffdb"},
+        {{longText}, longText.constData(), longPrefix.constData()},
+    };
+    load();
+    for (const Case &item : cases) {
+        FakeWhisper::enqueue({.segments = item.segments});
+        takeLines();
+        EXPECT_EQ(await(context->transcribe({0.5F})), QString::fromUtf8(item.text));
+        EXPECT_EQ(takeLines().back(),
+                  line("Batch transcription complete: '") + QString::fromUtf8(item.logged)
+                      + QStringLiteral("...'"));
+    }
+}
+
+TEST_F(WhisperContextTest, NothingToTranscribeIsNoFailure)
+{
+    load();
+    takeLines();
+    EXPECT_EQ(await(context->transcribe({})), QString());
+    EXPECT_THAT(takeLines(), IsEmpty());
+    EXPECT_THAT(FakeWhisper::calls(), IsEmpty());
+}
+
+TEST_F(WhisperContextTest, ALibraryFailureGivesAnEmptyText)
+{
+    load();
+    takeLines();
+    FakeWhisper::enqueue({.segments = {" leftover"}, .code = -7});
+    EXPECT_EQ(await(context->transcribe({0.5F, 0.5F})), QString());
+    EXPECT_THAT(takeLines(), ElementsAre(line("Transcribing 2 samples in batch..."),
+                                         line("Batch transcription failed with code -7")));
+}
+
+TEST_F(WhisperContextTest, OperationsRunInTheOrderOfTheirCalls)
+{
+    load();
+    FakeWhisper::Hold hold;
+    context->transcribe({0.1F});
+    context->setLanguage(QStringLiteral("de"));
+    context->transcribe({0.2F});
+    context->unloadModel();
+    const QFuture<QString> last = context->transcribe({0.3F});
+    ASSERT_TRUE(hold.waitUntilHeld());
+    EXPECT_EQ(FakeWhisper::calls().size(), 1U);
+    hold.release();
+
+    EXPECT_EQ(await(last), QString());
+    const auto calls = FakeWhisper::calls();
+    ASSERT_EQ(calls.size(), 2U);
+    EXPECT_EQ(calls[0].language, "en");
+    EXPECT_EQ(calls[1].language, "de");
+}
+
+TEST_F(WhisperContextTest, DestructionWaitsForNothingAndFreesAfterTheWork)
+{
+    load();
+    FakeWhisper::Hold hold;
+    const QFuture<QString> running = context->transcribe({0.1F});
+    const QFuture<QString> queued = context->transcribe({0.2F});
+    ASSERT_TRUE(hold.waitUntilHeld());
+
+    context.reset();
+
+    EXPECT_FALSE(running.isFinished());
+    EXPECT_EQ(FakeWhisper::liveContexts(), 1);
+    hold.release();
+    EXPECT_EQ(await(running), u"Hello world.");
+    EXPECT_EQ(await(queued), u"Hello world.");
+    EXPECT_TRUE(SerialExecutor::finishAll(std::chrono::seconds(20)));
+    EXPECT_EQ(FakeWhisper::liveContexts(), 0);
+}
+
+TEST_F(WhisperContextTest, TheEndOfTheProgramAbandonsWhatTakesTooLong)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            load();
+            FakeWhisper::Hold hold;
+            const QFuture<QString> running = context->transcribe({0.1F});
+            if (!hold.waitUntilHeld() || SerialExecutor::finishAll(std::chrono::milliseconds(1)))
+                std::exit(1);
+            context.reset();
+            takeLines();
+            hold.release();
+            // Abandoned, it neither logs nor frees, however far the library gets.
+            const bool quiet = takeLines().isEmpty() && !running.isFinished();
+            std::exit(quiet && FakeWhisper::liveContexts() == 1 ? 0 : 2);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+} // namespace
+} // namespace Velloro

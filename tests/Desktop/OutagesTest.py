@@ -1,0 +1,107 @@
+"""What Velloro depends on goes away, and comes back."""
+
+import signal
+import time
+
+from desktop_case import PHRASE_WORDS, DesktopCase, main
+from velloro_desktop import wait_for
+
+
+class OutagesTest(DesktopCase):
+    def setUp(self):
+        super().setUp()
+        self.start_velloro()
+
+    def open_entry(self):
+        application = self.user.open(["zenity", "--entry"])
+        self.user.wait_for_focus()
+        return application
+
+    def dictate_while(self, outage):
+        """Speaks the phrase, lets the outage happen while the hotkey is still held, and returns
+        what was heard until then."""
+        mark = self.start_recording()
+        self.user.speak(self.phrase())
+        outage()
+        return self.end_recording(mark)
+
+    def test_the_microphone_is_taken_away(self):
+        def unplug():
+            self.desktop.run(["pactl", "unload-module", "module-remap-source"])
+
+        self.open_entry()
+        final = self.dictate_while(unplug)
+        self.assert_words(final, PHRASE_WORDS)
+        self.user.wait_for_text(final)
+
+        self.desktop.run(["pactl", "load-module", "module-remap-source",
+                          "source_name=microphone", "master=voice.monitor"])
+        self.desktop.run(["pactl", "set-default-source", "microphone"])
+        self.assert_words(self.dictate(), PHRASE_WORDS)
+
+    def test_the_sound_server_restarts(self):
+        def restart():
+            self.desktop.stop_service("sound", signal.SIGKILL)
+            self.desktop.start_sound()
+
+        self.open_entry()
+        final = self.dictate_while(restart)
+        self.assert_words(final, PHRASE_WORDS)
+        self.user.wait_for_text(final)
+        self.assert_words(self.dictate(), PHRASE_WORDS)
+
+    def test_there_is_no_sound_server_at_a_press(self):
+        self.open_entry()
+        self.desktop.stop_service("sound", signal.SIGKILL)
+        mark = self.velloro.mark()
+        self.user.press()
+        line = self.velloro.wait_for("[Dictation] ", since=mark)
+        self.assertRegex(line, "Failed to start recording: |Microphone permission not granted")
+        self.user.release()
+
+        self.desktop.start_sound()
+        self.assert_words(self.dictate(), PHRASE_WORDS)
+
+    def test_the_accessibility_bus_ends(self):
+        self.open_entry()
+        self.user.copy("copied before")
+        self.desktop.stop_accessibility()
+        final = self.dictate()
+        self.assert_words(final, PHRASE_WORDS)
+        wait_for(lambda: self.user.clipboard() == "copied before", "the user's own clipboard")
+
+        def field():
+            self.user.keys("tap", "Control_L", "a", "tap", "Control_L", "c")
+            return self.user.clipboard()
+        wait_for(lambda: field() == final, "the words in the field")
+
+        # A new bus and a new application, the same Velloro.
+        self.desktop.start_accessibility()
+        self.open_entry()
+        final = self.dictate()
+        self.user.wait_for_text(final)
+
+    def test_the_application_is_stopped(self):
+        application = self.open_entry()
+        application.send_signal(signal.SIGSTOP)
+        mark = self.velloro.mark()
+        began = time.monotonic()
+        self.user.press()
+        self.velloro.wait_for("[AudioCapture] Started recording at ", since=mark)
+        # Half a second for the question about the focus, the rest for the machine.
+        self.assertLess(time.monotonic() - began, 1.5)
+        self.user.speak(self.phrase())
+        self.user.release()
+        self.velloro.wait_for("[WhisperContext] Batch transcription complete: ", since=mark)
+        began = time.monotonic()
+        self.assert_words(self.finish(mark), PHRASE_WORDS)
+        self.assertLess(time.monotonic() - began, 1.5)
+        application.send_signal(signal.SIGCONT)
+
+        self.open_entry()
+        final = self.dictate()
+        self.user.wait_for_text(final)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,103 @@
+"""What is kept, whatever happens; and how the program starts and ends."""
+
+import base64
+import json
+import random
+import signal
+import stat
+import time
+
+from desktop_case import PHRASE_WORDS, DesktopCase, main
+
+CHOSEN = {
+    "recordingMode": "Hold to Talk", "selectedModel": "Large", "selectedLanguage": "en",
+    "playSounds": False, "launchAtLogin": True, "insertAsPlainText": False,
+    "enableRealtimeStreaming": False, "enableTextCorrection": False,
+    "hasCompletedOnboarding": True, "requireTextFieldFocus": False,
+    "customDictionary": ["Zürich", "naïve", "日本"],
+}
+
+
+class PersistenceTest(DesktopCase):
+    def history(self):
+        """The stored history's texts, newest first."""
+        stored = self.velloro.settings().get("transcriptionHistory")
+        return [item["text"] for item in json.loads(base64.b64decode(stored["$data"]))] \
+            if stored else []
+
+    def assert_kept(self):
+        stored = self.velloro.settings()
+        mappings = {"Large": self.model}
+        self.assertEqual({key: stored.get(key) for key in [*CHOSEN, "presetMappings"]},
+                         CHOSEN | {"presetMappings": mappings})
+        self.assertEqual(stat.S_IMODE(self.velloro.settings_file.stat().st_mode), 0o600)
+
+    def test_everything_survives_a_restart_and_a_kill(self):
+        self.start_velloro(**CHOSEN)
+        self.user.open(["zenity", "--entry"])
+        self.user.wait_for_focus()
+        first = self.dictate()
+        self.assert_words(first, PHRASE_WORDS)
+        self.assertEqual(self.velloro.stop(), 0)
+        self.assert_kept()
+        self.assertEqual(self.history(), [first])
+
+        self.velloro.start()
+        self.velloro.wait_for("[WhisperManager] Loaded model: ", since=self.velloro.mark() - 1)
+        second = self.dictate()
+        self.velloro.stop(signal.SIGKILL)
+        self.assert_kept()
+        self.assertEqual(self.history(), [second, first])
+
+        # The next start is as if nothing had happened.
+        self.velloro.start()
+        self.assert_kept()
+        self.assertEqual(self.history(), [second, first])
+
+    def test_a_kill_at_any_moment_of_a_hundred_assignments(self):
+        # Every start assigns each setting that is stored, more than ten of them.
+        self.start_velloro(**CHOSEN)
+        self.velloro.stop()
+        moment = random.Random(1)
+        for _ in range(12):
+            mark = self.velloro.mark()
+            self.velloro.start(until="[")
+            time.sleep(moment.uniform(0, 0.03))  # any moment: nothing is awaited here
+            self.velloro.stop(signal.SIGKILL)
+            self.assertGreater(self.velloro.mark(), mark)
+            self.assert_kept()
+        leftovers = [path.name for path in self.velloro.settings_file.parent.iterdir()
+                     if path != self.velloro.settings_file]
+        self.assertLessEqual(len(leftovers), 12)
+        self.assertFalse([name for name in leftovers if "damaged" in name])
+
+    def test_signals_end_it_cleanly(self):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+            with self.subTest(signal=number.name):
+                mark = self.velloro.mark()
+                self.start_velloro()
+                self.assertEqual(self.velloro.stop(number), 0)
+                self.velloro.lines[mark:].index(
+                    "[WhisperManager] unloadModel called. Context exists: true")
+
+    def test_a_signal_while_recording_ends_it_at_once(self):
+        self.start_velloro(requireTextFieldFocus=False)
+        self.start_recording()
+        began = time.monotonic()
+        self.assertEqual(self.velloro.stop(), 0)
+        self.assertLess(time.monotonic() - began, 3)
+        self.assertFalse(self.microphone_is_open())
+        self.user.release()
+
+    def test_a_second_start_ends_and_leaves_the_first_alone(self):
+        self.start_velloro()
+        second = self.desktop.start([self.velloro.process.args[0]], log="second")
+        self.assertEqual(second.wait(10), 0)
+        self.assertNotIn("[HotkeyManager]", self.desktop.log("second"))
+        self.user.open(["zenity", "--entry"])
+        self.user.wait_for_focus()
+        self.assert_words(self.dictate(), PHRASE_WORDS)
+
+
+if __name__ == "__main__":
+    main()

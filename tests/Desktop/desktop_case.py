@@ -1,0 +1,109 @@
+"""What the end-to-end tests share: a fresh private desktop per test, with Velloro not yet started.
+
+VELLORO_PROGRAM names the program, VELLORO_MODEL_DIR a folder of models. Without a model, or where
+a component of the desktop is missing, the tests are skipped, and the file's exit status is 77.
+"""
+
+import os
+import pathlib
+import re
+import sys
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "tools"))
+
+from velloro_desktop import MissingComponent, PrivateDesktop, User, Velloro  # noqa: E402
+from velloro_desktop import models  # noqa: E402
+
+SKIPPED = 77
+JFK = ROOT / ".deps/whisper/share/jfk.wav"
+JFK_WORDS = ("and so my fellow americans ask not what your country can do for you "
+             "ask what you can do for your country")
+PHRASE_WORDS = "ask not what your country can do for you"
+
+RECORDING = "[Dictation] Started recording in batch mode"
+BUSY = "[Dictation] Cannot start recording: already recording"
+
+
+def words(text):
+    """The text's words, without case and punctuation, which differ between builds."""
+    return " ".join(re.findall(r"[\w']+", text.lower()))
+
+
+def find_models():
+    folder = os.environ.get(models.ENVIRONMENT_FOLDER)
+    return models.models_in(models.CACHE) | models.models_in(folder)
+
+
+class DesktopCase(unittest.TestCase):
+    def setUp(self):
+        self.present = find_models()
+        self.model = models.choose(self.present)
+        if not self.model or not JFK.exists():
+            self.skipTest(f"no speech model: set {models.ENVIRONMENT_FOLDER}")
+        self.desktop = PrivateDesktop()
+        try:
+            self.enterContext(self.desktop)
+        except MissingComponent as error:
+            self.skipTest(str(error))
+        self.user = User(self.desktop)
+        self.velloro = Velloro(self.desktop, os.environ["VELLORO_PROGRAM"])
+        self.addCleanup(self._show_output)
+
+    def _show_output(self):
+        outcome = self._outcome.result
+        if any(test is self for test, _ in outcome.failures + outcome.errors):
+            print("Velloro's output:", *self.velloro.lines, sep="\n  ")
+
+    def start_velloro(self, **settings):
+        """Starts it and waits until the model is loaded."""
+        self.velloro.set_up(model=self.model, model_file=self.present[self.model], **settings)
+        self.velloro.start()
+        self.velloro.wait_for("[WhisperManager] Loaded model: ")
+
+    def phrase(self):
+        """A recording of PHRASE_WORDS, under five seconds."""
+        path = self.desktop.folder / "phrase.wav"
+        if not path.exists():
+            self.desktop.run(["sox", str(JFK), str(path), "trim", "3.2", "4.6"])
+        return path
+
+    def start_recording(self):
+        """Presses the hotkey and keeps it; the mark before the press."""
+        mark = self.velloro.mark()
+        self.user.press()
+        self.velloro.wait_for(RECORDING, since=mark)
+        return mark
+
+    def end_recording(self, mark):
+        """Releases the hotkey and waits for the dictation's end; the final text, "" if none."""
+        self.user.release()
+        return self.finish(mark)
+
+    def finish(self, mark):
+        self.velloro.wait_for("[RecordingPill] Window hidden", since=mark, timeout=120)
+        start = "[Dictation] Final transcription: '"
+        return next((line[len(start):-1] for line in self.velloro.lines[mark:]
+                     if line.startswith(start)), "")
+
+    def dictate(self, recording=None):
+        """Holds the hotkey while the recording (or the phrase) is spoken; the final text."""
+        mark = self.start_recording()
+        self.user.speak(recording or self.phrase())
+        return self.end_recording(mark)
+
+    def microphone_is_open(self):
+        return bool(self.desktop.run(["pactl", "list", "short", "source-outputs"]).strip())
+
+    def assert_words(self, text, expected):
+        self.assertEqual(words(text), expected)
+
+
+def main():
+    program = unittest.main(exit=False)
+    for _, reason in program.result.skipped:
+        print(f"SKIPPED: {reason}")
+    if not program.result.wasSuccessful():
+        sys.exit(1)
+    sys.exit(SKIPPED if program.result.skipped else 0)

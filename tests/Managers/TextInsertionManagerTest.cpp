@@ -1,0 +1,220 @@
+#include "Managers/TextInsertionManager.h"
+
+#include "Support/InMemoryAccessibility.h"
+#include "Support/OutputJournal.h"
+
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QTimer>
+#include <gmock/gmock.h>
+#include <limits>
+
+namespace Velloro {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using namespace std::chrono_literals;
+
+constexpr int64_t most = std::numeric_limits<int64_t>::max();
+
+const QStringList pasteOf(const QString &text)
+{
+    return {QStringLiteral("read"), QStringLiteral("clear"), u"write "_qs + text,
+            QStringLiteral("9 down 100000"), QStringLiteral("9 up 100000")};
+}
+
+class TextInsertionManagerTest : public testing::Test
+{
+protected:
+    TextInsertionManagerTest()
+    {
+        auto inMemory = std::make_unique<InMemoryAccessibility>();
+        accessibility = inMemory.get();
+        platform.accessibility = std::move(inMemory);
+        platform.pasteboard = journal.makePasteboard();
+        platform.keyboardEvents = journal.makeKeyboard();
+    }
+
+    /// Runs the event loop until the condition holds, for ten seconds at most.
+    template <typename Condition>
+    static bool waitFor(Condition condition)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        while (!condition() && timer.elapsed() < 10'000) {
+            QEventLoop loop;
+            QTimer::singleShot(5ms, &loop, &QEventLoop::quit);
+            loop.exec();
+        }
+        return condition();
+    }
+
+    OutputJournal journal;
+    InMemoryAccessibility *accessibility;
+    Platform platform;
+    TextInsertionManager manager{platform};
+};
+
+TEST_F(TextInsertionManagerTest, ReplacesTheSelectionWithinTheValue)
+{
+    struct Case
+    {
+        QString value;
+        TextRange selected;
+        QString text;
+        QString expected;
+        std::optional<int64_t> caret;
+    };
+    const Case cases[] = {
+        {u"Hello world"_qs, {6, 5}, u"there"_qs, u"Hello there"_qs, 11},
+        {u"Hello"_qs, {5, 0}, u" you"_qs, u"Hello you"_qs, 9},
+        {u""_qs, {0, 0}, u"one"_qs, u"one"_qs, 3},
+        {u"abc"_qs, {0, 3}, u"x"_qs, u"x"_qs, 1},
+        {u"abc"_qs, {1, 100}, u"x"_qs, u"ax"_qs, 2},
+        {u"abc"_qs, {7, 2}, u"x"_qs, u"abcx"_qs, 8},
+        {u"abc"_qs, {1, most}, u"x"_qs, u"ax"_qs, 2},
+        {u"abc"_qs, {most, most}, u"x"_qs, u"abcx"_qs, std::nullopt},
+        // A family, a flag and an accented letter are one character each.
+        {u"a👨‍👩‍👧b🇵🇱c"_qs, {2, 1}, u"x"_qs, u"a👨‍👩‍👧x🇵🇱c"_qs, 3},
+        {u"a👨‍👩‍👧b🇵🇱c"_qs, {3, 1}, u"👍🏽!"_qs, u"a👨‍👩‍👧b👍🏽!c"_qs, 5},
+        {u"e\u0301e\u0301e"_qs, {1, 1}, u"o\u0308"_qs, u"e\u0301o\u0308e"_qs, 2},
+        {u"你好世界"_qs, {2, 0}, u"，"_qs, u"你好，世界"_qs, 3},
+        {u"one\r\ntwo"_qs, {4, 3}, u"2"_qs, u"one\r\n2"_qs, 5},
+    };
+    for (const Case &each : cases) {
+        SCOPED_TRACE(each.expected.toStdString());
+        accessibility->writes.clear();
+        const auto &field = accessibility->focusText(each.value, each.selected);
+        EXPECT_TRUE(manager.insertText(each.text));
+        EXPECT_EQ(field.value, AccessibilityValue(each.expected));
+        std::vector<InMemoryAccessibility::Write> writes{{u"AXValue"_qs, each.expected}};
+        if (each.caret)
+            writes.push_back({u"AXSelectedTextRange"_qs, TextRange{*each.caret, 0}});
+        EXPECT_EQ(accessibility->writes, writes);
+    }
+    EXPECT_THAT(journal.entries, IsEmpty());
+}
+
+TEST_F(TextInsertionManagerTest, ACaretThatIsRefusedIsNoFailure)
+{
+    accessibility->focusText(u"Hello"_qs, {5, 0}).refusesSelectedRange = true;
+    EXPECT_TRUE(manager.insertText(u"!"_qs));
+    EXPECT_EQ(accessibility->focused->value, AccessibilityValue(u"Hello!"_qs));
+    EXPECT_THAT(journal.entries, IsEmpty());
+}
+
+TEST_F(TextInsertionManagerTest, FallsBackToTheSelectedTextAndThenToThePasteboard)
+{
+    using Element = InMemoryAccessibility::Element;
+    const std::pair<const char *, std::function<void(Element &)>> obstacles[] = {
+        {"no value", [](Element &field) { field.value.reset(); }},
+        {"value of another kind", [](Element &field) { field.value = TextRange{0, 1}; }},
+        {"no range", [](Element &field) { field.selectedRange.reset(); }},
+        {"range of another kind", [](Element &field) { field.selectedRange = u"0"_qs; }},
+        {"negative location", [](Element &field) { field.selectedRange = TextRange{-1, 0}; }},
+        {"negative length", [](Element &field) { field.selectedRange = TextRange{2, -1}; }},
+        {"value refused", [](Element &field) { field.refusesValue = true; }},
+    };
+    for (const auto &[name, obstacle] : obstacles) {
+        for (const bool refuses : {false, true}) {
+            SCOPED_TRACE(testing::Message() << name << (refuses ? ", all refused" : ""));
+            journal.entries.clear();
+            accessibility->writes.clear();
+            Element &field = accessibility->focusText(u"Hello"_qs, {5, 0});
+            obstacle(field);
+            field.refusesSelectedText = refuses;
+            EXPECT_TRUE(manager.insertText(u"!"_qs));
+            ASSERT_FALSE(accessibility->writes.empty());
+            EXPECT_EQ(accessibility->writes.back(),
+                      (InMemoryAccessibility::Write{u"AXSelectedText"_qs, u"!"_qs}));
+            EXPECT_EQ(journal.entries, refuses ? pasteOf(u"!"_qs) : QStringList());
+        }
+    }
+}
+
+TEST_F(TextInsertionManagerTest, PastesWithoutTrustOrFocus)
+{
+    EXPECT_TRUE(manager.insertText(u"no focus"_qs));
+    EXPECT_EQ(journal.entries, pasteOf(u"no focus"_qs));
+
+    journal.entries.clear();
+    accessibility->focusText(u"Hello"_qs, {5, 0});
+    accessibility->trusted = false;
+    EXPECT_FALSE(manager.hasAccessibilityPermission());
+    EXPECT_TRUE(manager.insertText(u"no trust"_qs));
+    EXPECT_EQ(journal.entries, pasteOf(u"no trust"_qs));
+    EXPECT_THAT(accessibility->writes, IsEmpty());
+}
+
+TEST_F(TextInsertionManagerTest, AnEmptyTextTouchesNothing)
+{
+    accessibility->focusText(u"Hello"_qs, {0, 5});
+    EXPECT_FALSE(manager.insertText(QString()));
+    EXPECT_THAT(accessibility->writes, IsEmpty());
+    accessibility->trusted = false;
+    EXPECT_FALSE(manager.insertText(u""_qs));
+    EXPECT_THAT(journal.entries, IsEmpty());
+}
+
+TEST_F(TextInsertionManagerTest, PutsThePasteboardBackHalfASecondLater)
+{
+    journal.clipboard = u"mine"_qs;
+    QElapsedTimer timer;
+    timer.start();
+    manager.insertText(u"dictated"_qs);
+    EXPECT_EQ(journal.clipboard, u"dictated"_qs);
+    ASSERT_TRUE(waitFor([&] { return journal.clipboard == u"mine"_qs; }));
+    EXPECT_GE(timer.elapsed(), 500);
+    EXPECT_EQ(journal.entries,
+              pasteOf(u"dictated"_qs) + (QStringList{u"clear"_qs, u"write mine"_qs}));
+}
+
+TEST_F(TextInsertionManagerTest, LeavesTheTextOnAPasteboardThatHeldNone)
+{
+    manager.insertText(u"dictated"_qs);
+    QElapsedTimer timer;
+    timer.start();
+    waitFor([&] { return timer.elapsed() > 700; });
+    EXPECT_EQ(journal.entries, pasteOf(u"dictated"_qs));
+    EXPECT_EQ(journal.clipboard, u"dictated"_qs);
+}
+
+TEST_F(TextInsertionManagerTest, TwoPastesWithinHalfASecondEachPutBackWhatTheyRead)
+{
+    journal.clipboard = u"mine"_qs;
+    manager.insertText(u"first"_qs);
+    QElapsedTimer timer;
+    timer.start();
+    waitFor([&] { return timer.elapsed() > 100; });
+    manager.insertText(u"second"_qs);
+    const qsizetype sent = journal.entries.size();
+    ASSERT_TRUE(waitFor([&] { return journal.entries.size() == sent + 4; }));
+    EXPECT_EQ(journal.entries.mid(sent),
+              (QStringList{u"clear"_qs, u"write mine"_qs, u"clear"_qs, u"write first"_qs}));
+}
+
+TEST_F(TextInsertionManagerTest, KeysThatCannotBeMadeAreSkipped)
+{
+    journal.refusesKeys = true;
+    EXPECT_TRUE(manager.insertText(u"text"_qs));
+    EXPECT_EQ(journal.clipboard, u"text"_qs);
+    journal.entries.clear();
+    manager.deleteBackwards(2);
+    EXPECT_THAT(journal.entries, ElementsAre(u"pause 5000"_qs, u"pause 5000"_qs));
+}
+
+TEST_F(TextInsertionManagerTest, DeletesBackwardsByPacedStrokesWithoutModifiers)
+{
+    manager.deleteBackwards(0);
+    manager.deleteBackwards(-3);
+    manager.deleteBackwards(std::numeric_limits<int64_t>::min());
+    EXPECT_THAT(journal.entries, IsEmpty());
+
+    manager.deleteBackwards(3);
+    const QStringList stroke{u"51 down 0"_qs, u"51 up 0"_qs, u"pause 5000"_qs};
+    EXPECT_EQ(journal.entries, stroke + stroke + stroke);
+}
+
+} // namespace
+} // namespace Velloro

@@ -1,0 +1,443 @@
+#include "Platform/Linux/AtSpiAccessibility.h"
+
+#include "Managers/TextInsertionManager.h"
+#include "Support/OutputJournal.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QProcess>
+#include <QTimer>
+#include <gmock/gmock.h>
+#include <csignal>
+
+namespace Velloro {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Runs the event loop until the condition holds, for fifteen seconds at most.
+template <typename Condition>
+bool waitFor(Condition condition)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+        if (timer.elapsed() > 15'000)
+            return false;
+        QEventLoop loop;
+        QTimer::singleShot(10ms, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+    return true;
+}
+
+/// An application on the desktop, ended with this object.
+class Application
+{
+public:
+    explicit Application(const QString &program, const QStringList &arguments)
+    {
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process.start(program, arguments);
+    }
+    ~Application()
+    {
+        if (process.state() == QProcess::NotRunning)
+            return;
+        process.kill();
+        process.waitForFinished();
+    }
+
+    pid_t pid() const { return static_cast<pid_t>(process.processId()); }
+
+    QProcess process;
+};
+
+/// The window of tests/Platform/text-window.
+class TextWindow : public Application
+{
+public:
+    explicit TextWindow(const QString &toolkit)
+        : Application(QFileInfo(QStringLiteral(__FILE__)).path() + u"/text-window"_qs, {toolkit})
+    {
+    }
+
+    QJsonValue command(const QJsonArray &words)
+    {
+        process.write(QJsonDocument(words).toJson(QJsonDocument::Compact) + '\n');
+        if (!waitFor([&] { return process.canReadLine(); }))
+            return {};
+        const QByteArray line = "[" + process.readLine() + "]";
+        return QJsonDocument::fromJson(line).array().at(0);
+    }
+
+    bool waitUntilActive()
+    {
+        return waitFor([&] { return command({u"active"_qs}).toBool(); });
+    }
+    void set(const QString &name, const QString &text, int start, int end)
+    {
+        command({u"set"_qs, name, text, start, end});
+    }
+    QString text(const QString &name)
+    {
+        return command({u"get"_qs, name}).toArray().at(0).toString();
+    }
+    int caret(const QString &name)
+    {
+        return command({u"get"_qs, name}).toArray().at(1).toInt();
+    }
+};
+
+bool has(const QString &toolkit)
+{
+    const QString check = toolkit == u"gtk" ? u"import gi; gi.require_version('Gtk', '3.0')"_qs
+                                            : u"import PyQt6.QtWidgets"_qs;
+    return QProcess::execute(u"/usr/bin/python3"_qs, {u"-c"_qs, check}) == 0;
+}
+
+class AtSpiTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!QDBusConnection::sessionBus().isConnected() || qEnvironmentVariableIsEmpty("DISPLAY"))
+            GTEST_SKIP() << "needs a desktop with an accessibility bus";
+        platform.pasteboard = journal.makePasteboard();
+        platform.keyboardEvents = journal.makeKeyboard();
+    }
+
+    /// Makes the service under test.
+    void connect()
+    {
+        platform.accessibility = std::make_unique<AtSpiAccessibility>();
+        ASSERT_TRUE(platform.accessibility->isProcessTrusted());
+    }
+
+    AccessibilityElementRef focused()
+    {
+        const auto value = platform.accessibility->copyAttributeValue(
+            platform.accessibility->systemWideElement(), u"AXFocusedUIElement"_qs);
+        return value ? std::get<AccessibilityElementRef>(*value) : nullptr;
+    }
+    AccessibilityElementRef focusedOf(pid_t process)
+    {
+        const auto value = platform.accessibility->copyAttributeValue(
+            platform.accessibility->applicationElement(process), u"AXFocusedUIElement"_qs);
+        return value ? std::get<AccessibilityElementRef>(*value) : nullptr;
+    }
+    QString text(const AccessibilityElementRef &element, const QString &attribute)
+    {
+        const auto value = platform.accessibility->copyAttributeValue(element, attribute);
+        const auto *text = value ? std::get_if<QString>(&*value) : nullptr;
+        return text ? *text : QString();
+    }
+    bool waitForRole(const QString &role)
+    {
+        return waitFor([&] { return text(focused(), u"AXRole"_qs) == role; });
+    }
+    bool insert(const QString &text)
+    {
+        journal.entries.clear();
+        return TextInsertionManager(platform).insertText(text);
+    }
+    bool pasted() const { return !journal.entries.isEmpty(); }
+
+    OutputJournal journal;
+    Platform platform;
+};
+
+class AtSpiToolkitTest : public AtSpiTest, public testing::WithParamInterface<const char *>
+{
+protected:
+    void SetUp() override
+    {
+        AtSpiTest::SetUp();
+        if (IsSkipped())
+            return;
+        if (!has(QString::fromLatin1(GetParam())))
+            GTEST_SKIP() << "the Python module of this toolkit is not installed";
+        // The window has its focus before anybody listens.
+        window = std::make_unique<TextWindow>(QString::fromLatin1(GetParam()));
+        ASSERT_TRUE(window->waitUntilActive());
+        window->command({u"focus"_qs, u"button"_qs});
+        connect();
+        ASSERT_TRUE(waitForRole(u"AXButton"_qs));
+    }
+
+    /// Gives a field its text, its selection and the focus.
+    void prepare(const QString &name, const QString &text, int start, int end)
+    {
+        window->command({u"focus"_qs, u"button"_qs});
+        ASSERT_TRUE(waitForRole(u"AXButton"_qs));
+        window->command({u"focus"_qs, name});
+        window->set(name, text, start, end);
+        ASSERT_TRUE(waitFor([&] {
+            const QString role = this->text(focused(), u"AXRole"_qs);
+            return role == u"AXTextField" || role == u"AXTextArea";
+        }));
+    }
+
+    std::unique_ptr<TextWindow> window;
+};
+
+TEST_P(AtSpiToolkitTest, FollowsTheFocusAndNamesItsRole)
+{
+    const std::pair<QString, QString> fields[] = {
+        {u"entry"_qs, u"AXTextField"_qs}, {u"button"_qs, u"AXButton"_qs},
+        {u"area"_qs, u"AXTextArea"_qs},   {u"button"_qs, u"AXButton"_qs},
+        {u"password"_qs, u"AXTextField"_qs},
+    };
+    for (const auto &[name, role] : fields) {
+        window->command({u"focus"_qs, name});
+        EXPECT_TRUE(waitForRole(role)) << name.toStdString();
+        EXPECT_EQ(text(focusedOf(window->pid()), u"AXRole"_qs), role);
+    }
+    EXPECT_EQ(focusedOf(getpid()), nullptr);
+    EXPECT_EQ(focusedOf(1), nullptr);
+}
+
+TEST_P(AtSpiToolkitTest, InsertsAtTheCaretAndOverTheSelection)
+{
+    struct Case
+    {
+        QString text;
+        int start;
+        int end;
+        QString inserted;
+        QString expected;
+        int caret;
+    };
+    // Offsets are code points here.
+    const Case cases[] = {
+        {u""_qs, 0, 0, u"Hello"_qs, u"Hello"_qs, 5},
+        {u"Hello world"_qs, 5, 5, u", my"_qs, u"Hello, my world"_qs, 9},
+        {u"Hello world"_qs, 6, 11, u"there"_qs, u"Hello there"_qs, 11},
+        {u"aaaa"_qs, 2, 2, u"aa"_qs, u"aaaaaa"_qs, 4},
+        {u"abcabc"_qs, 0, 3, u"abcd"_qs, u"abcdabc"_qs, 4},
+        {u"a😀b😀c"_qs, 3, 4, u"🎉é!"_qs, u"a😀b🎉é!c"_qs, 6},
+        {u"👨‍👩‍👧 x"_qs, 5, 5, u"ł"_qs, u"👨‍👩‍👧ł x"_qs, 6},
+        {u"ne\u0301e"_qs, 3, 4, u"ö"_qs, u"ne\u0301ö"_qs, 4},
+        {u"你好世界"_qs, 2, 2, u"，美丽的"_qs, u"你好，美丽的世界"_qs, 6},
+        // Halves of these two are the same code unit.
+        {u"😀"_qs, 0, 1, u"😁"_qs, u"😁"_qs, 1},
+    };
+    for (const QString &field : {u"entry"_qs, u"area"_qs}) {
+        for (const Case &each : cases) {
+            SCOPED_TRACE(field.toStdString() + ": " + each.expected.toStdString());
+            ASSERT_NO_FATAL_FAILURE(prepare(field, each.text, each.start, each.end));
+            EXPECT_TRUE(insert(each.inserted));
+            EXPECT_FALSE(pasted());
+            EXPECT_EQ(window->text(field), each.expected);
+            EXPECT_EQ(window->caret(field), each.caret);
+        }
+    }
+}
+
+TEST_P(AtSpiToolkitTest, KeepsTheSelectionOfSeveralLines)
+{
+    ASSERT_NO_FATAL_FAILURE(prepare(u"area"_qs, u"one\n😀 two\nthree"_qs, 4, 9));
+    EXPECT_TRUE(insert(u"2\nand a half"_qs));
+    EXPECT_EQ(window->text(u"area"_qs), u"one\n2\nand a half\nthree"_qs);
+    // Selecting, which no insertion does.
+    const auto element = focused();
+    EXPECT_TRUE(platform.accessibility->setAttributeValue(element, u"AXSelectedTextRange"_qs,
+                                                          TextRange{4, 1}));
+    EXPECT_TRUE(platform.accessibility->setAttributeValue(element, u"AXSelectedText"_qs, u"😀😀"_qs));
+    EXPECT_EQ(window->text(u"area"_qs), u"one\n😀😀\nand a half\nthree"_qs);
+    EXPECT_EQ(window->caret(u"area"_qs), 6);
+}
+
+TEST_P(AtSpiToolkitTest, NeitherReadsNorSpoilsAPassword)
+{
+    ASSERT_NO_FATAL_FAILURE(prepare(u"password"_qs, u"s🔑cret"_qs, 3, 3));
+    EXPECT_EQ(text(focused(), u"AXValue"_qs), QString());
+    EXPECT_TRUE(insert(u"•é🔒"_qs));
+    EXPECT_FALSE(pasted());
+    EXPECT_EQ(window->text(u"password"_qs), u"s🔑c•é🔒ret"_qs);
+    EXPECT_EQ(window->caret(u"password"_qs), 6);
+
+    // What can't be put back is left to a paste.
+    ASSERT_NO_FATAL_FAILURE(prepare(u"password"_qs, u"secret"_qs, 2, 4));
+    EXPECT_TRUE(insert(u"x"_qs));
+    EXPECT_TRUE(pasted());
+    EXPECT_EQ(window->text(u"password"_qs), u"secret"_qs);
+}
+
+TEST_P(AtSpiToolkitTest, LeavesFieldsThatCannotBeWrittenToThePasteboard)
+{
+    ASSERT_NO_FATAL_FAILURE(prepare(u"readOnly"_qs, u"fixed"_qs, 1, 3));
+    EXPECT_TRUE(insert(u"x"_qs));
+    EXPECT_TRUE(pasted());
+    EXPECT_EQ(window->text(u"readOnly"_qs), u"fixed"_qs);
+
+    // A full field loses nothing but what typing over it would replace.
+    ASSERT_NO_FATAL_FAILURE(prepare(u"short"_qs, u"Hello"_qs, 2, 5));
+    EXPECT_TRUE(insert(u"xyz"_qs));
+    EXPECT_EQ(window->text(u"short"_qs), u"Hexyz"_qs);
+}
+
+TEST_P(AtSpiToolkitTest, AStoppedApplicationCostsHalfASecondOnce)
+{
+    ASSERT_NO_FATAL_FAILURE(prepare(u"entry"_qs, u"Hello"_qs, 5, 5));
+    kill(window->pid(), SIGSTOP);
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_TRUE(insert(u" you"_qs));
+    EXPECT_LE(timer.elapsed(), 500);
+    EXPECT_TRUE(pasted());
+
+    // While it does not answer it costs nothing, in this turn of the event loop and in later ones.
+    for (int turn = 0; turn < 3; ++turn) {
+        QCoreApplication::processEvents();
+        timer.start();
+        EXPECT_TRUE(insert(u" you"_qs));
+        EXPECT_EQ(focusedOf(window->pid()), nullptr);
+        EXPECT_TRUE(platform.accessibility->isProcessTrusted());
+        EXPECT_LE(timer.elapsed(), 50);
+        EXPECT_TRUE(pasted());
+    }
+
+    kill(window->pid(), SIGCONT);
+    ASSERT_TRUE(waitFor([&] { return focused() != nullptr; }));
+    // Nothing that was given up is done belatedly.
+    EXPECT_EQ(window->text(u"entry"_qs), u"Hello"_qs);
+    EXPECT_TRUE(insert(u"!"_qs));
+    EXPECT_FALSE(pasted());
+    EXPECT_EQ(window->text(u"entry"_qs), u"Hello!"_qs);
+}
+
+TEST_P(AtSpiToolkitTest, AnApplicationInFrontThatIsNotOnTheBusGetsAPaste)
+{
+    ASSERT_NO_FATAL_FAILURE(prepare(u"entry"_qs, u"Hello"_qs, 5, 5));
+    {
+        const Application terminal(u"xterm"_qs, {});
+        ASSERT_TRUE(waitFor([&] { return !window->command({u"active"_qs}).toBool(); }));
+        EXPECT_TRUE(waitFor([&] { return focused() == nullptr; }));
+        EXPECT_TRUE(insert(u" you"_qs));
+        EXPECT_TRUE(pasted());
+        EXPECT_EQ(window->text(u"entry"_qs), u"Hello"_qs);
+    }
+    ASSERT_TRUE(window->waitUntilActive());
+    ASSERT_TRUE(waitForRole(u"AXTextField"_qs));
+    window->set(u"entry"_qs, u"Hello"_qs, 5, 5);
+    EXPECT_TRUE(insert(u" you"_qs));
+    EXPECT_EQ(window->text(u"entry"_qs), u"Hello you"_qs);
+}
+
+INSTANTIATE_TEST_SUITE_P(Toolkits, AtSpiToolkitTest, testing::Values("gtk", "qt"),
+                         [](const auto &info) { return std::string(info.param); });
+
+TEST_F(AtSpiTest, InsertsIntoRealApplications)
+{
+    connect();
+    const std::pair<QString, QStringList> programs[] = {
+        {u"mousepad"_qs, {u"--disable-server"_qs}},
+        {u"zenity"_qs, {u"--entry"_qs, u"--entry-text=Hello world"_qs}},
+    };
+    for (const auto &[program, arguments] : programs) {
+        SCOPED_TRACE(program.toStdString());
+        const Application application(program, arguments);
+        AccessibilityElementRef element;
+        ASSERT_TRUE(waitFor([&] {
+            element = focused();
+            return element && !text(element, u"AXRole"_qs).isNull()
+                   && focusedOf(application.pid()) != nullptr;
+        }));
+        const QString before = text(element, u"AXValue"_qs);
+        ASSERT_TRUE(platform.accessibility->setAttributeValue(
+            element, u"AXSelectedTextRange"_qs, TextRange{std::min<qsizetype>(6, before.size()), 0}));
+        EXPECT_TRUE(insert(u"żółty 🙂 "_qs));
+        EXPECT_FALSE(pasted());
+        EXPECT_EQ(text(element, u"AXValue"_qs),
+                  before.isEmpty() ? u"żółty 🙂 "_qs : u"Hello żółty 🙂 world"_qs);
+    }
+}
+
+/// A call to the accessibility bus's launcher on the session bus.
+QVariant launcherCall(const QString &service, const QString &path, const QString &interface,
+                      const QString &method, const QVariantList &arguments = {})
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
+    message.setArguments(arguments);
+    return QDBusConnection::sessionBus().call(message).arguments().value(0);
+}
+
+TEST_F(AtSpiTest, AFocusOfItsOwnProcessIsAnsweredAtOnce)
+{
+    connect();
+    const QString address = launcherCall(u"org.a11y.Bus"_qs, u"/org/a11y/bus"_qs,
+                                         u"org.a11y.Bus"_qs, u"GetAddress"_qs)
+                                .toString();
+    auto bus = QDBusConnection::connectToBus(address, u"own-focus"_qs);
+    QDBusMessage event =
+        QDBusMessage::createSignal(u"/org/a11y/atspi/accessible/1"_qs,
+                                   u"org.a11y.atspi.Event.Object"_qs, u"StateChanged"_qs);
+    event.setArguments({u"focused"_qs, 1, 0, QVariant::fromValue(QDBusVariant(0)), QVariantMap()});
+    bus.send(event);
+    QElapsedTimer timer;
+    timer.start();
+    waitFor([&] { return timer.elapsed() > 200; });
+    timer.start();
+    EXPECT_EQ(focused(), nullptr);
+    EXPECT_LE(timer.elapsed(), 50);
+    bus = QDBusConnection(QString());
+    QDBusConnection::disconnectFromBus(u"own-focus"_qs);
+}
+
+TEST_F(AtSpiTest, FollowsWhetherAccessibilityIsEnabled)
+{
+    connect();
+    const auto set = [](bool enabled) {
+        launcherCall(u"org.a11y.Bus"_qs, u"/org/a11y/bus"_qs,
+                     u"org.freedesktop.DBus.Properties"_qs, u"Set"_qs,
+                     {u"org.a11y.Status"_qs, u"IsEnabled"_qs,
+                      QVariant::fromValue(QDBusVariant(QVariant(enabled)))});
+    };
+    set(false);
+    EXPECT_TRUE(waitFor([&] { return !platform.accessibility->isProcessTrusted(); }));
+    EXPECT_FALSE(AtSpiAccessibility().isProcessTrusted());
+    platform.accessibility->requestTrust();
+    EXPECT_TRUE(waitFor([&] { return platform.accessibility->isProcessTrusted(); }));
+}
+
+/// Last, for it leaves the applications' toolkits to find the new bus.
+TEST_F(AtSpiTest, SurvivesTheEndOfTheBus)
+{
+    if (!has(u"gtk"_qs))
+        GTEST_SKIP() << "the Python module of the toolkit is not installed";
+    connect();
+    const uint launcher = launcherCall(u"org.freedesktop.DBus"_qs, u"/org/freedesktop/DBus"_qs,
+                                       u"org.freedesktop.DBus"_qs,
+                                       u"GetConnectionUnixProcessID"_qs, {u"org.a11y.Bus"_qs})
+                              .toUInt();
+    ASSERT_GT(launcher, 1U);
+    kill(static_cast<pid_t>(launcher), SIGTERM);
+    ASSERT_TRUE(waitFor([&] { return !platform.accessibility->isProcessTrusted(); }));
+    EXPECT_EQ(focused(), nullptr);
+    EXPECT_TRUE(insert(u"x"_qs));
+    EXPECT_TRUE(pasted());
+
+    // Looking for the bus starts it again; it may have to be enabled anew.
+    ASSERT_TRUE(waitFor([&] {
+        platform.accessibility->requestTrust();
+        return platform.accessibility->isProcessTrusted();
+    }));
+    TextWindow window(u"gtk"_qs);
+    ASSERT_TRUE(window.waitUntilActive());
+    window.command({u"focus"_qs, u"area"_qs});
+    ASSERT_TRUE(waitForRole(u"AXTextArea"_qs));
+    EXPECT_TRUE(insert(u"again"_qs));
+    EXPECT_FALSE(pasted());
+    EXPECT_EQ(window.text(u"area"_qs), u"again"_qs);
+}
+
+} // namespace
+} // namespace Velloro

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "Platform/HotkeyRegistration.h"
+
+#include <map>
+#include <vector>
+
+namespace Velloro {
+
+/// Combinations that the test presses. One is in force as long as it is registered.
+class InMemoryHotkeyRegistration : public HotkeyRegistration
+{
+public:
+    struct Combination
+    {
+        uint32_t keyCode = 0;
+        uint32_t modifiers = 0;
+        HotkeyIdentifier identifier;
+
+        friend bool operator==(const Combination &, const Combination &) = default;
+    };
+
+    /// What is in force, by reference.
+    std::map<Reference, Combination> registered;
+    /// Every attempt, refused ones included.
+    std::vector<Combination> attempts;
+    /// What the next attempts are refused with; 0 accepts them.
+    Status refusal = 0;
+    int pressedHandlersInstalled = 0;
+    int releasedHandlersInstalled = 0;
+
+    /// Presses the first combination in force; nothing happens when there is none.
+    void press() { deliver(m_pressed); }
+    void release() { deliver(m_released); }
+    /// Delivers a press or release with an identifier of the test's, registered or not.
+    void press(const HotkeyIdentifier *identifier)
+    {
+        if (m_pressed)
+            m_pressed(identifier);
+    }
+    void release(const HotkeyIdentifier *identifier)
+    {
+        if (m_released)
+            m_released(identifier);
+    }
+
+    void setPressedHandler(Handler handler) override
+    {
+        pressedHandlersInstalled += handler ? 1 : 0;
+        m_pressed = std::move(handler);
+    }
+    void setReleasedHandler(Handler handler) override
+    {
+        releasedHandlersInstalled += handler ? 1 : 0;
+        m_released = std::move(handler);
+    }
+    [[nodiscard]] tl::expected<Reference, Status>
+    registerHotkey(uint32_t keyCode, uint32_t modifiers, HotkeyIdentifier identifier) override
+    {
+        attempts.push_back({keyCode, modifiers, identifier});
+        if (refusal != 0)
+            return tl::unexpected(refusal);
+        registered[++m_lastReference] = attempts.back();
+        return m_lastReference;
+    }
+    void unregisterHotkey(Reference reference) override { registered.erase(reference); }
+
+private:
+    void deliver(const Handler &handler)
+    {
+        if (handler && !registered.empty())
+            handler(&registered.begin()->second.identifier);
+    }
+
+    Handler m_pressed;
+    Handler m_released;
+    Reference m_lastReference = 0;
+};
+
+} // namespace Velloro

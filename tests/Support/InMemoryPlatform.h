@@ -1,0 +1,93 @@
+#pragma once
+
+#include "Platform/Platform.h"
+#include "Support/InMemoryAccessibility.h"
+#include "Support/InMemoryAudioEngine.h"
+#include "Support/InMemoryCaptureAuthorization.h"
+#include "Support/InMemoryDownloadSession.h"
+#include "Support/InMemoryFileSystem.h"
+#include "Support/InMemoryHotkeyRegistration.h"
+#include "Support/InMemoryKeyboardEvents.h"
+#include "Support/InMemoryPasteboard.h"
+#include "Support/InMemoryProcessInfo.h"
+#include "Support/InMemorySystemSounds.h"
+#include "Support/InMemoryUserDefaults.h"
+#include "Support/InMemoryUserNotifications.h"
+#include "Support/InMemoryWorkspace.h"
+
+namespace Velloro {
+
+/// An updater that has nothing to do.
+class InMemoryUpdater : public Updater
+{
+public:
+    bool started = false;
+
+    void start() override { started = true; }
+};
+
+/// A whole platform in memory, and its services by their own types, for scripting and asking.
+class InMemoryPlatform
+{
+public:
+    InMemoryPlatform()
+    {
+        platform.makeAudioEngine = [this] {
+            auto engine = std::make_unique<InMemoryAudioEngine>();
+            engine->format = inputFormat;
+            engine->startError = captureError;
+            audioEngine = engine.get();
+            return engine;
+        };
+        platform.makeDownloadSession = [this](DownloadSessionDelegate &delegate,
+                                              const QString &directory) {
+            auto session = std::make_unique<InMemoryDownloadSession>(delegate, directory);
+            downloadSession = session.get();
+            return session;
+        };
+        make(platform.captureAuthorization, captureAuthorization);
+        make(platform.hotkeyRegistration, hotkeyRegistration);
+        make(platform.accessibility, accessibility);
+        make(platform.keyboardEvents, keyboardEvents);
+        make(platform.pasteboard, pasteboard);
+        make(platform.workspace, workspace);
+        make(platform.userNotifications, userNotifications);
+        make(platform.systemSounds, systemSounds);
+        make(platform.userDefaults, userDefaults);
+        make(platform.fileSystem, fileSystem);
+        make(platform.processInfo, processInfo);
+        make(platform.updater, updater);
+    }
+
+    Platform platform;
+
+    // Script of the engine that is made at the first recording.
+    AudioFormat inputFormat{16000.0, 1};
+    std::optional<PlatformError> captureError;
+
+    InMemoryAudioEngine *audioEngine = nullptr;
+    InMemoryDownloadSession *downloadSession = nullptr;
+    InMemoryCaptureAuthorization *captureAuthorization = nullptr;
+    InMemoryHotkeyRegistration *hotkeyRegistration = nullptr;
+    InMemoryAccessibility *accessibility = nullptr;
+    InMemoryKeyboardEvents *keyboardEvents = nullptr;
+    InMemoryPasteboard *pasteboard = nullptr;
+    InMemoryWorkspace *workspace = nullptr;
+    InMemoryUserNotifications *userNotifications = nullptr;
+    InMemorySystemSounds *systemSounds = nullptr;
+    InMemoryUserDefaults *userDefaults = nullptr;
+    InMemoryFileSystem *fileSystem = nullptr;
+    InMemoryProcessInfo *processInfo = nullptr;
+    InMemoryUpdater *updater = nullptr;
+
+private:
+    template <typename Service, typename InMemory>
+    static void make(std::unique_ptr<Service> &service, InMemory *&inMemory)
+    {
+        auto made = std::make_unique<InMemory>();
+        inMemory = made.get();
+        service = std::move(made);
+    }
+};
+
+} // namespace Velloro

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Core/Log.h"
+
+#include <QStringList>
+#include <mutex>
+
+namespace Velloro {
+
+/// Records the log's lines as long as it lives. One at a time; any thread may write lines.
+class LogRecorder
+{
+public:
+    LogRecorder()
+    {
+        Log::setSink([this](const QString &line) {
+            const std::lock_guard lock(m_mutex);
+            m_lines << line;
+        });
+    }
+    ~LogRecorder() { Log::setSink({}); }
+    LogRecorder(const LogRecorder &) = delete;
+    LogRecorder &operator=(const LogRecorder &) = delete;
+
+    [[nodiscard]] QStringList lines() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_lines;
+    }
+
+    /// The messages of one component, in order, without its tag.
+    [[nodiscard]] QStringList messages(const QString &tag) const
+    {
+        QStringList messages;
+        const QString prefix = QStringLiteral("[%1] ").arg(tag);
+        for (const QString &line : lines()) {
+            if (line.startsWith(prefix))
+                messages << line.mid(prefix.size());
+        }
+        return messages;
+    }
+
+    void clear()
+    {
+        const std::lock_guard lock(m_mutex);
+        m_lines.clear();
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    QStringList m_lines;
+};
+
+} // namespace Velloro

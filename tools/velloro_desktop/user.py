@@ -1,0 +1,162 @@
+"""What a user does on a private desktop: opens programs, presses keys, speaks, reads, copies."""
+
+import json
+import pathlib
+import re
+import shlex
+import subprocess
+import sys
+
+from .desktop import DesktopError, wait_for
+
+HERE = pathlib.Path(__file__).resolve().parent
+PRESS_KEY = HERE.parent.parent / "tests/Desktop/press-key"
+HOTKEY = ["Alt_L", "space"]
+
+
+class User:
+    """Works on the given desktop (see PrivateDesktop)."""
+
+    def __init__(self, desktop):
+        self.desktop = desktop
+        self._notifying = None
+
+    # --- keys -----------------------------------------------------------------------------------
+
+    def keys(self, *actions):
+        """As press-key has it: `keys("down", "Alt_L", "space")`, `keys("tap", "Tab")`."""
+        self.desktop.run([sys.executable, PRESS_KEY, *actions])
+
+    def press(self, keys=HOTKEY):
+        self.keys("down", *keys)
+
+    def release(self, keys=HOTKEY):
+        self.keys("up", *reversed(keys))
+
+    # --- speech ---------------------------------------------------------------------------------
+
+    def prepare_speech(self, recording):
+        """The recording in the form that the sound server plays, with half a second of silence
+        at its end, so that the last word is heard before the key is released."""
+        prepared = self.desktop.folder / (pathlib.Path(recording).name + ".spoken.wav")
+        if not prepared.exists():
+            commands = [
+                ["sox", "-V1", recording, "-b", "16", prepared, "pad", "0", "0.5"],
+                ["ffmpeg", "-v", "error", "-i", recording, "-af", "apad=pad_dur=0.5",
+                 "-sample_fmt", "s16", prepared]]
+            for command in commands:
+                try:
+                    self.desktop.run(command, stderr=subprocess.DEVNULL)
+                    break
+                except (OSError, subprocess.CalledProcessError):
+                    prepared.unlink(missing_ok=True)
+            else:
+                raise DesktopError(f"the sound tools can't read {recording}")
+        return prepared
+
+    def start_speaking(self, recording):
+        """Begins to play the recording into the microphone; `wait()` on the result waits for
+        its end."""
+        return self.desktop.start(["paplay", "--device=voice", "--latency-msec=40", self.prepare_speech(recording)],
+                                  log="speech")
+
+    def speak(self, recording):
+        """Plays the recording into the microphone, to its end."""
+        if self.start_speaking(recording).wait() != 0:
+            raise DesktopError("the recording could not be played: " + self.desktop.log("speech"))
+
+    # --- programs -------------------------------------------------------------------------------
+
+    def open(self, command, log="application"):
+        """Starts a program and waits until its window has the focus."""
+        before = self.active_window()
+        process = self.desktop.start(command, log=log)
+
+        def has_window():
+            if process.poll() is not None:
+                raise DesktopError(f"{shlex.join(map(str, command))} ended at once:\n"
+                                   + self.desktop.log(log))
+            return self.active_window() not in (None, before)
+        wait_for(has_window, f"the window of {command[0]}")
+        return process
+
+    def open_terminal(self):
+        """Opens xterm with a shell. What stands in it is `terminal_text()`."""
+        self._typescript = self.desktop.folder / "typescript"
+        # A plain shell: its line is echoed by the terminal, byte for byte.
+        shell = "env PS1='$ ' ENV= dash -i"
+        process = self.open([
+            "xterm", "-u8", "-fa", "DejaVu Sans Mono", "-fs", "11", "-geometry", "110x24",
+            "-e", "script", "-qfc", shell, str(self._typescript)])
+        wait_for(lambda: "$ " in self.terminal_text(), "the shell's prompt")
+        return process
+
+    def terminal_text(self):
+        """All that the terminal has shown since it was opened, its first line (a heading) left
+        out."""
+        if not self._typescript.exists():
+            return ""
+        return self._typescript.read_text(errors="replace").partition("\n")[2]
+
+    def active_window(self):
+        """The number of the window that has the focus and its process, or None. (The number
+        alone may come back with the next program's window.)"""
+        number = re.search("0x[0-9a-f]+", self.desktop.run(["xprop", "-root", "_NET_ACTIVE_WINDOW"]))
+        if not number or number[0] == "0x0":
+            return None
+        try:
+            process = self.desktop.run(["xprop", "-id", number[0], "_NET_WM_PID"],
+                                       stderr=subprocess.DEVNULL)
+        except subprocess.CalledProcessError:
+            return None  # closed meanwhile
+        return number[0], process.rpartition("=")[2].strip()
+
+    # --- what can be seen -----------------------------------------------------------------------
+
+    def focus(self):
+        """What has the focus on the accessibility bus (see focused_text.py), or None."""
+        return json.loads(self.desktop.run([sys.executable, HERE / "focused_text.py"]))
+
+    def wait_for_focus(self, condition=lambda focus: focus["text"] is not None,
+                       what="a text field with the focus", timeout=20.0):
+        """What has the focus, once it is as the condition wants it."""
+        last = None
+
+        def check():
+            nonlocal last
+            last = self.focus()
+            return last if last and condition(last) else None
+        try:
+            return wait_for(check, what, timeout)
+        except DesktopError as error:
+            raise DesktopError(f"{error}; last seen: {last}") from None
+
+    def wait_for_text(self, text, timeout=20.0):
+        """Waits until the focused element holds exactly this text."""
+        return self.wait_for_focus(lambda focus: focus["text"] == text, f"the text {text!r}",
+                                   timeout)
+
+    def screenshot(self, path):
+        self.desktop.run(["import", "-window", "root", str(path)])
+
+    def copy(self, text):
+        """Puts text on the clipboard, as another program does."""
+        subprocess.run(["xclip", "-selection", "clipboard", "-in"], input=text, text=True,
+                       env=self.desktop.environment, check=True, timeout=10,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def clipboard(self):
+        return self.desktop.run(["xclip", "-selection", "clipboard", "-out"])
+
+    # --- notifications --------------------------------------------------------------------------
+
+    def watch_notifications(self):
+        """Becomes the desktop's notification service, before a program asks for one."""
+        self._notifying = self.desktop.start([sys.executable, HERE / "notifications.py"],
+                                             log="notifications")
+        self.desktop.wait_for_bus_name("org.freedesktop.Notifications")
+
+    def notifications(self):
+        """All notifications so far, as dictionaries with application, summary, body, silent."""
+        return [json.loads(line) for line in self.desktop.log("notifications").splitlines()
+                if line.startswith("{")]
