@@ -1,5 +1,6 @@
 #include "Views/Controls/Theme.h"
 
+#include <QEvent>
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QJSEngine>
@@ -31,7 +32,14 @@ Theme::Theme(Appearance &appearance, QObject *parent)
     , m_appearance(appearance)
 {
     connect(&appearance, &Appearance::changed, this, &Theme::changed);
-    connect(qGuiApp, &QGuiApplication::fontChanged, this, &Theme::changed);
+    qGuiApp->installEventFilter(this);
+}
+
+bool Theme::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::ApplicationFontChange && watched == qGuiApp)
+        Q_EMIT changed();
+    return QObject::eventFilter(watched, event);
 }
 
 void Theme::install(QQmlEngine &engine)

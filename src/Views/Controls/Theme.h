@@ -121,6 +121,9 @@ public:
 Q_SIGNALS:
     void changed();
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     [[nodiscard]] QFont font(qreal pixels, QFont::Weight weight) const;
     [[nodiscard]] QColor choose(QRgb light, QRgb dark) const;
