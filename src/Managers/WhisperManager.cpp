@@ -14,12 +14,6 @@ namespace {
 
 constexpr QStringView tag = u"WhisperManager";
 
-/// Frees the model in the background; the context lives until that is done.
-QCoro::Task<void> release(std::shared_ptr<WhisperContext> context)
-{
-    co_await context->unloadModel();
-}
-
 } // namespace
 
 WhisperManager::WhisperManager(Platform &platform, const QString &baseUrl, QObject *parent)
@@ -146,8 +140,9 @@ void WhisperManager::unloadModel()
     Log::line(tag, QStringLiteral("unloadModel called. Context exists: ")
                        + (context ? QStringLiteral("true") : QStringLiteral("false")));
     const bool wasLoaded = std::exchange(m_isModelLoaded, false);
+    // Nobody waits for it: the work outlives the context that it was given to.
     if (context)
-        release(context);
+        context->unloadModel();
     if (wasLoaded)
         Q_EMIT isModelLoadedChanged();
 }

@@ -233,8 +233,8 @@ TEST_F(DictationControllerTest, FocusCheckRefusesOnlyWhatIsNoTextFieldForSure)
         }
     }
     ASSERT_EQ(memory.userNotifications->delivered.size(), 2U);
-    EXPECT_EQ(memory.userNotifications->delivered[0].title, QStringLiteral("Velloro"));
-    EXPECT_EQ(memory.userNotifications->delivered[0].informativeText,
+    EXPECT_EQ(memory.userNotifications->delivered[0].first, QStringLiteral("Velloro"));
+    EXPECT_EQ(memory.userNotifications->delivered[0].second,
               QStringLiteral("Please click on a text field before recording. You can disable this "
                              "check in Settings."));
 }

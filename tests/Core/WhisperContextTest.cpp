@@ -1,6 +1,5 @@
 #include "Support/WhisperContextTestBase.h"
 
-
 namespace Velloro {
 namespace {
 

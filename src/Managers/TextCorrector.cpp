@@ -1,0 +1,575 @@
+#include "Managers/TextCorrector.h"
+
+#include "Core/Graphemes.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unicode/locid.h>
+#include <unicode/regex.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+#include <unicode/ustring.h>
+#include <unicode/utf16.h>
+#include <unordered_map>
+#include <vector>
+
+namespace Velloro {
+
+namespace {
+
+using Texts = std::span<const std::u16string_view>;
+
+constexpr std::u16string_view englishFillers[] = {
+    u"um",       u"uh",        u"eh",        u"ah",       u"er",        u"uhm",     u"umm",
+    u"uhh",      u"hmm",       u"hm",        u"mm",       u"mmm",       u"like",    u"basically",
+    u"literally", u"actually", u"honestly",  u"obviously", u"you know", u"i mean",  u"kind of",
+    u"sort of",  u"right",     u"okay so",   u"so yeah",
+};
+constexpr std::u16string_view polishFillers[] = {
+    u"yyy",    u"eee",       u"no",          u"no i",       u"znaczy",  u"wiesz",    u"jakby",
+    u"tak jakby", u"w sumie", u"generalnie", u"właściwie",  u"no wiesz", u"tego",    u"kurde",
+    u"po prostu", u"tam",    u"takie tam",   u"no nie",     u"wie pan", u"wie pani",
+};
+constexpr std::u16string_view germanFillers[] = {
+    u"äh",        u"ähm",        u"öhm",   u"hm",    u"also",  u"halt",      u"quasi",
+    u"sozusagen", u"eigentlich", u"irgendwie", u"na ja", u"naja", u"genau",  u"weißt du",
+    u"du weißt schon", u"ich mein", u"ich meine",
+};
+constexpr std::u16string_view spanishFillers[] = {
+    u"eh",      u"em",     u"este",     u"esto",        u"pues",      u"bueno",
+    u"o sea",   u"es decir", u"como que", u"sabes",     u"ya sabes",  u"mira",
+    u"digamos", u"entonces", u"básicamente", u"la verdad", u"tipo",   u"onda",
+};
+constexpr std::u16string_view frenchFillers[] = {
+    u"euh",     u"heu",     u"bah",     u"ben",   u"donc",    u"alors", u"genre", u"quoi", u"tu vois",
+    u"tu sais", u"en fait", u"du coup", u"voilà", u"disons", u"enfin", u"bon",   u"bref",
+};
+constexpr std::u16string_view italianFillers[] = {
+    u"ehm",    u"eh",     u"uhm",     u"cioè", u"tipo",   u"praticamente", u"insomma", u"allora",
+    u"dunque", u"diciamo", u"sai",    u"capito", u"appunto", u"ecco",      u"vabbè",   u"in pratica",
+};
+constexpr std::u16string_view portugueseFillers[] = {
+    u"é",          u"hm",        u"tipo",   u"então",   u"né",   u"sabe", u"assim",   u"basicamente",
+    u"na verdade", u"quer dizer", u"enfim", u"pois é",  u"olha", u"veja", u"digamos", u"bom",
+};
+constexpr std::u16string_view russianFillers[] = {
+    u"э",       u"эм",      u"ну",      u"как бы", u"типа",       u"короче", u"вот",     u"значит",
+    u"в общем", u"ну типа", u"слушай", u"знаешь", u"понимаешь", u"блин",   u"то есть", u"так сказать",
+};
+constexpr std::u16string_view japaneseFillers[] = {
+    u"あの", u"えーと", u"ええと", u"その", u"なんか", u"まあ", u"ちょっと", u"えー", u"あー", u"うーん",
+};
+constexpr std::u16string_view chineseFillers[] = {
+    u"那个", u"这个", u"嗯", u"额", u"就是", u"然后", u"所以说", u"对吧",
+};
+
+struct Language
+{
+    std::u16string_view code;
+    bool capitalizes;
+    Texts fillers;
+};
+
+constexpr std::array languages{
+    Language{u"en", true, englishFillers},    Language{u"pl", true, polishFillers},
+    Language{u"de", true, germanFillers},     Language{u"es", true, spanishFillers},
+    Language{u"fr", true, frenchFillers},     Language{u"it", true, italianFillers},
+    Language{u"pt", true, portugueseFillers}, Language{u"ru", true, russianFillers},
+    Language{u"ja", false, japaneseFillers},  Language{u"zh", false, chineseFillers},
+};
+
+// In these patterns `\s` and `\w` stand in brackets where they are repeated. It means the same, but
+// the engine repeats a set without remembering every single step of it, so that no length of text
+// exhausts its memory.
+constexpr std::u16string_view soundTagPattern =
+    uR"(\[(?:Music|Applause|Laughter|BLANK_AUDIO|inaudible|silence|cough|sneeze|noise|phone ringing|)"
+    uR"(background noise|muzyka|applaus|śmiech|beifall|risas|rires|risate|risos|смех|音楽|拍手|[\w]+)\])";
+constexpr std::u16string_view stageDirectionPattern =
+    uR"(\*(?:stutters?|laughs?|laughing|coughs?|coughing|sneezes?|sneezing|sighs?|sighing|)"
+    uR"(clears throat|breaths?|breathing|pauses?|pausing|inaudible|silence|hesitates?|hesitating|)"
+    uR"(mumbles?|mumbling|whispers?|whispering|chuckles?|chuckling|giggles?|giggling)\*)";
+constexpr std::u16string_view repetitionPattern = uR"(\b([\w]+)[\s]+\1\b)";
+constexpr std::u16string_view blanksBeforePunctuationPattern = uR"([\s]+([,\.!?;:]))";
+constexpr std::u16string_view blanksPattern = uR"([\s][\s]+)";
+
+// Characters, as the engine's \w, \b and \s see them.
+
+bool isAsciiWord(char32_t c)
+{
+    return (c >= U'a' && c <= U'z') || (c >= U'A' && c <= U'Z') || (c >= U'0' && c <= U'9')
+           || c == U'_';
+}
+
+bool isWord(char32_t c)
+{
+    if (c < 0x80)
+        return isAsciiWord(c);
+    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_ALPHABETIC)
+           || (U_MASK(u_charType(static_cast<UChar32>(c)))
+               & (U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK))
+                  != 0
+           || c == 0x200C || c == 0x200D;
+}
+
+/// Whether the search for a word boundary looks through the character to the one before.
+bool isTransparent(char32_t c)
+{
+    if (c < 0x80)
+        return false;
+    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_GRAPHEME_EXTEND)
+           || u_charType(static_cast<UChar32>(c)) == U_FORMAT_CHAR;
+}
+
+/// All white space is in the basic plane, so that a code unit is enough.
+bool isBlank(char16_t c)
+{
+    if (c < 0x80)
+        return c == u' ' || (c >= u'\t' && c <= u'\r');
+    return u_isUWhiteSpace(c);
+}
+
+char32_t characterAt(std::u16string_view text, size_t at)
+{
+    UChar32 c = 0;
+    U16_GET(text.data(), 0, at, text.size(), c);
+    return static_cast<char32_t>(c);
+}
+
+char32_t characterBefore(std::u16string_view text, size_t at)
+{
+    UChar32 c = 0;
+    U16_PREV(text.data(), 0, at, c);
+    return static_cast<char32_t>(c);
+}
+
+std::u16string_view view(const QString &text)
+{
+    return {reinterpret_cast<const char16_t *>(text.utf16()), static_cast<size_t>(text.size())};
+}
+
+/// The full case folding of one character, which is what the engine compares.
+class Folding
+{
+public:
+    explicit Folding(char32_t c)
+    {
+        if (c < 0x80) {
+            m_units[0] = c >= U'A' && c <= U'Z' ? static_cast<char16_t>(c + 32)
+                                                : static_cast<char16_t>(c);
+            m_length = 1;
+        } else if (c < frequent) {
+            m_units[0] = frequentFoldings()[c];
+            m_length = 1;
+            if (m_units[0] == 0)
+                fold(c);
+        } else if ((c >= 0x2E80 && c < 0xA640) || (c >= 0xAC00 && c < 0xE000)) {
+            // East Asian scripts and lone surrogates have no case.
+            m_units[0] = static_cast<char16_t>(c);
+            m_length = 1;
+        } else {
+            fold(c);
+        }
+    }
+
+    [[nodiscard]] std::u16string_view units() const { return {m_units.data(), m_length}; }
+
+private:
+    /// Latin, Greek and Cyrillic letters end before this one.
+    static constexpr char32_t frequent = 0x530;
+
+    void fold(char32_t c)
+    {
+        char16_t source[U16_MAX_LENGTH];
+        int32_t length = 0;
+        U16_APPEND_UNSAFE(source, length, c);
+        UErrorCode status = U_ZERO_ERROR;
+        const int32_t folded = u_strFoldCase(m_units.data(), static_cast<int32_t>(m_units.size()),
+                                             source, length, U_FOLD_CASE_DEFAULT, &status);
+        m_length = U_SUCCESS(status) ? static_cast<size_t>(folded) : 0;
+    }
+
+    /// The foldings that are a single code unit; 0 for the others.
+    static const std::array<char16_t, frequent> &frequentFoldings()
+    {
+        static const std::array<char16_t, frequent> table = [] {
+            std::array<char16_t, frequent> made{};
+            for (char32_t c = 0x80; c < frequent; ++c) {
+                Folding folding(U'a');
+                folding.fold(c);
+                made[c] = folding.m_length == 1 ? folding.m_units[0] : u'\0';
+            }
+            return made;
+        }();
+        return table;
+    }
+
+    std::array<char16_t, 8> m_units;
+    size_t m_length = 0;
+};
+
+std::u16string folded(std::u16string_view text)
+{
+    std::u16string result;
+    for (size_t at = 0; at < text.size();) {
+        const char32_t c = characterAt(text, at);
+        result += Folding(c).units();
+        at += U16_LENGTH(c);
+    }
+    return result;
+}
+
+using Pattern = std::unique_ptr<icu::RegexPattern>;
+
+/// Null when it can't be compiled.
+Pattern compile(std::u16string_view expression, uint32_t flags)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    Pattern pattern(icu::RegexPattern::compile(
+        icu::UnicodeString(expression.data(), static_cast<int32_t>(expression.size())), flags,
+        status));
+    return U_SUCCESS(status) ? std::move(pattern) : nullptr;
+}
+
+/// One filler expression with its three patterns.
+struct Filler
+{
+    explicit Filler(std::u16string_view text) : folding(folded(text))
+    {
+        const std::u16string literal = uR"(\Q)" + std::u16string(text) + uR"(\E)";
+        anywhere = compile(uR"(\b)" + literal + uR"(\b[,\s]*)", UREGEX_CASE_INSENSITIVE);
+        atStart = compile(uR"(^[\s]*)" + literal + uR"([,\s]+)", UREGEX_CASE_INSENSITIVE);
+        atEnd = compile(uR"([,\s]+)" + literal + uR"([\s]*$)", UREGEX_CASE_INSENSITIVE);
+    }
+
+    std::u16string folding;
+    Pattern anywhere;
+    Pattern atStart;
+    Pattern atEnd;
+};
+
+/// A place in the text where a filler may stand.
+struct Occurrence
+{
+    uint32_t filler;
+    size_t position;
+};
+
+/// The fillers of a language, and where they may occur in a text.
+class FillerSet
+{
+public:
+    explicit FillerSet(Texts texts)
+    {
+        for (const std::u16string_view text : texts) {
+            m_fillers.emplace_back(text);
+            m_byFirstUnit[slot(m_fillers.back().folding.front())] |= 1U << (m_fillers.size() - 1);
+        }
+    }
+
+    [[nodiscard]] const std::vector<Filler> &fillers() const { return m_fillers; }
+
+    /// Every place at which one of the patterns of a filler can find it, in ascending order, and
+    /// few others: where the case-folded text reads as the folded filler, and neither neighbour is
+    /// a word character that makes a word boundary impossible (blanks, commas and the ends of the
+    /// text, which the patterns for the start and the end ask for, are none).
+    void findOccurrences(std::u16string_view text, std::vector<Occurrence> &occurrences) const
+    {
+        occurrences.clear();
+        thread_local std::u16string units;
+        thread_local std::vector<uint32_t> origins;
+        units.clear();
+        origins.clear();
+        for (size_t at = 0; at < text.size();) {
+            const char16_t unit = text[at];
+            if (unit < 0x80) {
+                units += unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
+                origins.push_back(static_cast<uint32_t>(at++));
+                continue;
+            }
+            const char32_t c = characterAt(text, at);
+            const Folding folding(c);
+            units += folding.units();
+            origins.resize(units.size(), inside);
+            if (!folding.units().empty())
+                origins[units.size() - folding.units().size()] = static_cast<uint32_t>(at);
+            at += U16_LENGTH(c);
+        }
+
+        bool wordBefore = false;
+        for (size_t at = 0; at < units.size(); ++at) {
+            const bool impossible = wordBefore;
+            if (units[at] < 0x80) {
+                wordBefore = isAsciiWord(units[at]);
+            } else {
+                const size_t origin = origins[at];
+                const char32_t c = origin == inside ? 0 : characterAt(text, origin);
+                if (origin != inside)
+                    wordBefore = isWord(c) && !isTransparent(c);
+            }
+            if (impossible || origins[at] == inside)
+                continue;
+            for (uint32_t mask = m_byFirstUnit[slot(units[at])]; mask != 0; mask &= mask - 1) {
+                const auto index = static_cast<uint32_t>(std::countr_zero(mask));
+                const std::u16string &folding = m_fillers[index].folding;
+                if (units.compare(at, folding.size(), folding) != 0)
+                    continue;
+                const size_t end = at + folding.size();
+                if (end < units.size() && origins[end] != inside
+                    && isWord(characterAt(text, origins[end])))
+                    continue;
+                occurrences.push_back({index, origins[at]});
+            }
+        }
+    }
+
+private:
+    /// Marks a unit of a folding that is not its first one.
+    static constexpr uint32_t inside = std::numeric_limits<uint32_t>::max();
+
+    static size_t slot(char16_t unit) { return unit & 0xFF; }
+
+    std::vector<Filler> m_fillers;
+    /// Bit i of an entry: filler i starts with a code unit that has this low byte.
+    std::array<uint32_t, 256> m_byFirstUnit{};
+};
+
+const FillerSet &fillerSet(size_t language)
+{
+    static std::array<std::once_flag, languages.size()> once;
+    static std::array<std::unique_ptr<const FillerSet>, languages.size()> sets;
+    std::call_once(once[language], [&] {
+        sets[language] = std::make_unique<const FillerSet>(languages[language].fillers);
+    });
+    return *sets[language];
+}
+
+/// This thread's matcher of a pattern; null when it can't be had.
+icu::RegexMatcher *matcherFor(const Pattern &pattern)
+{
+    // Patterns live as long as the process and are shared; matchers have state.
+    thread_local std::unordered_map<const icu::RegexPattern *, std::unique_ptr<icu::RegexMatcher>>
+        matchers;
+    if (!pattern)
+        return nullptr;
+    auto &matcher = matchers[pattern.get()];
+    if (!matcher) {
+        UErrorCode status = U_ZERO_ERROR;
+        matcher.reset(pattern->matcher(status));
+        if (U_FAILURE(status))
+            matcher.reset();
+    }
+    return matcher.get();
+}
+
+enum class Template { empty, blank, firstGroup };
+
+constexpr size_t none = std::u16string_view::npos;
+
+/// Replaces all matches from left to right, as the engine's own search would find them.
+///
+/// The engine would try every position; here it tries those that `nextStart(from)` yields: the
+/// first position at or after `from` at which a match can start, or `none`. Where it can't run, the
+/// text stays as it is. Returns whether anything was replaced.
+template <typename NextStart>
+bool replaceAll(QString &text, const Pattern &pattern, Template replacement, NextStart nextStart)
+{
+    size_t start = nextStart(size_t{0});
+    if (start == none)
+        return false;
+    icu::RegexMatcher *matcher = matcherFor(pattern);
+    if (!matcher)
+        return false;
+    const icu::UnicodeString input(false, view(text).data(), static_cast<int32_t>(text.size()));
+    matcher->reset(input);
+
+    QString result;
+    qsizetype copied = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    while (start != none) {
+        if (!matcher->lookingAt(static_cast<int64_t>(start), status)) {
+            if (U_FAILURE(status))
+                return false;
+            start = nextStart(start + 1);
+            continue;
+        }
+        const qsizetype end = matcher->end(status);
+        result += QStringView(text).mid(copied, static_cast<qsizetype>(start) - copied);
+        if (replacement == Template::blank) {
+            result += u' ';
+        } else if (replacement == Template::firstGroup) {
+            const qsizetype group = matcher->start(1, status);
+            result += QStringView(text).mid(group, matcher->end(1, status) - group);
+        }
+        copied = end;
+        start = nextStart(static_cast<size_t>(end));
+    }
+    if (U_FAILURE(status) || copied == 0)
+        return false;
+    result += QStringView(text).mid(copied);
+    text = result;
+    return true;
+}
+
+void removeStartingWith(QString &text, char16_t first, const Pattern &pattern)
+{
+    replaceAll(text, pattern, Template::empty,
+               [&](size_t from) { return view(text).find(first, from); });
+}
+
+void removeFillers(QString &text, const FillerSet &set)
+{
+    thread_local std::vector<Occurrence> occurrences;
+    const auto search = [&] { set.findOccurrences(view(text), occurrences); };
+    search();
+    for (uint32_t index = 0; index < set.fillers().size() && !occurrences.empty(); ++index) {
+        const Filler &filler = set.fillers()[index];
+        const auto isOfFiller = [&](const Occurrence &each) { return each.filler == index; };
+        const auto occurs = [&] { return std::ranges::any_of(occurrences, isOfFiller); };
+
+        if (!occurs())
+            continue;
+        auto next = occurrences.cbegin();
+        const auto nextOccurrence = [&](size_t from) {
+            next = std::find_if(next, occurrences.cend(), [&](const Occurrence &each) {
+                return isOfFiller(each) && each.position >= from;
+            });
+            return next == occurrences.cend() ? none : next->position;
+        };
+        if (replaceAll(text, filler.anywhere, Template::blank, nextOccurrence))
+            search();
+
+        if (!occurs())
+            continue;
+        const auto startOfText = [](size_t from) { return from == 0 ? from : none; };
+        if (replaceAll(text, filler.atStart, Template::blank, startOfText))
+            search();
+
+        if (!occurs())
+            continue;
+        // A filler at the end is the last one; the match starts with the commas and blanks before.
+        const auto last = std::find_if(occurrences.crbegin(), occurrences.crend(), isOfFiller);
+        size_t blanks = last->position;
+        while (blanks > 0 && (text[blanks - 1] == u',' || isBlank(text[blanks - 1].unicode())))
+            --blanks;
+        const auto blanksBeforeLast = [&](size_t from) { return from <= blanks ? blanks : none; };
+        if (replaceAll(text, filler.atEnd, Template::blank, blanksBeforeLast))
+            search();
+    }
+}
+
+/// The first position at or after `from` at which a word starts that may be followed by itself.
+size_t nextRepetition(std::u16string_view text, size_t from)
+{
+    size_t at = from;
+    if (at > 0 && at < text.size() && U16_IS_TRAIL(text[at]) && U16_IS_LEAD(text[at - 1]))
+        ++at;
+    while (at < text.size()) {
+        const char32_t c = characterAt(text, at);
+        if (!isWord(c)) {
+            at += U16_LENGTH(c);
+            continue;
+        }
+        // A run of word characters holds at most one place where a match can start: the first
+        // character that is not transparent, if no word character stands before it.
+        size_t before = at;
+        bool wordBefore = false;
+        while (before > 0) {
+            const char32_t previous = characterBefore(text, before);
+            if (!isTransparent(previous)) {
+                wordBefore = isWord(previous);
+                break;
+            }
+            before -= U16_LENGTH(previous);
+        }
+        size_t start = none;
+        size_t end = at;
+        while (end < text.size()) {
+            const char32_t each = characterAt(text, end);
+            if (!isWord(each))
+                break;
+            if (start == none && !isTransparent(each))
+                start = end;
+            end += U16_LENGTH(each);
+        }
+        size_t second = end;
+        while (second < text.size() && isBlank(text[second]))
+            ++second;
+        if (start != none && !wordBefore && second > end && second < text.size()) {
+            const Folding left(characterAt(text, start));
+            const Folding right(characterAt(text, second));
+            if (left.units().empty() || right.units().empty()
+                || left.units().front() == right.units().front())
+                return start;
+        }
+        at = second > end ? second : end;
+    }
+    return none;
+}
+
+/// The first position at or after `from` at which a run of blanks starts. A match of blanks that
+/// does not succeed there does not succeed later in the run either.
+size_t nextBlanks(std::u16string_view text, size_t from)
+{
+    for (size_t at = from; at < text.size(); ++at) {
+        if (isBlank(text[at]) && (at == 0 || !isBlank(text[at - 1])))
+            return at;
+    }
+    return none;
+}
+
+void capitalize(QString &text)
+{
+    const QString first = Graphemes::prefix(text, 1);
+    const icu::UnicodeString character(first.utf16(), static_cast<int32_t>(first.size()));
+    const icu::Locale &root = icu::Locale::getRoot();
+    const icu::UnicodeString upper = icu::UnicodeString(character).toUpper(root);
+    if (upper == character || icu::UnicodeString(character).toLower(root) != character)
+        return;
+    text.replace(0, first.size(),
+                 QString(reinterpret_cast<const QChar *>(upper.getBuffer()), upper.length()));
+}
+
+void applyPatterns(QString &text, const FillerSet &fillers)
+{
+    static const Pattern soundTag = compile(soundTagPattern, UREGEX_CASE_INSENSITIVE);
+    static const Pattern stageDirection = compile(stageDirectionPattern, UREGEX_CASE_INSENSITIVE);
+    static const Pattern repetition = compile(repetitionPattern, UREGEX_CASE_INSENSITIVE);
+    static const Pattern blanksBeforePunctuation = compile(blanksBeforePunctuationPattern, 0);
+    static const Pattern blanks = compile(blanksPattern, 0);
+
+    removeStartingWith(text, u'[', soundTag);
+    removeStartingWith(text, u'*', stageDirection);
+    removeFillers(text, fillers);
+    replaceAll(text, repetition, Template::firstGroup,
+               [&](size_t from) { return nextRepetition(view(text), from); });
+    const auto nextBlanksInText = [&](size_t from) { return nextBlanks(view(text), from); };
+    replaceAll(text, blanksBeforePunctuation, Template::firstGroup, nextBlanksInText);
+    replaceAll(text, blanks, Template::blank, nextBlanksInText);
+}
+
+} // namespace
+
+QString TextCorrector::correct(const QString &text, const QString &language)
+{
+    const auto known = std::ranges::find(languages, view(language), &Language::code);
+    const size_t fillers = known == languages.end() ? 0 : static_cast<size_t>(known - languages.begin());
+
+    QString corrected = text;
+    // The engine counts code units in 32 bits.
+    if (corrected.size() < std::numeric_limits<int32_t>::max())
+        applyPatterns(corrected, fillerSet(fillers));
+    corrected = corrected.trimmed();
+    if (known != languages.end() && known->capitalizes && !corrected.isEmpty())
+        capitalize(corrected);
+    return corrected;
+}
+
+} // namespace Velloro

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "Platform/DownloadSession.h"
+
+#include <QObject>
+#include <chrono>
+#include <curl/curl.h>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace Velloro {
+
+class HttpTransfer;
+
+/// Downloads over HTTP and HTTPS, with libcurl, on a thread of its own that begins with the first
+/// transfer. Nothing but the reports takes the main thread's time.
+///
+/// Qt's own client would not do: it takes a body that goes on beyond the promised length, and a
+/// chunked one that breaks off, for a success.
+class NetworkDownloadSession : public QObject, public DownloadSession
+{
+public:
+    /// A transfer on which nothing arrives for `stallTimeout` fails.
+    NetworkDownloadSession(DownloadSessionDelegate &delegate, const QString &temporaryDirectory,
+                           std::chrono::milliseconds stallTimeout = std::chrono::seconds(60));
+    /// Waits for the thread, which may have to finish a write to the disk.
+    ~NetworkDownloadSession() override;
+
+    [[nodiscard]] DownloadTaskId downloadTask(const QUrl &url) override;
+    void resume(DownloadTaskId task) override;
+
+private:
+    struct Request
+    {
+        DownloadTaskId task = 0;
+        QUrl url;
+    };
+    struct Running;
+    struct MultiDeleter
+    {
+        void operator()(CURLM *multi) const { curl_multi_cleanup(multi); }
+    };
+
+    // On the session's thread.
+    void run();
+    void begin(const Request &request, std::vector<Running> &transfers);
+    void end(Running &running, CURLcode code);
+    void reportCompletion(DownloadTaskId task, const PlatformError &error);
+
+    DownloadSessionDelegate &m_delegate;
+    const QString m_temporaryDirectory;
+    const std::chrono::milliseconds m_stallTimeout;
+
+    // Main thread.
+    DownloadTaskId m_lastTask = 0;
+    std::vector<Request> m_suspended;
+
+    std::mutex m_mutex;
+    std::vector<Request> m_requests; ///< Under the mutex.
+    bool m_isEnding = false;         ///< Under the mutex.
+
+    std::unique_ptr<CURLM, MultiDeleter> m_multi;
+    std::thread m_thread;
+};
+
+} // namespace Velloro

@@ -1,0 +1,306 @@
+#include "Managers/HotkeyManager.h"
+
+#include "Support/InMemoryHotkeyRegistration.h"
+#include "Support/LogRecorder.h"
+
+#include <QCoreApplication>
+#include <gmock/gmock.h>
+
+namespace Velloro {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+using Combination = InMemoryHotkeyRegistration::Combination;
+
+constexpr HotkeyIdentifier ours{0x564C524F, 1};
+
+/// Settings that remember the order in which they were written.
+class RecordedDefaults : public UserDefaults
+{
+public:
+    QMap<QString, DefaultsValue> values;
+    QStringList writes;
+
+    std::optional<DefaultsValue> value(const QString &key) const override
+    {
+        return values.contains(key) ? std::optional(values[key]) : std::nullopt;
+    }
+    void setValue(const QString &key, const DefaultsValue &value) override
+    {
+        values[key] = value;
+        writes << QStringLiteral("%1=%2").arg(key).arg(std::get<int64_t>(value));
+    }
+    void removeValue(const QString &key) override { values.remove(key); }
+};
+
+class HotkeyManagerTest : public ::testing::Test
+{
+protected:
+    HotkeyManagerTest()
+    {
+        platform.userDefaults.reset(defaults = new RecordedDefaults);
+        platform.hotkeyRegistration.reset(registration = new InMemoryHotkeyRegistration);
+    }
+
+    HotkeyManager &launch()
+    {
+        manager.reset();
+        manager = HotkeyManager::makeShared(platform);
+        manager->setOnHotkeyPressed([this] { calls << QStringLiteral("pressed"); });
+        manager->setOnHotkeyReleased([this] { calls << QStringLiteral("released"); });
+        return *manager;
+    }
+
+    void store(const DefaultsValue &keyCode, const DefaultsValue &modifiers)
+    {
+        defaults->values = {{QStringLiteral("VelloroHotkeyKeyCode"), keyCode},
+                            {QStringLiteral("VelloroHotkeyModifiers"), modifiers}};
+    }
+
+    Platform platform;
+    RecordedDefaults *defaults;
+    InMemoryHotkeyRegistration *registration;
+    LogRecorder log;
+    QStringList calls;
+    std::unique_ptr<HotkeyManager> manager;
+};
+
+TEST_F(HotkeyManagerTest, startsWithTheStoredCombinationOrTheDefault)
+{
+    struct
+    {
+        const char *what;
+        DefaultsValue keyCode, modifiers;
+        uint32_t expectedKeyCode, expectedModifiers;
+    } const cases[] = {
+        {"stored", int64_t(96), int64_t(4096), 96, 4096},
+        {"no modifiers", int64_t(96), int64_t(0), 96, 0},
+        {"the key with code 0", int64_t(0), int64_t(256), 49, 2048},
+        {"largest", int64_t(0xffffffff), int64_t(0xffffffff), 0xffffffff, 0xffffffff},
+        {"key code too great", int64_t(0x100000000), int64_t(256), 49, 2048},
+        {"key code negative", int64_t(-1), int64_t(256), 49, 2048},
+        {"modifiers too great", int64_t(0), int64_t(0x100000000), 49, 2048},
+        {"modifiers negative", int64_t(96), int64_t(-1), 49, 2048},
+        {"a text", QStringLiteral("96"), int64_t(256), 49, 2048},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        store(c.keyCode, c.modifiers);
+        launch();
+        EXPECT_EQ(manager->currentKeyCode(), c.expectedKeyCode);
+        EXPECT_EQ(manager->currentModifiers(), c.expectedModifiers);
+    }
+    defaults->values.clear();
+    EXPECT_EQ(launch().hotkeyDisplayString(), u"⌥Space"_qs);
+    EXPECT_EQ(&HotkeyManager::shared(), manager.get());
+    EXPECT_THAT(defaults->writes, IsEmpty());
+    EXPECT_THAT(registration->attempts, IsEmpty());
+}
+
+TEST_F(HotkeyManagerTest, registersAndSaysSo)
+{
+    launch().registerHotkey();
+    EXPECT_THAT(registration->attempts, ElementsAre(Combination{49, 2048, ours}));
+    manager->registerHotkey();
+    EXPECT_EQ(registration->registered.size(), 1u);
+    EXPECT_EQ(registration->pressedHandlersInstalled, 1);
+    EXPECT_EQ(registration->releasedHandlersInstalled, 1);
+
+    manager->unregisterHotkey();
+    manager->unregisterHotkey();
+    EXPECT_TRUE(registration->registered.empty());
+    EXPECT_THAT(log.messages(u"HotkeyManager"_qs),
+                ElementsAre(u"Registered hotkey: ⌥Space"_qs, u"Registered hotkey: ⌥Space"_qs));
+}
+
+TEST_F(HotkeyManagerTest, keepsTheStatusOfARefusal)
+{
+    launch();
+    int statusChanges = 0;
+    QObject::connect(manager.get(), &HotkeyManager::registrationStatusChanged, [&] { ++statusChanges; });
+    registration->refusal = -9878;
+    manager->registerHotkey();
+    manager->registerHotkey();
+    EXPECT_EQ(manager->registrationStatus(), -9878);
+    EXPECT_EQ(statusChanges, 1);
+
+    registration->refusal = 0;
+    manager->updateHotkey(96, 0);
+    EXPECT_EQ(manager->registrationStatus(), std::nullopt);
+    EXPECT_EQ(statusChanges, 2);
+    EXPECT_THAT(log.messages(u"HotkeyManager"_qs),
+                ElementsAre(u"Failed to register hotkey: -9878"_qs,
+                            u"Failed to register hotkey: -9878"_qs, u"Registered hotkey: F5"_qs,
+                            u"Updated hotkey to: F5"_qs));
+}
+
+TEST_F(HotkeyManagerTest, anUpdateIsStoredAndTakesTheOldCombinationsPlace)
+{
+    launch().registerHotkey();
+    int keyCodeChanges = 0;
+    QObject::connect(manager.get(), &HotkeyManager::currentKeyCodeChanged, [&] { ++keyCodeChanges; });
+    int modifierChanges = 0;
+    QObject::connect(manager.get(), &HotkeyManager::currentModifiersChanged, [&] { ++modifierChanges; });
+    manager->updateHotkey(2, 768);
+    manager->updateHotkey(2, 768);
+
+    EXPECT_THAT(defaults->writes,
+                ElementsAre(u"VelloroHotkeyKeyCode=2"_qs, u"VelloroHotkeyModifiers=768"_qs,
+                            u"VelloroHotkeyKeyCode=2"_qs, u"VelloroHotkeyModifiers=768"_qs));
+    EXPECT_EQ(keyCodeChanges, 1);
+    EXPECT_EQ(modifierChanges, 1);
+    ASSERT_EQ(registration->registered.size(), 1u);
+    EXPECT_EQ(registration->registered.begin()->second, (Combination{2, 768, ours}));
+    EXPECT_EQ(registration->attempts.size(), 3u);
+    EXPECT_EQ(launch().hotkeyDisplayString(), u"⌘⇧D"_qs);
+}
+
+TEST_F(HotkeyManagerTest, deliversAfterTheHandlerInOrder)
+{
+    launch().registerHotkey();
+    int changes = 0;
+    QObject::connect(manager.get(), &HotkeyManager::isHotkeyPressedChanged, [&] { ++changes; });
+    registration->press();
+    registration->release();
+    EXPECT_THAT(calls, IsEmpty());
+    EXPECT_FALSE(manager->isHotkeyPressed());
+
+    manager->setOnHotkeyPressed([this] {
+        calls << QStringLiteral("pressed %1").arg(manager->isHotkeyPressed());
+    });
+    QCoreApplication::processEvents();
+    EXPECT_THAT(calls, ElementsAre(u"pressed 1"_qs, u"released"_qs));
+    EXPECT_FALSE(manager->isHotkeyPressed());
+    EXPECT_EQ(changes, 2);
+}
+
+TEST_F(HotkeyManagerTest, delivers)
+{
+    constexpr HotkeyIdentifier otherSignature{7, 1};
+    constexpr HotkeyIdentifier otherId{0x564C524F, 2};
+    struct
+    {
+        const char *what;
+        bool paused;
+        const HotkeyIdentifier *identifier;
+        QStringList expected;
+    } const cases[] = {
+        {"ours", false, &ours, {u"pressed"_qs, u"released"_qs}},
+        {"another signature", false, &otherSignature, {u"pressed"_qs, u"released"_qs}},
+        {"another id", false, &otherId, {}},
+        {"unreadable", false, nullptr, {}},
+        {"paused", true, &ours, {u"released"_qs}},
+    };
+    launch().registerHotkey();
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        calls.clear();
+        manager->setIsPaused(c.paused);
+        registration->press(c.identifier);
+        registration->release(c.identifier);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(calls, c.expected);
+    }
+}
+
+TEST_F(HotkeyManagerTest, pausingWhileHeldStillEndsThePress)
+{
+    launch().registerHotkey();
+    registration->press();
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(manager->isHotkeyPressed());
+    manager->setIsPaused(true);
+    registration->release();
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(manager->isHotkeyPressed());
+}
+
+TEST_F(HotkeyManagerTest, afterTheCleanUpNothingArrivesUntilTheNextRegistration)
+{
+    launch().registerHotkey();
+    registration->press();
+    manager->cleanup();
+    manager->cleanup();
+    registration->press(&ours);
+    QCoreApplication::processEvents();
+    EXPECT_THAT(calls, IsEmpty());
+    EXPECT_TRUE(registration->registered.empty());
+
+    manager->registerHotkey();
+    EXPECT_EQ(registration->pressedHandlersInstalled, 2);
+    manager->setOnHotkeyReleased([this] { calls << QStringLiteral("released again"); });
+    registration->release();
+    QCoreApplication::processEvents();
+    EXPECT_THAT(calls, ElementsAre(u"released again"_qs));
+
+    // Work that waits ends with the manager.
+    registration->release();
+    manager.reset();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(calls.size(), 1);
+    EXPECT_TRUE(registration->registered.empty());
+}
+
+TEST(HotkeyDisplayTest, showsModifiersAndKey)
+{
+    struct
+    {
+        uint32_t keyCode, modifiers;
+        QString expected;
+    } const cases[] = {
+        {49, 2048, u"⌥Space"_qs},
+        {49, 0x80000, u"⌥Space"_qs},
+        {2, 768, u"⌘⇧D"_qs},
+        {0, 0x1e0000, u"⌘⌃⌥⇧"_qs},
+        {0, 256, u"⌘"_qs},
+        {36, 256 + 512 + 2048 + 4096, u"⌘⌃⌥⇧Return"_qs},
+        {48, 0, u"Tab"_qs},
+        {53, 0, u"Esc"_qs},
+        {96, 0, u"F5"_qs},
+        {10, 4096, u"⌃?"_qs},
+        {105, 0, u"?"_qs},
+        {127, 0, u"?"_qs},
+        {0xffffffff, 0, u"?"_qs},
+        // At and above the line between the two encodings; other bits say nothing.
+        {49, 10000, u"⌘⇧Space"_qs},
+        {49, 10001, u"Space"_qs},
+        {49, 0x10000 | 256, u"Space"_qs},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(HotkeyManager::string(c.keyCode, c.modifiers), c.expected)
+            << c.keyCode << " with " << c.modifiers;
+}
+
+TEST(HotkeyDisplayTest, namesEveryKeyOfTheTable)
+{
+    const QHash<uint32_t, QString> names = {
+        {1, u"S"_qs}, {2, u"D"_qs}, {3, u"F"_qs}, {4, u"H"_qs}, {5, u"G"_qs}, {6, u"Z"_qs},
+        {7, u"X"_qs}, {8, u"C"_qs}, {9, u"V"_qs}, {11, u"B"_qs}, {12, u"Q"_qs}, {13, u"W"_qs},
+        {14, u"E"_qs}, {15, u"R"_qs}, {16, u"Y"_qs}, {17, u"T"_qs}, {31, u"O"_qs}, {32, u"U"_qs},
+        {34, u"I"_qs}, {35, u"P"_qs}, {37, u"L"_qs}, {38, u"J"_qs}, {40, u"K"_qs}, {45, u"N"_qs},
+        {46, u"M"_qs}, {18, u"1"_qs}, {19, u"2"_qs}, {20, u"3"_qs}, {21, u"4"_qs}, {22, u"6"_qs},
+        {23, u"5"_qs}, {25, u"9"_qs}, {26, u"7"_qs}, {28, u"8"_qs}, {29, u"0"_qs}, {24, u"="_qs},
+        {27, u"-"_qs}, {30, u"]"_qs}, {33, u"["_qs}, {39, u"'"_qs}, {41, u";"_qs}, {42, u"\\"_qs},
+        {43, u","_qs}, {44, u"/"_qs}, {47, u"."_qs}, {50, u"`"_qs}, {51, u"⌫"_qs}, {117, u"⌦"_qs},
+        {115, u"Home"_qs}, {119, u"End"_qs}, {116, u"PgUp"_qs}, {121, u"PgDn"_qs}, {123, u"←"_qs},
+        {124, u"→"_qs}, {125, u"↓"_qs}, {126, u"↑"_qs}, {122, u"F1"_qs}, {120, u"F2"_qs},
+        {99, u"F3"_qs}, {118, u"F4"_qs}, {96, u"F5"_qs}, {97, u"F6"_qs}, {98, u"F7"_qs},
+        {100, u"F8"_qs}, {101, u"F9"_qs}, {109, u"F10"_qs}, {103, u"F11"_qs}, {111, u"F12"_qs},
+        {36, u"Return"_qs}, {48, u"Tab"_qs}, {49, u"Space"_qs}, {53, u"Esc"_qs}, {0, QString()},
+    };
+    for (uint32_t keyCode = 0; keyCode < 140; ++keyCode)
+        EXPECT_EQ(HotkeyManager::string(keyCode, 0), names.value(keyCode, u"?"_qs)) << keyCode;
+}
+
+TEST(HotkeyDisplayTest, convertsEventFlagsOneByOne)
+{
+    for (const auto &[flag, mask] : {std::pair{0x100000u, 256u}, {0x80000u, 2048u},
+                                     {0x40000u, 4096u}, {0x20000u, 512u}, {0x810000u, 0u}})
+        EXPECT_EQ(HotkeyManager::nsEventToCarbonModifiers(flag), mask) << flag;
+    EXPECT_EQ(HotkeyManager::nsEventToCarbonModifiers(0xffffffff), 256u + 512 + 2048 + 4096);
+}
+
+} // namespace
+} // namespace Velloro
