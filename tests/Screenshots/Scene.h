@@ -6,6 +6,7 @@
 #include "Views/ViewEngine.h"
 
 #include <QImage>
+#include <QQuickWindow>
 #include <QString>
 #include <functional>
 

@@ -1,14 +1,14 @@
 import QtQuick
 import Velloro
 
-/// The visible keyboard focus around `control`; a child of it.
+/// The visible keyboard focus around `control`; a child of it or of its background.
 Rectangle {
     id: ring
 
     property Item control: parent
     property real gap: 2
 
-    anchors.fill: control
+    anchors.fill: parent
     anchors.margins: -gap
     visible: control.visualFocus !== undefined ? control.visualFocus : control.activeFocus
     color: "transparent"

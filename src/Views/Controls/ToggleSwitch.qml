@@ -44,6 +44,6 @@ T.Switch {
             color: "#ffffff"
             Behavior on x { NumberAnimation { duration: 120; easing.type: Easing.OutQuad } }
         }
-        FocusRing { control: control; anchors.fill: parent; radius: parent.radius + gap }
+        FocusRing { control: control; radius: parent.radius + gap }
     }
 }
