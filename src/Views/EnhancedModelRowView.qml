@@ -34,7 +34,6 @@ T.AbstractButton {
         spacing: 8
 
         ColumnLayout {
-            Layout.fillWidth: true
             spacing: 2
 
             RowLayout {
@@ -57,6 +56,8 @@ T.AbstractButton {
                 Accessible.ignored: true
             }
         }
+
+        Item { Layout.fillWidth: true }
 
         Symbol {
             name: "checkmark"

@@ -36,8 +36,7 @@ Item {
             fill: parent
             leftMargin: 16
             rightMargin: 16
-            topMargin: 12
-            bottomMargin: 12
+            // Above and below the padding is 12; two lines together reach into it alike.
         }
         spacing: 12
 

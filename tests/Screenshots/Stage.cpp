@@ -31,11 +31,21 @@ QImage Stage::picture(const QString &file, const QVariantMap &initialProperties,
 QImage Stage::picture(QQuickWindow &window)
 {
     window.show();
-    window.requestActivate();
     (void)waitUntil([&window] { return window.isExposed(); });
     // Animations last 0.15 s at most.
     (void)waitUntil([] { return false; }, std::chrono::milliseconds(250));
-    return window.grabWindow();
+    // The content rather than the window: the windows of a screen that is none are not translucent.
+    QQuickItem *content = window.contentItem()->childItems().value(0);
+    if (!content)
+        return {};
+    const double ratio = window.effectiveDevicePixelRatio();
+    const auto grab = content->grabToImage((window.size() * ratio));
+    QImage image;
+    (void)waitUntil([&] {
+        image = grab->image();
+        return !image.isNull();
+    });
+    return image;
 }
 
 void Stage::setModelState(const QString &modelId, const ModelDownloadState &state)

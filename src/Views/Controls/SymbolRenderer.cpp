@@ -14,7 +14,7 @@ namespace Velloro::SymbolRenderer {
 
 namespace {
 
-constexpr double baseOpacity = 0.5;
+constexpr double baseOpacity = 0.55;
 /// A filled shape behind its mark: fainter, so that the mark is read at 16 pixels.
 constexpr double markedBaseOpacity = 0.35;
 
