@@ -165,6 +165,8 @@ Item {
                     width: Math.min(implicitWidth, line.width - cursor.width)
                     text: pill.model.displayedText
                     elide: Text.ElideLeft
+                    // A cut text is narrower than its room; it stays at the cursor.
+                    horizontalAlignment: truncated ? Text.AlignRight : Text.AlignLeft
                     maximumLineCount: 1
                     color: Theme.faded(Theme.primary, 0.8)
                     font.pixelSize: Math.round(12 * pill.textScale)

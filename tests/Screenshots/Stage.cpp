@@ -2,8 +2,9 @@
 
 #include "Support/WaitUntil.h"
 
-#include <QQuickView>
 #include <QQuickItem>
+#include <QQuickItemGrabResult>
+#include <QQuickView>
 #include <QTextStream>
 
 namespace Velloro {
