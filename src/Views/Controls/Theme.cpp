@@ -106,8 +106,8 @@ QColor Theme::window() const { return choose(0xfff3f3f5, 0xff252528); }
 QColor Theme::material() const
 {
     if (!isTranslucent())
-        return choose(0xfff6f6f8, 0xff2b2b2f);
-    return choose(0xe6f6f6f8, 0xe02b2b2f);
+        return choose(0xffeeeef1, 0xff2b2b2f);
+    return choose(0xebeeeef1, 0xe02b2b2f);
 }
 
 QColor Theme::group() const { return choose(0xffffffff, 0xff303034); }
