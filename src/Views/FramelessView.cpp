@@ -1,6 +1,7 @@
 #include "Views/FramelessView.h"
 
-#include <QPainterPath>
+#include <QBitmap>
+#include <QPainter>
 
 namespace Velloro {
 
@@ -27,9 +28,14 @@ void FramelessView::updateMask()
         setMask({});
         return;
     }
-    QPainterPath path;
-    path.addRoundedRect(QRectF(QPointF(), size()), m_cornerRadius, m_cornerRadius);
-    setMask(QRegion(path.toFillPolygon().toPolygon()));
+    QBitmap bitmap(size());
+    bitmap.clear();
+    QPainter painter(&bitmap);
+    painter.setBrush(Qt::color1);
+    painter.setPen(Qt::NoPen);
+    painter.drawRoundedRect(QRectF(QPointF(), size()), m_cornerRadius, m_cornerRadius);
+    painter.end();
+    setMask(QRegion(bitmap));
 }
 
 } // namespace Velloro

@@ -7,8 +7,6 @@ constexpr int skippedStatus = 77;
 int main(int argc, char **argv)
 {
     ::testing::InitGoogleMock(&argc, argv);
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     const int status = RUN_ALL_TESTS();
     const bool skipped = ::testing::UnitTest::GetInstance()->skipped_test_count() > 0;
