@@ -8,10 +8,17 @@ namespace Velloro {
 
 VelloroApp::VelloroApp(Platform &platform, QObject *parent)
     : QObject(parent)
-    , m_appDelegate(platform, [] { return std::make_unique<RecordingPillWindowController>(); })
-    , m_menuBarExtra(m_appDelegate.appState())
+    , m_viewEngine(*platform.appearance)
+    , m_appDelegate(platform,
+                    [this] {
+                        return std::make_unique<RecordingPillWindowController>(m_viewEngine);
+                    })
+    , m_menuBarExtra(m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine,
+                     *platform.userNotifications)
 {
     connect(&m_menuBarExtra, &MenuBarExtra::quitRequested, this, &VelloroApp::terminate);
+    connect(&m_menuBarExtra, &MenuBarExtra::openSettingsRequested, this,
+            &VelloroApp::openSettingsRequested);
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &m_appDelegate,
             &AppDelegate::applicationWillTerminate);
 }
@@ -30,7 +37,7 @@ void VelloroApp::terminate()
 
 void VelloroApp::activate()
 {
-    m_menuBarExtra.show();
+    m_menuBarExtra.openPanel();
 }
 
 } // namespace Velloro

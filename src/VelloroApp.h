@@ -2,6 +2,7 @@
 
 #include "AppDelegate.h"
 #include "Views/MenuBarExtra.h"
+#include "Views/ViewEngine.h"
 
 #include <QObject>
 
@@ -23,7 +24,12 @@ public:
     /// Puts the program in front of the user, as a second start asks for.
     void activate();
 
+Q_SIGNALS:
+    /// The user asks for the settings window.
+    void openSettingsRequested();
+
 private:
+    ViewEngine m_viewEngine;
     AppDelegate m_appDelegate;
     MenuBarExtra m_menuBarExtra;
 };

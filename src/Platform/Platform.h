@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Accessibility.h"
+#include "Platform/Appearance.h"
 #include "Platform/AudioEngine.h"
 #include "Platform/CaptureAuthorization.h"
 #include "Platform/DownloadSession.h"
@@ -36,6 +37,7 @@ struct Platform
     std::unique_ptr<Accessibility> accessibility;
     std::unique_ptr<KeyboardEvents> keyboardEvents;
     std::unique_ptr<Pasteboard> pasteboard;
+    std::unique_ptr<Appearance> appearance;
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<UserNotifications> userNotifications;
     std::unique_ptr<SystemSounds> systemSounds;

@@ -1,12 +1,56 @@
 #include "Views/MenuBarExtra.h"
 
-#include <QIcon>
+#include "Core/Log.h"
+#include "Views/Controls/SymbolRenderer.h"
+#include "Views/WindowPlacement.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QTimer>
+
+using namespace std::chrono_literals;
 
 namespace Velloro {
 
 namespace {
 
-QString symbolName(TranscriptionState state)
+constexpr double cornerRadius = 10;
+/// How long a desktop that is starting may take to bring its tray.
+constexpr auto trayPatience = 10s;
+/// A click on the icon takes the focus from the panel this long before it is reported, at most.
+constexpr qint64 sameClickMilliseconds = 400;
+
+} // namespace
+
+MenuBarExtra::MenuBarExtra(AppState &appState, HotkeyManager &hotkeyManager, ViewEngine &engine,
+                           UserNotifications &userNotifications, QObject *parent)
+    : QObject(parent)
+    , m_appState(appState)
+    , m_engine(engine)
+    , m_userNotifications(userNotifications)
+    , m_model(appState, hotkeyManager)
+{
+    m_menu.addAction(tr("Open Velloro"), this, &MenuBarExtra::openPanel);
+    m_menu.addAction(tr("Settings..."), this, &MenuBarExtra::openSettingsRequested);
+    m_menu.addSeparator();
+    m_menu.addAction(tr("Quit"), &m_model, &MenuBarModel::quit);
+    m_trayIcon.setContextMenu(&m_menu);
+    connect(&m_trayIcon, &QSystemTrayIcon::activated, this, &MenuBarExtra::activated);
+    connect(&appState, &AppState::transcriptionStateChanged, this, &MenuBarExtra::updateIcon);
+    connect(&engine.appearance(), &Appearance::changed, this, &MenuBarExtra::updateIcon);
+    connect(&m_model, &MenuBarModel::openSettingsRequested, this, [this] {
+        closePanel();
+        Q_EMIT openSettingsRequested();
+    });
+    connect(&m_model, &MenuBarModel::quitRequested, this, &MenuBarExtra::quitRequested);
+    connect(&m_model, &MenuBarModel::closeRequested, this, &MenuBarExtra::closePanel);
+    updateIcon();
+}
+
+MenuBarExtra::~MenuBarExtra() = default;
+
+QString MenuBarExtra::symbolName(TranscriptionState state)
 {
     switch (state) {
     case TranscriptionState::idle:
@@ -21,28 +65,120 @@ QString symbolName(TranscriptionState state)
     Q_UNREACHABLE();
 }
 
-} // namespace
-
-MenuBarExtra::MenuBarExtra(AppState &appState, QObject *parent)
-    : QObject(parent)
-    , m_appState(appState)
-{
-    m_menu.addAction(tr("Quit"), this, &MenuBarExtra::quitRequested);
-    m_trayIcon.setContextMenu(&m_menu);
-    m_trayIcon.setToolTip(QStringLiteral("Velloro"));
-    connect(&appState, &AppState::transcriptionStateChanged, this, &MenuBarExtra::updateIcon);
-    updateIcon();
-}
-
 void MenuBarExtra::show()
 {
     m_trayIcon.show();
+    QTimer::singleShot(trayPatience, this, &MenuBarExtra::tellOfMissingTray);
+}
+
+void MenuBarExtra::tellOfMissingTray()
+{
+    if (QSystemTrayIcon::isSystemTrayAvailable())
+        return;
+    m_userNotifications.deliver(
+        tr("Velloro is running"),
+        tr("This desktop has no tray for its icon. Start Velloro again to open its panel."));
 }
 
 void MenuBarExtra::updateIcon()
 {
-    m_trayIcon.setIcon(QIcon(QStringLiteral(":/symbols/%1.svg").arg(
-        symbolName(m_appState.transcriptionState()))));
+    const QColor color = m_engine.appearance().isTrayDark() ? QColor(Qt::white)
+                                                            : QColor(0x1c, 0x1c, 0x1e);
+    m_trayIcon.setIcon(SymbolRenderer::icon(symbolName(m_appState.transcriptionState()), color));
+    m_trayIcon.setToolTip(QStringLiteral("Velloro: %1").arg(m_model.stateText()));
+}
+
+void MenuBarExtra::activated(QSystemTrayIcon::ActivationReason reason)
+{
+    if (reason == QSystemTrayIcon::Context)
+        return;
+    if (m_panel && m_panel->isVisible()) {
+        closePanel();
+        return;
+    }
+    if (m_closedByFocus.isValid() && m_closedByFocus.elapsed() < sameClickMilliseconds) {
+        m_closedByFocus.invalidate();
+        return;
+    }
+    m_clickPosition = QCursor::pos();
+    openPanel();
+    m_clickPosition.reset();
+}
+
+void MenuBarExtra::openPanel()
+{
+    makePanel();
+    if (!m_panel)
+        return;
+    placePanel();
+    m_panel->show();
+    m_panel->raise();
+    m_panel->requestActivate();
+}
+
+void MenuBarExtra::closePanel()
+{
+    if (m_panel)
+        m_panel->hide();
+}
+
+void MenuBarExtra::makePanel()
+{
+    if (m_panel)
+        return;
+    auto panel = std::make_unique<FramelessView>(m_engine, Qt::Tool | Qt::WindowStaysOnTopHint,
+                                                 cornerRadius);
+    panel->setTitle(QStringLiteral("Velloro"));
+    panel->setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&m_model)}});
+    panel->setSource(ViewEngine::url(QStringLiteral("MenuBarView.qml")));
+    if (panel->status() != QQuickView::Ready) {
+        for (const QQmlError &error : panel->errors())
+            Log::line(u"MenuBar", error.toString());
+        return;
+    }
+    panel->installEventFilter(this);
+    // The panel grows and shrinks with its content; it stays at its icon's side.
+    connect(panel.get(), &QWindow::heightChanged, this, [this] {
+        if (m_panel && m_panel->isVisible())
+            placePanel();
+    });
+    m_panel = std::move(panel);
+}
+
+void MenuBarExtra::placePanel()
+{
+    QRect anchor = m_trayIcon.geometry();
+    if (!anchor.isValid() && m_clickPosition) {
+        // The tray does not tell where its icon is, but the pointer is on it.
+        anchor = QRect(*m_clickPosition - QPoint(8, 8), QSize(16, 16));
+    }
+    QScreen *screen = nullptr;
+    if (anchor.isValid()) {
+        screen = WindowPlacement::screenAt(anchor.center());
+    } else if (m_panel->isVisible()) {
+        anchor = QRect(m_panel->x(), m_panel->y() - 1, m_panel->width(), 1);
+        screen = m_panel->screen();
+    } else {
+        screen = WindowPlacement::screenAt(QCursor::pos());
+    }
+    if (!screen)
+        return;
+    const QRect frame = screen->availableGeometry();
+    if (!anchor.isValid())
+        anchor = QRect(frame.right(), frame.top(), 1, 1);
+    m_panel->setScreen(screen);
+    m_panel->setPosition(
+        WindowPlacement::panelOrigin(anchor, m_panel->size(), frame).toPoint());
+}
+
+bool MenuBarExtra::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_panel.get() && event->type() == QEvent::FocusOut && m_panel->isVisible()) {
+        m_closedByFocus.start();
+        // After the event has been dealt with: hiding takes the window's native side away.
+        QTimer::singleShot(0, this, &MenuBarExtra::closePanel);
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 } // namespace Velloro

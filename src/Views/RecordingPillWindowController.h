@@ -1,15 +1,38 @@
 #pragma once
 
 #include "Core/RecordingPill.h"
+#include "Views/FramelessView.h"
+#include "Views/RecordingPillModel.h"
+#include "Views/ViewEngine.h"
+
+#include <memory>
 
 namespace Velloro {
 
-/// Owns the pill's window: makes, places, shows and hides it.
+/// Owns the pill's window: makes, places, shows and hides it. Main thread only.
+///
+/// The window never takes the keyboard focus, is in no task list or window switcher, and stands on
+/// every desktop above all other windows: it is outside the window manager's care.
 class RecordingPillWindowController : public RecordingPill
 {
 public:
+    /// `engine` outlives the controller.
+    explicit RecordingPillWindowController(ViewEngine &engine);
+    ~RecordingPillWindowController() override;
+
     void show(AppState &appState) override;
     void hide() override;
+
+    /// The window; null until it is first shown, then always the same.
+    [[nodiscard]] QQuickWindow *window() const { return m_window.get(); }
+
+private:
+    void createWindow(AppState &appState);
+    void positionWindow();
+
+    ViewEngine &m_engine;
+    std::unique_ptr<RecordingPillModel> m_model;
+    std::unique_ptr<FramelessView> m_window;
 };
 
 } // namespace Velloro

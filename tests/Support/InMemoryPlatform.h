@@ -2,6 +2,7 @@
 
 #include "Platform/Platform.h"
 #include "Support/InMemoryAccessibility.h"
+#include "Support/InMemoryAppearance.h"
 #include "Support/InMemoryAudioEngine.h"
 #include "Support/InMemoryCaptureAuthorization.h"
 #include "Support/InMemoryDownloadSession.h"
@@ -50,6 +51,7 @@ public:
         make(platform.accessibility, accessibility);
         make(platform.keyboardEvents, keyboardEvents);
         make(platform.pasteboard, pasteboard);
+        make(platform.appearance, appearance);
         make(platform.workspace, workspace);
         make(platform.userNotifications, userNotifications);
         make(platform.systemSounds, systemSounds);
@@ -72,6 +74,7 @@ public:
     InMemoryAccessibility *accessibility = nullptr;
     InMemoryKeyboardEvents *keyboardEvents = nullptr;
     InMemoryPasteboard *pasteboard = nullptr;
+    InMemoryAppearance *appearance = nullptr;
     InMemoryWorkspace *workspace = nullptr;
     InMemoryUserNotifications *userNotifications = nullptr;
     InMemorySystemSounds *systemSounds = nullptr;

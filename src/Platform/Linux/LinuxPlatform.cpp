@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/AtSpiAccessibility.h"
 #include "Platform/Linux/DBusUserNotifications.h"
+#include "Platform/Linux/DesktopAppearance.h"
 #include "Platform/Linux/JsonUserDefaults.h"
 #include "Platform/Linux/LinuxFileSystem.h"
 #include "Platform/Linux/LinuxProcessInfo.h"
@@ -48,6 +49,8 @@ Platform makeLinuxPlatform()
     platform.accessibility = std::move(accessibility);
     platform.pasteboard = std::move(pasteboard);
 
+    platform.appearance = std::make_unique<DesktopAppearance>(
+        std::make_unique<X11DesktopLook>(X11Connection::open()));
     platform.userNotifications = std::make_unique<DBusUserNotifications>();
     platform.userDefaults = std::make_unique<JsonUserDefaults>();
     platform.fileSystem = std::make_unique<LinuxFileSystem>();

@@ -1,0 +1,102 @@
+#include "Platform/Linux/X11/X11DesktopLook.h"
+
+#include "Platform/Linux/X11/XcbReply.h"
+
+namespace Velloro {
+
+namespace {
+
+constexpr uint8_t eventTypeMask = 0x7f;
+
+} // namespace
+
+X11DesktopLook::X11DesktopLook(std::shared_ptr<X11Connection> connection, QObject *parent)
+    : QObject(parent)
+    , m_connection(std::move(connection))
+{
+    if (!m_connection)
+        return;
+    int index = 0;
+    for (auto screens = xcb_setup_roots_iterator(xcb_get_setup(m_connection->xcb()));
+         screens.rem > 0; xcb_screen_next(&screens), ++index) {
+        if (screens.data->root == m_connection->root())
+            m_screen = index;
+    }
+    // A manager that starts announces itself on the root window.
+    const uint32_t announcements = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(m_connection->xcb(), m_connection->root(), XCB_CW_EVENT_MASK,
+                                 &announcements);
+    connect(m_connection.get(), &X11Connection::eventReceived, this,
+            &X11DesktopLook::eventReceived);
+    update();
+}
+
+void X11DesktopLook::eventReceived(const xcb_generic_event_t *event)
+{
+    switch (event->response_type & eventTypeMask) {
+    case XCB_CLIENT_MESSAGE:
+        if (reinterpret_cast<const xcb_client_message_event_t *>(event)->type
+            == m_connection->atom("MANAGER"))
+            update();
+        break;
+    case XCB_DESTROY_NOTIFY:
+        update();
+        break;
+    case XCB_PROPERTY_NOTIFY:
+        if (reinterpret_cast<const xcb_property_notify_event_t *>(event)->atom
+            == m_connection->atom("_NET_SYSTEM_TRAY_COLORS"))
+            update();
+        break;
+    default:
+        break;
+    }
+}
+
+void X11DesktopLook::update()
+{
+    const QByteArray screen = QByteArray::number(m_screen);
+    const bool isCompositing = owner("_NET_WM_CM_S" + screen) != XCB_WINDOW_NONE;
+    const std::optional<bool> isTrayDark = readTrayColors(owner("_NET_SYSTEM_TRAY_S" + screen));
+    if (isCompositing == m_isCompositing && isTrayDark == m_isTrayDark)
+        return;
+    m_isCompositing = isCompositing;
+    m_isTrayDark = isTrayDark;
+    Q_EMIT changed();
+}
+
+xcb_window_t X11DesktopLook::owner(const QByteArray &selection)
+{
+    if (!m_connection->isAlive())
+        return XCB_WINDOW_NONE;
+    const XcbReply<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
+        m_connection->xcb(),
+        xcb_get_selection_owner(m_connection->xcb(), m_connection->atom(selection)), nullptr));
+    if (!reply || reply->owner == XCB_WINDOW_NONE)
+        return XCB_WINDOW_NONE;
+    // The end of a manager is the end of its window.
+    const uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(m_connection->xcb(), reply->owner, XCB_CW_EVENT_MASK, &mask);
+    m_connection->flush();
+    return reply->owner;
+}
+
+std::optional<bool> X11DesktopLook::readTrayColors(xcb_window_t tray)
+{
+    // Four colours of three components of 16 bits; the first is that of plain symbols.
+    constexpr uint32_t components = 12;
+    if (tray == XCB_WINDOW_NONE)
+        return std::nullopt;
+    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+        m_connection->xcb(),
+        xcb_get_property(m_connection->xcb(), 0, tray,
+                         m_connection->atom("_NET_SYSTEM_TRAY_COLORS"), XCB_ATOM_CARDINAL, 0,
+                         components),
+        nullptr));
+    if (!reply || reply->format != 32 || reply->value_len < 3)
+        return std::nullopt;
+    const auto *values = static_cast<const uint32_t *>(xcb_get_property_value(reply.get()));
+    const double brightness = (0.299 * values[0] + 0.587 * values[1] + 0.114 * values[2]) / 0xffff;
+    return brightness > 0.5;
+}
+
+} // namespace Velloro

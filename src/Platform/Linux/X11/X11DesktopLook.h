@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Platform/Linux/X11/X11Connection.h"
+
+#include <QObject>
+#include <memory>
+#include <optional>
+
+namespace Velloro {
+
+/// What the X server's screen tells of the desktop's look: whether a compositing manager runs, and
+/// the tray's colours. It follows both. Main thread only.
+class X11DesktopLook : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Takes a connection of its own, on which no one else asks for the root window's events. Null
+    /// where there is no X server.
+    explicit X11DesktopLook(std::shared_ptr<X11Connection> connection, QObject *parent = nullptr);
+
+    [[nodiscard]] bool isCompositing() const { return m_isCompositing; }
+    /// Whether the tray is dark; nothing where there is no X11 tray, or one that does not tell.
+    [[nodiscard]] std::optional<bool> isTrayDark() const { return m_isTrayDark; }
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    void eventReceived(const xcb_generic_event_t *event);
+    void update();
+    [[nodiscard]] xcb_window_t owner(const QByteArray &selection);
+    [[nodiscard]] std::optional<bool> readTrayColors(xcb_window_t tray);
+
+    std::shared_ptr<X11Connection> m_connection;
+    int m_screen = 0;
+    bool m_isCompositing = false;
+    std::optional<bool> m_isTrayDark;
+};
+
+} // namespace Velloro

@@ -1,0 +1,84 @@
+import QtQuick
+import QtQuick.Templates as T
+import Velloro
+
+/// A push button with round ends: filled with the accent colour (prominent), on a plain ground
+/// (bordered), or letters alone (borderless).
+T.AbstractButton {
+    id: control
+
+    enum Kind { Bordered, Prominent, Borderless }
+    enum Size { Small, Regular, Large }
+
+    property int kind: CapsuleButton.Bordered
+    property int size: CapsuleButton.Regular
+    /// The colour of the letters, and of a prominent button's ground.
+    property color tint: kind === CapsuleButton.Prominent ? Theme.accent : Theme.primary
+    property string symbol
+
+    font: size === CapsuleButton.Large ? Theme.title3
+        : size === CapsuleButton.Small ? Theme.caption : Theme.body
+    spacing: 6
+    leftPadding: kind === CapsuleButton.Borderless ? 4 : [10, 14, 20][size]
+    rightPadding: leftPadding
+    topPadding: kind === CapsuleButton.Borderless ? 2 : [3, 5, 9][size]
+    bottomPadding: topPadding
+    implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding
+    implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+    opacity: enabled ? 1 : 0.4
+
+    Accessible.role: Accessible.Button
+    Accessible.name: text
+    Accessible.onPressAction: clicked()
+
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+
+    readonly property color foreground: kind === CapsuleButton.Prominent
+        ? (tint === Theme.accent ? Theme.onAccent : "#ffffff") : tint
+
+    contentItem: Item {
+        implicitWidth: row.implicitWidth
+        implicitHeight: row.implicitHeight
+        Row {
+            id: row
+            anchors.centerIn: parent
+            spacing: control.spacing
+            Symbol {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: control.symbol !== ""
+                name: control.symbol
+                size: Math.round(control.font.pixelSize * 1.2)
+                color: control.foreground
+            }
+            Text {
+                anchors.verticalCenter: parent.verticalCenter
+                text: control.text
+                font: control.font
+                color: control.foreground
+                textFormat: Text.PlainText
+            }
+        }
+    }
+    background: Rectangle {
+        radius: control.kind === CapsuleButton.Borderless ? 5 : height / 2
+        color: {
+            if (control.kind === CapsuleButton.Prominent)
+                return control.down ? Qt.darker(control.tint, 1.2)
+                     : control.hovered ? Qt.lighter(control.tint, 1.08) : control.tint
+            const shade = control.down ? 0.16 : control.hovered ? 0.08 : 0
+            if (control.kind === CapsuleButton.Borderless)
+                return Theme.faded(Theme.primary, shade)
+            return Qt.tint(Theme.control, Theme.faded(Theme.primary, shade))
+        }
+        border.width: control.kind === CapsuleButton.Bordered ? 1 : 0
+        border.color: Theme.controlBorder
+        FocusRing {
+            control: control
+            gap: control.kind === CapsuleButton.Borderless ? 0 : 2
+            radius: parent.radius + gap
+        }
+    }
+}

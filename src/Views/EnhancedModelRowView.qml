@@ -1,0 +1,154 @@
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Templates as T
+import Velloro
+
+/// A preset in the panel: a click selects it, the control at its right manages its model's file.
+T.AbstractButton {
+    id: row
+
+    required property EnhancedModelRowModel model
+
+    readonly property color tint: Theme[model.tint]
+
+    text: model.title
+    implicitWidth: 200
+    implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
+    leftPadding: 8
+    rightPadding: 6
+    topPadding: 6
+    bottomPadding: 6
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+
+    onClicked: model.select()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+
+    Accessible.role: Accessible.RadioButton
+    Accessible.name: qsTr("%1, %2").arg(model.title).arg(model.label)
+    Accessible.checkable: true
+    Accessible.checked: model.isSelected
+    Accessible.onPressAction: clicked()
+    Accessible.onToggleAction: clicked()
+
+    contentItem: RowLayout {
+        spacing: 8
+
+        ColumnLayout {
+            spacing: 2
+
+            RowLayout {
+                spacing: 6
+                ThemedText {
+                    text: row.model.title
+                    font: Theme.bodyMedium
+                    Accessible.ignored: true
+                }
+                Badge {
+                    text: row.model.label
+                    tint: row.tint
+                    verticalPadding: 1
+                }
+            }
+            ThemedText {
+                text: qsTr("Preset: %1").arg(row.model.label)
+                font: Theme.caption2
+                color: Theme.secondary
+                Accessible.ignored: true
+            }
+        }
+
+        Item { Layout.fillWidth: true }
+
+        Symbol {
+            name: "checkmark"
+            size: 14
+            color: Theme.accent
+            scale: row.model.isSelected ? 1 : 0.4
+            opacity: row.model.isSelected ? 1 : 0
+            visible: opacity > 0
+            Behavior on scale { NumberAnimation { duration: 150; easing.type: Easing.OutQuad } }
+            Behavior on opacity { NumberAnimation { duration: 150; easing.type: Easing.OutQuad } }
+        }
+
+        Loader {
+            Layout.minimumWidth: 24
+            Layout.alignment: Qt.AlignRight | Qt.AlignVCenter
+            sourceComponent: {
+                switch (row.model.state) {
+                case "downloading": return downloading
+                case "downloaded": return downloaded
+                case "failed": return failed
+                default: return notDownloaded
+                }
+            }
+        }
+    }
+
+    background: Rectangle {
+        radius: 7
+        color: row.down ? Theme.faded(Theme.primary, 0.14)
+             : row.hovered ? Theme.faded(Theme.primary, 0.07) : "transparent"
+        FocusRing { control: row; gap: 0; radius: 7 }
+    }
+
+    Component {
+        id: notDownloaded
+        IconButton {
+            symbol: "arrow.down.circle"
+            symbolSize: 16
+            color: Theme.blue
+            text: qsTr("Download model")
+            Accessible.description: row.model.title
+            onClicked: row.model.download()
+        }
+    }
+    Component {
+        id: downloading
+        Item {
+            implicitWidth: progressRow.implicitWidth + 4
+            implicitHeight: progressRow.implicitHeight
+            RowLayout {
+                id: progressRow
+                spacing: 6
+                ProgressBar {
+                    implicitWidth: 40
+                    value: row.model.progress
+                    Accessible.name: qsTr("Downloading %1").arg(row.model.title)
+                }
+                ThemedText {
+                    text: row.model.percentText
+                    font: Theme.caption2
+                }
+            }
+            HoverHandler { id: hover }
+            HelpTip {
+                text: row.model.detail
+                visible: hover.hovered && text !== ""
+            }
+        }
+    }
+    Component {
+        id: downloaded
+        IconButton {
+            symbol: "trash"
+            symbolSize: 14
+            color: Theme.faded(Theme.red, 0.8)
+            text: qsTr("Delete model")
+            Accessible.description: row.model.title
+            onClicked: row.model.deleteModel()
+        }
+    }
+    Component {
+        id: failed
+        IconButton {
+            symbol: "exclamationmark.triangle"
+            symbolSize: 16
+            color: Theme.orange
+            text: qsTr("Retry download")
+            help: row.model.detail === "" ? text : text + "\n" + row.model.detail
+            onClicked: row.model.download()
+        }
+    }
+}

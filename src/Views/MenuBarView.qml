@@ -1,0 +1,167 @@
+import QtQuick
+import QtQuick.Layouts
+import Velloro
+
+/// The panel under the tray icon.
+FocusScope {
+    id: panel
+
+    required property MenuBarModel model
+
+    width: 280
+    height: content.implicitHeight
+    focus: true
+    Accessible.role: Accessible.Pane
+    Accessible.name: "Velloro"
+
+    Shortcut {
+        sequence: "Escape"
+        onActivated: panel.model.close()
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        radius: 10
+        color: Theme.material
+        border.width: 1
+        border.color: Theme.separator
+        antialiasing: true
+    }
+
+    ColumnLayout {
+        id: content
+        width: parent.width
+        spacing: 0
+
+        RowLayout {
+            Layout.fillWidth: true
+            Layout.margins: Theme.padding
+            spacing: 8
+
+            ColumnLayout {
+                spacing: 2
+                ThemedText {
+                    text: "Velloro"
+                    font: Theme.headline
+                    Accessible.role: Accessible.Heading
+                }
+                ThemedText {
+                    objectName: "stateText"
+                    text: panel.model.stateText
+                    font: Theme.caption
+                    color: Theme.secondary
+                }
+            }
+            Item { Layout.fillWidth: true }
+            Rectangle {
+                objectName: "hotkeyBadge"
+                implicitWidth: Math.ceil(hotkey.implicitWidth) + 16
+                implicitHeight: Math.ceil(hotkey.implicitHeight) + 8
+                radius: 4
+                color: Theme.quaternary
+                ThemedText {
+                    id: hotkey
+                    anchors.centerIn: parent
+                    text: panel.model.hotkeyText
+                    font: Theme.caption
+                    Accessible.name: qsTr("Hotkey: %1").arg(text)
+                }
+            }
+        }
+
+        RowLayout {
+            Layout.fillWidth: true
+            Layout.leftMargin: Theme.padding
+            Layout.rightMargin: Theme.padding
+            Layout.topMargin: -6
+            Layout.bottomMargin: 12
+            visible: panel.model.hotkeyProblem !== ""
+            spacing: 6
+            Symbol {
+                name: "exclamationmark.triangle"
+                size: 14
+                color: Theme.orange
+            }
+            Note {
+                objectName: "hotkeyProblem"
+                Layout.fillWidth: true
+                text: panel.model.hotkeyProblem
+            }
+        }
+
+        Divider { Layout.fillWidth: true }
+
+        ColumnLayout {
+            Layout.fillWidth: true
+            Layout.margins: Theme.padding
+            spacing: 12
+
+            RowLayout {
+                Layout.fillWidth: true
+                spacing: 4
+                Rectangle {
+                    implicitWidth: 6
+                    implicitHeight: 6
+                    radius: 3
+                    color: Theme.green
+                }
+                ThemedText {
+                    text: qsTr("Offline")
+                    font: Theme.caption2
+                    color: Theme.secondary
+                }
+                Item { Layout.fillWidth: true }
+                ThemedText {
+                    objectName: "recordingModeText"
+                    text: panel.model.recordingModeText
+                    font: Theme.caption2
+                    color: Theme.secondary
+                }
+            }
+
+            ColumnLayout {
+                Layout.fillWidth: true
+                spacing: 8
+                ThemedText {
+                    text: qsTr("Model")
+                    font: Theme.caption
+                    color: Theme.secondary
+                }
+                Repeater {
+                    model: panel.model.rows
+                    EnhancedModelRowView {
+                        required property EnhancedModelRowModel modelData
+
+                        Layout.fillWidth: true
+                        // The rows' letters stand in line with what is above them.
+                        Layout.leftMargin: -8
+                        Layout.rightMargin: -6
+                        model: modelData
+                        focus: modelData.isSelected
+                    }
+                }
+            }
+        }
+
+        Divider { Layout.fillWidth: true }
+
+        RowLayout {
+            Layout.fillWidth: true
+            Layout.margins: Theme.padding
+            spacing: 8
+            Item { Layout.fillWidth: true }
+            CapsuleButton {
+                kind: CapsuleButton.Borderless
+                size: CapsuleButton.Small
+                text: qsTr("Settings...")
+                onClicked: panel.model.openSettings()
+            }
+            CapsuleButton {
+                kind: CapsuleButton.Borderless
+                size: CapsuleButton.Small
+                text: qsTr("Quit")
+                onClicked: panel.model.quit()
+            }
+        }
+    }
+}

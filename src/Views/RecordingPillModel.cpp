@@ -1,0 +1,152 @@
+#include "Views/RecordingPillModel.h"
+
+#include "Core/Graphemes.h"
+#include "Views/StatusText.h"
+
+#include <algorithm>
+#include <array>
+
+using namespace std::chrono_literals;
+
+namespace Velloro {
+
+namespace {
+
+constexpr std::array<double, 5> weights{0.7, 1.0, 0.85, 0.95, 0.75};
+constexpr double gain = 14;
+constexpr double minimumHeight = 6;
+constexpr double maximumHeight = 20;
+constexpr auto blinkHalfPeriod = 500ms;
+constexpr auto revealDelay = 20ms;
+constexpr int appendDuration = 100;
+constexpr int replaceDuration = 150;
+
+} // namespace
+
+RecordingPillModel::RecordingPillModel(AppState &appState, QObject *parent)
+    : QObject(parent)
+    , m_appState(appState)
+{
+    updateBars();
+    updateClock();
+    // What was recognised before the pill existed is not revealed again.
+    m_displayedText = appState.partialTranscript();
+
+    m_blinkTimer.setInterval(blinkHalfPeriod);
+    connect(&m_blinkTimer, &QTimer::timeout, this, [this] {
+        m_cursorVisible = !m_cursorVisible;
+        Q_EMIT cursorVisibleChanged();
+    });
+    connect(&appState, &AppState::transcriptionStateChanged, this, [this] {
+        Q_EMIT stateChanged();
+        Q_EMIT streamingLineChanged();
+    });
+    connect(&appState, &AppState::enableRealtimeStreamingChanged, this,
+            &RecordingPillModel::streamingLineChanged);
+    connect(&appState, &AppState::audioLevelChanged, this, &RecordingPillModel::updateBars);
+    connect(&appState, &AppState::recordingDurationChanged, this, &RecordingPillModel::updateClock);
+    connect(&appState, &AppState::partialTranscriptChanged, this,
+            [this] { animateTextChange(m_appState.partialTranscript()); });
+}
+
+double RecordingPillModel::waveHeight(int index, float audioLevel)
+{
+    const double height = double(audioLevel) * gain * weights.at(size_t(index)) + minimumHeight;
+    return std::max(std::min(height, maximumHeight), minimumHeight);
+}
+
+QString RecordingPillModel::formatDuration(double seconds)
+{
+    const auto whole = int64_t(seconds);
+    return QStringLiteral("%1:%2")
+        .arg(whole / 60, 2, 10, QLatin1Char('0'))
+        .arg(whole % 60, 2, 10, QLatin1Char('0'));
+}
+
+void RecordingPillModel::setOnScreen(bool onScreen)
+{
+    if (onScreen == m_blinkTimer.isActive())
+        return;
+    if (onScreen)
+        m_blinkTimer.start();
+    else
+        m_blinkTimer.stop();
+}
+
+QString RecordingPillModel::state() const
+{
+    return caseName(m_appState.transcriptionState());
+}
+
+QString RecordingPillModel::statusText() const
+{
+    return Velloro::statusText(m_appState.transcriptionState());
+}
+
+bool RecordingPillModel::hasStreamingLine() const
+{
+    const TranscriptionState state = m_appState.transcriptionState();
+    return m_appState.enableRealtimeStreaming()
+        && (state == TranscriptionState::listening || state == TranscriptionState::transcribing);
+}
+
+bool RecordingPillModel::hasCursor() const
+{
+    return m_appState.enableRealtimeStreaming()
+        && (!m_displayedText.isEmpty()
+            || m_appState.transcriptionState() == TranscriptionState::listening);
+}
+
+void RecordingPillModel::updateBars()
+{
+    QList<qreal> heights;
+    for (int index = 0; index < int(weights.size()); ++index)
+        heights << waveHeight(index, m_appState.audioLevel());
+    if (heights == m_barHeights)
+        return;
+    m_barHeights = heights;
+    Q_EMIT barHeightsChanged();
+}
+
+void RecordingPillModel::updateClock()
+{
+    // The duration moves 20 times a second, its text once.
+    const QString text = formatDuration(m_appState.recordingDuration());
+    if (text == m_clockText)
+        return;
+    m_clockText = text;
+    Q_EMIT clockTextChanged();
+}
+
+void RecordingPillModel::animateTextChange(const QString &text)
+{
+    const int64_t displayedCount = Graphemes::count(m_displayedText);
+    if (displayedCount >= Graphemes::count(text)
+        || Graphemes::prefix(text, displayedCount) != m_displayedText) {
+        setDisplayedText(text, replaceDuration);
+        return;
+    }
+    // The appends are independent: neither each other nor a later change takes them back.
+    auto delay = 0ms;
+    for (QString rest = Graphemes::dropFirst(text, displayedCount); !rest.isEmpty();
+         rest = Graphemes::dropFirst(rest, 1), delay += revealDelay) {
+        QTimer::singleShot(delay, Qt::PreciseTimer, this,
+                           [this, character = Graphemes::prefix(rest, 1)] {
+                               setDisplayedText(m_displayedText + character, appendDuration);
+                           });
+    }
+}
+
+void RecordingPillModel::setDisplayedText(const QString &text, int revealDuration)
+{
+    if (text == m_displayedText)
+        return;
+    const bool wasEmpty = m_displayedText.isEmpty();
+    m_displayedText = text;
+    m_revealDuration = revealDuration;
+    Q_EMIT displayedTextChanged();
+    if (wasEmpty != text.isEmpty())
+        Q_EMIT streamingLineChanged();
+}
+
+} // namespace Velloro

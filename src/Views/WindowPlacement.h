@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QPointF>
+#include <QRectF>
+#include <QSizeF>
+
+class QScreen;
+
+namespace Velloro {
+
+/// Where the program's floating windows go. Coordinates are the desktop's: logical pixels, y grows
+/// downwards. `visibleFrame` is a screen without its docks and panels.
+namespace WindowPlacement {
+
+/// The pill: centred over the pointer, its bottom edge 50 above it, at least 10 inside the frame.
+/// Where the frame is too small for both margins, the left and the bottom one win.
+[[nodiscard]] QPointF pillOrigin(QPointF pointer, QSizeF size, const QRectF &visibleFrame);
+
+/// A panel that belongs to `anchor` (the tray icon): centred under it, or above it where there is
+/// no room below, or beside it where the tray is upright; wholly inside the frame where it fits.
+[[nodiscard]] QPointF panelOrigin(const QRectF &anchor, QSizeF size, const QRectF &visibleFrame);
+
+/// The screen that holds this point, or is nearest to it; null when there is no screen.
+[[nodiscard]] QScreen *screenAt(QPointF point);
+
+} // namespace WindowPlacement
+} // namespace Velloro

@@ -1,0 +1,48 @@
+#include "Screenshots/Scene.h"
+
+#include "Views/MenuBarModel.h"
+
+namespace Velloro {
+
+namespace {
+
+QImage panel(Stage &stage)
+{
+    MenuBarModel model(stage.appState, *stage.hotkeyManager);
+    return stage.picture(QStringLiteral("MenuBarView.qml"),
+                         {{QStringLiteral("model"), QVariant::fromValue(&model)}});
+}
+
+} // namespace
+
+QList<Scene> menuBarScenes()
+{
+    return {
+        {QStringLiteral("panel-fresh"), panel},
+        {QStringLiteral("panel-models"),
+         [](Stage &stage) {
+             stage.setModelState(QStringLiteral("base"), ModelDownloadState::downloaded());
+             stage.setModelState(QStringLiteral("small"), ModelDownloadState::downloading(0.427));
+             stage.setModelState(QStringLiteral("medium"),
+                                 ModelDownloadState::failed(QStringLiteral("No connection")));
+             stage.appState.setTranscriptionState(TranscriptionState::listening);
+             stage.appState.setRecordingMode(RecordingMode::toggle);
+             return panel(stage);
+         }},
+        {QStringLiteral("panel-hotkey-taken"),
+         [](Stage &stage) {
+             stage.memory.hotkeyRegistration->refusal = 10;
+             stage.hotkeyManager->updateHotkey(2, HotkeyManager::cmdKey | HotkeyManager::shiftKey);
+             stage.appState.setSelectedModel(ModelPreset::large);
+             return panel(stage);
+         }},
+        {QStringLiteral("panel-large-text"),
+         [](Stage &stage) {
+             stage.memory.appearance->scale = 1.5;
+             stage.memory.appearance->accent = 0xe66100;
+             return panel(stage);
+         }},
+    };
+}
+
+} // namespace Velloro

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Core/AppState.h"
+#include "Managers/HotkeyManager.h"
+#include "Support/InMemoryPlatform.h"
+#include "Views/ViewEngine.h"
+
+#include <QImage>
+#include <QQuickWindow>
+#include <QString>
+#include <functional>
+
+namespace Velloro {
+
+/// What the scenes are staged with: a program without a desktop, fresh for each scene.
+struct Stage
+{
+    InMemoryPlatform memory;
+    AppState appState{memory.platform};
+    std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
+    ViewEngine engine{*memory.appearance};
+
+    /// Shows a view of the module on its own and takes its picture, once it stands still.
+    [[nodiscard]] QImage picture(const QString &file, const QVariantMap &initialProperties,
+                                 QSize size = {});
+    /// The same for QML text that imports the module.
+    [[nodiscard]] QImage pictureOfText(const QByteArray &qml);
+    /// Takes the picture of a window, which it shows.
+    [[nodiscard]] static QImage picture(QQuickWindow &window);
+    /// Gives a model a state by way of its download.
+    void setModelState(const QString &modelId, const ModelDownloadState &state);
+};
+
+/// One view in one state. `take` is called on a fresh stage.
+struct Scene
+{
+    QString name;
+    std::function<QImage(Stage &stage)> take;
+};
+
+// The scenes of each view; a new view adds its own here and in Screenshots.cpp.
+[[nodiscard]] QList<Scene> symbolScenes();
+[[nodiscard]] QList<Scene> controlScenes();
+[[nodiscard]] QList<Scene> recordingPillScenes();
+[[nodiscard]] QList<Scene> menuBarScenes();
+
+} // namespace Velloro

@@ -1,0 +1,36 @@
+// Renders every view in every state to pictures: velloro_screenshots FOLDER [light|dark]
+
+#include "Screenshots/Scene.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QTextStream>
+
+using namespace Velloro;
+
+int main(int argc, char **argv)
+{
+    QApplication application(argc, argv);
+    const QStringList arguments = QApplication::arguments();
+    if (arguments.size() < 3) {
+        QTextStream(stderr) << "Usage: velloro_screenshots FOLDER light|dark\n";
+        return 2;
+    }
+    const QDir folder(arguments[1]);
+    const bool dark = arguments[2] == QStringLiteral("dark");
+
+    int status = 0;
+    const QList<Scene> scenes = symbolScenes() + controlScenes()
+        + recordingPillScenes() + menuBarScenes();
+    for (const Scene &scene : scenes) {
+        Stage stage;
+        stage.memory.appearance->dark = dark;
+        const QImage picture = scene.take(stage);
+        const QString path = folder.filePath(scene.name + QStringLiteral(".png"));
+        if (picture.isNull() || !picture.save(path)) {
+            QTextStream(stderr) << "No picture of " << scene.name << '\n';
+            status = 1;
+        }
+    }
+    return status;
+}
