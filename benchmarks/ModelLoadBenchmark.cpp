@@ -53,8 +53,8 @@ void readFile(benchmark::State &state)
     }
 }
 
-BENCHMARK(loadModel)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(readFile)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(loadModel)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+BENCHMARK(readFile)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 
 } // namespace
 

@@ -35,7 +35,8 @@ def mel_spectrogram(samples, filters):
 
 def main():
     folder, recording, repetitions = sys.argv[1:]
-    filters = numpy.load(folder + "/filters.npy")
+    with open(folder + "/filters.json") as file:
+        filters = numpy.array(json.load(file), numpy.float32).reshape(80, -1)
     samples = read(recording)
     model = ctranslate2.models.Whisper(folder, device="cpu", compute_type="int8", inter_threads=1,
                                        intra_threads=1)
