@@ -41,7 +41,7 @@ def run_cli(build, model):
         process.returncode = os.waitstatus_to_exitcode(status)
     wall = time.perf_counter() - start
     if process.returncode != 0:
-        raise RuntimeError(f"{build}'s whisper-cli failed on {model.name}:\n{errors}")
+        raise RuntimeError(f"{build}'s whisper-cli failed on {model.name} ({process.returncode})")
     load = re.search(r"load time = +([\d.]+) ms", errors)
     return Run(wall, usage.ru_utime + usage.ru_stime, float(load[1]) / 1000,
                usage.ru_maxrss * 1024, text.strip())
@@ -54,13 +54,16 @@ def median(runs):
 
 
 def compare(model, repetitions):
-    """(ours, the default build's), from interleaved runs."""
+    """(ours, the default build's), from interleaved runs; None for one that fails."""
     builds = ("whisper", "whisper-default")
     runs = {build: [] for build in builds}
     for _ in range(repetitions):
         for build in builds:
-            runs[build].append(run_cli(build, model))
-    return tuple(median(runs[build]) for build in builds)
+            try:
+                runs[build].append(run_cli(build, model))
+            except RuntimeError as error:
+                print(error, file=sys.stderr)
+    return tuple(median(runs[build]) if runs[build] else None for build in builds)
 
 
 # --- CTranslate2 -------------------------------------------------------------------------------
