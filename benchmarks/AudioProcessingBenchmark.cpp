@@ -33,7 +33,8 @@ void processSecond(benchmark::State &state)
 {
     const std::array<const float *, 2> pointers = {channels()[0].data(), channels()[1].data()};
     const AudioBuffer buffer{.floatChannelData = pointers,
-                             .frameLength = static_cast<uint32_t>(channels()[0].size())};
+                             .frameLength = static_cast<uint32_t>(channels()[0].size()),
+                             .format = {}};
     std::vector<float> mono;
     std::vector<float> resampled;
     for ([[maybe_unused]] auto iteration : state) {
