@@ -1,9 +1,23 @@
 #include "Managers/AudioProcessing.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <numeric>
 
 namespace Velloro::AudioProcessing {
+
+namespace {
+
+/// How many of the first `outputs` samples lie between two samples of the input.
+size_t successorCount(size_t inputs, double ratio, size_t outputs)
+{
+    while (outputs > 0 && static_cast<size_t>(ratio * static_cast<double>(outputs - 1)) + 1 >= inputs)
+        --outputs;
+    return outputs;
+}
+
+} // namespace
 
 void mixDown(const AudioBuffer &buffer, std::vector<float> &mono)
 {
@@ -14,13 +28,23 @@ void mixDown(const AudioBuffer &buffer, std::vector<float> &mono)
         return;
     }
 
-    const auto count = static_cast<float>(channels.size());
-    for (size_t i = 0; i < mono.size(); ++i) {
-        float sum = 0;
-        for (const float *channel : channels)
-            sum += channel[i];
-        mono[i] = sum / count;
+    // Channel by channel in one pass for the usual two; the sum of each frame has the same order
+    // either way, and every loop is free of dependencies between frames.
+    if (channels.size() == 2) {
+        const float *const left = channels[0];
+        const float *const right = channels[1];
+        for (size_t i = 0; i < mono.size(); ++i)
+            mono[i] = (left[i] + right[i]) * 0.5F; // as exact as the division
+        return;
     }
+    std::ranges::fill(mono, 0.0F);
+    for (const float *channel : channels) {
+        for (size_t i = 0; i < mono.size(); ++i)
+            mono[i] += channel[i];
+    }
+    const auto count = static_cast<float>(channels.size());
+    for (float &sample : mono)
+        sample /= count;
 }
 
 void resampleChunk(std::span<const float> input, double ratio, std::vector<float> &output)
@@ -34,25 +58,33 @@ void resampleChunk(std::span<const float> input, double ratio, std::vector<float
         return;
 
     output.resize(static_cast<size_t>(static_cast<double>(input.size()) / ratio));
-    for (size_t i = 0; i < output.size(); ++i) {
+    // All but the last few samples have a successor: what they need is looked at once.
+    const size_t interpolated = successorCount(input.size(), ratio, output.size());
+    for (size_t i = 0; i < interpolated; ++i) {
         const double position = ratio * static_cast<double>(i);
         const auto current = static_cast<size_t>(position);
-        const size_t next = current + 1;
-        if (next < input.size()) {
-            const auto fraction = static_cast<float>(position - static_cast<double>(current));
-            output[i] = (1.0F - fraction) * input[current] + input[next] * fraction;
-        } else if (current < input.size()) {
-            output[i] = input[current];
-        }
+        const auto fraction = static_cast<float>(position - static_cast<double>(current));
+        output[i] = (1.0F - fraction) * input[current] + input[current + 1] * fraction;
+    }
+    for (size_t i = interpolated; i < output.size(); ++i) {
+        const auto current = static_cast<size_t>(ratio * static_cast<double>(i));
+        output[i] = current < input.size() ? input[current] : 0.0F;
     }
 }
 
 float decibels(std::span<const float> samples)
 {
     constexpr float floor = 1e-10F;
-    float sum = 0;
-    for (const float sample : samples)
-        sum += sample * sample;
+    // A sum for each of some lanes: one alone would make every sample wait for the one before.
+    std::array<float, 16> sums{};
+    const size_t whole = samples.size() - samples.size() % sums.size();
+    for (size_t i = 0; i < whole; i += sums.size()) {
+        for (size_t lane = 0; lane < sums.size(); ++lane)
+            sums[lane] += samples[i + lane] * samples[i + lane];
+    }
+    for (size_t i = whole; i < samples.size(); ++i)
+        sums[i - whole] += samples[i] * samples[i];
+    const float sum = std::accumulate(sums.begin(), sums.end(), 0.0F);
     const float rms = std::sqrt(sum / static_cast<float>(samples.size()));
     // Written so that a device's NaN reads as silence.
     return 20.0F * std::log10(rms > floor ? rms : floor);
