@@ -62,6 +62,30 @@ class OutagesTest(DesktopCase):
         self.desktop.start_sound()
         self.assert_words(self.dictate(), PHRASE_WORDS)
 
+    def test_the_sound_server_hangs(self):
+        self.open_entry()
+        self.desktop.signal_service("sound", signal.SIGSTOP)
+        mark = self.velloro.mark()
+        began = time.monotonic()
+        self.user.press()
+        self.velloro.wait_for("[Dictation] Failed to start recording: ", since=mark)
+        # Half a second for the server, the rest for the machine.
+        self.assertLess(time.monotonic() - began, 1.2)
+        self.user.release()
+        self.desktop.signal_service("sound", signal.SIGCONT)
+        self.assert_words(self.dictate(), PHRASE_WORDS)
+
+        self.assertEqual(self.velloro.stop(timeout=5), 0)
+        self.desktop.signal_service("sound", signal.SIGSTOP)
+        began = time.monotonic()
+        self.velloro.start()
+        self.assertLess(time.monotonic() - began, 5)
+        mark = self.velloro.mark()
+        self.user.press()
+        self.velloro.wait_for("[Dictation] Permission denied by user", since=mark)
+        self.user.release()
+        self.assertEqual(self.velloro.stop(timeout=5), 0)
+
     def test_the_accessibility_bus_ends(self):
         # A terminal: GTK's own half of the bus ends its application a moment after the bus.
         self.user.open_terminal()

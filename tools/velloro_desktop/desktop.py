@@ -279,6 +279,10 @@ class PrivateDesktop:
             return not found
         wait_for(kill_all, "the accessibility bus's end")
 
+    def signal_service(self, name, number):
+        """Sends a signal to the service, which goes on to be one of the desktop's."""
+        self._services[name].send_signal(number)
+
     def stop_service(self, name, number=signal.SIGTERM):
         """Sends the signal to the service and waits for its end."""
         service = self._services.pop(name)
