@@ -123,6 +123,23 @@ class OutagesTest(DesktopCase):
         final = self.dictate()
         self.user.wait_for_text(final)
 
+    def test_the_application_that_owns_the_clipboard_is_stopped(self):
+        application = self.user.open(["zenity", "--entry", "--entry-text=copied"])
+        self.user.wait_for_focus()
+        self.user.keys("tap", "Control_L", "a", "tap", "Control_L", "c")
+        wait_for(lambda: self.user.clipboard() == "copied", "the text on the clipboard")
+        mark = self.start_recording()
+        self.user.speak(self.phrase())
+        application.send_signal(signal.SIGSTOP)
+        self.user.release()
+        self.velloro.wait_for("[WhisperContext] Batch transcription complete: ", since=mark)
+        began = time.monotonic()
+        self.velloro.wait_for("[Dictation] Final transcription: ", since=mark)
+        # Less than half a second for the focus and the clipboard, the rest for the machine.
+        self.assertLess(time.monotonic() - began, 0.7)
+        self.assert_words(self.finish(mark), PHRASE_WORDS)
+        application.send_signal(signal.SIGCONT)
+
 
 if __name__ == "__main__":
     main()
