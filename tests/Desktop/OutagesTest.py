@@ -86,6 +86,21 @@ class OutagesTest(DesktopCase):
         self.user.release()
         self.assertEqual(self.velloro.stop(timeout=5), 0)
 
+    def test_the_accessibility_bus_hangs_at_the_start(self):
+        self.assertEqual(self.velloro.stop(timeout=5), 0)
+        self.user.open_terminal()
+        self.desktop.signal_accessibility_bus(signal.SIGSTOP)
+        mark = self.velloro.mark()
+        began = time.monotonic()
+        self.velloro.start()
+        self.velloro.wait_for("[WhisperManager] Loaded model: ", since=mark)
+        self.assertLess(time.monotonic() - began, 10)
+        final = self.dictate()
+        self.assert_words(final, PHRASE_WORDS)
+        wait_for(lambda: final in self.user.terminal_text(), "the words in the terminal")
+        self.assertEqual(self.velloro.stop(timeout=5), 0)
+        self.desktop.signal_accessibility_bus(signal.SIGCONT)
+
     def test_the_accessibility_bus_ends(self):
         # A terminal: GTK's own half of the bus ends its application a moment after the bus.
         self.user.open_terminal()
