@@ -86,10 +86,11 @@ class OutagesTest(DesktopCase):
         self.user.release()
         self.assertEqual(self.velloro.stop(timeout=5), 0)
 
-    def test_the_accessibility_bus_hangs_at_the_start(self):
+    def dictate_after_a_start_while(self, send):
+        """Starts anew while what `send` signals hangs, dictates into a terminal, and quits."""
         self.assertEqual(self.velloro.stop(timeout=5), 0)
         self.user.open_terminal()
-        self.desktop.signal_accessibility_bus(signal.SIGSTOP)
+        send(signal.SIGSTOP)
         mark = self.velloro.mark()
         began = time.monotonic()
         self.velloro.start()
@@ -99,7 +100,14 @@ class OutagesTest(DesktopCase):
         self.assert_words(final, PHRASE_WORDS)
         wait_for(lambda: final in self.user.terminal_text(), "the words in the terminal")
         self.assertEqual(self.velloro.stop(timeout=5), 0)
-        self.desktop.signal_accessibility_bus(signal.SIGCONT)
+        send(signal.SIGCONT)
+
+    def test_the_accessibility_bus_hangs_at_the_start(self):
+        self.dictate_after_a_start_while(self.desktop.signal_accessibility_bus)
+
+    def test_the_session_bus_hangs_at_the_start(self):
+        self.dictate_after_a_start_while(
+            lambda number: self.desktop.signal_service("bus", number))
 
     def test_the_accessibility_bus_ends(self):
         # A terminal: GTK's own half of the bus ends its application a moment after the bus.

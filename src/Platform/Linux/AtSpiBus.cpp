@@ -117,7 +117,8 @@ bool AtSpiBus::isUsable()
         finish(m_enabledQuestion, &AtSpiBus::takeEnabled);
         if (m_greeting)
             m_greeting->waitForAnswer(firstGreetingTimeout);
-        if (m_launcherHangs || (m_greeting && !m_greeting->isFinished()))
+        if (!m_session.isConnected() || m_launcherHangs
+            || (m_greeting && !m_greeting->isFinished()))
             keepToolkitOff();
     }
     return m_isEnabled && m_bus.has_value() && m_bus->isConnected();

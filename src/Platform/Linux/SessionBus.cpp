@@ -3,7 +3,7 @@
 #include "Core/Log.h"
 #include "Platform/Linux/DBusGreeting.h"
 
-#include <QDeadlineTimer>
+#include <QByteArray>
 
 using namespace std::chrono_literals;
 
@@ -12,12 +12,11 @@ namespace Velloro {
 namespace {
 
 constexpr auto patience = 1s;
-// A bus that hung is left alone for so long.
-constexpr auto retryInterval = 30s;
+constexpr auto variable = "DBUS_SESSION_BUS_ADDRESS";
 
 QString address()
 {
-    const QString named = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+    const QString named = qEnvironmentVariable(variable);
     if (!named.isEmpty())
         return named;
     // Where the desktop's own bus is when nobody says so. None is started here.
@@ -25,21 +24,31 @@ QString address()
     return folder.isEmpty() ? QString() : QStringLiteral("unix:path=%1/bus").arg(folder);
 }
 
+bool answers()
+{
+    DBusGreeting greeting(address(), patience);
+    if (greeting.waitForAnswer(patience))
+        return true;
+    Log::line(u"SessionBus", QStringLiteral("The session bus does not answer"));
+    // The toolkit uses the bus, too, and would wait for it. There is nothing to connect to; the
+    // process keeps to this, while programs that it starts have what it was started with.
+    const bool isNamed = qEnvironmentVariableIsSet(variable);
+    const QByteArray name = qgetenv(variable);
+    qputenv(variable, "unix:path=/dev/null");
+    (void)QDBusConnection::sessionBus();
+    if (isNamed)
+        qputenv(variable, name);
+    else
+        qunsetenv(variable);
+    return false;
+}
+
 } // namespace
 
 QDBusConnection SessionBus::connection()
 {
-    static bool hasAnswered = false;
-    static QDeadlineTimer nextTry(0);
-    if (!hasAnswered && nextTry.hasExpired()) {
-        DBusGreeting greeting(address(), patience);
-        hasAnswered = greeting.waitForAnswer(patience);
-        if (!hasAnswered) {
-            nextTry.setRemainingTime(retryInterval);
-            Log::line(u"SessionBus", QStringLiteral("The session bus does not answer"));
-        }
-    }
-    return hasAnswered ? QDBusConnection::sessionBus() : QDBusConnection(QString());
+    [[maybe_unused]] static const bool isAsked = answers();
+    return QDBusConnection::sessionBus();
 }
 
 } // namespace Velloro

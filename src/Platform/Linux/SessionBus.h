@@ -8,9 +8,9 @@ namespace Velloro {
 class SessionBus
 {
 public:
-    /// The process's connection to the bus; a connection that isn't connected when there is no bus,
-    /// or it hangs. Until the bus has once answered, a call waits for it, a second at most. Main
-    /// thread.
+    /// The process's connection to the bus. The first call waits for the bus to answer, a second at
+    /// most; without an answer the process, with its toolkit, has no session bus. Main thread, and
+    /// before the toolkit uses the bus.
     [[nodiscard]] static QDBusConnection connection();
 };
 
