@@ -62,6 +62,53 @@ class OutagesTest(DesktopCase):
         self.desktop.start_sound()
         self.assert_words(self.dictate(), PHRASE_WORDS)
 
+    def test_the_sound_server_hangs(self):
+        self.open_entry()
+        self.desktop.signal_service("sound", signal.SIGSTOP)
+        mark = self.velloro.mark()
+        began = time.monotonic()
+        self.user.press()
+        self.velloro.wait_for("[Dictation] Failed to start recording: ", since=mark)
+        # Half a second for the server, the rest for the machine.
+        self.assertLess(time.monotonic() - began, 1.2)
+        self.user.release()
+        self.desktop.signal_service("sound", signal.SIGCONT)
+        self.assert_words(self.dictate(), PHRASE_WORDS)
+
+        self.assertEqual(self.velloro.stop(timeout=5), 0)
+        self.desktop.signal_service("sound", signal.SIGSTOP)
+        began = time.monotonic()
+        self.velloro.start()
+        self.assertLess(time.monotonic() - began, 5)
+        mark = self.velloro.mark()
+        self.user.press()
+        self.velloro.wait_for("[Dictation] Permission denied by user", since=mark)
+        self.user.release()
+        self.assertEqual(self.velloro.stop(timeout=5), 0)
+
+    def dictate_after_a_start_while(self, send):
+        """Starts anew while what `send` signals hangs, dictates into a terminal, and quits."""
+        self.assertEqual(self.velloro.stop(timeout=5), 0)
+        self.user.open_terminal()
+        send(signal.SIGSTOP)
+        mark = self.velloro.mark()
+        began = time.monotonic()
+        self.velloro.start()
+        self.velloro.wait_for("[WhisperManager] Loaded model: ", since=mark)
+        self.assertLess(time.monotonic() - began, 10)
+        final = self.dictate()
+        self.assert_words(final, PHRASE_WORDS)
+        wait_for(lambda: final in self.user.terminal_text(), "the words in the terminal")
+        self.assertEqual(self.velloro.stop(timeout=5), 0)
+        send(signal.SIGCONT)
+
+    def test_the_accessibility_bus_hangs_at_the_start(self):
+        self.dictate_after_a_start_while(self.desktop.signal_accessibility_bus)
+
+    def test_the_session_bus_hangs_at_the_start(self):
+        self.dictate_after_a_start_while(
+            lambda number: self.desktop.signal_service("bus", number))
+
     def test_the_accessibility_bus_ends(self):
         # A terminal: GTK's own half of the bus ends its application a moment after the bus.
         self.user.open_terminal()
@@ -98,6 +145,23 @@ class OutagesTest(DesktopCase):
         self.open_entry()
         final = self.dictate()
         self.user.wait_for_text(final)
+
+    def test_the_application_that_owns_the_clipboard_is_stopped(self):
+        application = self.user.open(["zenity", "--entry", "--entry-text=copied"])
+        self.user.wait_for_focus()
+        self.user.keys("tap", "Control_L", "a", "tap", "Control_L", "c")
+        wait_for(lambda: self.user.clipboard() == "copied", "the text on the clipboard")
+        mark = self.start_recording()
+        self.user.speak(self.phrase())
+        application.send_signal(signal.SIGSTOP)
+        self.user.release()
+        self.velloro.wait_for("[WhisperContext] Batch transcription complete: ", since=mark)
+        began = time.monotonic()
+        self.velloro.wait_for("[Dictation] Final transcription: ", since=mark)
+        # Less than half a second for the focus and the clipboard, the rest for the machine.
+        self.assertLess(time.monotonic() - began, 0.7)
+        self.assert_words(self.finish(mark), PHRASE_WORDS)
+        application.send_signal(signal.SIGCONT)
 
 
 if __name__ == "__main__":

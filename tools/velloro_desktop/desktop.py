@@ -279,6 +279,20 @@ class PrivateDesktop:
             return not found
         wait_for(kill_all, "the accessibility bus's end")
 
+    def signal_accessibility_bus(self, number):
+        """Sends a signal to the daemon of the accessibility bus."""
+        for pid in watchdog.marked_processes(str(self.folder)):
+            try:
+                command = pathlib.Path(f"/proc/{pid}/cmdline").read_text()
+            except OSError:
+                continue  # gone meanwhile
+            if "at-spi2/accessibility.conf" in command:
+                os.kill(pid, number)
+
+    def signal_service(self, name, number):
+        """Sends a signal to the service, which goes on to be one of the desktop's."""
+        self._services[name].send_signal(number)
+
     def stop_service(self, name, number=signal.SIGTERM):
         """Sends the signal to the service and waits for its end."""
         service = self._services.pop(name)

@@ -1,7 +1,10 @@
 #include "Platform/Linux/AtSpiBus.h"
 
 #include "Core/Log.h"
+#include "Platform/Linux/DBusGreeting.h"
+#include "Platform/Linux/SessionBus.h"
 
+#include <QCoreApplication>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
@@ -10,6 +13,7 @@
 #include <QUuid>
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace Velloro {
 
@@ -17,13 +21,17 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// What all calls of one turn may take together; leaves room below half a second.
-constexpr auto allowance = 400ms;
+/// What all calls of one turn may take together; leaves the pasteboard, which is used where they
+/// don't suffice, its time below half a second.
+constexpr auto allowance = 250ms;
 /// For the bus itself, which answers at once unless it is gone.
-constexpr auto busTimeout = 400ms;
+constexpr auto busTimeout = 250ms;
 /// For the launcher, which may first have to be started.
 constexpr auto launcherTimeout = 10s;
 constexpr auto firstAnswerTimeout = 1s;
+/// For the sign of life before the bus is connected to, and how long that is waited for at first.
+constexpr auto greetingTimeout = 30s;
+constexpr auto firstGreetingTimeout = 300ms;
 constexpr auto shortestRetry = 500ms;
 constexpr auto longestRetry = 30s;
 
@@ -67,7 +75,7 @@ bool isTimeout(const QDBusMessage &reply)
 
 AtSpiBus::AtSpiBus(QObject *parent)
     : QObject(parent)
-    , m_session(QDBusConnection::sessionBus())
+    , m_session(SessionBus::connection())
     , m_retryDelay(shortestRetry)
 {
     m_retry.setSingleShot(true);
@@ -107,6 +115,11 @@ bool AtSpiBus::isUsable()
         m_waitedForAnswers = true;
         finish(m_addressQuestion, &AtSpiBus::takeAddress);
         finish(m_enabledQuestion, &AtSpiBus::takeEnabled);
+        if (m_greeting)
+            m_greeting->waitForAnswer(firstGreetingTimeout);
+        if (!m_session.isConnected() || m_launcherHangs
+            || (m_greeting && !m_greeting->isFinished()))
+            keepToolkitOff();
     }
     return m_isEnabled && m_bus.has_value() && m_bus->isConnected();
 }
@@ -133,7 +146,7 @@ void AtSpiBus::ask()
     const int timeout = milliseconds(m_waitedForAnswers ? launcherTimeout
                                                         : std::chrono::milliseconds(
                                                             firstAnswerTimeout));
-    if (!m_bus && !m_addressQuestion) {
+    if (!m_bus && !m_addressQuestion && !m_greeting) {
         await(m_addressQuestion,
               m_session.asyncCall(methodCall(launcher, launcherService,
                                              QStringLiteral("GetAddress"), {}),
@@ -170,9 +183,10 @@ void AtSpiBus::takeAddress(const QDBusMessage &reply)
 {
     const QString address = reply.arguments().value(0).toString();
     if (reply.type() == QDBusMessage::ReplyMessage && !address.isEmpty())
-        connectTo(address);
-    if (!m_bus)
+        greet(address);
+    else
         retryLater();
+    m_launcherHangs = isTimeout(reply);
 }
 
 void AtSpiBus::takeEnabled(const QDBusMessage &reply)
@@ -183,6 +197,41 @@ void AtSpiBus::takeEnabled(const QDBusMessage &reply)
         m_retryDelay = shortestRetry;
     else
         retryLater();
+}
+
+/// Has the bus connected to when it has shown that it lives.
+void AtSpiBus::greet(const QString &address)
+{
+    m_greeting = new DBusGreeting(address, greetingTimeout, this);
+    QObject::connect(m_greeting, &DBusGreeting::finished, this,
+                     [this, address](bool isAnswered) {
+                         endGreeting();
+                         if (isAnswered)
+                             connectTo(address);
+                         if (!m_bus)
+                             retryLater();
+                     });
+}
+
+void AtSpiBus::endGreeting()
+{
+    if (!m_greeting)
+        return;
+    m_greeting->QObject::disconnect(this);
+    std::exchange(m_greeting, nullptr)->deleteLater();
+}
+
+/// The toolkit, which makes this program's own windows accessible, connects to the bus when the
+/// event loop starts, and would wait for one that hangs.
+void AtSpiBus::keepToolkitOff()
+{
+    static constexpr auto variable = "AT_SPI_BUS_ADDRESS";
+    Log::line(u"Accessibility", QStringLiteral("The accessibility bus does not answer"));
+    if (qEnvironmentVariableIsSet(variable))
+        return;
+    // There is nothing to connect to; programs that are started later don't inherit this.
+    qputenv(variable, "unix:path=/dev/null");
+    QTimer::singleShot(0, QCoreApplication::instance(), [] { qunsetenv(variable); });
 }
 
 void AtSpiBus::connectTo(const QString &address)
@@ -260,6 +309,7 @@ void AtSpiBus::onSessionBusLost()
 {
     m_isEnabled = false;
     m_retry.stop();
+    endGreeting();
     disconnect();
 }
 
@@ -414,7 +464,14 @@ pid_t AtSpiBus::processOf(const QString &service)
     const auto known = m_processes.find(service);
     if (known == m_processes.end())
         return -1;
-    known->waitForFinished();
+    if (!known->isFinished()) {
+        if (remaining() <= 0ms)
+            return -1;
+        QElapsedTimer timer;
+        timer.start();
+        known->waitForFinished();
+        spend({}, std::chrono::milliseconds(timer.elapsed()));
+    }
     const QDBusPendingReply<uint> reply = *known;
     if (reply.isError()) {
         m_processes.erase(known);

@@ -20,6 +20,8 @@ class QDBusServiceWatcher;
 
 namespace Velloro {
 
+class DBusGreeting;
+
 /// The connection to the desktop's accessibility bus: found through the session bus, made again
 /// after the bus was restarted, with the focus events that applications send on it. Main thread.
 ///
@@ -36,7 +38,9 @@ public:
     ~AtSpiBus() override;
 
     /// Whether the bus answers and accessibility is enabled. The first call waits for the answers
-    /// to the questions that the constructor asked, for at most a second.
+    /// to the questions that the constructor asked, for at most a second, and for the bus itself,
+    /// for at most 0.3 s. It belongs before the event loop: where
+    /// the bus hangs, the toolkit is kept from it, too.
     [[nodiscard]] bool isUsable();
     /// Asks for accessibility to be enabled; `isUsable` tells when it is.
     void enable();
@@ -98,6 +102,9 @@ private:
     void finish(std::unique_ptr<QDBusPendingCallWatcher> &slot, ReplyHandler handler);
     void takeAddress(const QDBusMessage &reply);
     void takeEnabled(const QDBusMessage &reply);
+    void greet(const QString &address);
+    void endGreeting();
+    void keepToolkitOff();
     void connectTo(const QString &address);
     void disconnect();
     void retryLater();
@@ -110,10 +117,13 @@ private:
     std::unique_ptr<QDBusPendingCallWatcher> m_addressQuestion;
     std::unique_ptr<QDBusPendingCallWatcher> m_enabledQuestion;
     bool m_waitedForAnswers = false;
+    bool m_launcherHangs = false;
     bool m_isEnabled = false;
     QTimer m_retry;
     std::chrono::milliseconds m_retryDelay;
 
+    /// Set while the accessibility bus is asked for a sign of life.
+    DBusGreeting *m_greeting = nullptr;
     /// The accessibility bus while connected; its name among this process's connections.
     std::optional<QDBusConnection> m_bus;
     QString m_busName;

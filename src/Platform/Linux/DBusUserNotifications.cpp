@@ -1,6 +1,7 @@
 #include "Platform/Linux/DBusUserNotifications.h"
 
-#include <QDBusConnection>
+#include "Platform/Linux/SessionBus.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QVariantMap>
@@ -20,7 +21,7 @@ void DBusUserNotifications::deliver(const QString &title, const QString &informa
          informativeText, QStringList(),
          QVariantMap{{QStringLiteral("suppress-sound"), true}}, serversOwnTimeout});
     // Nobody waits for the answer, which is the notification's number or an error.
-    QDBusConnection::sessionBus().asyncCall(message);
+    SessionBus::connection().asyncCall(message);
 }
 
 } // namespace Velloro

@@ -29,6 +29,8 @@ Platform makeLinuxPlatform()
 
     const auto display = X11Connection::open();
     auto accessibility = std::make_unique<AtSpiAccessibility>();
+    // Before the event loop starts: see AtSpiBus.
+    (void)accessibility->isProcessTrusted();
     auto pasteboard = std::make_unique<X11Pasteboard>();
     // The bundle destroys its members in the reverse of their order: both outlive the strokes.
     auto keyboard = std::make_unique<X11KeyboardEvents>(

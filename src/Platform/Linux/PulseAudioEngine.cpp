@@ -1,5 +1,7 @@
 #include "Platform/Linux/PulseAudioEngine.h"
 
+#include <QElapsedTimer>
+#include <algorithm>
 #include <span>
 #include <utility>
 
@@ -12,6 +14,8 @@ namespace {
 // At the stop, what has been spoken but is still on its way is waited for this long at most. A
 // fragment's length, 20 ms, is what it mostly takes.
 constexpr auto drainLimit = 150ms;
+// What the start may take even where the question before it has used up the press's patience.
+constexpr std::chrono::milliseconds leastPatience = 100ms;
 // The server sends this often: the less, the less is on its way at the stop.
 constexpr uint32_t fragmentsPerSecond = 50;
 
@@ -51,7 +55,10 @@ PulseAudioEngine::~PulseAudioEngine()
 AudioFormat PulseAudioEngine::inputFormat()
 {
     const PulseConnection::Lock lock(*m_connection);
-    m_microphone = PulseMicrophoneQuery::ask(*m_connection);
+    QElapsedTimer time;
+    time.start();
+    m_microphone = PulseMicrophoneQuery::ask(*m_connection, PulseConnection::patience);
+    m_patience = PulseConnection::patience - std::chrono::milliseconds(time.elapsed());
     if (m_microphone.outcome != PulseMicrophoneQuery::Outcome::found)
         return {};
     return {static_cast<double>(m_microphone.sampleSpec.rate), m_microphone.sampleSpec.channels};
@@ -133,7 +140,7 @@ tl::expected<void, PlatformError> PulseAudioEngine::start()
         const pa_stream_state_t state = pa_stream_get_state(m_stream.get());
         return state == PA_STREAM_READY || !PA_STREAM_IS_GOOD(state);
     };
-    const bool inTime = m_connection->waitUntil(isSettled, PulseConnection::patience);
+    const bool inTime = m_connection->waitUntil(isSettled, std::max(m_patience, leastPatience));
     if (!inTime || pa_stream_get_state(m_stream.get()) != PA_STREAM_READY) {
         const int error = inTime ? m_connection->error() : int(PA_ERR_TIMEOUT);
         m_stream.reset();

@@ -6,6 +6,7 @@
 #include "Platform/Linux/PulseMicrophoneQuery.h"
 
 #include <QObject>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -46,6 +47,8 @@ private:
     AudioFormat m_format;
     // The latest answer of `inputFormat`.
     PulseMicrophoneQuery::Answer m_microphone;
+    // What that has left of the connection's patience for the start that follows it.
+    std::chrono::milliseconds m_patience = PulseConnection::patience;
     std::optional<BufferAssembler> m_assembler;
     std::unique_ptr<pa_stream, StreamDeleter> m_stream;
     bool m_isRunning = false;

@@ -2,7 +2,18 @@
 
 #include <utility>
 
+using namespace std::chrono_literals;
+
 namespace Velloro {
+
+namespace {
+
+// The status is asked for while the program starts, which must not wait.
+constexpr auto statusPatience = 300ms;
+// A request is asked for by a press; nobody waits for it, but its user expects something to happen.
+constexpr auto requestPatience = 1s;
+
+} // namespace
 
 PulseCaptureAuthorization::PulseCaptureAuthorization(std::shared_ptr<PulseConnection> connection)
     : m_connection(std::move(connection))
@@ -22,7 +33,7 @@ PulseCaptureAuthorization::~PulseCaptureAuthorization()
 AuthorizationStatus PulseCaptureAuthorization::authorizationStatus()
 {
     const PulseConnection::Lock lock(*m_connection);
-    switch (PulseMicrophoneQuery::ask(*m_connection).outcome) {
+    switch (PulseMicrophoneQuery::ask(*m_connection, statusPatience).outcome) {
     case PulseMicrophoneQuery::Outcome::found:
         return AuthorizationStatus::authorized;
     case PulseMicrophoneQuery::Outcome::refused:
@@ -41,7 +52,7 @@ void PulseCaptureAuthorization::requestAccess(std::function<void(bool granted)> 
     m_requests.remove_if([](const Request &request) { return request.query->isAnswered(); });
     auto &request = m_requests.emplace_back(Request{std::move(completion), nullptr});
     request.query = std::make_unique<PulseMicrophoneQuery>(
-        *m_connection, [&request](const PulseMicrophoneQuery::Answer &answer) {
+        *m_connection, requestPatience, [&request](const PulseMicrophoneQuery::Answer &answer) {
             request.completion(answer.outcome == PulseMicrophoneQuery::Outcome::found);
         });
 }

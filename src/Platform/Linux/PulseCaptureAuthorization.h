@@ -18,10 +18,10 @@ public:
     ~PulseCaptureAuthorization() override;
 
     /// `authorized`; `denied` when the server refuses us; `restricted` without a microphone;
-    /// `notDetermined` while there is no server that answers.
+    /// `notDetermined` while there is no server that answers. Waits for 0.3 s at most.
     [[nodiscard]] AuthorizationStatus authorizationStatus() override;
 
-    /// Answers on the sound server's thread, or within the call.
+    /// Answers within a second, on the sound server's thread or within the call.
     void requestAccess(std::function<void(bool granted)> completion) override;
 
 private:

@@ -58,8 +58,8 @@ public:
     };
     using Operation = std::unique_ptr<pa_operation, OperationDeleter>;
 
-    /// The longest that anything waits for the server.
-    static constexpr std::chrono::milliseconds patience{2000};
+    /// The longest that a press of the hotkey waits for the server, with all that it asks.
+    static constexpr std::chrono::milliseconds patience{500};
 
     /// Empty means the user's server.
     explicit PulseConnection(QByteArray server = {});

@@ -5,7 +5,8 @@
 
 namespace Velloro {
 
-PulseMicrophoneQuery::PulseMicrophoneQuery(PulseConnection &connection, Completion completion)
+PulseMicrophoneQuery::PulseMicrophoneQuery(PulseConnection &connection,
+                                           std::chrono::milliseconds limit, Completion completion)
     : m_connection(connection)
     , m_completion(std::move(completion))
 {
@@ -16,7 +17,7 @@ PulseMicrophoneQuery::PulseMicrophoneQuery(PulseConnection &connection, Completi
         m_connection.open() == PA_CONTEXT_READY && m_connection.generation() == generation;
     m_listener = m_connection.addStateListener([this] { connectionChanged(); });
     if (m_connection.context()) {
-        m_timer.emplace(m_connection, PulseConnection::patience,
+        m_timer.emplace(m_connection, limit,
                         [this] { fail(Outcome::unreachable, PA_ERR_TIMEOUT); });
     }
     connectionChanged();
@@ -27,14 +28,15 @@ PulseMicrophoneQuery::~PulseMicrophoneQuery()
     m_connection.removeStateListener(m_listener);
 }
 
-PulseMicrophoneQuery::Answer PulseMicrophoneQuery::ask(PulseConnection &connection)
+PulseMicrophoneQuery::Answer PulseMicrophoneQuery::ask(PulseConnection &connection,
+                                                       std::chrono::milliseconds limit)
 {
     std::optional<Answer> result;
-    const PulseMicrophoneQuery query(connection, [&](const Answer &answer) {
+    const PulseMicrophoneQuery query(connection, limit, [&](const Answer &answer) {
         result = answer;
         connection.wake();
     });
-    connection.waitUntil([&] { return result.has_value(); }, 2 * PulseConnection::patience);
+    connection.waitUntil([&] { return result.has_value(); }, 2 * limit);
     return result.value_or(Answer{});
 }
 

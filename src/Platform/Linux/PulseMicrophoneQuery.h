@@ -3,6 +3,7 @@
 #include "Platform/Linux/PulseConnection.h"
 
 #include <QByteArray>
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -40,9 +41,10 @@ public:
 
     using Completion = std::function<void(const Answer &answer)>;
 
-    /// Calls `completion` exactly once within the connection's patience, possibly from within the
-    /// constructor, unless destroyed before. It must not destroy the query.
-    PulseMicrophoneQuery(PulseConnection &connection, Completion completion);
+    /// Calls `completion` exactly once within the limit, possibly from within the constructor,
+    /// unless destroyed before. It must not destroy the query.
+    PulseMicrophoneQuery(PulseConnection &connection, std::chrono::milliseconds limit,
+                         Completion completion);
     ~PulseMicrophoneQuery();
     PulseMicrophoneQuery(const PulseMicrophoneQuery &) = delete;
     PulseMicrophoneQuery &operator=(const PulseMicrophoneQuery &) = delete;
@@ -50,7 +52,7 @@ public:
     [[nodiscard]] bool isAnswered() const { return m_isAnswered; }
 
     /// The same, waiting for the answer; not on the connection's own thread.
-    [[nodiscard]] static Answer ask(PulseConnection &connection);
+    [[nodiscard]] static Answer ask(PulseConnection &connection, std::chrono::milliseconds limit);
 
 private:
     void connectionChanged();

@@ -26,7 +26,7 @@ public:
     /// Hands the content to the clipboard manager if one runs, so that it outlives the program.
     ~X11Pasteboard() override;
 
-    /// Waits for an owner that does not answer for 250 ms.
+    /// Waits for an owner that does not answer for 120 ms, and for a slow one for 240 ms.
     [[nodiscard]] std::optional<QString> string() override;
     void clearContents() override;
     void setString(const QString &text) override;

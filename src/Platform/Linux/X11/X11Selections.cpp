@@ -2,8 +2,9 @@
 
 #include "Platform/Linux/X11/XcbReply.h"
 
+#include <QElapsedTimer>
+#include <QScopeGuard>
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -12,9 +13,12 @@ namespace Velloro {
 
 namespace {
 
-// How long another program may keep us waiting without a sign of life, and altogether.
-constexpr auto patience = 250ms;
-constexpr auto longestReading = 2s;
+// How long another program may keep us waiting without a sign of life.
+constexpr auto patience = 120ms;
+// And altogether, for both selections that a paste reads: the stroke waits for it.
+constexpr std::chrono::milliseconds longestReading = 2 * patience;
+// For the X server itself, without which nothing goes on.
+constexpr auto serverPatience = 2s;
 constexpr auto longestSaving = 250ms;
 constexpr auto primaryLoan = 500ms;
 constexpr auto pastePatience = 1s;
@@ -89,6 +93,7 @@ std::optional<QString> X11Selections::string()
 {
     if (!m_connection->isAlive())
         return std::nullopt;
+    m_readingTime = 0ms;
     return read(m_atoms.clipboard);
 }
 
@@ -172,7 +177,7 @@ xcb_timestamp_t X11Selections::serverTime()
                         XCB_ATOM_STRING, 8, 0, nullptr);
     m_connection->flush();
     m_connection->dispatchUntil([this] { return m_serverTimeArrived; },
-                                QDeadlineTimer(longestReading));
+                                QDeadlineTimer(serverPatience));
     return m_serverTime;
 }
 
@@ -213,7 +218,15 @@ std::optional<QString> X11Selections::read(xcb_atom_t selection)
     if (!owner || owner->owner == XCB_WINDOW_NONE)
         return std::nullopt;
 
-    QDeadlineTimer deadline(patience);
+    QElapsedTimer time;
+    time.start();
+    const auto spend = qScopeGuard(
+        [&] { m_readingTime += std::chrono::milliseconds(time.elapsed()); });
+    const auto rest = longestReading - m_readingTime;
+    if (rest <= 0ms)
+        return std::nullopt;
+    m_lastReading = QDeadlineTimer(rest);
+    QDeadlineTimer deadline = patienceDeadline();
     const xcb_atom_t targets[] = {m_atoms.utf8String, m_atoms.textPlainUtf8, XCB_ATOM_STRING};
     for (const xcb_atom_t target : targets) {
         if (const auto content = readAs(selection, target, deadline)) {
@@ -266,12 +279,16 @@ X11Selections::readAs(xcb_atom_t selection, xcb_atom_t target, QDeadlineTimer &d
     return result;
 }
 
+QDeadlineTimer X11Selections::patienceDeadline() const
+{
+    return std::min(QDeadlineTimer(patience), m_lastReading);
+}
+
 std::optional<X11Selections::Property> X11Selections::readPieces(QDeadlineTimer &deadline)
 {
-    const QDeadlineTimer last(longestReading);
     Property content;
     for (;;) {
-        deadline = std::min(QDeadlineTimer(patience), last);
+        deadline = patienceDeadline();
         if (!m_connection->dispatchUntil([this] { return m_reading->pieceArrived; }, deadline))
             return std::nullopt;
         m_reading->pieceArrived = false;
