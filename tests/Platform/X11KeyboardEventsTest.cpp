@@ -31,6 +31,8 @@ protected:
             connection, X11KeyboardEvents::Hooks{
                             .focusedElementIsTerminal = [this] { return isTerminal; },
                             .willPastePrimarySelection = [this] { ++primaryPastes; },
+                            .willPaste = {},
+                            .awaitPaste = {},
                         });
     }
     void TearDown() override { setKeyboardLayout({u"us"_qs}); }

@@ -26,15 +26,15 @@ public:
     struct Hooks
     {
         /// Whether the element that has the focus is a terminal.
-        std::function<bool()> focusedElementIsTerminal = {};
+        std::function<bool()> focusedElementIsTerminal;
         /// Called before a stroke that pastes the primary selection, which must hold the
         /// pasteboard's content then.
-        std::function<void()> willPastePrimarySelection = {};
+        std::function<void()> willPastePrimarySelection;
         /// Called before a stroke that pastes into another program's window.
-        std::function<void(uint32_t window)> willPaste = {};
+        std::function<void(uint32_t window)> willPaste;
         /// Waits, for a bounded time, until the window has been given what it was to paste. Strokes
         /// that came before would meet a field without it.
-        std::function<void()> awaitPaste = {};
+        std::function<void()> awaitPaste;
     };
 
     /// Null without a connection: every post fails.
