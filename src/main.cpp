@@ -1,3 +1,4 @@
+#include "Core/SerialExecutor.h"
 #include "Managers/HotkeyManager.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/Linux/SingleInstance.h"
@@ -5,6 +6,8 @@
 #include "VelloroApp.h"
 
 #include <QApplication>
+#include <QScopeGuard>
+#include <chrono>
 #include <csignal>
 
 using namespace Velloro;
@@ -23,6 +26,9 @@ int main(int argc, char **argv)
         return 0;
 
     Platform platform = makeLinuxPlatform();
+    // Unloading a model, which goes on in the background, still asks the platform for the stack.
+    const auto finishWork =
+        qScopeGuard([] { SerialExecutor::finishAll(std::chrono::milliseconds(500)); });
     const std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(platform);
     VelloroApp velloro(platform);
 

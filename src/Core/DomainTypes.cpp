@@ -207,7 +207,8 @@ std::optional<QString> hint(WhisperLanguage language)
 TranscriptionHistoryItem TranscriptionHistoryItem::now(const QString &text)
 {
     const qint64 milliseconds = QDateTime::currentMSecsSinceEpoch();
-    return {QUuid::createUuid(), text, static_cast<double>(milliseconds - epochOffset * 1000) / 1000};
+    return {QUuid::createUuid(), text,
+            static_cast<double>(milliseconds - epochOffset * 1000) / 1000};
 }
 
 QDateTime TranscriptionHistoryItem::dateTime() const

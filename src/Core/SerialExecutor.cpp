@@ -11,7 +11,7 @@ namespace Velloro {
 namespace {
 
 /// How long the end of the program waits for running work.
-constexpr std::chrono::milliseconds exitLimit{2000};
+constexpr std::chrono::milliseconds exitLimit{500};
 
 /// The jobs of the whole process.
 struct Census

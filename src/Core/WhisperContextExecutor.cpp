@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <exception>
 #include <limits>
+#include <new>
 #include <whisper.h>
 
 namespace Velloro {
@@ -22,6 +23,8 @@ constexpr auto passInterval = static_cast<qsizetype>(sampleRate * chunkDurationS
 /// The most that a pass hears.
 constexpr qsizetype windowLimit = 240'000;
 constexpr int stackLines = 10;
+/// A result code that the library does not give.
+constexpr int outOfMemory = -1000;
 
 void log(const QString &message)
 {
@@ -349,8 +352,13 @@ int WhisperContext::Executor::recognise(const std::vector<float> &samples, const
         parameters.initial_prompt = initialPrompt.constData();
 
     whisper_reset_timings(m_context.get());
-    const int code = whisper_full(m_context.get(), parameters, samples.data(),
-                                  static_cast<int>(samples.size()));
+    int code = outOfMemory;
+    try {
+        code = whisper_full(m_context.get(), parameters, samples.data(),
+                            static_cast<int>(samples.size()));
+    } catch (const std::bad_alloc &) {
+        // A failure like the library's own.
+    }
     SerialExecutor::checkpoint();
     return code;
 }

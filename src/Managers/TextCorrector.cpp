@@ -25,47 +25,54 @@ namespace Velloro {
 
 namespace {
 
+using namespace std::string_view_literals;
+
 using Texts = std::span<const std::u16string_view>;
 
 constexpr std::u16string_view englishFillers[] = {
-    u"um",       u"uh",        u"eh",        u"ah",       u"er",        u"uhm",     u"umm",
-    u"uhh",      u"hmm",       u"hm",        u"mm",       u"mmm",       u"like",    u"basically",
-    u"literally", u"actually", u"honestly",  u"obviously", u"you know", u"i mean",  u"kind of",
-    u"sort of",  u"right",     u"okay so",   u"so yeah",
+    u"um",        u"uh",       u"eh",       u"ah",        u"er",       u"uhm",    u"umm",
+    u"uhh",       u"hmm",      u"hm",       u"mm",        u"mmm",      u"like",   u"basically",
+    u"literally", u"actually", u"honestly", u"obviously", u"you know", u"i mean", u"kind of",
+    u"sort of",   u"right",    u"okay so",  u"so yeah",
 };
 constexpr std::u16string_view polishFillers[] = {
-    u"yyy",    u"eee",       u"no",          u"no i",       u"znaczy",  u"wiesz",    u"jakby",
-    u"tak jakby", u"w sumie", u"generalnie", u"właściwie",  u"no wiesz", u"tego",    u"kurde",
-    u"po prostu", u"tam",    u"takie tam",   u"no nie",     u"wie pan", u"wie pani",
+    u"yyy",       u"eee",     u"no",         u"no i",      u"znaczy",   u"wiesz",    u"jakby",
+    u"tak jakby", u"w sumie", u"generalnie", u"właściwie", u"no wiesz", u"tego",     u"kurde",
+    u"po prostu", u"tam",     u"takie tam",  u"no nie",    u"wie pan",  u"wie pani",
 };
 constexpr std::u16string_view germanFillers[] = {
-    u"äh",        u"ähm",        u"öhm",   u"hm",    u"also",  u"halt",      u"quasi",
-    u"sozusagen", u"eigentlich", u"irgendwie", u"na ja", u"naja", u"genau",  u"weißt du",
-    u"du weißt schon", u"ich mein", u"ich meine",
+    u"äh",       u"ähm",       u"öhm",       u"hm",         u"also",
+    u"halt",     u"quasi",     u"sozusagen", u"eigentlich", u"irgendwie",
+    u"na ja",    u"naja",      u"genau",     u"weißt du",   u"du weißt schon",
+    u"ich mein", u"ich meine",
 };
 constexpr std::u16string_view spanishFillers[] = {
-    u"eh",      u"em",     u"este",     u"esto",        u"pues",      u"bueno",
-    u"o sea",   u"es decir", u"como que", u"sabes",     u"ya sabes",  u"mira",
-    u"digamos", u"entonces", u"básicamente", u"la verdad", u"tipo",   u"onda",
+    u"eh",      u"em",       u"este",        u"esto",      u"pues",     u"bueno",
+    u"o sea",   u"es decir", u"como que",    u"sabes",     u"ya sabes", u"mira",
+    u"digamos", u"entonces", u"básicamente", u"la verdad", u"tipo",     u"onda",
 };
 constexpr std::u16string_view frenchFillers[] = {
-    u"euh",     u"heu",     u"bah",     u"ben",   u"donc",    u"alors", u"genre", u"quoi", u"tu vois",
-    u"tu sais", u"en fait", u"du coup", u"voilà", u"disons", u"enfin", u"bon",   u"bref",
+    u"euh",   u"heu",    u"bah",     u"ben",     u"donc",    u"alors",
+    u"genre", u"quoi",   u"tu vois", u"tu sais", u"en fait", u"du coup",
+    u"voilà", u"disons", u"enfin",   u"bon",     u"bref",
 };
 constexpr std::u16string_view italianFillers[] = {
-    u"ehm",    u"eh",     u"uhm",     u"cioè", u"tipo",   u"praticamente", u"insomma", u"allora",
-    u"dunque", u"diciamo", u"sai",    u"capito", u"appunto", u"ecco",      u"vabbè",   u"in pratica",
+    u"ehm",     u"eh",     u"uhm",    u"cioè",       u"tipo", u"praticamente",
+    u"insomma", u"allora", u"dunque", u"diciamo",    u"sai",  u"capito",
+    u"appunto", u"ecco",   u"vabbè",  u"in pratica",
 };
 constexpr std::u16string_view portugueseFillers[] = {
-    u"é",          u"hm",        u"tipo",   u"então",   u"né",   u"sabe", u"assim",   u"basicamente",
-    u"na verdade", u"quer dizer", u"enfim", u"pois é",  u"olha", u"veja", u"digamos", u"bom",
+    u"é",          u"hm",         u"tipo",  u"então",  u"né",   u"sabe", u"assim",   u"basicamente",
+    u"na verdade", u"quer dizer", u"enfim", u"pois é", u"olha", u"veja", u"digamos", u"bom",
 };
 constexpr std::u16string_view russianFillers[] = {
-    u"э",       u"эм",      u"ну",      u"как бы", u"типа",       u"короче", u"вот",     u"значит",
-    u"в общем", u"ну типа", u"слушай", u"знаешь", u"понимаешь", u"блин",   u"то есть", u"так сказать",
+    u"э",         u"эм",     u"ну",      u"как бы",      u"типа",   u"короче",
+    u"вот",       u"значит", u"в общем", u"ну типа",     u"слушай", u"знаешь",
+    u"понимаешь", u"блин",   u"то есть", u"так сказать",
 };
 constexpr std::u16string_view japaneseFillers[] = {
-    u"あの", u"えーと", u"ええと", u"その", u"なんか", u"まあ", u"ちょっと", u"えー", u"あー", u"うーん",
+    u"あの", u"えーと",   u"ええと", u"その", u"なんか",
+    u"まあ", u"ちょっと", u"えー",   u"あー", u"うーん",
 };
 constexpr std::u16string_view chineseFillers[] = {
     u"那个", u"这个", u"嗯", u"额", u"就是", u"然后", u"所以说", u"对吧",
@@ -102,21 +109,28 @@ constexpr std::u16string_view blanksPattern = uR"([\s][\s]+)";
 
 // Characters, as the engine's \w, \b and \s see them.
 
-bool isAsciiWord(char32_t c)
+constexpr std::array<bool, 0x80> asciiWords = [] {
+    std::array<bool, 0x80> words{};
+    for (char16_t c = 0; c < words.size(); ++c) {
+        words[c] = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') ||
+                   (c >= u'0' && c <= u'9') || c == u'_';
+    }
+    return words;
+}();
+
+char16_t asciiLower(char16_t c)
 {
-    return (c >= U'a' && c <= U'z') || (c >= U'A' && c <= U'Z') || (c >= U'0' && c <= U'9')
-           || c == U'_';
+    return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + (u'a' - u'A')) : c;
 }
 
 bool isWord(char32_t c)
 {
     if (c < 0x80)
-        return isAsciiWord(c);
-    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_ALPHABETIC)
-           || (U_MASK(u_charType(static_cast<UChar32>(c)))
-               & (U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK))
-                  != 0
-           || c == 0x200C || c == 0x200D;
+        return asciiWords[c];
+    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_ALPHABETIC) ||
+           (U_MASK(u_charType(static_cast<UChar32>(c))) &
+            (U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK)) != 0 ||
+           c == 0x200C || c == 0x200D;
 }
 
 /// Whether the search for a word boundary looks through the character to the one before.
@@ -124,16 +138,16 @@ bool isTransparent(char32_t c)
 {
     if (c < 0x80)
         return false;
-    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_GRAPHEME_EXTEND)
-           || u_charType(static_cast<UChar32>(c)) == U_FORMAT_CHAR;
+    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_GRAPHEME_EXTEND) ||
+           u_charType(static_cast<UChar32>(c)) == U_FORMAT_CHAR;
 }
 
 /// All white space is in the basic plane, so that a code unit is enough.
 bool isBlank(char16_t c)
 {
-    if (c < 0x80)
-        return c == u' ' || (c >= u'\t' && c <= u'\r');
-    return u_isUWhiteSpace(c);
+    if (c > u' ' && c < 0x80)
+        return false;
+    return c == u' ' || (c >= u'\t' && c <= u'\r') || (c >= 0x80 && u_isUWhiteSpace(c));
 }
 
 char32_t characterAt(std::u16string_view text, size_t at)
@@ -152,7 +166,7 @@ char32_t characterBefore(std::u16string_view text, size_t at)
 
 std::u16string_view view(const QString &text)
 {
-    return {reinterpret_cast<const char16_t *>(text.utf16()), static_cast<size_t>(text.size())};
+    return {reinterpret_cast<const char16_t *>(text.constData()), static_cast<size_t>(text.size())};
 }
 
 /// The full case folding of one character, which is what the engine compares.
@@ -162,8 +176,7 @@ public:
     explicit Folding(char32_t c)
     {
         if (c < 0x80) {
-            m_units[0] = c >= U'A' && c <= U'Z' ? static_cast<char16_t>(c + 32)
-                                                : static_cast<char16_t>(c);
+            m_units[0] = asciiLower(static_cast<char16_t>(c));
             m_length = 1;
         } else if (c < frequent) {
             m_units[0] = frequentFoldings()[c];
@@ -226,6 +239,33 @@ std::u16string folded(std::u16string_view text)
     return result;
 }
 
+constexpr size_t none = std::u16string_view::npos;
+
+/// Where a text ends that reads from `at` on as `folding`, or `none`. When that is within the
+/// folding of a character, it is the character's end.
+size_t endOfFolding(std::u16string_view text, size_t at, std::u16string_view folding)
+{
+    while (!folding.empty()) {
+        if (at == text.size())
+            return none;
+        if (text[at] < 0x80) {
+            if (asciiLower(text[at]) != folding.front())
+                return none;
+            folding.remove_prefix(1);
+            ++at;
+            continue;
+        }
+        const char32_t c = characterAt(text, at);
+        const Folding next(c);
+        const size_t common = std::min(next.units().size(), folding.size());
+        if (next.units().substr(0, common) != folding.substr(0, common))
+            return none;
+        folding.remove_prefix(common);
+        at += U16_LENGTH(c);
+    }
+    return at;
+}
+
 using Pattern = std::unique_ptr<icu::RegexPattern>;
 
 /// Null when it can't be compiled.
@@ -241,7 +281,8 @@ Pattern compile(std::u16string_view expression, uint32_t flags)
 /// One filler expression with its three patterns.
 struct Filler
 {
-    explicit Filler(std::u16string_view text) : folding(folded(text))
+    explicit Filler(std::u16string_view text)
+        : folding(folded(text))
     {
         const std::u16string literal = uR"(\Q)" + std::u16string(text) + uR"(\E)";
         anywhere = compile(uR"(\b)" + literal + uR"(\b[,\s]*)", UREGEX_CASE_INSENSITIVE);
@@ -270,7 +311,13 @@ public:
     {
         for (const std::u16string_view text : texts) {
             m_fillers.emplace_back(text);
-            m_byFirstUnit[slot(m_fillers.back().folding.front())] |= 1U << (m_fillers.size() - 1);
+            const uint32_t bit = 1U << (m_fillers.size() - 1);
+            const std::u16string &folding = m_fillers.back().folding;
+            m_byFirstUnit[slot(folding[0])] |= bit;
+            if (folding.size() > 1)
+                m_bySecondUnit[slot(folding[1])] |= bit;
+            else
+                std::ranges::for_each(m_bySecondUnit, [&](uint32_t &mask) { mask |= bit; });
         }
     }
 
@@ -283,62 +330,51 @@ public:
     void findOccurrences(std::u16string_view text, std::vector<Occurrence> &occurrences) const
     {
         occurrences.clear();
-        thread_local std::u16string units;
-        thread_local std::vector<uint32_t> origins;
-        units.clear();
-        origins.clear();
+        bool wordBefore = false;
         for (size_t at = 0; at < text.size();) {
             const char16_t unit = text[at];
             if (unit < 0x80) {
-                units += unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
-                origins.push_back(static_cast<uint32_t>(at++));
+                if (!wordBefore)
+                    findOccurrencesAt(text, at, asciiLower(unit), occurrences);
+                wordBefore = asciiWords[unit];
+                ++at;
                 continue;
             }
             const char32_t c = characterAt(text, at);
-            const Folding folding(c);
-            units += folding.units();
-            origins.resize(units.size(), inside);
-            if (!folding.units().empty())
-                origins[units.size() - folding.units().size()] = static_cast<uint32_t>(at);
-            at += U16_LENGTH(c);
-        }
-
-        bool wordBefore = false;
-        for (size_t at = 0; at < units.size(); ++at) {
             const bool impossible = wordBefore;
-            if (units[at] < 0x80) {
-                wordBefore = isAsciiWord(units[at]);
-            } else {
-                const size_t origin = origins[at];
-                const char32_t c = origin == inside ? 0 : characterAt(text, origin);
-                if (origin != inside)
-                    wordBefore = isWord(c) && !isTransparent(c);
+            wordBefore = isWord(c) && !isTransparent(c);
+            if (!impossible) {
+                const Folding folding(c);
+                if (!folding.units().empty())
+                    findOccurrencesAt(text, at, folding.units().front(), occurrences);
             }
-            if (impossible || origins[at] == inside)
-                continue;
-            for (uint32_t mask = m_byFirstUnit[slot(units[at])]; mask != 0; mask &= mask - 1) {
-                const auto index = static_cast<uint32_t>(std::countr_zero(mask));
-                const std::u16string &folding = m_fillers[index].folding;
-                if (units.compare(at, folding.size(), folding) != 0)
-                    continue;
-                const size_t end = at + folding.size();
-                if (end < units.size() && origins[end] != inside
-                    && isWord(characterAt(text, origins[end])))
-                    continue;
-                occurrences.push_back({index, origins[at]});
-            }
+            at += U16_LENGTH(c);
         }
     }
 
 private:
-    /// Marks a unit of a folding that is not its first one.
-    static constexpr uint32_t inside = std::numeric_limits<uint32_t>::max();
+    /// `first` is the first unit of the folding of the character at `at`.
+    void findOccurrencesAt(std::u16string_view text, size_t at, char16_t first,
+                           std::vector<Occurrence> &occurrences) const
+    {
+        uint32_t mask = m_byFirstUnit[slot(first)];
+        if (at + 1 < text.size() && text[at] < 0x80 && text[at + 1] < 0x80)
+            mask &= m_bySecondUnit[slot(asciiLower(text[at + 1]))];
+        for (; mask != 0; mask &= mask - 1) {
+            const auto index = static_cast<uint32_t>(std::countr_zero(mask));
+            const size_t end = endOfFolding(text, at, m_fillers[index].folding);
+            if (end != none && !(end < text.size() && isWord(characterAt(text, end))))
+                occurrences.push_back({index, at});
+        }
+    }
 
     static size_t slot(char16_t unit) { return unit & 0xFF; }
 
     std::vector<Filler> m_fillers;
-    /// Bit i of an entry: filler i starts with a code unit that has this low byte.
+    /// Bit i of an entry: the first code unit of filler i has this low byte.
     std::array<uint32_t, 256> m_byFirstUnit{};
+    /// The same for the second one; all bits of a filler that has none.
+    std::array<uint32_t, 256> m_bySecondUnit{};
 };
 
 const FillerSet &fillerSet(size_t language)
@@ -371,8 +407,6 @@ icu::RegexMatcher *matcherFor(const Pattern &pattern)
 
 enum class Template { empty, blank, firstGroup };
 
-constexpr size_t none = std::u16string_view::npos;
-
 /// Replaces all matches from left to right, as the engine's own search would find them.
 ///
 /// The engine would try every position; here it tries those that `nextStart(from)` yields: the
@@ -391,6 +425,7 @@ bool replaceAll(QString &text, const Pattern &pattern, Template replacement, Nex
     matcher->reset(input);
 
     QString result;
+    result.reserve(text.size());
     qsizetype copied = 0;
     UErrorCode status = U_ZERO_ERROR;
     while (start != none) {
@@ -418,10 +453,12 @@ bool replaceAll(QString &text, const Pattern &pattern, Template replacement, Nex
     return true;
 }
 
-void removeStartingWith(QString &text, char16_t first, const Pattern &pattern)
+void removeStartingWith(QString &text, QChar first, const Pattern &pattern)
 {
-    replaceAll(text, pattern, Template::empty,
-               [&](size_t from) { return view(text).find(first, from); });
+    // -1, the answer for "nowhere", is `none`.
+    replaceAll(text, pattern, Template::empty, [&](size_t from) {
+        return static_cast<size_t>(text.indexOf(first, static_cast<qsizetype>(from)));
+    });
 }
 
 void removeFillers(QString &text, const FillerSet &set)
@@ -465,6 +502,24 @@ void removeFillers(QString &text, const FillerSet &set)
     }
 }
 
+/// False when `text` certainly does not start with `word`, case ignored.
+bool mayRepeat(std::u16string_view word, std::u16string_view text)
+{
+    for (size_t at = 0; at < word.size(); ++at) {
+        if (at == text.size())
+            return false;
+        if (word[at] >= 0x80 || text[at] >= 0x80) {
+            // From here on the two may fold to different lengths; the first units have to agree.
+            const Folding left(characterAt(word, at));
+            const Folding right(characterAt(text, at));
+            return left.units().substr(0, 1) == right.units().substr(0, 1);
+        }
+        if (asciiLower(word[at]) != asciiLower(text[at]))
+            return false;
+    }
+    return true;
+}
+
 /// The first position at or after `from` at which a word starts that may be followed by itself.
 size_t nextRepetition(std::u16string_view text, size_t from)
 {
@@ -472,6 +527,10 @@ size_t nextRepetition(std::u16string_view text, size_t from)
     if (at > 0 && at < text.size() && U16_IS_TRAIL(text[at]) && U16_IS_LEAD(text[at - 1]))
         ++at;
     while (at < text.size()) {
+        if (text[at] < 0x80 && !asciiWords[text[at]]) {
+            ++at;
+            continue;
+        }
         const char32_t c = characterAt(text, at);
         if (!isWord(c)) {
             at += U16_LENGTH(c);
@@ -482,6 +541,10 @@ size_t nextRepetition(std::u16string_view text, size_t from)
         size_t before = at;
         bool wordBefore = false;
         while (before > 0) {
+            if (text[before - 1] < 0x80) {
+                wordBefore = asciiWords[text[before - 1]];
+                break;
+            }
             const char32_t previous = characterBefore(text, before);
             if (!isTransparent(previous)) {
                 wordBefore = isWord(previous);
@@ -492,6 +555,12 @@ size_t nextRepetition(std::u16string_view text, size_t from)
         size_t start = none;
         size_t end = at;
         while (end < text.size()) {
+            if (text[end] < 0x80) {
+                if (!asciiWords[text[end]])
+                    break;
+                start = std::min(start, end++);
+                continue;
+            }
             const char32_t each = characterAt(text, end);
             if (!isWord(each))
                 break;
@@ -502,25 +571,29 @@ size_t nextRepetition(std::u16string_view text, size_t from)
         size_t second = end;
         while (second < text.size() && isBlank(text[second]))
             ++second;
-        if (start != none && !wordBefore && second > end && second < text.size()) {
-            const Folding left(characterAt(text, start));
-            const Folding right(characterAt(text, second));
-            if (left.units().empty() || right.units().empty()
-                || left.units().front() == right.units().front())
-                return start;
-        }
+        if (start != none && !wordBefore && second > end &&
+            mayRepeat(text.substr(start, end - start), text.substr(second)))
+            return start;
         at = second > end ? second : end;
     }
     return none;
 }
 
-/// The first position at or after `from` at which a run of blanks starts. A match of blanks that
-/// does not succeed there does not succeed later in the run either.
-size_t nextBlanks(std::u16string_view text, size_t from)
+/// The first position at or after `from` at which a run of blanks starts for which `isWanted`,
+/// asked with the run's start and end, is true. A match of blanks that does not succeed at the
+/// start of a run does not succeed later in it either.
+template <typename Predicate>
+size_t nextBlanks(std::u16string_view text, size_t from, Predicate isWanted)
 {
     for (size_t at = from; at < text.size(); ++at) {
-        if (isBlank(text[at]) && (at == 0 || !isBlank(text[at - 1])))
+        if (!isBlank(text[at]))
+            continue;
+        size_t end = at + 1;
+        while (end < text.size() && isBlank(text[end]))
+            ++end;
+        if ((at == 0 || !isBlank(text[at - 1])) && isWanted(at, end))
             return at;
+        at = end;
     }
     return none;
 }
@@ -550,9 +623,15 @@ void applyPatterns(QString &text, const FillerSet &fillers)
     removeFillers(text, fillers);
     replaceAll(text, repetition, Template::firstGroup,
                [&](size_t from) { return nextRepetition(view(text), from); });
-    const auto nextBlanksInText = [&](size_t from) { return nextBlanks(view(text), from); };
-    replaceAll(text, blanksBeforePunctuation, Template::firstGroup, nextBlanksInText);
-    replaceAll(text, blanks, Template::blank, nextBlanksInText);
+    replaceAll(text, blanksBeforePunctuation, Template::firstGroup, [&](size_t from) {
+        return nextBlanks(view(text), from, [&](size_t, size_t end) {
+            return end < view(text).size() && u",.!?;:"sv.find(view(text)[end]) != none;
+        });
+    });
+    replaceAll(text, blanks, Template::blank, [&](size_t from) {
+        return nextBlanks(view(text), from,
+                          [](size_t start, size_t end) { return end - start > 1; });
+    });
 }
 
 } // namespace
@@ -560,7 +639,8 @@ void applyPatterns(QString &text, const FillerSet &fillers)
 QString TextCorrector::correct(const QString &text, const QString &language)
 {
     const auto known = std::ranges::find(languages, view(language), &Language::code);
-    const size_t fillers = known == languages.end() ? 0 : static_cast<size_t>(known - languages.begin());
+    const size_t fillers =
+        known == languages.end() ? 0 : static_cast<size_t>(known - languages.begin());
 
     QString corrected = text;
     // The engine counts code units in 32 bits.

@@ -6,7 +6,6 @@
 namespace Velloro {
 namespace {
 
-using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::Field;
 using ::testing::IsEmpty;
@@ -345,7 +344,7 @@ TEST_F(WhisperStreamingTest, AStopDropsTheBacklog)
 {
     loadAndStart();
     FakeWhisper::Hold hold;
-    context->addAudioSamples(std::vector<float>(passInterval));
+    const QFuture<void> running = context->addAudioSamples(std::vector<float>(passInterval));
     ASSERT_TRUE(hold.waitUntilHeld());
     const QFuture<void> waiting = context->addAudioSamples(std::vector<float>(passInterval));
     context->setLanguage(QStringLiteral("de"));
@@ -355,6 +354,7 @@ TEST_F(WhisperStreamingTest, AStopDropsTheBacklog)
     hold.release();
 
     EXPECT_EQ(await(batch), u"Hello world.");
+    await(running);
     EXPECT_TRUE(waiting.isFinished() && later.isFinished() && stopped.isFinished());
     EXPECT_THAT(passes(), ElementsAre(24'000, 5));
     EXPECT_THAT(segments, SizeIs(1));

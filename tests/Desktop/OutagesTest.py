@@ -63,17 +63,14 @@ class OutagesTest(DesktopCase):
         self.assert_words(self.dictate(), PHRASE_WORDS)
 
     def test_the_accessibility_bus_ends(self):
-        self.open_entry()
+        # A terminal: GTK's own half of the bus ends its application a moment after the bus.
+        self.user.open_terminal()
         self.user.copy("copied before")
         self.desktop.stop_accessibility()
         final = self.dictate()
         self.assert_words(final, PHRASE_WORDS)
+        wait_for(lambda: final in self.user.terminal_text(), "the words in the terminal")
         wait_for(lambda: self.user.clipboard() == "copied before", "the user's own clipboard")
-
-        def field():
-            self.user.keys("tap", "Control_L", "a", "tap", "Control_L", "c")
-            return self.user.clipboard()
-        wait_for(lambda: field() == final, "the words in the field")
 
         # A new bus and a new application, the same Velloro.
         self.desktop.start_accessibility()

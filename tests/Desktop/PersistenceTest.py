@@ -8,6 +8,7 @@ import stat
 import time
 
 from desktop_case import PHRASE_WORDS, DesktopCase, main
+from velloro_desktop import wait_for
 
 CHOSEN = {
     "recordingMode": "Hold to Talk", "selectedModel": "Large", "selectedLanguage": "en",
@@ -42,8 +43,9 @@ class PersistenceTest(DesktopCase):
         self.assert_kept()
         self.assertEqual(self.history(), [first])
 
+        mark = self.velloro.mark()
         self.velloro.start()
-        self.velloro.wait_for("[WhisperManager] Loaded model: ", since=self.velloro.mark() - 1)
+        self.velloro.wait_for("[WhisperManager] Loaded model: ", since=mark)
         second = self.dictate()
         self.velloro.stop(signal.SIGKILL)
         self.assert_kept()
@@ -86,7 +88,7 @@ class PersistenceTest(DesktopCase):
         began = time.monotonic()
         self.assertEqual(self.velloro.stop(), 0)
         self.assertLess(time.monotonic() - began, 3)
-        self.assertFalse(self.microphone_is_open())
+        wait_for(lambda: not self.microphone_is_open(), "the microphone's end", timeout=5)
         self.user.release()
 
     def test_a_second_start_ends_and_leaves_the_first_alone(self):

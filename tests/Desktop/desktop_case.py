@@ -49,9 +49,12 @@ class DesktopCase(unittest.TestCase):
             self.skipTest(str(error))
         self.user = User(self.desktop)
         self.velloro = Velloro(self.desktop, os.environ["VELLORO_PROGRAM"])
-        self.addCleanup(self._show_output)
+        self.addCleanup(self._end)
 
-    def _show_output(self):
+    def _end(self):
+        if self.velloro.process:
+            self.velloro.process.kill()
+            self.velloro.wait_for_end()
         outcome = self._outcome.result
         if any(test is self for test, _ in outcome.failures + outcome.errors):
             print("Velloro's output:", *self.velloro.lines, sep="\n  ")
@@ -59,8 +62,9 @@ class DesktopCase(unittest.TestCase):
     def start_velloro(self, **settings):
         """Starts it and waits until the model is loaded."""
         self.velloro.set_up(model=self.model, model_file=self.present[self.model], **settings)
+        mark = self.velloro.mark()
         self.velloro.start()
-        self.velloro.wait_for("[WhisperManager] Loaded model: ")
+        self.velloro.wait_for("[WhisperManager] Loaded model: ", since=mark)
 
     def phrase(self):
         """A recording of PHRASE_WORDS, under five seconds."""
@@ -94,14 +98,17 @@ class DesktopCase(unittest.TestCase):
         return self.end_recording(mark)
 
     def microphone_is_open(self):
-        return bool(self.desktop.run(["pactl", "list", "short", "source-outputs"]).strip())
+        # What makes the virtual microphone listens itself, for no client.
+        outputs = self.desktop.run(["pactl", "list", "short", "source-outputs"]).splitlines()
+        return any(output.split("\t")[2] != "-" for output in outputs)
 
     def assert_words(self, text, expected):
         self.assertEqual(words(text), expected)
 
 
 def main():
-    program = unittest.main(exit=False)
+    # Programs that are left running end with the desktop.
+    program = unittest.main(exit=False, warnings="ignore")
     for _, reason in program.result.skipped:
         print(f"SKIPPED: {reason}")
     if not program.result.wasSuccessful():

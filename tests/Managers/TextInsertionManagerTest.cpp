@@ -2,10 +2,9 @@
 
 #include "Support/InMemoryAccessibility.h"
 #include "Support/OutputJournal.h"
+#include "Support/WaitUntil.h"
 
 #include <QElapsedTimer>
-#include <QEventLoop>
-#include <QTimer>
 #include <gmock/gmock.h>
 #include <limits>
 
@@ -14,7 +13,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using namespace std::chrono_literals;
 
 constexpr int64_t most = std::numeric_limits<int64_t>::max();
 
@@ -34,20 +32,6 @@ protected:
         platform.accessibility = std::move(inMemory);
         platform.pasteboard = journal.makePasteboard();
         platform.keyboardEvents = journal.makeKeyboard();
-    }
-
-    /// Runs the event loop until the condition holds, for ten seconds at most.
-    template <typename Condition>
-    static bool waitFor(Condition condition)
-    {
-        QElapsedTimer timer;
-        timer.start();
-        while (!condition() && timer.elapsed() < 10'000) {
-            QEventLoop loop;
-            QTimer::singleShot(5ms, &loop, &QEventLoop::quit);
-            loop.exec();
-        }
-        return condition();
     }
 
     OutputJournal journal;
@@ -164,7 +148,7 @@ TEST_F(TextInsertionManagerTest, PutsThePasteboardBackHalfASecondLater)
     timer.start();
     manager.insertText(u"dictated"_qs);
     EXPECT_EQ(journal.clipboard, u"dictated"_qs);
-    ASSERT_TRUE(waitFor([&] { return journal.clipboard == u"mine"_qs; }));
+    ASSERT_TRUE(waitUntil([&] { return journal.clipboard == u"mine"_qs; }));
     EXPECT_GE(timer.elapsed(), 500);
     EXPECT_EQ(journal.entries,
               pasteOf(u"dictated"_qs) + (QStringList{u"clear"_qs, u"write mine"_qs}));
@@ -175,7 +159,7 @@ TEST_F(TextInsertionManagerTest, LeavesTheTextOnAPasteboardThatHeldNone)
     manager.insertText(u"dictated"_qs);
     QElapsedTimer timer;
     timer.start();
-    waitFor([&] { return timer.elapsed() > 700; });
+    (void)waitUntil([&] { return timer.elapsed() > 700; });
     EXPECT_EQ(journal.entries, pasteOf(u"dictated"_qs));
     EXPECT_EQ(journal.clipboard, u"dictated"_qs);
 }
@@ -186,10 +170,10 @@ TEST_F(TextInsertionManagerTest, TwoPastesWithinHalfASecondEachPutBackWhatTheyRe
     manager.insertText(u"first"_qs);
     QElapsedTimer timer;
     timer.start();
-    waitFor([&] { return timer.elapsed() > 100; });
+    (void)waitUntil([&] { return timer.elapsed() > 100; });
     manager.insertText(u"second"_qs);
     const qsizetype sent = journal.entries.size();
-    ASSERT_TRUE(waitFor([&] { return journal.entries.size() == sent + 4; }));
+    ASSERT_TRUE(waitUntil([&] { return journal.entries.size() == sent + 4; }));
     EXPECT_EQ(journal.entries.mid(sent),
               (QStringList{u"clear"_qs, u"write mine"_qs, u"clear"_qs, u"write first"_qs}));
 }

@@ -1,42 +1,23 @@
 #include "Platform/Linux/AtSpiAccessibility.h"
 
 #include "Managers/TextInsertionManager.h"
+#include "Platform/Linux/AtSpiRole.h"
 #include "Support/OutputJournal.h"
+#include "Support/WaitUntil.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QElapsedTimer>
-#include <QEventLoop>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
-#include <QTimer>
 #include <gmock/gmock.h>
 #include <csignal>
 
 namespace Velloro {
 namespace {
-
-using namespace std::chrono_literals;
-
-/// Runs the event loop until the condition holds, for fifteen seconds at most.
-template <typename Condition>
-bool waitFor(Condition condition)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > 15'000)
-            return false;
-        QEventLoop loop;
-        QTimer::singleShot(10ms, &loop, &QEventLoop::quit);
-        loop.exec();
-    }
-    return true;
-}
 
 /// An application on the desktop, ended with this object.
 class Application
@@ -65,14 +46,14 @@ class TextWindow : public Application
 {
 public:
     explicit TextWindow(const QString &toolkit)
-        : Application(QFileInfo(QStringLiteral(__FILE__)).path() + u"/text-window"_qs, {toolkit})
+        : Application(QStringLiteral(VELLORO_TESTS_DIR "/Platform/text-window"), {toolkit})
     {
     }
 
     QJsonValue command(const QJsonArray &words)
     {
         process.write(QJsonDocument(words).toJson(QJsonDocument::Compact) + '\n');
-        if (!waitFor([&] { return process.canReadLine(); }))
+        if (!waitUntil([&] { return process.canReadLine(); }))
             return {};
         const QByteArray line = "[" + process.readLine() + "]";
         return QJsonDocument::fromJson(line).array().at(0);
@@ -80,7 +61,7 @@ public:
 
     bool waitUntilActive()
     {
-        return waitFor([&] { return command({u"active"_qs}).toBool(); });
+        return waitUntil([&] { return command({u"active"_qs}).toBool(); });
     }
     void set(const QString &name, const QString &text, int start, int end)
     {
@@ -101,6 +82,45 @@ bool has(const QString &toolkit)
     const QString check = toolkit == u"gtk" ? u"import gi; gi.require_version('Gtk', '3.0')"_qs
                                             : u"import PyQt6.QtWidgets"_qs;
     return QProcess::execute(u"/usr/bin/python3"_qs, {u"-c"_qs, check}) == 0;
+}
+
+TEST(AtSpiRoleTest, NamesTextFieldsAndNothingElseAsSuch)
+{
+    const auto states = [](std::initializer_list<AtSpiStates::State> list) {
+        uint64_t bits = 0;
+        for (const AtSpiStates::State state : list)
+            bits |= uint64_t{1} << state;
+        return AtSpiStates(bits);
+    };
+    constexpr uint32_t paragraph = 73;
+    constexpr uint32_t section = 85;
+    struct Case
+    {
+        uint32_t role;
+        AtSpiStates states;
+        QString name;
+    };
+    const Case cases[] = {
+        {AtSpiRole::text, states({AtSpiStates::singleLine}), u"AXTextField"_qs},
+        {AtSpiRole::text, states({AtSpiStates::multiLine}), u"AXTextArea"_qs},
+        {AtSpiRole::entry, {}, u"AXTextField"_qs},
+        {AtSpiRole::entry, states({AtSpiStates::multiLine}), u"AXTextArea"_qs},
+        {AtSpiRole::spinButton, {}, u"AXTextField"_qs},
+        {AtSpiRole::terminal, {}, u"AXTextArea"_qs},
+        {AtSpiRole::comboBox, states({AtSpiStates::editable}), u"AXComboBox"_qs},
+        {AtSpiRole::comboBox, {}, u"AXPopUpButton"_qs},
+        {AtSpiRole::documentWeb, states({AtSpiStates::editable}), u"AXTextArea"_qs},
+        {AtSpiRole::documentWeb, {}, u"AXWebArea"_qs},
+        {paragraph, states({AtSpiStates::editable}), u"AXTextArea"_qs},
+        {section, states({AtSpiStates::editable, AtSpiStates::singleLine}), u"AXTextField"_qs},
+        {section, {}, u"AXGroup"_qs},
+        {AtSpiRole::label, {}, u"AXStaticText"_qs},
+        // A surface on which an application draws may well be its text.
+        {AtSpiRole::drawingArea, {}, QString()},
+        {AtSpiRole::unknown, {}, QString()},
+    };
+    for (const Case &each : cases)
+        EXPECT_EQ(AtSpiRole::attributeName(each.role, each.states), each.name) << each.role;
 }
 
 class AtSpiTest : public testing::Test
@@ -141,7 +161,7 @@ protected:
     }
     bool waitForRole(const QString &role)
     {
-        return waitFor([&] { return text(focused(), u"AXRole"_qs) == role; });
+        return waitUntil([&] { return text(focused(), u"AXRole"_qs) == role; });
     }
     bool insert(const QString &text)
     {
@@ -179,7 +199,7 @@ protected:
         ASSERT_TRUE(waitForRole(u"AXButton"_qs));
         window->command({u"focus"_qs, name});
         window->set(name, text, start, end);
-        ASSERT_TRUE(waitFor([&] {
+        ASSERT_TRUE(waitUntil([&] {
             const QString role = this->text(focused(), u"AXRole"_qs);
             return role == u"AXTextField" || role == u"AXTextArea";
         }));
@@ -306,7 +326,7 @@ TEST_P(AtSpiToolkitTest, AStoppedApplicationCostsHalfASecondOnce)
     }
 
     kill(window->pid(), SIGCONT);
-    ASSERT_TRUE(waitFor([&] { return focused() != nullptr; }));
+    ASSERT_TRUE(waitUntil([&] { return focused() != nullptr; }));
     // Nothing that was given up is done belatedly.
     EXPECT_EQ(window->text(u"entry"_qs), u"Hello"_qs);
     EXPECT_TRUE(insert(u"!"_qs));
@@ -319,8 +339,8 @@ TEST_P(AtSpiToolkitTest, AnApplicationInFrontThatIsNotOnTheBusGetsAPaste)
     ASSERT_NO_FATAL_FAILURE(prepare(u"entry"_qs, u"Hello"_qs, 5, 5));
     {
         const Application terminal(u"xterm"_qs, {});
-        ASSERT_TRUE(waitFor([&] { return !window->command({u"active"_qs}).toBool(); }));
-        EXPECT_TRUE(waitFor([&] { return focused() == nullptr; }));
+        ASSERT_TRUE(waitUntil([&] { return !window->command({u"active"_qs}).toBool(); }));
+        EXPECT_TRUE(waitUntil([&] { return focused() == nullptr; }));
         EXPECT_TRUE(insert(u" you"_qs));
         EXPECT_TRUE(pasted());
         EXPECT_EQ(window->text(u"entry"_qs), u"Hello"_qs);
@@ -346,7 +366,7 @@ TEST_F(AtSpiTest, InsertsIntoRealApplications)
         SCOPED_TRACE(program.toStdString());
         const Application application(program, arguments);
         AccessibilityElementRef element;
-        ASSERT_TRUE(waitFor([&] {
+        ASSERT_TRUE(waitUntil([&] {
             element = focused();
             return element && !text(element, u"AXRole"_qs).isNull()
                    && focusedOf(application.pid()) != nullptr;
@@ -384,7 +404,7 @@ TEST_F(AtSpiTest, AFocusOfItsOwnProcessIsAnsweredAtOnce)
     bus.send(event);
     QElapsedTimer timer;
     timer.start();
-    waitFor([&] { return timer.elapsed() > 200; });
+    (void)waitUntil([&] { return timer.elapsed() > 200; });
     timer.start();
     EXPECT_EQ(focused(), nullptr);
     EXPECT_LE(timer.elapsed(), 50);
@@ -402,13 +422,12 @@ TEST_F(AtSpiTest, FollowsWhetherAccessibilityIsEnabled)
                       QVariant::fromValue(QDBusVariant(QVariant(enabled)))});
     };
     set(false);
-    EXPECT_TRUE(waitFor([&] { return !platform.accessibility->isProcessTrusted(); }));
+    EXPECT_TRUE(waitUntil([&] { return !platform.accessibility->isProcessTrusted(); }));
     EXPECT_FALSE(AtSpiAccessibility().isProcessTrusted());
     platform.accessibility->requestTrust();
-    EXPECT_TRUE(waitFor([&] { return platform.accessibility->isProcessTrusted(); }));
+    EXPECT_TRUE(waitUntil([&] { return platform.accessibility->isProcessTrusted(); }));
 }
 
-/// Last, for it leaves the applications' toolkits to find the new bus.
 TEST_F(AtSpiTest, SurvivesTheEndOfTheBus)
 {
     if (!has(u"gtk"_qs))
@@ -420,13 +439,13 @@ TEST_F(AtSpiTest, SurvivesTheEndOfTheBus)
                               .toUInt();
     ASSERT_GT(launcher, 1U);
     kill(static_cast<pid_t>(launcher), SIGTERM);
-    ASSERT_TRUE(waitFor([&] { return !platform.accessibility->isProcessTrusted(); }));
+    ASSERT_TRUE(waitUntil([&] { return !platform.accessibility->isProcessTrusted(); }));
     EXPECT_EQ(focused(), nullptr);
     EXPECT_TRUE(insert(u"x"_qs));
     EXPECT_TRUE(pasted());
 
     // Looking for the bus starts it again; it may have to be enabled anew.
-    ASSERT_TRUE(waitFor([&] {
+    ASSERT_TRUE(waitUntil([&] {
         platform.accessibility->requestTrust();
         return platform.accessibility->isProcessTrusted();
     }));

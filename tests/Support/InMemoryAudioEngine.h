@@ -35,16 +35,14 @@ public:
         for (const auto &channel : channels)
             pointers.push_back(channel.data());
         const auto frames = channels.empty() ? 0 : static_cast<uint32_t>(channels.front().size());
-        return deliver(AudioBuffer{pointers, frames, tapFormat});
+        const std::lock_guard lock(m_mutex);
+        return callTap({pointers, frames, tapFormat});
     }
 
     bool deliver(const AudioBuffer &buffer)
     {
         const std::lock_guard lock(m_mutex);
-        if (!m_tap)
-            return false;
-        m_tap(buffer);
-        return true;
+        return callTap(buffer);
     }
 
     [[nodiscard]] bool hasTap()
@@ -106,6 +104,13 @@ public:
     }
 
 private:
+    bool callTap(const AudioBuffer &buffer)
+    {
+        if (m_tap)
+            m_tap(buffer);
+        return bool(m_tap);
+    }
+
     std::mutex m_mutex;
     Tap m_tap;
     InterruptionHandler m_interruptionHandler;

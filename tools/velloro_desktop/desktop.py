@@ -2,9 +2,11 @@
 
 import os
 import pathlib
+import re
 import secrets
 import shutil
 import signal
+import socket
 import struct
 import subprocess
 import sys
@@ -189,14 +191,16 @@ class PrivateDesktop:
         settings = self.config_home / "glib-2.0/settings"
         settings.mkdir(parents=True)
         (settings / "keyfile").write_text(
-            "[org/gnome/desktop/interface]\ntoolkit-accessibility=true\n")
+            "[org/gnome/desktop/interface]\ntoolkit-accessibility=true\n"
+            "[org/xfce/mousepad/preferences/view]\nword-wrap=true\n")
 
     def _start_services(self):
         display = self._start_display()
-        self._start_service("bus", ["dbus-daemon", "--session", "--nofork", "--nopidfile",
-                                    "--address=" + self.environment["DBUS_SESSION_BUS_ADDRESS"]])
         self.start_sound(wait=False)
         self.environment["DISPLAY"] = display()
+        # What the bus starts needs the display, too.
+        self._start_service("bus", ["dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                    "--address=" + self.environment["DBUS_SESSION_BUS_ADDRESS"]])
         self._start_service("window-manager", [
             "openbox", "--sm-disable", "--config-file", str(self.folder / "openbox.xml")])
         self._wait_until("bus", lambda: (self.runtime / "bus").exists(), "the session bus")
@@ -245,23 +249,35 @@ class PrivateDesktop:
     def start_accessibility(self):
         """Starts the accessibility bus; after `stop_accessibility()`, again."""
         self._start_service("accessibility", [ACCESSIBILITY_LAUNCHER, "--launch-immediately"])
-        self._wait_until("accessibility", lambda: self._bus_name_has_owner("org.a11y.Bus"),
-                         "the accessibility bus")
+        # A program that asks for the bus has another launcher started: either will do.
+        self.wait_for_bus_name("org.a11y.Bus")
         self._bus_call("org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties.Set",
                        "string:org.a11y.Status", "string:IsEnabled", "variant:boolean:true")
-        self._wait_until("accessibility", lambda: "unix:" in self._bus_call(
-            "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress"), "its address")
+        wait_for(self._accessibility_answers, "the accessibility bus")
+
+    def _accessibility_answers(self):
+        address = re.search("unix:path=([^,\"]+)", self._bus_call(
+            "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus.GetAddress"))
+        with socket.socket(socket.AF_UNIX) as connection:
+            return address and connection.connect_ex(address[1]) == 0
 
     def stop_accessibility(self):
         """Ends the accessibility bus, its launcher and its registry, as in a crash."""
         self.stop_service("accessibility", signal.SIGKILL)
-        for pid in watchdog.marked_processes(str(self.folder)):
-            try:
-                command = pathlib.Path(f"/proc/{pid}/cmdline").read_bytes()
-                if b"accessibility.conf" in command or b"at-spi2-registryd" in command:
-                    os.kill(pid, signal.SIGKILL)
-            except (OSError, ProcessLookupError):
-                pass
+        parts = [ACCESSIBILITY_LAUNCHER, "at-spi2/accessibility.conf", "at-spi2-registryd"]
+
+        def kill_all():
+            found = False
+            for pid in watchdog.marked_processes(str(self.folder)):
+                try:
+                    command = pathlib.Path(f"/proc/{pid}/cmdline").read_text()
+                    if any(part in command for part in parts):
+                        found = True
+                        os.kill(pid, signal.SIGKILL)
+                except OSError:
+                    pass  # gone meanwhile
+            return not found
+        wait_for(kill_all, "the accessibility bus's end")
 
     def stop_service(self, name, number=signal.SIGTERM):
         """Sends the signal to the service and waits for its end."""

@@ -81,6 +81,7 @@ class Velloro:
                 self.lines.append(line.rstrip("\n"))
                 self._changed.notify_all()
             self._on_line(self.lines[-1])
+        process.stdout.close()
         with self._changed:
             self._ended = True
             self._changed.notify_all()
@@ -96,7 +97,6 @@ class Velloro:
         except subprocess.TimeoutExpired:
             raise DesktopError("Velloro does not end;" + self._tail()) from None
         self._reader.join()
-        self.process.stdout.close()
         return status
 
     # --- its output -----------------------------------------------------------------------------

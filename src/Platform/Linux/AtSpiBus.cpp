@@ -26,9 +26,9 @@ constexpr auto launcherTimeout = 10s;
 constexpr auto firstAnswerTimeout = 1s;
 constexpr auto shortestRetry = 500ms;
 constexpr auto longestRetry = 30s;
-/// A bus name is never used twice, so what is known by it is forgotten when it gets too much.
-constexpr qsizetype mostServices = 500;
 
+const QString daemonService = QStringLiteral("org.freedesktop.DBus");
+const QString daemonPath = QStringLiteral("/org/freedesktop/DBus");
 const QString launcherService = QStringLiteral("org.a11y.Bus");
 const QString launcherPath = QStringLiteral("/org/a11y/bus");
 const QString statusInterface = QStringLiteral("org.a11y.Status");
@@ -179,7 +179,9 @@ void AtSpiBus::takeEnabled(const QDBusMessage &reply)
 {
     m_isEnabled = reply.type() == QDBusMessage::ReplyMessage
                   && reply.arguments().value(0).value<QDBusVariant>().variant().toBool();
-    if (reply.type() != QDBusMessage::ReplyMessage)
+    if (reply.type() == QDBusMessage::ReplyMessage)
+        m_retryDelay = shortestRetry;
+    else
         retryLater();
 }
 
@@ -207,6 +209,8 @@ void AtSpiBus::connectTo(const QString &address)
                 SLOT(onWindowActivated(QDBusMessage)));
     bus.connect(QString(), QString(), windowInterface, QStringLiteral("Deactivate"), this,
                 SLOT(onWindowDeactivated(QDBusMessage)));
+    bus.connect(daemonService, daemonPath, daemonService, QStringLiteral("NameOwnerChanged"), this,
+                SLOT(onOwnerChanged(QString, QString, QString)));
 
     // Applications send only the events that somebody registered for.
     const AtSpiReference registry{registryService, QStringLiteral("/org/a11y/atspi/registry")};
@@ -293,6 +297,16 @@ void AtSpiBus::onWindowDeactivated(const QDBusMessage &message)
 {
     if (m_bus)
         Q_EMIT windowDeactivated({message.service(), message.path()});
+}
+
+void AtSpiBus::onOwnerChanged(const QString &service, const QString &, const QString &newOwner)
+{
+    if (!m_bus || !newOwner.isEmpty())
+        return;
+    m_processes.remove(service);
+    m_toolkits.remove(service);
+    m_unresponsive.remove(service);
+    Q_EMIT serviceGone(service);
 }
 
 QDBusMessage AtSpiBus::call(const AtSpiReference &object, const QString &interface,
@@ -389,14 +403,8 @@ void AtSpiBus::learn(const QString &service)
 {
     if (!m_bus || service.isEmpty() || m_processes.contains(service))
         return;
-    if (m_processes.size() >= mostServices) {
-        m_processes.clear();
-        m_toolkits.clear();
-    }
-    const AtSpiReference bus{QStringLiteral("org.freedesktop.DBus"),
-                             QStringLiteral("/org/freedesktop/DBus")};
     m_processes.insert(service,
-                       send(bus, QStringLiteral("org.freedesktop.DBus"),
+                       send({daemonService, daemonPath}, daemonService,
                             QStringLiteral("GetConnectionUnixProcessID"), {service}, busTimeout));
 }
 

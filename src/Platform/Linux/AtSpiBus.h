@@ -75,6 +75,8 @@ Q_SIGNALS:
     void focusLost(const Velloro::AtSpiReference &object);
     void windowActivated(const Velloro::AtSpiReference &window);
     void windowDeactivated(const Velloro::AtSpiReference &window);
+    /// An application has left the bus.
+    void serviceGone(const QString &service);
 
 private Q_SLOTS:
     void onStatusChanged(const QString &interface, const QVariantMap &changed,
@@ -84,6 +86,7 @@ private Q_SLOTS:
     void onFocusChanged(const QDBusMessage &message);
     void onWindowActivated(const QDBusMessage &message);
     void onWindowDeactivated(const QDBusMessage &message);
+    void onOwnerChanged(const QString &service, const QString &oldOwner, const QString &newOwner);
 
 private:
     /// Takes the reply to a question to the launcher when it is there.

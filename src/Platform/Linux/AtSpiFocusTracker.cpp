@@ -26,13 +26,14 @@ AtSpiFocusTracker::AtSpiFocusTracker(AtSpiBus &bus, QObject *parent)
     , m_bus(bus)
 {
     m_searchDelay.setSingleShot(true);
-    connect(&m_searchDelay, &QTimer::timeout, this, &AtSpiFocusTracker::startSearch);
-    connect(&bus, &AtSpiBus::connected, this, &AtSpiFocusTracker::startSearch);
+    connect(&m_searchDelay, &QTimer::timeout, this, &AtSpiFocusTracker::searchActiveWindow);
+    connect(&bus, &AtSpiBus::connected, this, &AtSpiFocusTracker::searchDesktop);
     connect(&bus, &AtSpiBus::disconnected, this, &AtSpiFocusTracker::onDisconnected);
     connect(&bus, &AtSpiBus::focusGained, this, &AtSpiFocusTracker::onFocusGained);
     connect(&bus, &AtSpiBus::focusLost, this, &AtSpiFocusTracker::onFocusLost);
     connect(&bus, &AtSpiBus::windowActivated, this, &AtSpiFocusTracker::onWindowActivated);
     connect(&bus, &AtSpiBus::windowDeactivated, this, &AtSpiFocusTracker::onWindowDeactivated);
+    connect(&bus, &AtSpiBus::serviceGone, this, &AtSpiFocusTracker::onServiceGone);
 }
 
 AtSpiFocusTracker::~AtSpiFocusTracker() = default;
@@ -63,11 +64,16 @@ void AtSpiFocusTracker::onWindowActivated(const AtSpiReference &window)
 
 void AtSpiFocusTracker::onWindowDeactivated(const AtSpiReference &window)
 {
-    if (m_activeWindow == window)
+    // It may be the one that the search has found active.
+    m_search.reset();
+    // Toolkits differ in whether an object keeps its focus in a window that is not active, and an
+    // object may be of another process than the window that shows it.
+    if (m_activeWindow == window) {
         m_activeWindow.reset();
-    // Toolkits differ in whether an object keeps its focus in a window that is not active.
-    if (m_focused && m_focused->service == window.service && !m_activeWindow)
         m_focused.reset();
+    } else if (!m_activeWindow && m_focused && m_focused->service == window.service) {
+        m_focused.reset();
+    }
 }
 
 void AtSpiFocusTracker::onDisconnected()
@@ -78,27 +84,46 @@ void AtSpiFocusTracker::onDisconnected()
     m_search.reset();
 }
 
-void AtSpiFocusTracker::startSearch()
+/// An application that ended could not say that its window did.
+void AtSpiFocusTracker::onServiceGone(const QString &service)
 {
-    m_search = std::make_unique<AtSpiFocusSearch>(m_bus, backgroundTimeout);
-    connect(m_search.get(), &AtSpiFocusSearch::finished, this,
-            &AtSpiFocusTracker::onSearchFinished);
-    if (m_activeWindow)
-        m_search->searchWindow(*m_activeWindow);
-    else
-        m_search->searchDesktop();
+    if (m_focused && m_focused->service == service)
+        m_focused.reset();
+    if (m_activeWindow && m_activeWindow->service == service)
+        m_activeWindow.reset();
 }
 
-void AtSpiFocusTracker::onSearchFinished()
+AtSpiFocusSearch &AtSpiFocusTracker::newSearch()
 {
-    const std::unique_ptr<AtSpiFocusSearch> search = std::move(m_search);
-    if (!search)
-        return;
+    m_search = std::make_unique<AtSpiFocusSearch>(m_bus, backgroundTimeout);
+    return *m_search;
+}
+
+void AtSpiFocusTracker::searchActiveWindow()
+{
     if (!m_activeWindow)
-        m_activeWindow = search->window();
-    if (!m_focused)
-        m_focused = search->found();
-    search->disconnect(this);
+        return;
+    AtSpiFocusSearch &search = newSearch();
+    connect(&search, &AtSpiFocusSearch::finished, this, [this] {
+        if (!m_focused)
+            m_focused = m_search->found();
+        m_search.release()->deleteLater();
+    });
+    search.searchWindow(*m_activeWindow);
+}
+
+/// Finds out which window is active, too: an application that is just starting may not yet tell.
+void AtSpiFocusTracker::searchDesktop()
+{
+    AtSpiFocusSearch &search = newSearch();
+    connect(&search, &AtSpiFocusSearch::finished, this, [this] {
+        if (!m_focused) {
+            m_activeWindow = m_search->window();
+            m_focused = m_search->found();
+        }
+        m_search.release()->deleteLater();
+    });
+    search.searchDesktop();
 }
 
 /// Lets events count that have arrived but that the event loop has not come to yet.
@@ -111,19 +136,22 @@ Accessibility::Result<AtSpiReference> AtSpiFocusTracker::focused()
 {
     takePendingEvents();
     const std::optional<AtSpiReference> candidate = m_focused ? m_focused : m_activeWindow;
-    if (!candidate) {
-        // For the next time.
-        if (!m_search)
-            startSearch();
-        return tl::unexpected(AccessibilityError::noValue);
-    }
-    return confirmed(m_bus.processOf(candidate->service));
+    return known(candidate ? m_bus.processOf(candidate->service) : -1);
 }
 
 Accessibility::Result<AtSpiReference> AtSpiFocusTracker::focusedOf(pid_t process)
 {
     takePendingEvents();
-    return confirmed(process);
+    return known(process);
+}
+
+Accessibility::Result<AtSpiReference> AtSpiFocusTracker::known(pid_t process)
+{
+    const Accessibility::Result<AtSpiReference> result = confirmed(process);
+    // What was missed is found for the next time.
+    if (!result && result.error() == AccessibilityError::noValue && !m_focused && !m_search)
+        searchDesktop();
+    return result;
 }
 
 Accessibility::Result<AtSpiReference> AtSpiFocusTracker::confirmed(pid_t process)

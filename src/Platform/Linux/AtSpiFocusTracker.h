@@ -40,10 +40,13 @@ private:
     void onWindowActivated(const AtSpiReference &window);
     void onWindowDeactivated(const AtSpiReference &window);
     void onDisconnected();
-    void startSearch();
-    void onSearchFinished();
+    void onServiceGone(const QString &service);
+    void searchActiveWindow();
+    void searchDesktop();
     void takePendingEvents();
+    Accessibility::Result<AtSpiReference> known(pid_t process);
     Accessibility::Result<AtSpiReference> confirmed(pid_t process);
+    AtSpiFocusSearch &newSearch();
 
     AtSpiBus &m_bus;
     std::optional<AtSpiReference> m_focused;

@@ -4,12 +4,9 @@ namespace Velloro::AtSpiRole {
 
 namespace {
 
-/// Text elements that say how many lines they have: toolkits give one role to both kinds.
-QString textName(const AtSpiStates &states)
+QString textName(bool severalLines)
 {
-    return states.contains(AtSpiStates::singleLine) && !states.contains(AtSpiStates::multiLine)
-               ? QStringLiteral("AXTextField")
-               : QStringLiteral("AXTextArea");
+    return severalLines ? QStringLiteral("AXTextArea") : QStringLiteral("AXTextField");
 }
 
 } // namespace
@@ -19,10 +16,9 @@ QString attributeName(uint32_t role, const AtSpiStates &states)
     const bool editable = states.contains(AtSpiStates::editable);
     switch (role) {
     case text:
-        return textName(states);
     case entry:
-        return states.contains(AtSpiStates::multiLine) ? QStringLiteral("AXTextArea")
-                                                       : QStringLiteral("AXTextField");
+        // Toolkits give one role to both kinds, and not all of them say that one has a single line.
+        return textName(states.contains(AtSpiStates::multiLine));
     case passwordText:
     case spinButton:
         return QStringLiteral("AXTextField");
@@ -35,7 +31,7 @@ QString attributeName(uint32_t role, const AtSpiStates &states)
     }
     // A part of a page or a document that is edited in place can have any other role.
     if (editable)
-        return textName(states);
+        return textName(!states.contains(AtSpiStates::singleLine));
 
     switch (role) {
     case invalid:

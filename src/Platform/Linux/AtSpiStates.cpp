@@ -11,7 +11,7 @@ AtSpiStates AtSpiStates::of(const QDBusMessage &reply)
     if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != u"au")
         return {};
     const auto words = qdbus_cast<QList<uint>>(reply.arguments().value(0));
-    return words.isEmpty() ? AtSpiStates() : AtSpiStates(words.first());
+    return AtSpiStates(words.value(0) | static_cast<uint64_t>(words.value(1)) << 32U);
 }
 
 } // namespace Velloro

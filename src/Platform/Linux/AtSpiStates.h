@@ -6,8 +6,7 @@ class QDBusMessage;
 
 namespace Velloro {
 
-/// The set of states that an object on the accessibility bus reports, as far as they matter
-/// here: the first of its two words of bits.
+/// The set of states that an object on the accessibility bus reports.
 class AtSpiStates
 {
 public:
@@ -20,21 +19,26 @@ public:
         showing = 25,
         singleLine = 26,
         managesDescendants = 31,
+        readOnly = 43,
     };
 
     AtSpiStates() = default;
-    explicit AtSpiStates(uint32_t low)
-        : m_low(low)
+    explicit AtSpiStates(uint64_t bits)
+        : m_bits(bits)
     {
     }
 
     /// The states in a reply to GetState; none in any other message.
     [[nodiscard]] static AtSpiStates of(const QDBusMessage &reply);
 
-    [[nodiscard]] bool contains(State state) const { return (m_low >> state & 1U) != 0; }
+    /// Whether the text can be written to. Some toolkits call a field editable although it is
+    /// read-only just now.
+    [[nodiscard]] bool isWritable() const { return contains(editable) && !contains(readOnly); }
+
+    [[nodiscard]] bool contains(State state) const { return (m_bits >> state & 1U) != 0; }
 
 private:
-    uint32_t m_low = 0;
+    uint64_t m_bits = 0;
 };
 
 } // namespace Velloro

@@ -257,7 +257,7 @@ AtSpiText::Result<void> AtSpiText::requireEditable()
     const auto reply = ask(accessibleInterface, QStringLiteral("GetState"));
     if (!reply)
         return failure(reply.error());
-    if (!AtSpiStates::of(*reply).contains(AtSpiStates::editable))
+    if (!AtSpiStates::of(*reply).isWritable())
         return failure(AccessibilityError::attributeUnsupported);
     return {};
 }

@@ -39,7 +39,10 @@ constexpr int maximumLinkDepth = 40;
 class Descriptor
 {
 public:
-    explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
+    explicit Descriptor(int descriptor)
+        : m_descriptor(descriptor)
+    {
+    }
     ~Descriptor()
     {
         if (m_descriptor >= 0)
@@ -81,11 +84,12 @@ std::optional<QString> followLinks(QString path)
 {
     for (int depth = 0; depth < maximumLinkDepth; ++depth) {
         std::error_code error;
-        const auto link = std::filesystem::read_symlink(QFile::encodeName(path).toStdString(), error);
+        const auto link =
+            std::filesystem::read_symlink(QFile::encodeName(path).toStdString(), error);
         if (error)
             return path;
-        path = QDir(directoryOf(path)).absoluteFilePath(
-            QFile::decodeName(QByteArray::fromStdString(link.string())));
+        path = QDir(directoryOf(path))
+                   .absoluteFilePath(QFile::decodeName(QByteArray::fromStdString(link.string())));
     }
     return std::nullopt;
 }
@@ -126,8 +130,8 @@ std::optional<DefaultsValue> decodeObject(const QJsonObject &object)
         return std::nullopt;
     }
     if (keys == QStringList{dataTag} && object.value(dataTag).isString()) {
-        const auto bytes = QByteArray::fromBase64Encoding(
-            object.value(dataTag).toString().toUtf8(), QByteArray::AbortOnBase64DecodingErrors);
+        const auto bytes = QByteArray::fromBase64Encoding(object.value(dataTag).toString().toUtf8(),
+                                                          QByteArray::AbortOnBase64DecodingErrors);
         if (bytes)
             return DefaultsValue(*bytes);
     } else if (keys == QStringList{mapTag} && object.value(mapTag).isObject()) {
@@ -167,7 +171,10 @@ struct Encoder
     QJsonValue operator()(bool value) const { return value; }
     QJsonValue operator()(int64_t value) const { return static_cast<qint64>(value); }
     QJsonValue operator()(const QString &value) const { return value; }
-    QJsonValue operator()(const QStringList &value) const { return QJsonArray::fromStringList(value); }
+    QJsonValue operator()(const QStringList &value) const
+    {
+        return QJsonArray::fromStringList(value);
+    }
     QJsonValue operator()(const QMap<QString, QString> &value) const
     {
         QJsonObject object;
@@ -209,7 +216,8 @@ void removeLeftovers(const QString &target)
         if (!name.startsWith(prefix))
             continue;
         const QByteArray path = QFile::encodeName(directory.filePath(name));
-        const Descriptor file(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+        const Descriptor file(
+            ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
         if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0)
             ::unlink(path.constData());
     }
@@ -226,7 +234,8 @@ int replaceFile(const QString &target, const QByteArray &content)
         ::unlink(temporary.constData());
         return error;
     };
-    // The lock tells this file from one that a killed process left. Its mode is 0600 from the start.
+    // The lock tells this file from one that a killed process left. Its mode is 0600 from the
+    // start.
     ::flock(file.get(), LOCK_EX | LOCK_NB);
 
     for (qsizetype written = 0; written < content.size();) {
@@ -247,9 +256,10 @@ int replaceFile(const QString &target, const QByteArray &content)
 
     // The rename itself is on disk when the directory is; some file systems can't be asked for it.
     const QByteArray directoryName = QFile::encodeName(directoryOf(target));
-    const Descriptor directory(::open(directoryName.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (directory.isOpen() && retryInterrupted([&] { return ::fsync(directory.get()); }) != 0
-        && errno != EINVAL && errno != ENOTSUP)
+    const Descriptor directory(
+        ::open(directoryName.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (directory.isOpen() && retryInterrupted([&] { return ::fsync(directory.get()); }) != 0 &&
+        errno != EINVAL && errno != ENOTSUP)
         return errno;
     return 0;
 }
@@ -259,12 +269,13 @@ int replaceFile(const QString &target, const QByteArray &content)
 tl::expected<QString, int> setAside(const QString &target)
 {
     const QByteArray from = QFile::encodeName(target);
-    const QString base = target + QStringLiteral(".damaged-")
-                         + QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss");
+    const QString base = target + QStringLiteral(".damaged-") +
+                         QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss");
     for (int attempt = 1;; ++attempt) {
         const QString aside = attempt == 1 ? base : QStringLiteral("%1-%2").arg(base).arg(attempt);
         const QByteArray to = QFile::encodeName(aside);
-        if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
+        if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) ==
+            0)
             return aside;
         if (errno == EEXIST)
             continue;
@@ -283,11 +294,12 @@ tl::expected<QString, int> setAside(const QString &target)
 
 QString JsonUserDefaults::defaultPath()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-           + QStringLiteral("/Velloro/settings.json");
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/Velloro/settings.json");
 }
 
-JsonUserDefaults::JsonUserDefaults(const QString &path) : m_path(QFileInfo(path).absoluteFilePath())
+JsonUserDefaults::JsonUserDefaults(const QString &path)
+    : m_path(QFileInfo(path).absoluteFilePath())
 {
     load();
 }
@@ -401,7 +413,8 @@ std::optional<QString> JsonUserDefaults::write()
         return QStringLiteral("something that is not a file is in its place");
     if (m_mustSetAside && info.exists()) {
         if (const auto aside = setAside(*target); !aside)
-            return QStringLiteral("the damaged file can't be set aside: ") + errorText(aside.error());
+            return QStringLiteral("the damaged file can't be set aside: ") +
+                   errorText(aside.error());
     }
     m_mustSetAside = false;
     if (const int error = makeDirectories(directoryOf(*target)); error != 0)

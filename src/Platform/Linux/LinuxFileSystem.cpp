@@ -41,8 +41,8 @@ bool renameExclusively(const QByteArray &from, const QByteArray &to)
 
 std::optional<QString> LinuxFileSystem::applicationSupportDirectory() const
 {
-    const QString directory =
-        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    const QString directory = QDir::cleanPath(
+        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
     // Without a home directory Qt takes the root for it, where nothing of a user's belongs.
     if (directory.isEmpty() || directory == u"/.local/share")
         return std::nullopt;

@@ -64,6 +64,8 @@ X11Connection::X11Connection(xcb_connection_t *connection, int screen)
     if (auto *dispatcher = QAbstractEventDispatcher::instance()) {
         connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this,
                 &X11Connection::dispatchPending);
+        connect(dispatcher, &QAbstractEventDispatcher::awake, this,
+                &X11Connection::dispatchPending);
     }
     xcb_flush(connection);
 }

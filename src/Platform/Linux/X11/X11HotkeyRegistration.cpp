@@ -144,13 +144,13 @@ void X11HotkeyRegistration::ungrabOn(uint16_t device, const Grab &grab)
         m_connection->xcb(), m_connection->root(), grab.keycode, device,
         static_cast<uint16_t>(grab.modifierStates.size()), XCB_INPUT_GRAB_TYPE_KEYCODE,
         grab.modifierStates.data());
+    m_connection->flush();
 }
 
 void X11HotkeyRegistration::ungrabOnAllKeyboards(const Grab &grab)
 {
     for (const uint16_t device : m_keyboards->physicalKeyboards())
         ungrabOn(device, grab);
-    m_connection->flush();
 }
 
 tl::expected<HotkeyRegistration::Reference, HotkeyRegistration::Status>

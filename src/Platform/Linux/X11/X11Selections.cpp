@@ -175,14 +175,9 @@ std::optional<QString> X11Selections::read(xcb_atom_t selection)
     QDeadlineTimer deadline(patience);
     const xcb_atom_t targets[] = {m_atoms.utf8String, m_atoms.textPlainUtf8, XCB_ATOM_STRING};
     for (const xcb_atom_t target : targets) {
-        const auto data = readAs(selection, target, deadline);
-        if (data) {
-            QByteArray bytes = *data;
-            // Some programs send the terminating zero of C along.
-            while (bytes.endsWith('\0'))
-                bytes.chop(1);
-            return target == XCB_ATOM_STRING ? QString::fromLatin1(bytes)
-                                             : QString::fromUtf8(bytes);
+        if (const auto content = readAs(selection, target, deadline)) {
+            if (const auto text = decoded(*content))
+                return text;
         }
         if (deadline.hasExpired())
             break;
@@ -190,8 +185,23 @@ std::optional<QString> X11Selections::read(xcb_atom_t selection)
     return std::nullopt;
 }
 
-std::optional<QByteArray> X11Selections::readAs(xcb_atom_t selection, xcb_atom_t target,
-                                                QDeadlineTimer &deadline)
+std::optional<QString> X11Selections::decoded(const Property &content) const
+{
+    QByteArray bytes = content.data;
+    // Some programs send the terminating zero of C along.
+    while (bytes.endsWith('\0'))
+        bytes.chop(1);
+    // The form that was sent counts; it need not be the one that was asked for.
+    if (content.type == XCB_ATOM_STRING)
+        return QString::fromLatin1(bytes);
+    if (content.type == m_atoms.utf8String || content.type == m_atoms.textPlainUtf8
+        || content.type == m_atoms.textPlain)
+        return QString::fromUtf8(bytes);
+    return std::nullopt;
+}
+
+std::optional<X11Selections::Property>
+X11Selections::readAs(xcb_atom_t selection, xcb_atom_t target, QDeadlineTimer &deadline)
 {
     // A property of its own for each, since a late owner may still write into the last one.
     const QByteArray name = "VELLORO_PASTE_" + QByteArray::number(m_readings++ % 8);
@@ -200,34 +210,35 @@ std::optional<QByteArray> X11Selections::readAs(xcb_atom_t selection, xcb_atom_t
     xcb_convert_selection(m_connection->xcb(), m_window, selection, target, m_reading->property,
                           m_reading->time);
 
-    std::optional<QByteArray> data;
+    std::optional<Property> result;
     const bool answered =
         m_connection->dispatchUntil([this] { return m_reading->answered; }, deadline);
     if (answered && !m_reading->refused) {
         m_reading->pieceArrived = false;
         const Property content = takeProperty(m_reading->property);
         if (content.type == m_atoms.incr)
-            data = readPieces(deadline);
+            result = readPieces(deadline);
         else if (content.type != XCB_ATOM_NONE)
-            data = content.data;
+            result = content;
     }
     m_reading.reset();
-    return data;
+    return result;
 }
 
-std::optional<QByteArray> X11Selections::readPieces(QDeadlineTimer &deadline)
+std::optional<X11Selections::Property> X11Selections::readPieces(QDeadlineTimer &deadline)
 {
     const QDeadlineTimer last(longestReading);
-    QByteArray data;
+    Property content;
     for (;;) {
         deadline = std::min(QDeadlineTimer(patience), last);
         if (!m_connection->dispatchUntil([this] { return m_reading->pieceArrived; }, deadline))
             return std::nullopt;
         m_reading->pieceArrived = false;
         const Property piece = takeProperty(m_reading->property);
+        content.type = piece.type;
+        content.data += piece.data;
         if (piece.data.isEmpty())
-            return data;
-        data += piece.data;
+            return content;
     }
 }
 

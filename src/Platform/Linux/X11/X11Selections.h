@@ -72,16 +72,19 @@ private:
     void giveUp(xcb_atom_t selection);
     [[nodiscard]] std::optional<Ownership> &ownership(xcb_atom_t selection);
 
-    [[nodiscard]] std::optional<QString> read(xcb_atom_t selection);
-    /// One conversion's content; nothing when it was refused or did not come in time.
-    [[nodiscard]] std::optional<QByteArray> readAs(xcb_atom_t selection, xcb_atom_t target,
-                                                   QDeadlineTimer &deadline);
-    [[nodiscard]] std::optional<QByteArray> readPieces(QDeadlineTimer &deadline);
     struct Property
     {
         xcb_atom_t type = XCB_ATOM_NONE;
         QByteArray data;
     };
+
+    [[nodiscard]] std::optional<QString> read(xcb_atom_t selection);
+    /// One conversion's content; nothing when it was refused or did not come in time.
+    [[nodiscard]] std::optional<Property> readAs(xcb_atom_t selection, xcb_atom_t target,
+                                                 QDeadlineTimer &deadline);
+    [[nodiscard]] std::optional<Property> readPieces(QDeadlineTimer &deadline);
+    /// The text in one of its forms; nothing when it is something else.
+    [[nodiscard]] std::optional<QString> decoded(const Property &content) const;
     /// Reads and deletes a property of our window.
     [[nodiscard]] Property takeProperty(xcb_atom_t name);
 

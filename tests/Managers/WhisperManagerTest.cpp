@@ -1,0 +1,486 @@
+#include "Managers/WhisperManager.h"
+
+#include "Core/SerialExecutor.h"
+#include "Support/FakeWhisper.h"
+#include "Support/InMemoryDownloadSession.h"
+#include "Support/InMemoryFileSystem.h"
+#include "Support/InMemoryProcessInfo.h"
+#include "Support/LogRecorder.h"
+#include "Support/WaitUntil.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <deque>
+#include <gmock/gmock.h>
+
+namespace Velloro {
+namespace {
+
+using ::testing::IsEmpty;
+using State = ModelDownloadState;
+
+const QString small = QStringLiteral("small-q8_0");
+const QString tiny = QStringLiteral("tiny");
+const QString baseUrl = QStringLiteral("https://models.example/main/");
+
+class WhisperManagerTest : public ::testing::Test
+{
+protected:
+    using Outcome = std::optional<WhisperManager::LoadResult>;
+
+    WhisperManagerTest()
+    {
+        FakeWhisper::reset();
+        auto memory = std::make_unique<InMemoryFileSystem>();
+        files = memory.get();
+        // The recogniser wants real model files: both trees have the same names.
+        files->supportDirectory = directory.path();
+        platform.fileSystem = std::move(memory);
+        platform.processInfo = std::make_unique<InMemoryProcessInfo>();
+        platform.makeDownloadSession = [this](DownloadSessionDelegate &delegate,
+                                              const QString &temporaryDirectory) {
+            auto made = std::make_unique<InMemoryDownloadSession>(delegate, temporaryDirectory);
+            session = made.get();
+            return made;
+        };
+    }
+
+    ~WhisperManagerTest() override
+    {
+        FakeWhisper::reset();
+        manager.reset();
+        EXPECT_TRUE(SerialExecutor::finishAll(std::chrono::seconds(20)));
+        EXPECT_EQ(FakeWhisper::liveContexts(), 0);
+    }
+
+    void makeManager() { manager = std::make_unique<WhisperManager>(platform, baseUrl); }
+
+    QString pathOf(const QString &modelId) const
+    {
+        return directory.path() + QStringLiteral("/Velloro/Models/ggml-%1.bin").arg(modelId);
+    }
+
+    void placeModel(const QString &modelId)
+    {
+        files->files.insert(pathOf(modelId));
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(pathOf(modelId)).path()));
+        QFile file(pathOf(modelId));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("weights");
+    }
+
+    /// The whole load.
+    WhisperManager::LoadResult load(const QString &modelId)
+    {
+        Outcome outcome;
+        startLoad(modelId, outcome);
+        EXPECT_TRUE(waitUntil([&] { return outcome.has_value(); }));
+        return *outcome;
+    }
+
+    QCoro::Task<void> startLoad(QString modelId, Outcome &outcome)
+    {
+        outcome = co_await manager->loadModel(modelId);
+    }
+
+    QStringList takeMessages()
+    {
+        const QStringList messages = log.messages(QStringLiteral("WhisperManager"));
+        log.clear();
+        return messages;
+    }
+
+    /// How often the manager has sent the signal since this call.
+    template <typename Signal>
+    const int &countOf(Signal signal)
+    {
+        int &count = m_counts.emplace_back();
+        QObject::connect(manager.get(), signal, manager.get(), [&count] { ++count; });
+        return count;
+    }
+
+    State state(const QString &modelId) const { return manager->modelStates().value(modelId); }
+
+    /// Starts a download and takes its log line.
+    DownloadTaskId download(const QString &modelId)
+    {
+        manager->downloadModel(modelId);
+        takeMessages();
+        return static_cast<DownloadTaskId>(session->tasks.size());
+    }
+
+    /// What a session does at the end of a good download.
+    void finish(DownloadTaskId task)
+    {
+        const QString location = session->temporaryDirectory + QStringLiteral("/partial");
+        files->files.insert(location);
+        session->delegate.downloadDidFinish(task, location);
+        session->delegate.downloadDidComplete(task, std::nullopt);
+    }
+
+    LogRecorder log;
+    QTemporaryDir directory;
+    Platform platform;
+    InMemoryFileSystem *files = nullptr;
+    InMemoryDownloadSession *session = nullptr;
+    std::unique_ptr<WhisperManager> manager;
+
+private:
+    std::deque<int> m_counts;
+};
+
+TEST_F(WhisperManagerTest, BeginsWithWhatIsThere)
+{
+    placeModel(tiny);
+    makeManager();
+    EXPECT_EQ(manager->modelsDirectory(), directory.path() + QStringLiteral("/Velloro/Models"));
+    EXPECT_TRUE(files->directories.contains(manager->modelsDirectory()));
+    EXPECT_EQ(session->temporaryDirectory, manager->modelsDirectory());
+    EXPECT_EQ(manager->modelStates().size(), 28);
+    for (auto it = manager->modelStates().begin(); it != manager->modelStates().end(); ++it)
+        EXPECT_EQ(*it, it.key() == tiny ? State::downloaded() : State::notDownloaded());
+    EXPECT_EQ(manager->selectedModelId(), small);
+    EXPECT_FALSE(manager->isModelLoaded());
+    EXPECT_EQ(manager->whisperContext(), nullptr);
+
+    manager.reset();
+    ASSERT_EQ(log.lines().size(), 2);
+    const QString tag = log.lines()[0].first(log.lines()[0].size() - 4);
+    EXPECT_THAT(tag.toStdString(), ::testing::MatchesRegex("\\[WhisperManager-[0-9A-F]{8}\\] "));
+    EXPECT_EQ(log.lines(), QStringList({tag + QStringLiteral("init"), tag + QStringLiteral("deinit")}));
+}
+
+TEST_F(WhisperManagerTest, RescanSeesFilesComeAndGo)
+{
+    makeManager();
+    placeModel(small);
+    EXPECT_EQ(state(small), State::notDownloaded());
+    const int &writes = countOf(&WhisperManager::modelStatesChanged);
+    manager->refreshModelStates();
+    EXPECT_EQ(state(small), State::downloaded());
+    EXPECT_EQ(writes, 28);
+
+    files->files.clear();
+    const DownloadTaskId task = download(tiny);
+    session->delegate.downloadDidWriteData(task, 1, 4);
+    manager->refreshModelStates();
+    EXPECT_EQ(state(small), State::notDownloaded());
+    EXPECT_EQ(state(tiny), State::downloading(0.25));
+    EXPECT_EQ(manager->modelURL(QStringLiteral("other")), pathOf(QStringLiteral("other")));
+}
+
+TEST_F(WhisperManagerTest, DownloadsAModel)
+{
+    makeManager();
+    QList<double> progress;
+    manager->downloadModel(small, [&](double fraction) { progress += fraction; });
+    EXPECT_EQ(state(small), State::downloading(0.0));
+    ASSERT_EQ(session->tasks.size(), 1);
+    EXPECT_EQ(session->tasks[0].url, QUrl(baseUrl + QStringLiteral("ggml-small-q8_0.bin")));
+    EXPECT_TRUE(session->tasks[0].resumed);
+    // A second one while it runs does nothing.
+    manager->downloadModel(small);
+    EXPECT_EQ(session->tasks.size(), 1);
+    EXPECT_EQ(takeMessages(), QStringList({QStringLiteral("Started downloading Small Q8")}));
+
+    session->delegate.downloadDidWriteData(1, 50, 100);
+    EXPECT_EQ(state(small), State::downloading(0.5));
+    finish(1);
+    EXPECT_EQ(state(small), State::downloaded());
+    EXPECT_TRUE(files->files.contains(pathOf(small)));
+    EXPECT_EQ(progress, QList<double>({0.5}));
+    EXPECT_EQ(takeMessages(), QStringList({QStringLiteral("Downloading small-q8_0: 50%"),
+                                           QStringLiteral("Successfully saved Small Q8")}));
+
+    manager->downloadModel(small);
+    EXPECT_EQ(session->tasks.size(), 1);
+    manager->downloadModel(QStringLiteral("nonsense"));
+    EXPECT_EQ(takeMessages(), QStringList({QStringLiteral("Unknown model ID: nonsense")}));
+    EXPECT_FALSE(manager->modelStates().contains(QStringLiteral("nonsense")));
+}
+
+TEST_F(WhisperManagerTest, LogsWholeTensOfPercent)
+{
+    makeManager();
+    const DownloadTaskId task = download(small);
+    const struct
+    {
+        int64_t written, expected;
+        const char16_t *line;
+    } cases[] = {
+        {0, 10'000, u"0%"},    {95, 10'000, u"0%"},  {100, 10'000, nullptr}, {999, 10'000, nullptr},
+        {1040, 10'000, u"10%"}, {1040, 10'000, u"10%"}, {1100, 10'000, nullptr},
+        {10'000, 10'000, u"100%"},
+        // Sizes that are not known say nothing.
+        {10, 0, nullptr},      {10, -1, nullptr},
+    };
+    for (const auto &[written, expected, line] : cases) {
+        session->delegate.downloadDidWriteData(task, written, expected);
+        QStringList lines;
+        if (line)
+            lines += QStringLiteral("Downloading small-q8_0: ") + QString::fromUtf16(line);
+        EXPECT_EQ(takeMessages(), lines) << written << " of " << expected;
+    }
+    EXPECT_EQ(state(small), State::downloading(1.0));
+}
+
+TEST_F(WhisperManagerTest, FailedTransferCanBeStartedAfresh)
+{
+    makeManager();
+    const PlatformError gone{7, QStringLiteral("Server is gone")};
+    // Whoever hears of the failure may start again at once.
+    int restarts = 0;
+    QObject::connect(manager.get(), &WhisperManager::modelStatesChanged, manager.get(), [&] {
+        if (state(small) == State::failed(QStringLiteral("Server is gone")) && ++restarts == 2)
+            manager->downloadModel(small);
+    });
+    session->delegate.downloadDidComplete(download(small), gone);
+    EXPECT_EQ(state(small), State::failed(QStringLiteral("Server is gone")));
+    EXPECT_EQ(takeMessages(),
+              QStringList({QStringLiteral("Download failed: Server is gone (code 7)")}));
+
+    session->delegate.downloadDidComplete(download(small), gone);
+    EXPECT_EQ(state(small), State::downloading(0.0));
+    ASSERT_EQ(session->tasks.size(), 3);
+    finish(3);
+    EXPECT_EQ(state(small), State::downloaded());
+    // Reports of tasks that are over change nothing.
+    session->delegate.downloadDidWriteData(1, 1, 2);
+    session->delegate.downloadDidComplete(2, gone);
+    EXPECT_EQ(state(small), State::downloaded());
+}
+
+TEST_F(WhisperManagerTest, FileThatCannotBeSavedIsAFailure)
+{
+    makeManager();
+    const PlatformError full{28, QStringLiteral("Disk is full")};
+    files->moveErrors.insert(pathOf(small), full);
+    finish(download(small));
+    EXPECT_EQ(state(small), State::failed(QStringLiteral("Disk is full")));
+    EXPECT_EQ(takeMessages(),
+              QStringList({QStringLiteral("Failed to save model: Disk is full (code 28)")}));
+
+    // A file that came in the meantime is replaced, or in the way.
+    files->moveErrors.clear();
+    placeModel(small);
+    files->removeErrors.insert(pathOf(small), full);
+    finish(download(small));
+    EXPECT_EQ(state(small), State::failed(QStringLiteral("Disk is full")));
+    files->removeErrors.clear();
+    finish(download(small));
+    EXPECT_EQ(state(small), State::downloaded());
+}
+
+TEST_F(WhisperManagerTest, DownloadsSeveralModelsAtOnce)
+{
+    makeManager();
+    const DownloadTaskId first = download(small);
+    const DownloadTaskId second = download(tiny);
+    session->delegate.downloadDidWriteData(first, 1, 4);
+    finish(second);
+    EXPECT_EQ(state(small), State::downloading(0.25));
+    EXPECT_EQ(state(tiny), State::downloaded());
+}
+
+TEST_F(WhisperManagerTest, DeletesAModelAndKeepsItLoaded)
+{
+    placeModel(tiny);
+    makeManager();
+    ASSERT_TRUE(load(tiny));
+    takeMessages();
+    const PlatformError refused{13, QStringLiteral("Not allowed")};
+    files->removeErrors.insert(pathOf(tiny), refused);
+    EXPECT_EQ(manager->deleteModel(tiny).error(), refused);
+    EXPECT_EQ(state(tiny), State::downloaded());
+    EXPECT_THAT(takeMessages(), IsEmpty());
+
+    files->removeErrors.clear();
+    EXPECT_TRUE(manager->deleteModel(tiny));
+    EXPECT_EQ(state(tiny), State::notDownloaded());
+    EXPECT_FALSE(files->files.contains(pathOf(tiny)));
+    EXPECT_TRUE(manager->isModelLoaded());
+    EXPECT_EQ(takeMessages(), QStringList({QStringLiteral("Deleted model: tiny")}));
+}
+
+TEST_F(WhisperManagerTest, LoadsAndReplacesModels)
+{
+    placeModel(tiny);
+    placeModel(QStringLiteral("medium"));
+    makeManager();
+    EXPECT_TRUE(manager->isModelDownloaded(WhisperModelType::medium));
+    EXPECT_FALSE(manager->isModelDownloaded(WhisperModelType::base));
+    const int &selections = countOf(&WhisperManager::selectedModelIdChanged);
+    const int &loadedChanges = countOf(&WhisperManager::isModelLoadedChanged);
+    ASSERT_TRUE(load(tiny));
+    const std::weak_ptr<WhisperContext> first = manager->whisperContext();
+    EXPECT_TRUE(manager->isModelLoaded());
+    EXPECT_EQ(manager->selectedModelId(), tiny);
+    EXPECT_EQ(takeMessages(),
+              QStringList({QStringLiteral("loadModel requested for tiny"),
+                           QStringLiteral("unloadModel called. Context exists: false"),
+                           QStringLiteral("Loaded model: Tiny")}));
+
+    Outcome outcome;
+    const auto byType = [](WhisperManager &manager, Outcome &result) -> QCoro::Task<void> {
+        result = co_await manager.loadModel(WhisperModelType::medium);
+    };
+    {
+        const FakeWhisper::Hold hold(FakeWhisper::Point::load);
+        byType(*manager, outcome);
+        EXPECT_FALSE(manager->isModelLoaded());
+    }
+    ASSERT_TRUE(waitUntil([&] { return outcome.has_value(); }));
+    EXPECT_TRUE(outcome->has_value());
+    EXPECT_EQ(manager->selectedModelId(), QStringLiteral("medium"));
+    EXPECT_EQ(selections, 2);
+    EXPECT_EQ(loadedChanges, 3);
+    EXPECT_EQ(FakeWhisper::loads().back().path, pathOf(QStringLiteral("medium")));
+    // The first model's memory goes without being asked for again.
+    EXPECT_TRUE(first.expired());
+    EXPECT_TRUE(waitUntil([] { return FakeWhisper::liveContexts() == 1; }));
+}
+
+TEST_F(WhisperManagerTest, RefusedLoadsKeepTheLoadedModel)
+{
+    placeModel(tiny);
+    makeManager();
+    ASSERT_TRUE(load(tiny));
+    const auto context = manager->whisperContext();
+    takeMessages();
+    for (const QString &modelId : {QStringLiteral("nonsense"), small}) {
+        EXPECT_EQ(load(modelId).error(), ModelLoadError(WhisperError::modelNotFound));
+        EXPECT_EQ(takeMessages(), QStringList({u"loadModel requested for "_qs + modelId}));
+    }
+    EXPECT_EQ(manager->whisperContext(), context);
+    EXPECT_TRUE(manager->isModelLoaded());
+    EXPECT_EQ(manager->selectedModelId(), tiny);
+}
+
+TEST_F(WhisperManagerTest, FileThatIsNoModelLeavesNoneLoaded)
+{
+    placeModel(tiny);
+    placeModel(small);
+    makeManager();
+    ASSERT_TRUE(load(tiny));
+    const auto old = manager->whisperContext();
+    FakeWhisper::setLoadScript([this](const QString &path) { return path != pathOf(small); });
+    EXPECT_EQ(load(small).error(), ModelLoadError(WhisperContextError::modelLoadFailed));
+    EXPECT_FALSE(manager->isModelLoaded());
+    EXPECT_EQ(manager->selectedModelId(), tiny);
+    EXPECT_NE(manager->whisperContext(), nullptr);
+    EXPECT_NE(manager->whisperContext(), old);
+    EXPECT_TRUE(load(tiny));
+}
+
+TEST_F(WhisperManagerTest, OfTwoLoadsThatOverlapTheLaterCounts)
+{
+    placeModel(tiny);
+    placeModel(small);
+    makeManager();
+    Outcome first, second;
+    {
+        FakeWhisper::Hold hold(FakeWhisper::Point::load);
+        startLoad(tiny, first);
+        ASSERT_TRUE(hold.waitUntilHeld());
+        startLoad(small, second);
+        hold.letOneThrough();
+        // Whichever of the two it is: only the later one may count as loaded.
+        ASSERT_TRUE(waitUntil([&] { return first.has_value() || second.has_value(); }));
+        EXPECT_EQ(manager->isModelLoaded(), second.has_value());
+    }
+    ASSERT_TRUE(waitUntil([&] { return first.has_value() && second.has_value(); }));
+    EXPECT_EQ(first->error(), ModelLoadError(WhisperError::modelNotLoaded));
+    EXPECT_TRUE(second->has_value());
+    EXPECT_TRUE(manager->isModelLoaded());
+    EXPECT_EQ(manager->selectedModelId(), small);
+    EXPECT_FALSE(takeMessages().contains(QStringLiteral("Loaded model: Tiny")));
+    EXPECT_TRUE(waitUntil([] { return FakeWhisper::liveContexts() == 1; }));
+}
+
+TEST_F(WhisperManagerTest, UnloadOrEndDuringALoadLeavesNothingLoaded)
+{
+    placeModel(tiny);
+    makeManager();
+    Outcome outcome;
+    for (const bool destroys : {false, true}) {
+        outcome.reset();
+        {
+            FakeWhisper::Hold hold(FakeWhisper::Point::load);
+            startLoad(tiny, outcome);
+            ASSERT_TRUE(hold.waitUntilHeld());
+            if (destroys)
+                manager.reset();
+            else
+                manager->unloadModel();
+        }
+        ASSERT_TRUE(waitUntil([&] { return outcome.has_value(); }));
+        EXPECT_EQ(outcome->error(), ModelLoadError(WhisperError::modelNotLoaded));
+        if (manager) {
+            EXPECT_FALSE(manager->isModelLoaded());
+        }
+        EXPECT_TRUE(waitUntil([] { return FakeWhisper::liveContexts() == 0; }));
+    }
+}
+
+TEST_F(WhisperManagerTest, UnloadsInTheBackground)
+{
+    placeModel(tiny);
+    makeManager();
+    const int &loadedChanges = countOf(&WhisperManager::isModelLoadedChanged);
+    manager->unloadModel();
+    EXPECT_EQ(takeMessages(),
+              QStringList({QStringLiteral("unloadModel called. Context exists: false")}));
+    EXPECT_EQ(loadedChanges, 0);
+
+    ASSERT_TRUE(load(tiny));
+    takeMessages();
+    manager->unloadModel();
+    EXPECT_EQ(manager->whisperContext(), nullptr);
+    EXPECT_FALSE(manager->isModelLoaded());
+    EXPECT_EQ(manager->selectedModelId(), tiny);
+    EXPECT_EQ(loadedChanges, 2);
+    EXPECT_TRUE(waitUntil([] { return FakeWhisper::liveContexts() == 0; }));
+    ASSERT_TRUE(waitUntil([this] { return log.lines().size() >= 2; }));
+    EXPECT_EQ(log.lines().first(2),
+              QStringList(
+                  {QStringLiteral("[WhisperManager] unloadModel called. Context exists: true"),
+                   QStringLiteral("[WhisperContext] Model unloaded. Stack trace:")}));
+}
+
+TEST_F(WhisperManagerTest, StartsStreamingOnTheCurrentContext)
+{
+    placeModel(tiny);
+    makeManager();
+    bool isDone = false;
+    const auto stream = [&](bool &done) -> QCoro::Task<void> {
+        co_await manager->startStreaming(QStringLiteral("pl"), {});
+        done = true;
+    };
+    stream(isDone);
+    EXPECT_TRUE(isDone); // Nothing to do without a context.
+
+    ASSERT_TRUE(load(tiny));
+    isDone = false;
+    log.clear();
+    stream(isDone);
+    ASSERT_TRUE(waitUntil([&] { return isDone; }));
+    EXPECT_EQ(log.messages(QStringLiteral("WhisperContext")).value(0),
+              QStringLiteral("Language set to: pl"));
+}
+
+TEST_F(WhisperManagerTest, WithoutAFolderNothingIsKept)
+{
+    files->supportDirectory.reset();
+    makeManager();
+    EXPECT_EQ(takeMessages().size(), 1);
+    EXPECT_TRUE(manager->modelsDirectory().isEmpty());
+    EXPECT_EQ(state(tiny), State::notDownloaded());
+    manager->downloadModel(tiny);
+    EXPECT_TRUE(std::holds_alternative<State::Failed>(state(tiny).value));
+    EXPECT_EQ(load(tiny).error(), ModelLoadError(WhisperError::modelNotFound));
+    EXPECT_TRUE(manager->deleteModel(tiny));
+}
+
+} // namespace
+} // namespace Velloro

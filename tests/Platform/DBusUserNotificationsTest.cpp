@@ -1,0 +1,61 @@
+#include "Platform/Linux/DBusUserNotifications.h"
+
+#include "Support/WaitUntil.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+#include <gtest/gtest.h>
+
+namespace Velloro {
+namespace {
+
+/// A notification service that remembers what it is asked to show.
+class NotificationService : public QDBusVirtualObject
+{
+public:
+    QList<QDBusMessage> messages;
+
+    QString introspect(const QString &) const override { return {}; }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
+    {
+        messages.append(message);
+        connection.send(message.createReply(QVariant(1U)));
+        return true;
+    }
+};
+
+TEST(DBusUserNotificationsTest, AsksTheDesktopForASilentNotification)
+{
+    constexpr auto name = "velloro-test-notifications";
+    if (!QDBusConnection::sessionBus().isConnected())
+        GTEST_SKIP() << "needs a session bus";
+    NotificationService service;
+    auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus,
+                                             QString::fromLatin1(name));
+    ASSERT_TRUE(bus.registerVirtualObject(u"/org/freedesktop/Notifications"_qs, &service));
+    if (!bus.registerService(u"org.freedesktop.Notifications"_qs))
+        GTEST_SKIP() << "another notification service runs on this session bus";
+
+    DBusUserNotifications notifications;
+    notifications.deliver(u"Velloro"_qs, u"Click – on a field."_qs);
+    ASSERT_TRUE(waitUntil([&] { return !service.messages.isEmpty(); }));
+    ASSERT_EQ(service.messages.size(), 1);
+    const QDBusMessage message = service.messages.first();
+    EXPECT_EQ(message.member(), u"Notify"_qs);
+    EXPECT_EQ(message.signature(), u"susssasa{sv}i"_qs);
+    const QVariantList arguments = message.arguments();
+    ASSERT_EQ(arguments.size(), 8);
+    EXPECT_EQ(arguments.at(0).toString(), u"Velloro"_qs);
+    EXPECT_EQ(arguments.at(2).toString(), u"velloro"_qs);
+    EXPECT_EQ(arguments.at(3).toString(), u"Velloro"_qs);
+    EXPECT_EQ(arguments.at(4).toString(), u"Click – on a field."_qs);
+    EXPECT_EQ(qdbus_cast<QVariantMap>(arguments.at(6)).value(u"suppress-sound"_qs), true);
+
+    bus = QDBusConnection(QString());
+    QDBusConnection::disconnectFromBus(QString::fromLatin1(name));
+}
+
+} // namespace
+} // namespace Velloro

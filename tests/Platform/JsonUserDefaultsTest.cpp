@@ -1,0 +1,353 @@
+#include "Platform/Linux/JsonUserDefaults.h"
+#include "Support/LogRecorder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSet>
+#include <QTemporaryDir>
+#include <array>
+#include <csignal>
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace Velloro {
+namespace {
+
+using Map = QMap<QString, QString>;
+
+/// Limits the size of the files that this process writes, as a full disk does.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+    {
+        ::getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        m_handler = std::signal(SIGXFSZ, SIG_IGN);
+    }
+    ~FileSizeLimit()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    Q_DISABLE_COPY_MOVE(FileSizeLimit)
+
+private:
+    rlimit m_before{};
+    void (*m_handler)(int) = nullptr;
+};
+
+class JsonUserDefaultsTest : public ::testing::Test
+{
+protected:
+    [[nodiscard]] QString path(const QString &name = u"Velloro/settings.json"_qs) const
+    {
+        return m_directory.filePath(name);
+    }
+
+    void write(const QByteArray &content, const QString &name = u"Velloro/settings.json"_qs) const
+    {
+        QDir().mkpath(QFileInfo(path(name)).path());
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+
+    [[nodiscard]] QByteArray content(const QString &name = u"Velloro/settings.json"_qs) const
+    {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : "absent";
+    }
+
+    [[nodiscard]] QJsonObject object() const { return QJsonDocument::fromJson(content()).object(); }
+
+    [[nodiscard]] QStringList entries(const QString &name = u"Velloro"_qs) const
+    {
+        return QDir(path(name))
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    }
+
+    [[nodiscard]] struct stat status(const QString &name) const
+    {
+        struct stat result{};
+        ::lstat(QFile::encodeName(path(name)).constData(), &result);
+        return result;
+    }
+
+    [[nodiscard]] mode_t mode(const QString &name) const { return status(name).st_mode & 07777; }
+
+    /// What a store says that is made now.
+    [[nodiscard]] std::optional<DefaultsValue> stored(const QString &key) const
+    {
+        return JsonUserDefaults(path()).value(key);
+    }
+
+    LogRecorder m_log;
+    QTemporaryDir m_directory;
+};
+
+TEST_F(JsonUserDefaultsTest, readsBackEveryTypeThatItWrote)
+{
+    QByteArray allBytes(256, '\0');
+    for (int value = 0; value < 256; ++value)
+        allBytes[value] = static_cast<char>(value);
+    const std::vector<DefaultsValue> values{
+        true,
+        false,
+        int64_t(0),
+        int64_t(1),
+        std::numeric_limits<int64_t>::min(),
+        std::numeric_limits<int64_t>::max(),
+        (int64_t(1) << 53) + 1,
+        QString(),
+        u"Hold to Talk"_qs,
+        u"\"\\\n日本語 😀"_qs + QChar(0) + QChar(0xD800),
+        QStringList(),
+        QStringList{u""_qs, u"b"_qs, u"a"_qs, u"a"_qs},
+        Map(),
+        Map{{u"Small"_qs, u"tiny"_qs}, {u""_qs, u""_qs}},
+        Map{{u"$data"_qs, u"AAAA"_qs}},
+        Map{{u"$map"_qs, u"x"_qs}},
+        Map{{u"$map"_qs, u"x"_qs}, {u"other"_qs, u"y"_qs}},
+        QByteArray(),
+        QByteArray("[{\"id\":1}]"),
+        allBytes,
+    };
+    for (size_t index = 0; index < values.size(); ++index) {
+        const QString key = u"velloro.key %1"_qs.arg(index);
+        JsonUserDefaults(path()).setValue(key, values[index]);
+        EXPECT_EQ(stored(key), values[index]) << content().toStdString();
+    }
+    EXPECT_EQ(object().size(), values.size());
+
+    JsonUserDefaults(path()).removeValue(u"velloro.key 0"_qs);
+    EXPECT_FALSE(stored(u"velloro.key 0"_qs));
+    EXPECT_TRUE(m_log.lines().isEmpty());
+}
+
+TEST_F(JsonUserDefaultsTest, keepsWhatItDoesNotKnow)
+{
+    const QByteArray unknown = R"({"null":null,"fraction":1.5,"big":1e300,"list":[1,"a",{"b":[]}],)"
+                               R"("object":{"a":1},"tag":{"$new":"x"},"data":{"$data":"?"},)"
+                               R"("more":{"$data":"AAAA","x":"y"},"map":{"$map":{"a":1}}})";
+    write(unknown);
+    JsonUserDefaults defaults(path());
+    const QStringList keys = object().keys();
+    for (const QString &key : keys)
+        EXPECT_FALSE(defaults.value(key)) << key.toStdString();
+
+    defaults.setValue(u"velloro.playSounds"_qs, true);
+    QJsonObject expected = QJsonDocument::fromJson(unknown).object();
+    expected.insert(u"velloro.playSounds"_qs, true);
+    EXPECT_EQ(object(), expected);
+
+    defaults.setValue(u"null"_qs, int64_t(1));
+    EXPECT_EQ(stored(u"null"_qs), DefaultsValue(int64_t(1)));
+}
+
+TEST_F(JsonUserDefaultsTest, readsWhatAUserWrote)
+{
+    write("\xEF\xBB\xBF\n{ \"integer\": 3.0, \"exponent\": 2e3, \"twice\": 1, \"twice\": true }\n");
+    EXPECT_EQ(stored(u"integer"_qs), DefaultsValue(int64_t(3)));
+    EXPECT_EQ(stored(u"exponent"_qs), DefaultsValue(int64_t(2000)));
+    EXPECT_EQ(stored(u"twice"_qs), DefaultsValue(true));
+}
+
+TEST_F(JsonUserDefaultsTest, isForTheUsersEyesAlone)
+{
+    const mode_t mask = ::umask(0);
+    JsonUserDefaults(path(u"new/Velloro/settings.json"_qs)).setValue(u"key"_qs, true);
+    ::umask(mask);
+    EXPECT_EQ(mode(u"new"_qs), 0700U);
+    EXPECT_EQ(mode(u"new/Velloro"_qs), 0700U);
+    EXPECT_EQ(mode(u"new/Velloro/settings.json"_qs), 0600U);
+
+    write("{}");
+    ::chmod(QFile::encodeName(path()).constData(), 0644);
+    ::chmod(QFile::encodeName(path(u"Velloro"_qs)).constData(), 0755);
+    JsonUserDefaults defaults(path());
+    EXPECT_EQ(mode(u"Velloro/settings.json"_qs), 0600U);
+    EXPECT_EQ(mode(u"Velloro"_qs), 0755U) << "the user's own decision";
+}
+
+TEST_F(JsonUserDefaultsTest, replacesTheFileButNotForAnUnchangedValue)
+{
+    JsonUserDefaults defaults(path());
+    EXPECT_FALSE(QFile::exists(path())) << "there is nothing to be stored yet";
+    defaults.setValue(u"key"_qs, u"first"_qs);
+    QFile reader(path());
+    ASSERT_TRUE(reader.open(QIODevice::ReadOnly));
+    defaults.setValue(u"key"_qs, u"second"_qs);
+    EXPECT_TRUE(reader.readAll().contains("first"))
+        << "who reads meanwhile sees the whole old file";
+    EXPECT_EQ(entries(), QStringList{u"settings.json"_qs});
+
+    const auto before = status(u"Velloro/settings.json"_qs);
+    defaults.setValue(u"key"_qs, u"second"_qs);
+    JsonUserDefaults(path()).setValue(u"key"_qs, u"second"_qs);
+    EXPECT_EQ(status(u"Velloro/settings.json"_qs).st_ino, before.st_ino);
+
+    // Unless the file is not as it was left.
+    QFile::remove(path());
+    defaults.setValue(u"key"_qs, u"second"_qs);
+    EXPECT_EQ(stored(u"key"_qs), DefaultsValue(u"second"_qs));
+}
+
+TEST_F(JsonUserDefaultsTest, writesThroughSymbolicLinks)
+{
+    write(R"({"old":true})", u"dotfiles/velloro.json"_qs);
+    QDir().mkpath(path(u"Velloro"_qs));
+    ASSERT_TRUE(QFile::link(u"link.json"_qs, path()));
+    ASSERT_TRUE(QFile::link(u"../dotfiles/velloro.json"_qs, path(u"Velloro/link.json"_qs)));
+    {
+        JsonUserDefaults defaults(path());
+        EXPECT_EQ(defaults.value(u"old"_qs), DefaultsValue(true));
+        defaults.setValue(u"key"_qs, true);
+    }
+    EXPECT_TRUE(S_ISLNK(status(u"Velloro/settings.json"_qs).st_mode));
+    EXPECT_TRUE(S_ISLNK(status(u"Velloro/link.json"_qs).st_mode));
+    EXPECT_TRUE(content(u"dotfiles/velloro.json"_qs).contains("key"));
+    EXPECT_EQ(entries(u"dotfiles"_qs), QStringList{u"velloro.json"_qs});
+
+    // A link to a file that is not there yet makes that file.
+    QFile::remove(path(u"dotfiles/velloro.json"_qs));
+    JsonUserDefaults(path()).setValue(u"key"_qs, false);
+    EXPECT_TRUE(content(u"dotfiles/velloro.json"_qs).contains("key"));
+
+    // What is not a file is never replaced.
+    QFile::remove(path());
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path(u"pipe"_qs)).constData(), 0600), 0);
+    ASSERT_TRUE(QFile::link(path(u"pipe"_qs), path()));
+    JsonUserDefaults nowhere(path());
+    nowhere.setValue(u"key"_qs, true);
+    EXPECT_EQ(nowhere.value(u"key"_qs), DefaultsValue(true));
+    EXPECT_TRUE(S_ISFIFO(status(u"pipe"_qs).st_mode));
+}
+
+TEST_F(JsonUserDefaultsTest, setsADamagedFileAside)
+{
+    const QByteArray damaged[] = {
+        "x",
+        "[]",
+        "null",
+        R"({"a":1)",
+        R"({"a":1} x)",
+        "{\"a\":\"\xff\"}",
+        "{\"a\":\"\xed\xa0\x80\"}",
+        R"({"a":1e999})",
+        "{\"a\":" + QByteArray(100'000, '[') + QByteArray(100'000, ']') + "}",
+        QByteArray(100, '\0'),
+        QByteArray("PK\x03\x04\0\0\xfe", 7),
+    };
+    QSet<QString> earlier;
+    for (const QByteArray &bytes : damaged) {
+        write(bytes);
+        m_log.clear();
+        JsonUserDefaults defaults(path());
+        EXPECT_FALSE(defaults.value(u"a"_qs));
+        EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 1) << bytes.left(20).toStdString();
+        const QStringList present = entries();
+        ASSERT_EQ(present.size(), earlier.size() + 1) << "none is overwritten by the next";
+        for (const QString &name : present) {
+            if (earlier.contains(name))
+                continue;
+            EXPECT_EQ(content(u"Velloro/"_qs + name), bytes);
+            EXPECT_TRUE(name.startsWith(u"settings.json.damaged-20"_qs)) << name.toStdString();
+            earlier.insert(name);
+        }
+    }
+    JsonUserDefaults(path()).setValue(u"a"_qs, true);
+    EXPECT_EQ(stored(u"a"_qs), DefaultsValue(true));
+    EXPECT_EQ(entries().size(), earlier.size() + 1);
+
+    // In an empty one, there is nothing to be set aside.
+    write("");
+    EXPECT_FALSE(stored(u"a"_qs));
+    EXPECT_EQ(entries().size(), earlier.size() + 1);
+}
+
+TEST_F(JsonUserDefaultsTest, keepsInMemoryWhatItCannotWriteAndTriesAgain)
+{
+    write("in the way of the directory", u"Velloro"_qs);
+    JsonUserDefaults defaults(path());
+    defaults.setValue(u"first"_qs, u"1"_qs);
+    EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 1);
+    EXPECT_EQ(defaults.value(u"first"_qs), DefaultsValue(u"1"_qs));
+
+    QFile::remove(path(u"Velloro"_qs));
+    defaults.setValue(u"first"_qs, u"1"_qs);
+    EXPECT_EQ(stored(u"first"_qs), DefaultsValue(u"1"_qs)) << "unchanged, but not yet stored";
+    {
+        const FileSizeLimit fullDisk(100);
+        defaults.setValue(u"second"_qs, QString(1000, u'x'));
+    }
+    EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 2);
+    EXPECT_EQ(defaults.value(u"second"_qs), DefaultsValue(QString(1000, u'x')));
+    EXPECT_EQ(stored(u"first"_qs), DefaultsValue(u"1"_qs)) << "the old file is whole";
+    EXPECT_FALSE(stored(u"second"_qs));
+    EXPECT_EQ(entries(), QStringList{u"settings.json"_qs});
+
+    defaults.setValue(u"third"_qs, true);
+    EXPECT_EQ(stored(u"second"_qs), DefaultsValue(QString(1000, u'x')));
+    EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 2);
+}
+
+TEST_F(JsonUserDefaultsTest, survivesAKillAtAnyMoment)
+{
+    // The child counts up in two keys, one after the other, and says how far it is surely stored.
+    std::mt19937 random(7);
+    int64_t atLeast = 0;
+    int rounds = 0;
+    bool cutAWriteShort = false;
+    for (; rounds < 60; ++rounds) {
+        std::array<int, 2> channel{};
+        ASSERT_EQ(::pipe(channel.data()), 0);
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            ::close(channel[0]);
+            JsonUserDefaults defaults(path());
+            for (int64_t number = atLeast + 1; number <= atLeast + 100; ++number) {
+                defaults.setValue(u"first"_qs, number);
+                defaults.setValue(u"filling"_qs,
+                                  QString(5000, QChar(char16_t(u'a' + number % 26))));
+                defaults.setValue(u"second"_qs, number);
+                if (::write(channel[1], &number, sizeof number) != sizeof number)
+                    ::_exit(1);
+            }
+            ::pause();
+        }
+        ::close(channel[1]);
+        int64_t reported = atLeast;
+        ASSERT_EQ(::read(channel[0], &reported, sizeof reported), ssize_t(sizeof reported));
+        ::usleep(std::uniform_int_distribution<useconds_t>(0, 8000)(random));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        for (int64_t next = 0; ::read(channel[0], &next, sizeof next) == ssize_t(sizeof next);)
+            reported = next;
+        ::close(channel[0]);
+
+        cutAWriteShort |= entries().size() > 1;
+        const JsonUserDefaults defaults(path());
+        const auto first = defaults.get<int64_t>(u"first"_qs);
+        const auto second = defaults.get<int64_t>(u"second"_qs);
+        ASSERT_TRUE(first && second) << content().toStdString();
+        EXPECT_GE(*second, reported);
+        EXPECT_TRUE(*first == *second || *first == *second + 1) << *first << " " << *second;
+        EXPECT_EQ(entries(), QStringList{u"settings.json"_qs}) << "leftovers are cleaned up";
+        atLeast = *first;
+    }
+    EXPECT_TRUE(cutAWriteShort) << "no kill came in the middle of a write: the test proves little";
+    EXPECT_TRUE(m_log.lines().isEmpty()) << m_log.lines().join(u'\n').toStdString();
+}
+
+} // namespace
+} // namespace Velloro

@@ -1,0 +1,324 @@
+#include "Platform/Linux/X11/X11HotkeyRegistration.h"
+
+#include "Platform/KeyWindow.h"
+#include "Platform/PhysicalKeyboard.h"
+#include "Support/WaitUntil.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <algorithm>
+#include <gmock/gmock.h>
+
+namespace Velloro {
+namespace {
+
+using ::testing::HasSubstr;
+
+constexpr uint32_t spaceBar = 49, option = 2048, control = 4096, shift = 512, command = 256;
+constexpr HotkeyIdentifier identifier{1, 7};
+
+class X11HotkeyTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        connection = X11Connection::open();
+        if (!connection)
+            GTEST_SKIP() << "there is no X server";
+        if (!keyboard.isThere())
+            GTEST_SKIP() << "the X server has no keyboard of its own (Xvfb has)";
+        setKeyboardLayout({u"us"_qs});
+        hotkeys = std::make_unique<X11HotkeyRegistration>(connection);
+        listen(*hotkeys);
+    }
+    void TearDown() override { setKeyboardLayout({u"us"_qs}); }
+
+    void listen(X11HotkeyRegistration &registration)
+    {
+        registration.setPressedHandler([this](const HotkeyIdentifier *which) {
+            events << (which && *which == identifier ? u"press"_qs : u"wrong press"_qs);
+        });
+        registration.setReleasedHandler([this](const HotkeyIdentifier *which) {
+            events << (which && *which == identifier ? u"release"_qs : u"wrong release"_qs);
+        });
+    }
+
+    /// What has been delivered since the last call, once everything sent has arrived.
+    std::string take()
+    {
+        for (int i = 0; i < 3; ++i) {
+            XcbReply<xcb_get_input_focus_reply_t>(xcb_get_input_focus_reply(
+                connection->xcb(), xcb_get_input_focus(connection->xcb()), nullptr));
+            QCoreApplication::processEvents();
+        }
+        return std::exchange(events, {}).join(u", "_qs).toStdString();
+    }
+
+    void moveAltToModifier3()
+    {
+        xcb_connection_t *xcb = connection->xcb();
+        const XcbReply<xcb_get_modifier_mapping_reply_t> mapping(
+            xcb_get_modifier_mapping_reply(xcb, xcb_get_modifier_mapping(xcb), nullptr));
+        const uint8_t width = mapping->keycodes_per_modifier;
+        uint8_t *const keycodes = xcb_get_modifier_mapping_keycodes(mapping.get());
+        std::fill_n(keycodes + 3 * width, width, 0);
+        std::fill_n(keycodes + 5 * width, width, 0);
+        keycodes[5 * width] = Key::leftAlt;
+        const XcbReply<xcb_set_modifier_mapping_reply_t> set(xcb_set_modifier_mapping_reply(
+            xcb, xcb_set_modifier_mapping(xcb, width, keycodes), nullptr));
+        ASSERT_TRUE(set && set->status == XCB_MAPPING_STATUS_SUCCESS);
+    }
+
+    HotkeyRegistration::Reference registerOptionSpace()
+    {
+        const auto reference = hotkeys->registerHotkey(spaceBar, option, identifier);
+        EXPECT_TRUE(reference) << (reference ? 0 : reference.error());
+        return reference.value_or(0);
+    }
+
+    const std::string once = "press, release";
+    PhysicalKeyboard keyboard;
+    std::shared_ptr<X11Connection> connection;
+    std::unique_ptr<X11HotkeyRegistration> hotkeys;
+    QStringList events;
+};
+
+TEST_F(X11HotkeyTest, autoRepeatIsNoPress)
+{
+    registerOptionSpace();
+    int repeats = 0;
+    QObject context;
+    QObject::connect(connection.get(), &X11Connection::eventReceived, &context,
+                     [&](const xcb_generic_event_t *event) {
+                         const auto *key
+                             = reinterpret_cast<const xcb_input_key_press_event_t *>(event);
+                         if (event->response_type == XCB_GE_GENERIC
+                             && key->event_type == XCB_INPUT_KEY_PRESS
+                             && key->flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT)
+                             ++repeats;
+                     });
+    keyboard.press({Key::leftAlt, Key::space});
+    ASSERT_TRUE(waitUntil([&] { return repeats >= 3; }));
+    EXPECT_EQ(take(), "press");
+    keyboard.release({Key::space, Key::leftAlt});
+    EXPECT_EQ(take(), "release");
+}
+
+TEST_F(X11HotkeyTest, worksWhateverIsLockedOrLaidOut)
+{
+    registerOptionSpace();
+    const auto expectOnce = [&](const char *state) {
+        keyboard.press({Key::leftAlt, Key::space});
+        keyboard.release({Key::space, Key::leftAlt});
+        EXPECT_EQ(take(), once) << state;
+    };
+    keyboard.tap(Key::capsLock);
+    expectOnce("Caps Lock");
+    keyboard.tap(Key::numLock);
+    expectOnce("Caps and Num Lock");
+    keyboard.tap(Key::capsLock);
+    expectOnce("Num Lock");
+    keyboard.tap(Key::numLock);
+
+    setKeyboardLayout({u"us,de,ru"_qs, u"-option"_qs, u"grp:menu_toggle"_qs});
+    for (const char *group : {"first group", "second group", "third group"}) {
+        expectOnce(group);
+        keyboard.tap(Key::menu);
+    }
+    for (const auto &layout : {u"de"_qs, u"ru"_qs, u"fr"_qs, u"us"_qs}) {
+        setKeyboardLayout({layout});
+        expectOnce(qPrintable(layout));
+    }
+}
+
+TEST_F(X11HotkeyTest, onlyTheCombinationItself)
+{
+    ASSERT_TRUE(hotkeys->registerHotkey(spaceBar, control | shift, identifier));
+    const std::vector<uint8_t> others[] = {
+        {}, {Key::leftControl}, {Key::leftShift}, {Key::leftControl, Key::leftShift, Key::leftAlt}};
+    for (const auto &modifiers : others) {
+        for (const uint8_t modifier : modifiers)
+            keyboard.press({modifier});
+        keyboard.tap(Key::space);
+        for (const uint8_t modifier : modifiers)
+            keyboard.release({modifier});
+        EXPECT_EQ(take(), "") << modifiers.size() << " modifiers";
+    }
+    keyboard.press({Key::leftControl, Key::leftShift});
+    keyboard.tap(Key::space);
+    keyboard.release({Key::leftControl, Key::leftShift});
+    EXPECT_EQ(take(), once);
+}
+
+TEST_F(X11HotkeyTest, aKeyWithoutModifiersAndOneWithSuper)
+{
+    ASSERT_TRUE(hotkeys->registerHotkey(96, 0, identifier));
+    ASSERT_TRUE(hotkeys->registerHotkey(40, command, identifier));
+    keyboard.tap(Key::f5);
+    EXPECT_EQ(take(), once);
+    keyboard.press({Key::leftSuper});
+    keyboard.tap(Key::k);
+    keyboard.release({Key::leftSuper});
+    EXPECT_EQ(take(), once);
+}
+
+TEST_F(X11HotkeyTest, theModifierMayGoUpFirst)
+{
+    KeyWindow window;
+    ASSERT_TRUE(window.isReady);
+    registerOptionSpace();
+    keyboard.press({Key::leftAlt, Key::space});
+    keyboard.release({Key::leftAlt});
+    EXPECT_EQ(take(), "press");
+    EXPECT_FALSE(window.isAnyKeyDown());
+    keyboard.release({Key::space});
+    EXPECT_EQ(take(), "release");
+    EXPECT_FALSE(window.isAnyKeyDown());
+
+    // The application saw no tap on Alt alone, which would open its menu, and no space.
+    EXPECT_EQ(window.take(), "+Alt_L, +none with Alt, -none, -Alt_L");
+    keyboard.tap(Key::a);
+    EXPECT_EQ(window.take(), "+a, -a");
+}
+
+TEST_F(X11HotkeyTest, anotherProgramsCombinationIsTaken)
+{
+    const auto other = X11Connection::open();
+    X11Keyboards keyboards(other);
+    const auto sync = [&] { (void)keyboards.logicallyHeld(); };
+    const auto status = [&] {
+        const auto result = hotkeys->registerHotkey(spaceBar, option, identifier);
+        if (result)
+            hotkeys->unregisterHotkey(*result);
+        return result ? 0 : result.error();
+    };
+
+    for (const uint16_t state : {8, 8 | 2}) { // Alt, and Alt with Caps Lock
+        xcb_grab_key(other->xcb(), 1, other->root(), state, Key::space, XCB_GRAB_MODE_ASYNC,
+                     XCB_GRAB_MODE_ASYNC);
+        sync();
+        EXPECT_EQ(status(), XCB_ACCESS) << state;
+        xcb_ungrab_key(other->xcb(), Key::space, other->root(), state);
+        sync();
+        EXPECT_EQ(status(), 0) << state;
+    }
+
+    // The newer kind of grab, as window managers have it, and a second one of our own.
+    const uint32_t mask = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS;
+    const uint32_t modifiers = XCB_MOD_MASK_1;
+    const uint16_t master = keyboards.masterKeyboards().front();
+    XcbReply<xcb_input_xi_passive_grab_device_reply_t>(xcb_input_xi_passive_grab_device_reply(
+        other->xcb(),
+        xcb_input_xi_passive_grab_device(other->xcb(), XCB_CURRENT_TIME, other->root(), 0,
+                                         Key::space, master, 1, 1, XCB_INPUT_GRAB_TYPE_KEYCODE,
+                                         XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_MODE_22_ASYNC,
+                                         XCB_INPUT_GRAB_OWNER_NO_OWNER, &mask, &modifiers),
+        nullptr));
+    EXPECT_EQ(status(), XCB_ACCESS);
+    xcb_input_xi_passive_ungrab_device(other->xcb(), other->root(), Key::space, master, 1,
+                                       XCB_INPUT_GRAB_TYPE_KEYCODE, &modifiers);
+    sync();
+
+    X11HotkeyRegistration second(other);
+    const auto registered = second.registerHotkey(spaceBar, option, identifier);
+    ASSERT_TRUE(registered) << registered.error();
+    EXPECT_EQ(status(), XCB_ACCESS);
+}
+
+TEST_F(X11HotkeyTest, isGivenBack)
+{
+    KeyWindow window;
+    ASSERT_TRUE(window.isReady);
+    const auto reference = registerOptionSpace();
+    hotkeys->unregisterHotkey(reference);
+    hotkeys->unregisterHotkey(reference);
+    keyboard.press({Key::leftAlt});
+    keyboard.tap(Key::space);
+    keyboard.release({Key::leftAlt});
+    EXPECT_EQ(take(), "");
+    EXPECT_THAT(window.take(), HasSubstr("+space with Alt"));
+
+    // Given back while it is held: the press ends there.
+    const auto again = registerOptionSpace();
+    keyboard.press({Key::leftAlt, Key::space});
+    EXPECT_EQ(take(), "press");
+    hotkeys->unregisterHotkey(again);
+    EXPECT_EQ(take(), "release");
+    keyboard.release({Key::space, Key::leftAlt});
+    EXPECT_EQ(take(), "");
+    EXPECT_FALSE(window.isAnyKeyDown());
+}
+
+TEST_F(X11HotkeyTest, followsModifiersThatMove)
+{
+    registerOptionSpace();
+    setKeyboardLayout({u"us"_qs, u"-option"_qs, u"altwin:swap_lalt_lwin"_qs});
+    take();
+    keyboard.press({Key::leftSuper});
+    keyboard.tap(Key::space);
+    keyboard.release({Key::leftSuper});
+    EXPECT_EQ(take(), once);
+    // Alt on another modifier altogether: the grab itself must change.
+    setKeyboardLayout({u"us"_qs});
+    moveAltToModifier3();
+    take();
+    keyboard.press({Key::leftAlt});
+    keyboard.tap(Key::space);
+    keyboard.release({Key::leftAlt});
+    EXPECT_EQ(take(), once);
+}
+
+TEST_F(X11HotkeyTest, aKeyboardThatGoesAwayReleasesAndOneThatComesCounts)
+{
+    registerOptionSpace();
+    keyboard.press({Key::leftAlt, Key::space});
+    EXPECT_EQ(take(), "press");
+    keyboard.setEnabled(false);
+    EXPECT_EQ(take(), "release");
+    keyboard.setEnabled(true);
+    keyboard.release({Key::space, Key::leftAlt});
+    take();
+
+    keyboard.press({Key::leftAlt, Key::space});
+    keyboard.release({Key::space, Key::leftAlt});
+    EXPECT_EQ(take(), once);
+}
+
+TEST_F(X11HotkeyTest, whatCanNotBeHadHasAStatus)
+{
+    EXPECT_EQ(hotkeys->registerHotkey(127, option, identifier).error(), XCB_VALUE);
+    EXPECT_EQ(X11HotkeyRegistration(nullptr).registerHotkey(spaceBar, option, identifier).error(),
+              XCB_REQUEST);
+}
+
+TEST(X11HotkeyServerTest, theServersEndReleases)
+{
+    QProcess server;
+    server.start(u"Xvfb"_qs, {u"-displayfd"_qs, u"1"_qs, u"-nolisten"_qs, u"tcp"_qs});
+    if (!server.waitForStarted())
+        GTEST_SKIP() << "there is no Xvfb";
+    ASSERT_TRUE(waitUntil([&] { return server.bytesAvailable() > 0 && server.canReadLine(); }));
+    const QByteArray display = ':' + server.readLine().trimmed();
+
+    const auto connection = X11Connection::open(display);
+    ASSERT_TRUE(connection);
+    X11HotkeyRegistration hotkeys(connection);
+    QStringList events;
+    hotkeys.setPressedHandler([&](auto) { events << u"press"_qs; });
+    hotkeys.setReleasedHandler([&](auto) { events << u"release"_qs; });
+    const auto reference = hotkeys.registerHotkey(spaceBar, option, identifier);
+    ASSERT_TRUE(reference);
+    PhysicalKeyboard keyboard(display.constData());
+    keyboard.press({Key::leftAlt, Key::space});
+    ASSERT_TRUE(waitUntil([&] { return events.size() == 1; }));
+
+    server.kill();
+    server.waitForFinished();
+    EXPECT_TRUE(waitUntil([&] { return events.size() == 2; }));
+    hotkeys.unregisterHotkey(*reference);
+    EXPECT_EQ(hotkeys.registerHotkey(spaceBar, option, identifier).error(), XCB_REQUEST);
+    EXPECT_EQ(events, (QStringList{u"press"_qs, u"release"_qs}));
+}
+
+} // namespace
+} // namespace Velloro

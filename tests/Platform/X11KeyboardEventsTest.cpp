@@ -1,0 +1,236 @@
+#include "Platform/Linux/X11/X11KeyboardEvents.h"
+
+#include "Platform/KeyWindow.h"
+#include "Platform/Linux/X11/VirtualKeyMap.h"
+#include "Platform/Linux/X11/X11HotkeyRegistration.h"
+#include "Platform/PhysicalKeyboard.h"
+
+#include <QCoreApplication>
+#include <gmock/gmock.h>
+#include <set>
+
+namespace Velloro {
+namespace {
+
+constexpr uint32_t keyV = 9, keyDelete = 51;
+
+class X11KeyboardEventsTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        connection = X11Connection::open();
+        if (!connection)
+            GTEST_SKIP() << "there is no X server";
+        if (!keyboard.isThere())
+            GTEST_SKIP() << "the X server has no keyboard of its own (Xvfb has)";
+        setKeyboardLayout({u"us"_qs});
+        window = std::make_unique<KeyWindow>();
+        ASSERT_TRUE(window->isReady);
+        strokes = std::make_unique<X11KeyboardEvents>(
+            connection, X11KeyboardEvents::Hooks{
+                            .focusedElementIsTerminal = [this] { return isTerminal; },
+                            .willPastePrimarySelection = [this] { ++primaryPastes; },
+                        });
+    }
+    void TearDown() override { setKeyboardLayout({u"us"_qs}); }
+
+    void stroke(uint32_t keyCode, uint64_t flags)
+    {
+        EXPECT_TRUE(strokes->post(keyCode, true, flags));
+        EXPECT_TRUE(strokes->post(keyCode, false, flags));
+        sync();
+    }
+    /// Waits until the server has had what was sent.
+    void sync() { (void)X11Keyboards(connection).logicallyHeld(); }
+    std::string pasted()
+    {
+        stroke(keyV, KeyboardEvents::commandFlag);
+        return window->take();
+    }
+    /// No key is down any more, on any device.
+    bool isEverythingReleased()
+    {
+        const X11Keyboards keyboards(connection);
+        return waitUntil([&] {
+            QCoreApplication::processEvents();
+            return keyboards.logicallyHeld().none() && keyboards.heldOnAnyKeyboard().none();
+        });
+    }
+
+    PhysicalKeyboard keyboard;
+    std::shared_ptr<X11Connection> connection;
+    std::unique_ptr<KeyWindow> window;
+    std::unique_ptr<X11KeyboardEvents> strokes;
+    bool isTerminal = false;
+    int primaryPastes = 0;
+};
+
+TEST_F(X11KeyboardEventsTest, sendsKeysWithExactlyTheGivenModifiers)
+{
+    stroke(keyDelete, 0);
+    EXPECT_EQ(window->take(), "+BackSpace, -BackSpace");
+    stroke(0, 0x20000 | 0x80000);
+    EXPECT_EQ(window->take(), "+Alt_L, +Shift_L with Alt, +a with Shift+Alt, -a, -Shift_L, -Alt_L");
+    EXPECT_FALSE(strokes->post(keyDelete, false, 0));
+    EXPECT_FALSE(strokes->post(127, true, 0));
+    EXPECT_FALSE(X11KeyboardEvents(nullptr).post(keyDelete, true, 0));
+    EXPECT_EQ(window->take(), "");
+
+    // One that was left pressed does not outlive its sender.
+    EXPECT_TRUE(strokes->post(keyDelete, true, 0));
+    strokes.reset();
+    EXPECT_TRUE(isEverythingReleased());
+}
+
+TEST_F(X11KeyboardEventsTest, arrivesPlainWhileTheHotkeyIsHeld)
+{
+    X11HotkeyRegistration hotkeys(connection);
+    int presses = 0, releases = 0;
+    hotkeys.setPressedHandler([&](auto) { ++presses; });
+    hotkeys.setReleasedHandler([&](auto) { ++releases; });
+    ASSERT_TRUE(hotkeys.registerHotkey(49, 2048 | 4096, {1, 1}));
+    keyboard.press({Key::leftControl, Key::leftAlt, Key::space});
+    ASSERT_TRUE(waitUntil([&] { return presses == 1; }));
+    sync();
+    EXPECT_EQ(window->take(), "+Control_L, +Alt_L with Control, +none with Control+Alt, -none");
+
+    const std::string lift = "+none with Control+Alt, -none, -Control_L, -Alt_L, ";
+    const std::string restore
+        = ", +Control_L, +Alt_L with Control, +none with Control+Alt, -none";
+    for (int i = 0; i < 3; ++i) {
+        stroke(keyDelete, 0);
+        EXPECT_EQ(window->take(), lift + "+BackSpace, -BackSpace" + restore);
+    }
+    EXPECT_EQ(pasted(), lift + "+Control_L, +v with Control, -v, -Control_L" + restore);
+    EXPECT_EQ(releases, 0);
+
+    keyboard.release({Key::space, Key::leftAlt, Key::leftControl});
+    ASSERT_TRUE(waitUntil([&] { return releases == 1; }));
+    EXPECT_TRUE(isEverythingReleased());
+    EXPECT_EQ(presses, 1);
+    window->take();
+    keyboard.tap(Key::a);
+    EXPECT_EQ(window->take(), "+a, -a");
+}
+
+TEST_F(X11KeyboardEventsTest, restoresOnlyWhatIsStillHeld)
+{
+    keyboard.press({Key::leftAlt, Key::leftShift});
+    EXPECT_TRUE(strokes->post(keyDelete, true, 0));
+    keyboard.release({Key::leftAlt});
+    EXPECT_TRUE(strokes->post(keyDelete, false, 0));
+    sync();
+    window->take();
+    keyboard.tap(Key::a);
+    EXPECT_EQ(window->take(), "+a with Shift, -a");
+    keyboard.release({Key::leftShift});
+    EXPECT_TRUE(isEverythingReleased());
+
+    // A modifier that the user presses anew works as ever.
+    window->take();
+    keyboard.press({Key::leftShift});
+    keyboard.tap(Key::a);
+    keyboard.release({Key::leftShift});
+    EXPECT_EQ(window->take(), "+Shift_L, +a with Shift, -a, -Shift_L");
+}
+
+TEST_F(X11KeyboardEventsTest, leavesLocksAlone)
+{
+    keyboard.tap(Key::capsLock);
+    keyboard.press({Key::capsLock});
+    window->take();
+    EXPECT_EQ(pasted(), "+Control_L, +v with Control, -v, -Control_L");
+    keyboard.release({Key::capsLock});
+    EXPECT_TRUE(isEverythingReleased());
+}
+
+TEST_F(X11KeyboardEventsTest, pastesAsTheApplicationWantsIt)
+{
+    const std::string controlV = "+Control_L, +v with Control, -v, -Control_L";
+    const std::string controlShiftV = "+Control_L, +Shift_L with Control, +v with Shift+Control, "
+                                      "-v, -Shift_L, -Control_L";
+    const std::string shiftInsert = "+Shift_L, +Insert with Shift, -Insert, -Shift_L";
+    struct
+    {
+        QByteArray instance, name;
+        bool isTerminal;
+        std::string expected;
+    } const cases[] = {
+        {"mousepad", "Mousepad", false, controlV},
+        {"mousepad", "Mousepad", true, controlShiftV},
+        {"xterm", "XTerm", false, shiftInsert},
+        {"my notes", "XTerm", false, shiftInsert},
+        {"xterm", "UXTerm", true, shiftInsert},
+        {"urxvt", "URxvt", false, shiftInsert},
+        {"st-256color", "st-256color", false, shiftInsert},
+        {"gnome-terminal-server", "Gnome-terminal", false, controlShiftV},
+        {"konsole", "konsole", false, controlShiftV},
+        {"xfce4-terminal", "Xfce4-terminal", false, controlShiftV},
+        {"kitty", "kitty", false, controlShiftV},
+        {"Alacritty", "Alacritty", false, controlShiftV},
+        {"foot", "footclient", false, controlShiftV},
+        {"", "", false, controlV},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE((c.instance + ' ' + c.name).toStdString());
+        window->setClass(c.instance + '\0' + c.name + '\0');
+        isTerminal = c.isTerminal;
+        primaryPastes = 0;
+        EXPECT_EQ(pasted(), c.expected);
+        EXPECT_EQ(primaryPastes, c.expected == shiftInsert ? 1 : 0);
+    }
+}
+
+TEST_F(X11KeyboardEventsTest, pastesOnEveryLayout)
+{
+    const std::string controlV = "+Control_L, +v with Control, -v, -Control_L";
+    for (const auto &layout :
+         {QStringList{u"us"_qs, u"-variant"_qs, u"dvorak"_qs}, {u"fr"_qs}, {u"us,ru"_qs}, {u"ru,us"_qs}}) {
+        setKeyboardLayout(layout);
+        if (layout.first() == u"ru,us") {
+            // The window names the first layout's letter at the position.
+            EXPECT_EQ(pasted(), "+Control_L, +Cyrillic_em with Control, -Cyrillic_em, -Control_L");
+            continue;
+        }
+        EXPECT_EQ(pasted(), controlV) << layout.join(u' ').toStdString();
+    }
+    // No letter v anywhere.
+    setKeyboardLayout({u"ru"_qs});
+    EXPECT_EQ(pasted(), "+Shift_L, +Insert with Shift, -Insert, -Shift_L");
+    EXPECT_EQ(primaryPastes, 1);
+
+    // Of two layouts the one in force decides: on this one the position of v has another letter.
+    setKeyboardLayout({u"us,us"_qs, u"-variant"_qs, u",dvorak"_qs, u"-option"_qs,
+                       u"grp:menu_toggle"_qs});
+    EXPECT_EQ(pasted(), controlV);
+    keyboard.tap(Key::menu);
+    window->take();
+    EXPECT_EQ(pasted(), "+Control_L, +period with Control, -period, -Control_L");
+}
+
+TEST(VirtualKeyMapTest, isOneToOneAndAgreesWithTheServersNames)
+{
+    const auto connection = X11Connection::open();
+    if (!connection)
+        GTEST_SKIP() << "there is no X server";
+    X11Keymap keymap(connection);
+    std::set<uint8_t> keycodes;
+    int keys = 0;
+    for (uint32_t keyCode = 0; keyCode < 128; ++keyCode) {
+        const auto keycode = VirtualKeyMap::keycode(keyCode);
+        if (!keycode)
+            continue;
+        ++keys;
+        keycodes.insert(*keycode);
+        EXPECT_EQ(VirtualKeyMap::virtualKeyCode(*keycode), keyCode);
+        EXPECT_EQ(keymap.keycodeAt(keyCode), *keycode) << keyCode;
+    }
+    EXPECT_EQ(keycodes.size(), static_cast<size_t>(keys));
+    EXPECT_GE(keys, 66 + 4);
+    EXPECT_EQ(VirtualKeyMap::keycode(49), Key::space);
+    EXPECT_EQ(VirtualKeyMap::virtualKeyCode(7), std::nullopt);
+}
+
+} // namespace
+} // namespace Velloro
