@@ -40,5 +40,6 @@ struct Scene
 [[nodiscard]] QList<Scene> symbolScenes();
 [[nodiscard]] QList<Scene> recordingPillScenes();
 [[nodiscard]] QList<Scene> menuBarScenes();
+[[nodiscard]] QList<Scene> paneScenes();
 
 } // namespace Velloro
