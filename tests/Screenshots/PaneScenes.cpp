@@ -18,6 +18,17 @@ namespace {
 constexpr QSize paneSize(500, 360);
 constexpr QSize tall(500, 1020);
 
+QQuickItem *findItem(QQuickItem &root, const QString &name)
+{
+    if (root.objectName() == name)
+        return &root;
+    for (QQuickItem *child : root.childItems()) {
+        if (QQuickItem *found = findItem(*child, name))
+            return found;
+    }
+    return nullptr;
+}
+
 /// The view on a window's ground, with what pops up over it. `act` is called before the picture.
 QImage onWindow(Stage &stage, const QString &file, QObject &model, QSize size = {},
                 const std::function<void(QQuickItem &root)> &act = {})
@@ -54,8 +65,8 @@ QImage models(Stage &stage, QSize size = paneSize, int category = 1, int openGro
             model.selectCategory(category);
             if (openGroup >= 0)
                 model.toggleGroup(openGroup);
-            if (!openMenu.isEmpty())
-                QMetaObject::invokeMethod(root.findChild<QObject *>(openMenu), "clicked");
+            if (QQuickItem *button = openMenu.isEmpty() ? nullptr : findItem(root, openMenu))
+                QMetaObject::invokeMethod(button, "clicked");
         });
 }
 
