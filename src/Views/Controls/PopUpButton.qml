@@ -14,9 +14,8 @@ T.ComboBox {
     rightPadding: 28
     topPadding: 4
     bottomPadding: 4
-    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitWidth: Math.ceil(widestText) + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
-    implicitContentWidthPolicy: T.ComboBox.WidestText
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
 
@@ -24,6 +23,19 @@ T.ComboBox {
     Accessible.name: label
     Accessible.description: displayText
     Accessible.onPressAction: popup.open()
+
+    /// The button is as wide as any of its entries needs.
+    readonly property real widestText: {
+        let widest = 0
+        for (let index = 0; index < count; ++index)
+            widest = Math.max(widest, metrics.advanceWidth(textAt(index)))
+        return widest
+    }
+
+    FontMetrics {
+        id: metrics
+        font: control.font
+    }
 
     contentItem: Text {
         text: control.displayText
