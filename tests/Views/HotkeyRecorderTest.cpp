@@ -123,7 +123,7 @@ TEST_P(HotkeyRecorderTest, ShowsTheHeldModifiersAndItsPrompt)
     QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(&button());
     ASSERT_TRUE(interface);
     EXPECT_EQ(interface->role(), QAccessible::Button);
-    EXPECT_EQ(interface->text(QAccessible::Name), u"Hotkey: " + QString::fromUtf16(prompt));
+    EXPECT_EQ(interface->text(QAccessible::Name), QStringLiteral("Hotkey: ") + QString::fromUtf16(prompt));
     interface->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     EXPECT_FALSE(model.isRecording());
     EXPECT_EQ(text(u"⌥Space"), "⌥Space");
