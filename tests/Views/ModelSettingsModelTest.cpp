@@ -1,13 +1,16 @@
 #include "Views/ModelSettingsModel.h"
 
-#include "Support/FakeWhisper.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/WaitUntil.h"
 #include "Views/CatalogModelRowModel.h"
 #include "Views/ModelGroupModel.h"
 #include "Views/PresetConfigRowModel.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <gmock/gmock.h>
 
 namespace Velloro {
@@ -50,7 +53,10 @@ protected:
         appState.whisperManager().refreshModelStates();
     }
 
+    QTemporaryDir directory;
     InMemoryPlatform memory;
+    const bool isOnDisk
+        = memory.fileSystem->supportDirectory.emplace(directory.path()).size() > 0;
     AppState appState{memory.platform};
     ModelSettingsModel model{appState};
 };
@@ -118,7 +124,13 @@ TEST_F(ModelSettingsModelTest, ARowGoesFromDownloadOverSelectionToDeletion)
     EXPECT_FALSE(base.isSelected());
     const QString mapped = appState.modelId(ModelPreset::medium);
     QSignalSpy selections(&base, &CatalogModelRowModel::isSelectedChanged);
-    FakeWhisper::setLoadScript([](const QString &) { return true; });
+    // The recogniser looks for a real file.
+    const QString path = appState.whisperManager().modelURL(QStringLiteral("base.en-q5_1"));
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("model");
+    file.close();
     base.select();
     ASSERT_TRUE(waitUntil([&] { return base.isSelected(); }));
     EXPECT_EQ(selections.count(), 1);
