@@ -43,5 +43,6 @@ struct Scene
 [[nodiscard]] QList<Scene> controlScenes();
 [[nodiscard]] QList<Scene> recordingPillScenes();
 [[nodiscard]] QList<Scene> menuBarScenes();
+[[nodiscard]] QList<Scene> paneScenes();
 
 } // namespace Velloro
