@@ -22,13 +22,15 @@ T.AbstractButton {
     hoverEnabled: true
 
     onClicked: model.select()
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 
     Accessible.role: Accessible.RadioButton
     Accessible.name: qsTr("%1, %2").arg(model.title).arg(model.label)
     Accessible.checkable: true
     Accessible.checked: model.isSelected
+    Accessible.onPressAction: clicked()
+    Accessible.onToggleAction: clicked()
 
     contentItem: RowLayout {
         spacing: 8

@@ -31,9 +31,10 @@ T.AbstractButton {
 
     Accessible.role: Accessible.Button
     Accessible.name: text
+    Accessible.onPressAction: clicked()
 
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 
     readonly property color foreground: kind === CapsuleButton.Prominent
         ? (tint === Theme.accent ? Theme.onAccent : "#ffffff") : tint

@@ -25,16 +25,18 @@ ColumnLayout {
         text: group.title
         focusPolicy: Qt.StrongFocus
         onClicked: group.toggled()
-        Keys.onReturnPressed: click()
-        Keys.onEnterPressed: click()
-        Keys.onRightPressed: if (!group.isOpen) click()
-        Keys.onLeftPressed: if (group.isOpen) click()
+        Keys.onReturnPressed: clicked()
+        Keys.onEnterPressed: clicked()
+        Keys.onRightPressed: if (!group.isOpen) clicked()
+        Keys.onLeftPressed: if (group.isOpen) clicked()
 
         Accessible.role: Accessible.Button
         Accessible.name: group.title
         Accessible.description: group.detail
         Accessible.checkable: true
         Accessible.checked: group.isOpen
+        Accessible.onPressAction: clicked()
+        Accessible.onToggleAction: clicked()
 
         contentItem: RowLayout {
             spacing: 6

@@ -23,6 +23,7 @@ T.ComboBox {
     Accessible.role: Accessible.ComboBox
     Accessible.name: label
     Accessible.description: displayText
+    Accessible.onPressAction: popup.open()
 
     contentItem: Text {
         text: control.displayText

@@ -18,6 +18,7 @@ T.MenuItem {
 
     Accessible.role: Accessible.MenuItem
     Accessible.name: text
+    Accessible.onPressAction: triggered()
 
     contentItem: Text {
         text: item.text

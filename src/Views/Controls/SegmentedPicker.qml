@@ -66,6 +66,8 @@ FocusScope {
                         Accessible.name: text
                         Accessible.checkable: true
                         Accessible.checked: checked
+                        Accessible.onPressAction: clicked()
+                        Accessible.onToggleAction: clicked()
 
                         function choose(index) {
                             if (index < 0 || index >= repeater.count || index === picker.currentIndex)

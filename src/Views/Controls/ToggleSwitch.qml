@@ -17,6 +17,13 @@ T.Switch {
     Accessible.name: text
     Accessible.checkable: true
     Accessible.checked: checked
+    Accessible.onPressAction: flip()
+    Accessible.onToggleAction: flip()
+
+    function flip() {
+        toggle()
+        toggled()
+    }
 
     contentItem: Text {
         rightPadding: control.indicator.width + control.spacing

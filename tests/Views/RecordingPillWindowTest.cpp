@@ -1,0 +1,268 @@
+#include "Views/RecordingPillWindowController.h"
+
+#include "Support/InMemoryPlatform.h"
+#include "Support/LogRecorder.h"
+#include "Support/WaitUntil.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QQuickItem>
+#include <QScreen>
+#include <QTest>
+#include <cmath>
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <xcb/shape.h>
+#include <xcb/xcb.h>
+
+namespace Velloro {
+
+namespace {
+
+template <typename T>
+using Reply = std::unique_ptr<T, decltype(&free)>;
+
+template <typename T>
+Reply<T> reply(T *taken)
+{
+    return {taken, &free};
+}
+
+double processorSeconds()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto seconds = [](const timeval &time) {
+        return double(time.tv_sec) + 1e-6 * double(time.tv_usec);
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+/// Lets events be handled, without polling for them.
+void pass(std::chrono::milliseconds time)
+{
+    QEventLoop loop;
+    QTimer::singleShot(time, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+class RecordingPillWindowTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+        if (!x11)
+            GTEST_SKIP() << "no X server: the pill's window can't be looked at";
+        xcb = x11->connection();
+    }
+
+    void show(QPoint pointer)
+    {
+        // Where the tests' pointer is, not where the toolkit last saw it.
+        QCursor::setPos(pointer);
+        ASSERT_TRUE(waitUntil([pointer] { return QCursor::pos() == pointer; }));
+        controller.show(appState);
+        ASSERT_TRUE(controller.window());
+        ASSERT_TRUE(waitUntil([this] { return controller.window()->isExposed(); }));
+    }
+
+    [[nodiscard]] xcb_window_t id() const { return xcb_window_t(controller.window()->winId()); }
+
+    /// Where the server has the window, in device pixels of the screen.
+    [[nodiscard]] QRect serverGeometry() const
+    {
+        const auto geometry
+            = reply(xcb_get_geometry_reply(xcb, xcb_get_geometry(xcb, id()), nullptr));
+        return {geometry->x, geometry->y, geometry->width, geometry->height};
+    }
+
+    /// Whether a point of the window is inside its shape.
+    [[nodiscard]] bool isInShape(int x, int y) const
+    {
+        const auto shape = reply(xcb_shape_get_rectangles_reply(
+            xcb, xcb_shape_get_rectangles(xcb, id(), XCB_SHAPE_SK_BOUNDING), nullptr));
+        const xcb_rectangle_t *rectangles = xcb_shape_get_rectangles_rectangles(shape.get());
+        for (int index = 0; index < xcb_shape_get_rectangles_rectangles_length(shape.get()); ++index) {
+            const xcb_rectangle_t &r = rectangles[index];
+            if (QRect(r.x, r.y, r.width, r.height).contains(x, y))
+                return true;
+        }
+        return false;
+    }
+
+    [[nodiscard]] QQuickItem *item(const char *name) const
+    {
+        return controller.window()->contentItem()->findChild<QQuickItem *>(QLatin1StringView(name));
+    }
+    [[nodiscard]] static QRectF place(const QQuickItem *item)
+    {
+        return item->mapRectToScene(item->boundingRect());
+    }
+
+    InMemoryPlatform memory;
+    AppState appState{memory.platform};
+    ViewEngine engine{*memory.appearance};
+    RecordingPillWindowController controller{engine};
+    xcb_connection_t *xcb = nullptr;
+};
+
+TEST_F(RecordingPillWindowTest, StandsAboveThePointerInsideEachCornerOfTheScreen)
+{
+    const QRect frame = QGuiApplication::primaryScreen()->availableGeometry();
+    const struct
+    {
+        QPoint pointer;
+        QPoint expected;
+    } cases[] = {
+        {frame.center(), frame.center() - QPoint(130, 98)},
+        {frame.topLeft(), frame.topLeft() + QPoint(10, 10)},
+        {frame.topRight(), frame.topRight() + QPoint(1 - 270, 10)},
+        {frame.bottomLeft(), frame.bottomLeft() + QPoint(10, -98)},
+        {frame.bottomRight(), frame.bottomRight() + QPoint(1 - 270, -98)},
+    };
+    LogRecorder log;
+    QQuickWindow *window = nullptr;
+    for (const auto &c : cases) {
+        show(c.pointer);
+        ASSERT_TRUE(waitUntil([&] { return serverGeometry() == QRect(c.expected, QSize(260, 48)); }))
+            << serverGeometry().x() << ", " << serverGeometry().y();
+        EXPECT_TRUE(!window || window == controller.window()) << "one window serves always";
+        window = controller.window();
+        EXPECT_EQ(log.lines().constLast(),
+                  QStringLiteral("[RecordingPill] Window shown at (%1.0, %2.0, 260.0, 48.0)")
+                      .arg(c.expected.x())
+                      .arg(c.expected.y()));
+    }
+    EXPECT_EQ(log.lines().filter(QStringLiteral("[RecordingPill] Window created")).size(), 1);
+    controller.hide();
+    EXPECT_EQ(log.lines().constLast(), u"[RecordingPill] Window hidden");
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(RecordingPillWindowTest, IsNoConcernOfTheWindowManagerAndLeavesTheFocusWhereItIs)
+{
+    QLineEdit document;
+    document.showFullScreen();
+    document.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&document));
+    const auto focused = [this] {
+        return reply(xcb_get_input_focus_reply(xcb, xcb_get_input_focus(xcb), nullptr))->focus;
+    };
+    const xcb_window_t before = focused();
+
+    show({600, 400});
+    QTest::mouseClick(controller.window(), Qt::LeftButton);
+    QTest::qWait(200);
+    EXPECT_EQ(focused(), before);
+    EXPECT_TRUE(document.isActiveWindow());
+
+    // Such a window is in no task list and no switcher, and on every desktop.
+    const auto attributes = reply(xcb_get_window_attributes_reply(
+        xcb, xcb_get_window_attributes(xcb, id()), nullptr));
+    EXPECT_TRUE(attributes->override_redirect);
+
+    // Above the window that fills the screen.
+    const auto tree = reply(xcb_query_tree_reply(
+        xcb, xcb_query_tree(xcb, xcb_setup_roots_iterator(xcb_get_setup(xcb)).data->root), nullptr));
+    const xcb_window_t *windows = xcb_query_tree_children(tree.get());
+    int pillHeight = -1;
+    int greatest = -1;
+    for (int index = 0; index < xcb_query_tree_children_length(tree.get()); ++index) {
+        const auto state = reply(xcb_get_window_attributes_reply(
+            xcb, xcb_get_window_attributes(xcb, windows[index]), nullptr));
+        if (!state || state->map_state != XCB_MAP_STATE_VIEWABLE
+            || state->_class == XCB_WINDOW_CLASS_INPUT_ONLY)
+            continue;
+        greatest = index;
+        if (windows[index] == id())
+            pillHeight = index;
+    }
+    EXPECT_EQ(pillHeight, greatest);
+}
+
+TEST_F(RecordingPillWindowTest, HasItsCornersCutWhereNothingBlendsWindows)
+{
+    memory.appearance->compositing = false;
+    show({600, 400});
+    for (const QPoint corner : {QPoint(0, 0), QPoint(259, 0), QPoint(0, 47), QPoint(259, 47)})
+        EXPECT_TRUE(waitUntil([&] { return !isInShape(corner.x(), corner.y()); }));
+    for (const QPoint inside : {QPoint(0, 24), QPoint(259, 23), QPoint(130, 0), QPoint(130, 47)})
+        EXPECT_TRUE(isInShape(inside.x(), inside.y()));
+
+    memory.appearance->compositing = true;
+    Q_EMIT memory.appearance->changed();
+    EXPECT_TRUE(waitUntil([this] { return isInShape(0, 0) && isInShape(259, 47); }))
+        << "a compositing manager that starts gets the corners back";
+}
+
+TEST_F(RecordingPillWindowTest, LaysItsPartsOutAsDesigned)
+{
+    appState.setEnableRealtimeStreaming(true);
+    appState.setTranscriptionState(TranscriptionState::listening);
+    appState.setRecordingDuration(61);
+    appState.setAudioLevel(1);
+    show({600, 400});
+    QTest::qWait(250);
+
+    const QRectF bars = place(item("indicator"));
+    EXPECT_EQ(bars.left(), 16);
+    EXPECT_EQ(bars.width(), 27) << "five bars of 3 and four gaps of 3";
+    EXPECT_NEAR(bars.center().y(), 24, 0.51);
+    std::vector<double> heights;
+    const QList<QQuickItem *> all = item("indicator")->childItems().constFirst()->childItems();
+    for (QQuickItem *bar : all) {
+        if (bar->width() == 3)
+            heights.push_back(bar->height());
+    }
+    EXPECT_THAT(heights, ::testing::Pointwise(::testing::DoubleNear(0.01),
+                                              std::vector<double>{15.8, 20, 17.9, 19.3, 16.5}));
+    EXPECT_EQ(place(item("statusText")).left(), bars.right() + 12);
+    EXPECT_EQ(item("statusText")->property("text").toString(), u"Listening...");
+    EXPECT_NEAR(place(item("clock")).right(), 260 - 16, 1);
+    EXPECT_EQ(item("clock")->property("text").toString(), u"01:01");
+    EXPECT_LE(place(item("streamingLine")).width(), 200);
+    EXPECT_TRUE(item("cursor")->isVisible());
+    const double lines = place(item("statusText")).top() + place(item("streamingLine")).bottom();
+    EXPECT_NEAR(lines, 48, 2) << "the two lines stand in the middle";
+
+    appState.setTranscriptionState(TranscriptionState::inserting);
+    QTest::qWait(50);
+    EXPECT_EQ(place(item("indicator")).size(), QSizeF(18, 18));
+    EXPECT_FALSE(item("clock")->isVisible());
+    EXPECT_FALSE(item("streamingLine")->isVisible());
+}
+
+TEST_F(RecordingPillWindowTest, CostsLittleWhileShownAndNothingWhenHidden)
+{
+    using namespace std::chrono_literals;
+    appState.setTranscriptionState(TranscriptionState::listening);
+    show({600, 400});
+    QTest::qWait(300);
+
+    int tick = 0;
+    QTimer ticks;
+    QObject::connect(&ticks, &QTimer::timeout, &ticks, [&] {
+        ++tick;
+        appState.setRecordingDuration(tick * 0.05);
+        appState.setAudioLevel(float(std::abs(std::sin(tick * 0.7))));
+    });
+    ticks.start(50ms);
+    const double begin = processorSeconds();
+    pass(3000ms);
+    const double share = (processorSeconds() - begin) / 3;
+    RecordProperty("percentOfOneCore", std::to_string(share * 100));
+    EXPECT_LT(share, 0.03);
+    ticks.stop();
+
+    controller.hide();
+    pass(200ms);
+    const double hidden = processorSeconds();
+    pass(1500ms);
+    EXPECT_LT((processorSeconds() - hidden) / 1.5, 0.002);
+    std::cout << "[          ] " << share * 100 << " % of one core while shown\n";
+}
+
+} // namespace
+} // namespace Velloro
