@@ -70,7 +70,10 @@ class User:
     def open(self, command, log="application"):
         """Starts a program and waits until its window has the focus."""
         before = self.active_window()
-        process = self.desktop.start(command, log=log)
+        try:
+            process = self.desktop.start(command, log=log)
+        except OSError as error:
+            raise DesktopError(f"{command[0]} can't be started: {error.strerror}") from None
 
         def has_window():
             if process.poll() is not None:
