@@ -15,10 +15,11 @@ VelloroApp::VelloroApp(Platform &platform, QObject *parent)
                     })
     , m_menuBarExtra(m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine,
                      *platform.userNotifications)
+    , m_settingsWindow(platform, m_appDelegate.appState(), m_viewEngine)
 {
     connect(&m_menuBarExtra, &MenuBarExtra::quitRequested, this, &VelloroApp::terminate);
-    connect(&m_menuBarExtra, &MenuBarExtra::openSettingsRequested, this,
-            &VelloroApp::openSettingsRequested);
+    connect(&m_menuBarExtra, &MenuBarExtra::openSettingsRequested, &m_settingsWindow,
+            &SettingsWindowController::open);
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &m_appDelegate,
             &AppDelegate::applicationWillTerminate);
 }

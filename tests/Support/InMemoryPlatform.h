@@ -9,6 +9,7 @@
 #include "Support/InMemoryFileSystem.h"
 #include "Support/InMemoryHotkeyRegistration.h"
 #include "Support/InMemoryKeyboardEvents.h"
+#include "Support/InMemoryLoginItem.h"
 #include "Support/InMemoryPasteboard.h"
 #include "Support/InMemoryProcessInfo.h"
 #include "Support/InMemorySystemSounds.h"
@@ -58,6 +59,7 @@ public:
         make(platform.userDefaults, userDefaults);
         make(platform.fileSystem, fileSystem);
         make(platform.processInfo, processInfo);
+        make(platform.loginItem, loginItem);
         make(platform.updater, updater);
     }
 
@@ -81,6 +83,7 @@ public:
     InMemoryUserDefaults *userDefaults = nullptr;
     InMemoryFileSystem *fileSystem = nullptr;
     InMemoryProcessInfo *processInfo = nullptr;
+    InMemoryLoginItem *loginItem = nullptr;
     InMemoryUpdater *updater = nullptr;
 
 private:
