@@ -196,8 +196,12 @@ QString HotkeyManager::keyString(int keyCode)
 
 void HotkeyManager::handleHotkeyEvent(const HotkeyIdentifier *identifier)
 {
-    if (m_isPaused || !identifier || identifier->id != hotkeyId)
+    if (!identifier || identifier->id != hotkeyId)
         return;
+    if (m_isPaused) {
+        Q_EMIT pressedWhilePaused();
+        return;
+    }
     QMetaObject::invokeMethod(
         this,
         [this] {

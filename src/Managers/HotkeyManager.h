@@ -76,6 +76,8 @@ Q_SIGNALS:
     void currentModifiersChanged();
     void hotkeyDisplayStringChanged();
     void registrationStatusChanged();
+    /// The combination was pressed while paused. The window that has the focus may not see it.
+    void pressedWhilePaused();
 
 private:
     explicit HotkeyManager(Platform &platform);

@@ -7,10 +7,12 @@
 #include "Platform/DownloadSession.h"
 #include "Platform/FileSystem.h"
 #include "Platform/HotkeyRegistration.h"
+#include "Platform/KeyEventMonitor.h"
 #include "Platform/KeyboardEvents.h"
 #include "Platform/LoginItem.h"
 #include "Platform/Pasteboard.h"
 #include "Platform/ProcessInfo.h"
+#include "Platform/SystemSettings.h"
 #include "Platform/SystemSounds.h"
 #include "Platform/Updater.h"
 #include "Platform/UserDefaults.h"
@@ -36,11 +38,13 @@ struct Platform
     std::unique_ptr<CaptureAuthorization> captureAuthorization;
     std::unique_ptr<HotkeyRegistration> hotkeyRegistration;
     std::unique_ptr<Accessibility> accessibility;
+    std::unique_ptr<KeyEventMonitor> keyEventMonitor;
     std::unique_ptr<KeyboardEvents> keyboardEvents;
     std::unique_ptr<Pasteboard> pasteboard;
     std::unique_ptr<Appearance> appearance;
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<UserNotifications> userNotifications;
+    std::unique_ptr<SystemSettings> systemSettings;
     std::unique_ptr<SystemSounds> systemSounds;
     std::unique_ptr<UserDefaults> userDefaults;
     std::unique_ptr<FileSystem> fileSystem;

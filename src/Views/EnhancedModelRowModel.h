@@ -1,16 +1,12 @@
 #pragma once
 
-#include "Core/AppState.h"
-#include "Views/DownloadEstimate.h"
-
-#include <QObject>
-#include <QtQml/qqmlregistration.h>
+#include "Views/ModelFileModel.h"
 
 namespace Velloro {
 
 /// A preset in the panel: its name, whether it is the selected one, and its model's file. Main
 /// thread only.
-class EnhancedModelRowModel : public QObject
+class EnhancedModelRowModel : public ModelFileModel
 {
     Q_OBJECT
     QML_ELEMENT
@@ -20,13 +16,6 @@ class EnhancedModelRowModel : public QObject
     /// The name of the theme's colour for the label.
     Q_PROPERTY(QString tint READ tint CONSTANT)
     Q_PROPERTY(bool isSelected READ isSelected NOTIFY isSelectedChanged)
-    /// "notDownloaded", "downloading", "downloaded" or "failed".
-    Q_PROPERTY(QString state READ state NOTIFY stateChanged)
-    /// 0 to 1 while it downloads.
-    Q_PROPERTY(double progress READ progress NOTIFY stateChanged)
-    Q_PROPERTY(QString percentText READ percentText NOTIFY stateChanged)
-    /// Speed and time left of a download, the reason of a failure; else empty.
-    Q_PROPERTY(QString detail READ detail NOTIFY stateChanged)
 
 public:
     /// `appState` outlives the model.
@@ -36,32 +25,18 @@ public:
     [[nodiscard]] QString label() const;
     [[nodiscard]] QString tint() const;
     [[nodiscard]] bool isSelected() const { return m_isSelected; }
-    [[nodiscard]] QString state() const;
-    [[nodiscard]] double progress() const;
-    [[nodiscard]] QString percentText() const;
-    [[nodiscard]] QString detail() const;
 
     /// Makes this preset the selected one.
     Q_INVOKABLE void select();
-    Q_INVOKABLE void download();
-    /// Deletes the model's file; that it can't be is ignored.
-    Q_INVOKABLE void deleteModel();
 
 Q_SIGNALS:
     void isSelectedChanged();
-    void stateChanged();
 
 private:
-    [[nodiscard]] ModelDownloadState current() const;
     void updateSelection();
-    void updateState(const QString &modelId);
 
     ModelPreset m_preset;
-    AppState &m_appState;
-    QString m_modelId;
     bool m_isSelected = false;
-    ModelDownloadState m_state;
-    DownloadEstimate m_estimate;
 };
 
 } // namespace Velloro

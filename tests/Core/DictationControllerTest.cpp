@@ -1,6 +1,7 @@
 #include "Core/DictationController.h"
 
 #include "Core/PresetModelLoader.h"
+#include "Core/SerialExecutor.h"
 #include "Support/FakeWhisper.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/LogRecorder.h"
@@ -50,6 +51,14 @@ protected:
         FakeWhisper::reset();
         memory.fileSystem->supportDirectory = directory.path();
         memory.accessibility->focusText(QString(), {0, 0});
+    }
+
+    ~DictationControllerTest() override
+    {
+        controller.reset();
+        state.reset();
+        // Unloading a model goes on in the background, and asks the platform for the stack.
+        SerialExecutor::finishAll(std::chrono::seconds(10));
     }
 
     void launch()

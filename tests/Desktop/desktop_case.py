@@ -39,7 +39,8 @@ def find_models():
 class DesktopCase(unittest.TestCase):
     def setUp(self):
         self.present = find_models()
-        self.model = models.choose(self.present)
+        # The smallest hears these recordings well enough, and soonest.
+        self.model = next(iter(self.present), None)
         if not self.model or not JFK.exists():
             self.skipTest(f"no speech model: set {models.ENVIRONMENT_FOLDER}")
         self.desktop = PrivateDesktop()

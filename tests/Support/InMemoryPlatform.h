@@ -8,10 +8,12 @@
 #include "Support/InMemoryDownloadSession.h"
 #include "Support/InMemoryFileSystem.h"
 #include "Support/InMemoryHotkeyRegistration.h"
+#include "Support/InMemoryKeyEventMonitor.h"
 #include "Support/InMemoryKeyboardEvents.h"
 #include "Support/InMemoryLoginItem.h"
 #include "Support/InMemoryPasteboard.h"
 #include "Support/InMemoryProcessInfo.h"
+#include "Support/InMemorySystemSettings.h"
 #include "Support/InMemorySystemSounds.h"
 #include "Support/InMemoryUserDefaults.h"
 #include "Support/InMemoryUserNotifications.h"
@@ -50,11 +52,13 @@ public:
         make(platform.captureAuthorization, captureAuthorization);
         make(platform.hotkeyRegistration, hotkeyRegistration);
         make(platform.accessibility, accessibility);
+        make(platform.keyEventMonitor, keyEventMonitor);
         make(platform.keyboardEvents, keyboardEvents);
         make(platform.pasteboard, pasteboard);
         make(platform.appearance, appearance);
         make(platform.workspace, workspace);
         make(platform.userNotifications, userNotifications);
+        make(platform.systemSettings, systemSettings);
         make(platform.systemSounds, systemSounds);
         make(platform.userDefaults, userDefaults);
         make(platform.fileSystem, fileSystem);
@@ -74,11 +78,13 @@ public:
     InMemoryCaptureAuthorization *captureAuthorization = nullptr;
     InMemoryHotkeyRegistration *hotkeyRegistration = nullptr;
     InMemoryAccessibility *accessibility = nullptr;
+    InMemoryKeyEventMonitor *keyEventMonitor = nullptr;
     InMemoryKeyboardEvents *keyboardEvents = nullptr;
     InMemoryPasteboard *pasteboard = nullptr;
     InMemoryAppearance *appearance = nullptr;
     InMemoryWorkspace *workspace = nullptr;
     InMemoryUserNotifications *userNotifications = nullptr;
+    InMemorySystemSettings *systemSettings = nullptr;
     InMemorySystemSounds *systemSounds = nullptr;
     InMemoryUserDefaults *userDefaults = nullptr;
     InMemoryFileSystem *fileSystem = nullptr;

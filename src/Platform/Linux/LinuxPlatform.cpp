@@ -3,6 +3,7 @@
 #include "Platform/Linux/AtSpiAccessibility.h"
 #include "Platform/Linux/DBusUserNotifications.h"
 #include "Platform/Linux/DesktopAppearance.h"
+#include "Platform/Linux/DesktopSettings.h"
 #include "Platform/Linux/JsonUserDefaults.h"
 #include "Platform/Linux/LinuxFileSystem.h"
 #include "Platform/Linux/LinuxProcessInfo.h"
@@ -11,6 +12,7 @@
 #include "Platform/Linux/PulseAudioEngine.h"
 #include "Platform/Linux/PulseCaptureAuthorization.h"
 #include "Platform/Linux/PulseSystemSounds.h"
+#include "Platform/Linux/WindowKeyEvents.h"
 #include "Platform/Linux/X11/X11HotkeyRegistration.h"
 #include "Platform/Linux/X11/X11KeyboardEvents.h"
 #include "Platform/Linux/X11/X11Pasteboard.h"
@@ -41,6 +43,8 @@ Platform makeLinuxPlatform()
             = [board = pasteboard.get()] { board->lendToPrimarySelection(); },
         });
     platform.hotkeyRegistration = std::make_unique<X11HotkeyRegistration>(display);
+    platform.keyEventMonitor = std::make_unique<WindowKeyEvents>();
+    platform.systemSettings = std::make_unique<DesktopSettings>();
     platform.workspace = std::make_unique<X11Workspace>(display);
     platform.accessibility = std::move(accessibility);
     platform.pasteboard = std::move(pasteboard);

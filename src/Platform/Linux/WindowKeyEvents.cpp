@@ -1,0 +1,133 @@
+#include "Platform/Linux/WindowKeyEvents.h"
+
+#include "Platform/Linux/X11/VirtualKeyMap.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QPointer>
+#include <QWindow>
+
+namespace Velloro {
+
+namespace {
+
+constexpr uint32_t commandFlag = 0x100000;
+constexpr uint32_t optionFlag = 0x80000;
+constexpr uint32_t controlFlag = 0x40000;
+constexpr uint32_t shiftFlag = 0x20000;
+
+/// A key that is a modifier in the live layout, and its flag; 0 for those without one.
+std::optional<uint32_t> modifierFlag(quint32 keysym)
+{
+    switch (keysym) {
+    case 0xffe1: // Shift_L
+    case 0xffe2: // Shift_R
+        return shiftFlag;
+    case 0xffe3: // Control_L
+    case 0xffe4: // Control_R
+        return controlFlag;
+    case 0xffe7: // Meta_L, which is Alt with Shift held
+    case 0xffe8: // Meta_R
+    case 0xffe9: // Alt_L
+    case 0xffea: // Alt_R
+        return optionFlag;
+    case 0xffeb: // Super_L
+    case 0xffec: // Super_R
+    case 0xffed: // Hyper_L
+    case 0xffee: // Hyper_R
+        return commandFlag;
+    case 0xff7e: // Mode_switch
+    case 0xff7f: // Num_Lock
+    case 0xffe5: // Caps_Lock
+    case 0xffe6: // Shift_Lock
+        return 0;
+    default:
+        break;
+    }
+    // ISO_Lock to ISO_Last_Group_Lock: the third level and the like.
+    return keysym >= 0xfe01 && keysym <= 0xfe13 ? std::optional<uint32_t>(0) : std::nullopt;
+}
+
+uint32_t flags(Qt::KeyboardModifiers modifiers)
+{
+    return (modifiers.testFlag(Qt::MetaModifier) ? commandFlag : 0)
+        | (modifiers.testFlag(Qt::AltModifier) ? optionFlag : 0)
+        | (modifiers.testFlag(Qt::ControlModifier) ? controlFlag : 0)
+        | (modifiers.testFlag(Qt::ShiftModifier) ? shiftFlag : 0);
+}
+
+class KeyEventFilter final : public QObject, public KeyEventMonitor::Monitor
+{
+public:
+    explicit KeyEventFilter(KeyEventMonitor::Handler handler)
+        : m_handler(std::move(handler))
+        , m_window(QGuiApplication::focusWindow())
+    {
+        qGuiApp->installEventFilter(this);
+        if (m_window)
+            m_window->setKeyboardGrabEnabled(true);
+    }
+
+    ~KeyEventFilter() override
+    {
+        if (m_window)
+            m_window->setKeyboardGrabEnabled(false);
+        qGuiApp->removeEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        // The window passes its events on to its items, which are objects of their own.
+        if (!watched->isWindowType())
+            return false;
+        switch (event->type()) {
+        case QEvent::ShortcutOverride:
+            // Accepted, it comes back as a key press instead of setting off a shortcut.
+            event->accept();
+            return true;
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease: {
+            const auto &keyEvent = *static_cast<QKeyEvent *>(event);
+            if (keyEvent.isAutoRepeat())
+                return true;
+            const auto told = WindowKeyEvents::keyEvent(keyEvent);
+            if (told)
+                return m_handler(*told);
+            // A key without a known position can't be had as a combination.
+            return event->type() == QEvent::KeyPress;
+        }
+        default:
+            return false;
+        }
+    }
+
+private:
+    KeyEventMonitor::Handler m_handler;
+    QPointer<QWindow> m_window;
+};
+
+} // namespace
+
+std::unique_ptr<KeyEventMonitor::Monitor> WindowKeyEvents::addLocalMonitor(Handler handler)
+{
+    return std::make_unique<KeyEventFilter>(std::move(handler));
+}
+
+std::optional<KeyEvent> WindowKeyEvents::keyEvent(const QKeyEvent &event)
+{
+    const uint32_t keyCode = VirtualKeyMap::virtualKeyCode(event.nativeScanCode()).value_or(0);
+    const bool isPress = event.type() == QEvent::KeyPress;
+    // The state before the event; the key event's own idea of it goes by the key's meaning, which
+    // Shift changes for some modifiers.
+    uint32_t held = flags(event.QInputEvent::modifiers());
+    if (const auto flag = modifierFlag(event.nativeVirtualKey())) {
+        held = isPress ? held | *flag : held & ~*flag;
+        return KeyEvent{KeyEvent::Type::flagsChanged, keyCode, held};
+    }
+    if (!isPress || !VirtualKeyMap::virtualKeyCode(event.nativeScanCode()))
+        return std::nullopt;
+    return KeyEvent{KeyEvent::Type::keyDown, keyCode, held};
+}
+
+} // namespace Velloro

@@ -1,0 +1,199 @@
+import QtQuick
+import QtQuick.Layouts
+import Velloro
+
+/// A model of the catalogue; the control at its right manages its file and loads it.
+Rectangle {
+    id: row
+
+    required property CatalogModelRowModel model
+
+    implicitWidth: content.implicitWidth + 16
+    implicitHeight: content.implicitHeight + 12
+    radius: 6
+    color: model.isSelected ? Theme.faded(Theme.accent, 0.1) : "transparent"
+    Accessible.role: Accessible.Grouping
+    Accessible.name: model.displayName
+    Accessible.description: model.isSelected ? qsTr("Selected") : ""
+
+    RowLayout {
+        id: content
+        anchors.fill: parent
+        anchors.leftMargin: 8
+        anchors.rightMargin: 8
+        spacing: 12
+
+        ColumnLayout {
+            Layout.fillWidth: true
+            spacing: 4
+
+            RowLayout {
+                spacing: 6
+                ThemedText {
+                    text: row.model.displayName
+                    font: Theme.bodyMedium
+                }
+                Badge {
+                    visible: text !== ""
+                    text: row.model.badgeText
+                    font: Theme.caption
+                    groundOpacity: 0.15
+                    verticalPadding: 1
+                }
+                Badge {
+                    visible: row.model.isEnglishOnly
+                    text: "EN"
+                    font: Theme.caption
+                    tint: Theme.blue
+                    groundOpacity: 0.15
+                    horizontalPadding: 4
+                    verticalPadding: 1
+                    radius: 4
+                }
+                Symbol {
+                    visible: row.model.isSelected
+                    name: "checkmark.circle.fill"
+                    size: 14
+                    color: Theme.green
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: qsTr("Selected")
+                }
+            }
+            RowLayout {
+                spacing: 10
+                ThemedText {
+                    Layout.minimumWidth: Math.ceil(widestSize.advanceWidth)
+                    text: row.model.fileSizeText
+                    font: Theme.caption
+                    color: Theme.secondary
+                    TextMetrics {
+                        id: widestSize
+                        font: Theme.caption
+                        text: "999 MB"
+                    }
+                }
+                Rating {
+                    label: qsTr("Accuracy:")
+                    stars: row.model.accuracyStars
+                    color: Theme.yellow
+                }
+                Rating {
+                    label: qsTr("Speed:")
+                    stars: row.model.speedStars
+                    color: Theme.green
+                }
+            }
+        }
+        Loader {
+            Layout.alignment: Qt.AlignRight | Qt.AlignVCenter
+            sourceComponent: {
+                switch (row.model.state) {
+                case "downloading": return downloading
+                case "downloaded": return downloaded
+                case "failed": return failed
+                default: return notDownloaded
+                }
+            }
+        }
+    }
+
+    component Rating: RowLayout {
+        property alias label: caption.text
+        property alias stars: rating.stars
+        property alias color: rating.color
+
+        spacing: 4
+        ThemedText {
+            id: caption
+            font: Theme.caption
+            color: Theme.secondary
+            Accessible.ignored: true
+        }
+        StarRating {
+            id: rating
+            label: caption.text
+        }
+    }
+
+    Component {
+        id: notDownloaded
+        CapsuleButton {
+            kind: CapsuleButton.Prominent
+            size: CapsuleButton.Small
+            text: qsTr("Download")
+            Accessible.description: row.model.displayName
+            onClicked: row.model.download()
+        }
+    }
+    Component {
+        id: downloading
+        Item {
+            implicitWidth: progressRow.implicitWidth
+            implicitHeight: progressRow.implicitHeight
+            RowLayout {
+                id: progressRow
+                spacing: 6
+                ProgressBar {
+                    implicitWidth: 60
+                    value: row.model.progress
+                    Accessible.name: qsTr("Downloading %1").arg(row.model.displayName)
+                    Accessible.description: row.model.detail
+                }
+                ThemedText {
+                    // The digits don't dance: each is as wide as any other.
+                    Layout.minimumWidth: Math.ceil(widestPercentage.advanceWidth)
+                    text: row.model.percentText
+                    font: Theme.caption
+                    horizontalAlignment: Text.AlignRight
+                    TextMetrics {
+                        id: widestPercentage
+                        font: Theme.caption
+                        text: "100%"
+                    }
+                }
+            }
+            HoverHandler { id: hover }
+            HelpTip {
+                text: row.model.detail
+                visible: hover.hovered && text !== ""
+            }
+        }
+    }
+    Component {
+        id: downloaded
+        RowLayout {
+            spacing: 6
+            CapsuleButton {
+                visible: !row.model.isSelected
+                size: CapsuleButton.Small
+                text: qsTr("Select")
+                Accessible.description: row.model.displayName
+                onClicked: row.model.select()
+            }
+            IconButton {
+                symbol: "trash"
+                symbolSize: 14
+                color: Theme.red
+                text: qsTr("Delete model")
+                Accessible.description: row.model.displayName
+                onClicked: row.model.deleteModel()
+            }
+        }
+    }
+    Component {
+        id: failed
+        CapsuleButton {
+            id: retry
+            size: CapsuleButton.Small
+            tint: Theme.red
+            text: qsTr("Retry")
+            Accessible.description: row.model.detail === ""
+                ? row.model.displayName : row.model.displayName + ": " + row.model.detail
+            onClicked: row.model.download()
+            HelpTip {
+                text: row.model.detail
+                visible: text !== "" && (retry.hovered || retry.visualFocus)
+            }
+        }
+    }
+}

@@ -1,0 +1,94 @@
+import QtQuick
+import QtQuick.Templates as T
+import Velloro
+
+/// What both hotkey recorders are; they set its looks.
+T.AbstractButton {
+    id: button
+
+    required property HotkeyRecorderModel model
+    /// Shown while recording until a modifier is held.
+    property string prompt
+    property string symbol
+    property real minimumWidth: 0
+    property real cornerRadius: 6
+    property color fillColor
+    property color strokeColor
+
+    readonly property color foreground: model.isRecording ? Theme.onAccent : Theme.primary
+
+    font: Theme.body
+    text: model.isRecording ? (model.tempDisplayString || prompt) : model.displayString
+    spacing: 6
+    implicitWidth: Math.max(contentItem.implicitWidth, minimumWidth) + leftPadding + rightPadding
+    implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+
+    onClicked: model.toggle()
+    onVisibleChanged: if (!visible) model.stop()
+    Component.onDestruction: model.stop()
+    // The keyboard is the recorder's alone while it records: not when the user has gone elsewhere.
+    Connections {
+        target: button.Window.window
+        function onActiveChanged() {
+            if (!button.Window.active)
+                button.model.stop()
+        }
+    }
+
+    // A key that was taken may still be down; its repeats are not for the button.
+    Keys.onPressed: event => { if (event.isAutoRepeat) event.accepted = true }
+    Keys.onReturnPressed: event => { if (!event.isAutoRepeat) clicked() }
+    Keys.onEnterPressed: event => { if (!event.isAutoRepeat) clicked() }
+
+    Accessible.role: Accessible.Button
+    Accessible.name: qsTr("Hotkey: %1").arg(text)
+    Accessible.description: model.isRecording ? qsTr("Press the new combination")
+                                              : qsTr("Press to choose another combination")
+    Accessible.onPressAction: clicked()
+
+    contentItem: Item {
+        implicitWidth: row.implicitWidth
+        implicitHeight: row.implicitHeight
+        Row {
+            id: row
+            anchors.centerIn: parent
+            spacing: button.spacing
+            Symbol {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: button.symbol !== ""
+                name: button.symbol
+                size: Math.round(button.font.pixelSize * 1.2)
+                color: button.foreground
+                SequentialAnimation on opacity {
+                    running: button.model.isRecording && button.visible
+                    loops: Animation.Infinite
+                    alwaysRunToEnd: true
+                    NumberAnimation { to: 0.35; duration: 500; easing.type: Easing.InOutSine }
+                    NumberAnimation { to: 1; duration: 500; easing.type: Easing.InOutSine }
+                }
+            }
+            Text {
+                anchors.verticalCenter: parent.verticalCenter
+                text: button.text
+                font: button.font
+                color: button.foreground
+                textFormat: Text.PlainText
+            }
+        }
+    }
+    background: Rectangle {
+        radius: button.cornerRadius
+        color: button.model.isRecording ? Theme.accent : button.fillColor
+        border.width: 1
+        border.color: button.model.isRecording ? Theme.accent : button.strokeColor
+
+        Rectangle {
+            anchors.fill: parent
+            radius: parent.radius
+            color: Theme.faded(Theme.primary, button.down ? 0.1 : button.hovered ? 0.05 : 0)
+        }
+        FocusRing { control: button; radius: parent.radius + gap }
+    }
+}

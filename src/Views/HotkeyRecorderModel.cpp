@@ -1,0 +1,107 @@
+#include "Views/HotkeyRecorderModel.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Velloro {
+
+namespace {
+
+/// Command, Shift, Caps Lock, Option and Control, on either side.
+constexpr uint32_t modifierKeyCodes[] = {54, 55, 56, 57, 58, 59, 60, 61, 62};
+
+/// The lower bits tell apart the sides of the keyboard and are nobody's concern.
+constexpr uint32_t deviceIndependent(uint32_t modifierFlags)
+{
+    return modifierFlags & 0xffff'0000;
+}
+
+} // namespace
+
+HotkeyRecorderModel::HotkeyRecorderModel(HotkeyManager &hotkeyManager,
+                                         KeyEventMonitor &keyEventMonitor, QObject *parent)
+    : QObject(parent)
+    , m_hotkeyManager(hotkeyManager)
+    , m_keyEventMonitor(keyEventMonitor)
+    , m_displayString(hotkeyManager.hotkeyDisplayString())
+{
+    connect(&hotkeyManager, &HotkeyManager::registrationStatusChanged, this,
+            &HotkeyRecorderModel::problemChanged);
+    connect(&hotkeyManager, &HotkeyManager::hotkeyDisplayStringChanged, this, [this] {
+        if (m_hotkeyManager.registrationStatus())
+            Q_EMIT problemChanged();
+    });
+    // The combination in force is kept from the windows; it can be chosen again all the same.
+    connect(&hotkeyManager, &HotkeyManager::pressedWhilePaused, this, [this] {
+        if (isRecording())
+            accept(m_hotkeyManager.currentKeyCode(), m_hotkeyManager.currentModifiers());
+    });
+}
+
+HotkeyRecorderModel::~HotkeyRecorderModel()
+{
+    if (isRecording())
+        m_hotkeyManager.setIsPaused(false);
+}
+
+QString HotkeyRecorderModel::problem() const
+{
+    if (!m_hotkeyManager.registrationStatus())
+        return {};
+    return tr("%1 is taken by another program. Choose another combination.")
+        .arg(m_hotkeyManager.hotkeyDisplayString());
+}
+
+void HotkeyRecorderModel::toggle()
+{
+    if (isRecording())
+        stop();
+    else
+        start();
+}
+
+void HotkeyRecorderModel::start()
+{
+    setTempDisplayString({});
+    m_hotkeyManager.setIsPaused(true);
+    m_monitor = m_keyEventMonitor.addLocalMonitor(
+        [this](const KeyEvent &event) { return handle(event); });
+    Q_EMIT isRecordingChanged();
+}
+
+void HotkeyRecorderModel::stop()
+{
+    if (!isRecording())
+        return;
+    m_hotkeyManager.setIsPaused(false);
+    m_monitor.reset();
+    Q_EMIT isRecordingChanged();
+}
+
+bool HotkeyRecorderModel::handle(const KeyEvent &event)
+{
+    const uint32_t flags = deviceIndependent(event.modifierFlags);
+    if (event.type == KeyEvent::Type::flagsChanged)
+        setTempDisplayString(HotkeyManager::string(0, flags));
+    else if (!std::ranges::count(modifierKeyCodes, event.keyCode))
+        accept(event.keyCode, HotkeyManager::nsEventToCarbonModifiers(flags));
+    return true;
+}
+
+void HotkeyRecorderModel::accept(uint32_t keyCode, uint32_t modifiers)
+{
+    m_hotkeyManager.updateHotkey(keyCode, modifiers);
+    const QString text = m_hotkeyManager.hotkeyDisplayString();
+    if (std::exchange(m_displayString, text) != text)
+        Q_EMIT displayStringChanged();
+    // Not now: the monitor is calling.
+    QMetaObject::invokeMethod(this, &HotkeyRecorderModel::stop, Qt::QueuedConnection);
+}
+
+void HotkeyRecorderModel::setTempDisplayString(const QString &text)
+{
+    if (std::exchange(m_tempDisplayString, text) != text)
+        Q_EMIT tempDisplayStringChanged();
+}
+
+} // namespace Velloro

@@ -1,0 +1,135 @@
+import QtQuick
+import QtQuick.Layouts
+import Velloro
+
+/// The models pane: which model each preset stands for, and all models there are.
+ScrollArea {
+    id: pane
+
+    required property ModelSettingsModel model
+
+    contentHeight: column.implicitHeight + 2 * Theme.padding
+    Accessible.role: Accessible.Pane
+    Accessible.name: qsTr("Model")
+
+    Component.onCompleted: model.reset()
+
+    ColumnLayout {
+        id: column
+        x: Theme.padding
+        y: Theme.padding
+        width: pane.availableWidth - 2 * Theme.padding
+        spacing: 12
+
+        Rectangle {
+            Layout.fillWidth: true
+            implicitHeight: presets.implicitHeight + 24
+            radius: 8
+            color: Theme.faded(Theme.secondary, 0.1)
+
+            ColumnLayout {
+                id: presets
+                anchors.fill: parent
+                anchors.margins: 12
+                spacing: 8
+
+                ColumnLayout {
+                    Layout.fillWidth: true
+                    spacing: 2
+                    ThemedText {
+                        text: qsTr("Quick Presets")
+                        font: Theme.headline
+                        Accessible.role: Accessible.Heading
+                    }
+                    Note {
+                        Layout.fillWidth: true
+                        text: qsTr("Assign models to presets for quick switching")
+                    }
+                }
+                Repeater {
+                    model: pane.model.presets
+                    PresetConfigRow {
+                        required property PresetConfigRowModel modelData
+
+                        Layout.fillWidth: true
+                        model: modelData
+                    }
+                }
+            }
+        }
+
+        Divider { Layout.fillWidth: true }
+
+        ThemedText {
+            text: qsTr("All Models")
+            font: Theme.headline
+            Accessible.role: Accessible.Heading
+        }
+        SegmentedPicker {
+            objectName: "category"
+            Layout.fillWidth: true
+            label: qsTr("Category")
+            options: pane.model.categories
+            currentIndex: pane.model.categoryIndex
+            onActivated: index => pane.model.selectCategory(index)
+        }
+        Note {
+            Layout.fillWidth: true
+            text: pane.model.categoryDescription
+        }
+
+        Divider { Layout.fillWidth: true }
+
+        Repeater {
+            model: pane.model.groups
+            ColumnLayout {
+                id: group
+
+                required property int index
+                required property ModelGroupModel modelData
+
+                Layout.fillWidth: true
+                spacing: 8
+
+                DisclosureGroup {
+                    Layout.fillWidth: true
+                    title: group.modelData.title
+                    detail: group.modelData.countText
+                    isOpen: group.modelData.isOpen
+                    onToggled: pane.model.toggleGroup(group.index)
+                    content: ColumnLayout {
+                        spacing: 2
+                        Repeater {
+                            model: group.modelData.rows
+                            CatalogModelRow {
+                                required property CatalogModelRowModel modelData
+
+                                Layout.fillWidth: true
+                                model: modelData
+                            }
+                        }
+                    }
+                }
+                Divider { Layout.fillWidth: true }
+            }
+        }
+
+        RowLayout {
+            Layout.fillWidth: true
+            spacing: 6
+            Symbol {
+                name: "folder"
+                size: 14
+                color: Theme.secondary
+            }
+            ThemedText {
+                objectName: "modelsDirectory"
+                Layout.fillWidth: true
+                text: pane.model.modelsDirectory
+                font: Theme.caption
+                color: Theme.secondary
+                wrapMode: Text.WrapAnywhere
+            }
+        }
+    }
+}

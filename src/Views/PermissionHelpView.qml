@@ -1,0 +1,89 @@
+import QtQuick
+import QtQuick.Layouts
+import Velloro
+
+/// What to do for a permission, step by step.
+Rectangle {
+    id: view
+
+    required property PermissionHelpModel model
+
+    implicitWidth: 420
+    implicitHeight: content.implicitHeight + 40
+    color: Theme.window
+    Accessible.role: Accessible.Dialog
+    Accessible.name: model.title
+
+    Shortcut {
+        sequence: "Escape"
+        onActivated: view.model.close()
+    }
+
+    ColumnLayout {
+        id: content
+        anchors.fill: parent
+        anchors.margins: 20
+        spacing: 12
+
+        RowLayout {
+            spacing: 10
+            Symbol {
+                name: view.model.symbol
+                size: 26
+                color: Theme.accent
+            }
+            ThemedText {
+                text: view.model.title
+                font: Theme.title2
+                Accessible.role: Accessible.Heading
+            }
+        }
+        ThemedText {
+            Layout.fillWidth: true
+            text: view.model.explanation
+            wrapMode: Text.WordWrap
+        }
+        Repeater {
+            model: view.model.steps
+            RowLayout {
+                id: step
+
+                required property int index
+                required property string modelData
+
+                Layout.fillWidth: true
+                spacing: 8
+                ThemedText {
+                    Layout.alignment: Qt.AlignTop
+                    text: qsTr("%1.").arg(step.index + 1)
+                    color: Theme.secondary
+                }
+                ThemedText {
+                    Layout.fillWidth: true
+                    text: step.modelData
+                    wrapMode: Text.WordWrap
+                }
+            }
+        }
+        RowLayout {
+            Layout.fillWidth: true
+            Layout.topMargin: 4
+            spacing: 8
+            PermissionLabel { visible: view.model.isGranted }
+            Item { Layout.fillWidth: true }
+            CapsuleButton {
+                objectName: "close"
+                text: qsTr("Close")
+                onClicked: view.model.close()
+            }
+            CapsuleButton {
+                objectName: "act"
+                kind: CapsuleButton.Prominent
+                visible: !view.model.isGranted
+                focus: true
+                text: view.model.actionText
+                onClicked: view.model.act()
+            }
+        }
+    }
+}

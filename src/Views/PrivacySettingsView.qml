@@ -1,0 +1,114 @@
+import QtQuick
+import QtQuick.Layouts
+import Velloro
+
+/// The privacy pane: what is promised, what is permitted, and the data that is kept.
+GroupedForm {
+    id: pane
+
+    required property PrivacySettingsModel model
+
+    Accessible.role: Accessible.Pane
+    Accessible.name: qsTr("Privacy")
+
+    component Promise: RowLayout {
+        id: promise
+
+        property alias symbol: mark.name
+        property alias tint: mark.color
+        property alias text: label.text
+
+        Layout.fillWidth: true
+        spacing: 10
+        Symbol {
+            id: mark
+            Layout.preferredWidth: size
+            size: 18
+        }
+        ThemedText {
+            id: label
+            Layout.fillWidth: true
+            wrapMode: Text.WordWrap
+        }
+    }
+
+    component PermissionRow: RowLayout {
+        id: permission
+
+        property string title
+        property bool isGranted: false
+        signal enable()
+
+        Layout.fillWidth: true
+        spacing: 8
+        Accessible.role: Accessible.Grouping
+        Accessible.name: title
+
+        ThemedText { text: permission.title }
+        Item { Layout.fillWidth: true }
+        PermissionLabel { visible: permission.isGranted }
+        CapsuleButton {
+            objectName: "enable" + permission.title
+            visible: !permission.isGranted
+            kind: CapsuleButton.Prominent
+            size: CapsuleButton.Small
+            text: qsTr("Enable")
+            Accessible.description: permission.title
+            onClicked: permission.enable()
+        }
+    }
+
+    FormSection {
+        title: qsTr("Privacy")
+        Promise {
+            symbol: "checkmark.shield.fill"
+            tint: Theme.green
+            text: qsTr("All processing happens on-device")
+        }
+        Divider { Layout.fillWidth: true }
+        Promise {
+            symbol: "wifi.slash"
+            tint: Theme.blue
+            text: qsTr("No network connections required")
+        }
+        Divider { Layout.fillWidth: true }
+        Promise {
+            symbol: "eye.slash.fill"
+            tint: Theme.purple
+            text: qsTr("Zero analytics or tracking")
+        }
+    }
+
+    FormSection {
+        title: qsTr("Permissions")
+        PermissionRow {
+            title: qsTr("Microphone")
+            isGranted: pane.model.hasMicrophonePermission
+            onEnable: pane.model.enableMicrophone()
+        }
+        Divider { Layout.fillWidth: true }
+        PermissionRow {
+            title: qsTr("Accessibility")
+            isGranted: pane.model.hasAccessibilityPermission
+            onEnable: pane.model.enableAccessibility()
+        }
+        Note {
+            objectName: "permissionsNote"
+            Layout.fillWidth: true
+            topPadding: 4
+            visible: !pane.model.hasMicrophonePermission || !pane.model.hasAccessibilityPermission
+            text: qsTr("Velloro needs these permissions to function correctly.")
+        }
+    }
+
+    FormSection {
+        title: qsTr("Data")
+        CapsuleButton {
+            tint: Theme.red
+            text: qsTr("Clear Transcription History")
+            onClicked: pane.model.clearHistory()
+        }
+    }
+
+    PermissionHelpWindow { model: pane.model.help }
+}
