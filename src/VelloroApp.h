@@ -2,6 +2,7 @@
 
 #include "AppDelegate.h"
 #include "Views/MenuBarExtra.h"
+#include "Views/Onboarding/OnboardingWindowController.h"
 #include "Views/SettingsWindowController.h"
 #include "Views/ViewEngine.h"
 
@@ -30,6 +31,7 @@ private:
     AppDelegate m_appDelegate;
     MenuBarExtra m_menuBarExtra;
     SettingsWindowController m_settingsWindow;
+    OnboardingWindowController m_onboardingWindow;
 };
 
 } // namespace Velloro

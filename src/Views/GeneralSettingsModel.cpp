@@ -25,11 +25,13 @@ std::optional<E> caseAt(int index)
 
 } // namespace
 
-GeneralSettingsModel::GeneralSettingsModel(AppState &appState, LoginItem &loginItem,
-                                           QObject *parent)
+GeneralSettingsModel::GeneralSettingsModel(AppState &appState, HotkeyManager &hotkeyManager,
+                                           KeyEventMonitor &keyEventMonitor,
+                                           LoginItem &loginItem, QObject *parent)
     : QObject(parent)
     , m_appState(appState)
     , m_loginItem(loginItem)
+    , m_hotkey(hotkeyManager, keyEventMonitor)
 {
     connect(&appState, &AppState::recordingModeChanged, this,
             &GeneralSettingsModel::recordingModeIndexChanged);

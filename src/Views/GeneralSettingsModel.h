@@ -2,6 +2,7 @@
 
 #include "Core/AppState.h"
 #include "Platform/LoginItem.h"
+#include "Views/HotkeyRecorderModel.h"
 
 #include <QObject>
 #include <QStringList>
@@ -18,6 +19,7 @@ class GeneralSettingsModel : public QObject
     QML_UNCREATABLE("Made by the settings' model")
     /// The `AppState`.
     Q_PROPERTY(QObject *appState READ appState CONSTANT)
+    Q_PROPERTY(Velloro::HotkeyRecorderModel *hotkey READ hotkey CONSTANT)
     Q_PROPERTY(QStringList recordingModes READ recordingModes CONSTANT)
     Q_PROPERTY(int recordingModeIndex READ recordingModeIndex WRITE setRecordingModeIndex NOTIFY
                    recordingModeIndexChanged)
@@ -27,9 +29,12 @@ class GeneralSettingsModel : public QObject
 
 public:
     /// All of these outlive the model.
-    GeneralSettingsModel(AppState &appState, LoginItem &loginItem, QObject *parent = nullptr);
+    GeneralSettingsModel(AppState &appState, HotkeyManager &hotkeyManager,
+                         KeyEventMonitor &keyEventMonitor, LoginItem &loginItem,
+                         QObject *parent = nullptr);
 
     [[nodiscard]] QObject *appState() const { return &m_appState; }
+    [[nodiscard]] HotkeyRecorderModel *hotkey() { return &m_hotkey; }
     [[nodiscard]] static QStringList recordingModes();
     [[nodiscard]] int recordingModeIndex() const;
     void setRecordingModeIndex(int index);
@@ -47,6 +52,7 @@ private:
 
     AppState &m_appState;
     LoginItem &m_loginItem;
+    HotkeyRecorderModel m_hotkey;
 };
 
 } // namespace Velloro

@@ -44,8 +44,14 @@ GroupedForm {
 
         RowLayout {
             Layout.fillWidth: true
-            ThemedText { text: qsTr("Activation Hotkey") }
+            spacing: 12
+            ThemedText {
+                Layout.alignment: Qt.AlignTop
+                Layout.topMargin: 6
+                text: qsTr("Activation Hotkey")
+            }
             Item { Layout.fillWidth: true }
+            HotkeyRecorder { model: pane.model.hotkey }
         }
         Note {
             Layout.fillWidth: true

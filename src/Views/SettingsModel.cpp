@@ -2,11 +2,14 @@
 
 namespace Velloro {
 
-SettingsModel::SettingsModel(Platform &platform, AppState &appState, QObject *parent)
+SettingsModel::SettingsModel(Platform &platform, AppState &appState, HotkeyManager &hotkeyManager,
+                             QObject *parent)
     : QObject(parent)
-    , m_general(appState, *platform.loginItem)
+    , m_general(appState, hotkeyManager, *platform.keyEventMonitor, *platform.loginItem)
+    , m_models(appState)
     , m_dictionary(appState)
     , m_history(appState, *platform.pasteboard)
+    , m_privacy(platform, appState)
 {
 }
 

@@ -12,8 +12,10 @@ FocusScope {
 
     readonly property var tabs: [
         { title: qsTr("General"), symbol: "gear", pane: generalPane },
+        { title: qsTr("Model"), symbol: "cpu", pane: modelPane },
         { title: qsTr("Dictionary"), symbol: "character.book.closed", pane: dictionaryPane },
-        { title: qsTr("History"), symbol: "clock", pane: historyPane }
+        { title: qsTr("History"), symbol: "clock", pane: historyPane },
+        { title: qsTr("Privacy"), symbol: "hand.raised", pane: privacyPane }
     ]
 
     implicitWidth: 500
@@ -24,13 +26,19 @@ FocusScope {
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Settings")
 
-    function show(index) {
+    /// Shows a pane and takes the keyboard to its tab.
+    function show(index, reason) {
         currentIndex = (index + tabs.length) % tabs.length
+        repeater.itemAt(currentIndex).forceActiveFocus(reason)
     }
 
     Component {
         id: generalPane
         GeneralSettingsView { model: view.model.general }
+    }
+    Component {
+        id: modelPane
+        ModelSettingsView { model: view.model.models }
     }
     Component {
         id: dictionaryPane
@@ -41,17 +49,24 @@ FocusScope {
         HistoryView { model: view.model.history }
     }
 
+    Component {
+        id: privacyPane
+        PrivacySettingsView { model: view.model.privacy }
+    }
+
+    // Reaches the window when no menu or field has a use for it.
+    Keys.onEscapePressed: view.model.close()
     Shortcut {
-        sequences: ["Escape", StandardKey.Close]
+        sequences: [StandardKey.Close]
         onActivated: view.model.close()
     }
     Shortcut {
         sequences: ["Ctrl+Tab", "Ctrl+PgDown"]
-        onActivated: view.show(view.currentIndex + 1)
+        onActivated: view.show(view.currentIndex + 1, Qt.ShortcutFocusReason)
     }
     Shortcut {
         sequences: ["Ctrl+Shift+Tab", "Ctrl+PgUp"]
-        onActivated: view.show(view.currentIndex - 1)
+        onActivated: view.show(view.currentIndex - 1, Qt.ShortcutFocusReason)
     }
 
     Rectangle {
@@ -100,14 +115,9 @@ FocusScope {
                     Accessible.selected: checked
                     Accessible.onPressAction: clicked()
 
-                    function choose(index) {
-                        view.show(index)
-                        repeater.itemAt(view.currentIndex).forceActiveFocus(Qt.TabFocusReason)
-                    }
-
-                    onClicked: view.show(index)
-                    Keys.onLeftPressed: choose(index - 1)
-                    Keys.onRightPressed: choose(index + 1)
+                    onClicked: view.show(index, Qt.MouseFocusReason)
+                    Keys.onLeftPressed: view.show(index - 1, Qt.TabFocusReason)
+                    Keys.onRightPressed: view.show(index + 1, Qt.TabFocusReason)
 
                     contentItem: Column {
                         spacing: 3

@@ -11,10 +11,12 @@ constexpr QSize windowSize(500, 400);
 } // namespace
 
 SettingsWindowController::SettingsWindowController(Platform &platform, AppState &appState,
+                                                   HotkeyManager &hotkeyManager,
                                                    ViewEngine &engine, QObject *parent)
     : QObject(parent)
     , m_platform(platform)
     , m_appState(appState)
+    , m_hotkeyManager(hotkeyManager)
     , m_engine(engine)
 {
 }
@@ -31,7 +33,7 @@ void SettingsWindowController::open()
     view->setMinimumSize(windowSize);
     view->setMaximumSize(windowSize);
     view->resize(windowSize);
-    auto model = std::make_unique<SettingsModel>(m_platform, m_appState);
+    auto model = std::make_unique<SettingsModel>(m_platform, m_appState, m_hotkeyManager);
     connect(
         model.get(), &SettingsModel::closeRequested, this, [this] { m_window.close(); },
         Qt::QueuedConnection);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Core/AppState.h"
+#include "Managers/HotkeyManager.h"
 #include "Platform/Platform.h"
 #include "Views/ViewWindow.h"
 
@@ -15,7 +16,8 @@ class SettingsWindowController : public QObject
 
 public:
     /// All of these outlive it.
-    SettingsWindowController(Platform &platform, AppState &appState, ViewEngine &engine,
+    SettingsWindowController(Platform &platform, AppState &appState,
+                             HotkeyManager &hotkeyManager, ViewEngine &engine,
                              QObject *parent = nullptr);
 
     /// Opens the window, or brings the one that is open to the front.
@@ -27,6 +29,7 @@ public:
 private:
     Platform &m_platform;
     AppState &m_appState;
+    HotkeyManager &m_hotkeyManager;
     ViewEngine &m_engine;
     ViewWindow m_window;
 };

@@ -36,7 +36,7 @@ void ViewWindow::bringToFront()
     if (!m_window)
         return;
     // One that was made small comes back.
-    m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowMinimized);
+    m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowStates(Qt::WindowMinimized));
     m_window->show();
     m_window->raise();
     m_window->requestActivate();

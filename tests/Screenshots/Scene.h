@@ -40,5 +40,7 @@ struct Scene
 [[nodiscard]] QList<Scene> symbolScenes();
 [[nodiscard]] QList<Scene> recordingPillScenes();
 [[nodiscard]] QList<Scene> menuBarScenes();
+[[nodiscard]] QList<Scene> settingsScenes();
+[[nodiscard]] QList<Scene> onboardingScenes();
 
 } // namespace Velloro
