@@ -1,5 +1,7 @@
 #include "AppDelegate.h"
 
+#include "Core/Log.h"
+
 #include <QGuiApplication>
 #include <QTimer>
 #include <QWindow>
@@ -25,6 +27,9 @@ void AppDelegate::applicationDidFinishLaunching()
     // A program of the tray only: it goes on without any window.
     QGuiApplication::setQuitOnLastWindowClosed(false);
     setupDictation();
+    if (const auto refreshed = m_platform.loginItem->refresh(); !refreshed) {
+        Log::line(u"Failed to set launch at login: "_qs + refreshed.error().localizedDescription);
+    }
     QTimer::singleShot(500ms, this, &AppDelegate::bringOnboardingToFront);
 }
 

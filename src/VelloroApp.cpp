@@ -15,10 +15,12 @@ VelloroApp::VelloroApp(Platform &platform, QObject *parent)
                     })
     , m_menuBarExtra(m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine,
                      *platform.userNotifications)
+    , m_settingsWindow(platform, m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine)
+    , m_onboardingWindow(platform, m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine)
 {
     connect(&m_menuBarExtra, &MenuBarExtra::quitRequested, this, &VelloroApp::terminate);
-    connect(&m_menuBarExtra, &MenuBarExtra::openSettingsRequested, this,
-            &VelloroApp::openSettingsRequested);
+    connect(&m_menuBarExtra, &MenuBarExtra::openSettingsRequested, &m_settingsWindow,
+            &SettingsWindowController::open);
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &m_appDelegate,
             &AppDelegate::applicationWillTerminate);
 }
@@ -27,6 +29,8 @@ void VelloroApp::launch()
 {
     m_menuBarExtra.show();
     m_appDelegate.applicationDidFinishLaunching();
+    if (!m_appDelegate.appState().hasCompletedOnboarding())
+        m_onboardingWindow.open();
 }
 
 void VelloroApp::terminate()

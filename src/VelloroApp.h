@@ -2,6 +2,8 @@
 
 #include "AppDelegate.h"
 #include "Views/MenuBarExtra.h"
+#include "Views/Onboarding/OnboardingWindowController.h"
+#include "Views/SettingsWindowController.h"
 #include "Views/ViewEngine.h"
 
 #include <QObject>
@@ -24,14 +26,12 @@ public:
     /// Puts the program in front of the user, as a second start asks for.
     void activate();
 
-Q_SIGNALS:
-    /// The user asks for the settings window.
-    void openSettingsRequested();
-
 private:
     ViewEngine m_viewEngine;
     AppDelegate m_appDelegate;
     MenuBarExtra m_menuBarExtra;
+    SettingsWindowController m_settingsWindow;
+    OnboardingWindowController m_onboardingWindow;
 };
 
 } // namespace Velloro

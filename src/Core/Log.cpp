@@ -23,7 +23,12 @@ Sink &sink()
 
 void line(QStringView tag, const QString &message)
 {
-    QString text = QStringLiteral("[%1] ").arg(tag) + message;
+    line(QStringLiteral("[%1] ").arg(tag) + message);
+}
+
+void line(const QString &message)
+{
+    QString text = message;
     text.replace(u'\n', u' ').replace(u'\r', u' ');
 
     const std::lock_guard lock(mutex());

@@ -15,6 +15,9 @@ using Sink = std::function<void(const QString &line)>;
 /// Writes `[tag] message` as one line; line breaks within the message become blanks.
 void line(QStringView tag, const QString &message);
 
+/// The same without a component's tag.
+void line(const QString &message);
+
 /// Sends the lines elsewhere, for tests; an empty sink restores standard output.
 void setSink(Sink sink);
 

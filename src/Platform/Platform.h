@@ -9,6 +9,7 @@
 #include "Platform/HotkeyRegistration.h"
 #include "Platform/KeyEventMonitor.h"
 #include "Platform/KeyboardEvents.h"
+#include "Platform/LoginItem.h"
 #include "Platform/Pasteboard.h"
 #include "Platform/ProcessInfo.h"
 #include "Platform/SystemSettings.h"
@@ -48,6 +49,7 @@ struct Platform
     std::unique_ptr<UserDefaults> userDefaults;
     std::unique_ptr<FileSystem> fileSystem;
     std::unique_ptr<ProcessInfo> processInfo;
+    std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<Updater> updater;
 };
 

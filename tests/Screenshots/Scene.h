@@ -44,5 +44,7 @@ struct Scene
 [[nodiscard]] QList<Scene> recordingPillScenes();
 [[nodiscard]] QList<Scene> menuBarScenes();
 [[nodiscard]] QList<Scene> paneScenes();
+[[nodiscard]] QList<Scene> settingsScenes();
+[[nodiscard]] QList<Scene> onboardingScenes();
 
 } // namespace Velloro

@@ -21,7 +21,7 @@ int main(int argc, char **argv)
 
     int status = 0;
     const QList<Scene> scenes = symbolScenes() + controlScenes() + recordingPillScenes()
-        + menuBarScenes() + paneScenes();
+        + menuBarScenes() + paneScenes() + settingsScenes() + onboardingScenes();
     for (const Scene &scene : scenes) {
         Stage stage;
         stage.memory.appearance->dark = dark;

@@ -10,6 +10,7 @@
 #include "Support/InMemoryHotkeyRegistration.h"
 #include "Support/InMemoryKeyEventMonitor.h"
 #include "Support/InMemoryKeyboardEvents.h"
+#include "Support/InMemoryLoginItem.h"
 #include "Support/InMemoryPasteboard.h"
 #include "Support/InMemoryProcessInfo.h"
 #include "Support/InMemorySystemSettings.h"
@@ -62,6 +63,7 @@ public:
         make(platform.userDefaults, userDefaults);
         make(platform.fileSystem, fileSystem);
         make(platform.processInfo, processInfo);
+        make(platform.loginItem, loginItem);
         make(platform.updater, updater);
     }
 
@@ -87,6 +89,7 @@ public:
     InMemoryUserDefaults *userDefaults = nullptr;
     InMemoryFileSystem *fileSystem = nullptr;
     InMemoryProcessInfo *processInfo = nullptr;
+    InMemoryLoginItem *loginItem = nullptr;
     InMemoryUpdater *updater = nullptr;
 
 private:

@@ -17,6 +17,7 @@
 #include "Platform/Linux/X11/X11KeyboardEvents.h"
 #include "Platform/Linux/X11/X11Pasteboard.h"
 #include "Platform/Linux/X11/X11Workspace.h"
+#include "Platform/Linux/XdgLoginItem.h"
 
 namespace Velloro {
 
@@ -61,6 +62,7 @@ Platform makeLinuxPlatform()
     platform.userDefaults = std::make_unique<JsonUserDefaults>();
     platform.fileSystem = std::make_unique<LinuxFileSystem>();
     platform.processInfo = std::make_unique<LinuxProcessInfo>();
+    platform.loginItem = std::make_unique<XdgLoginItem>();
     platform.updater = std::make_unique<PackagedUpdater>();
     platform.makeDownloadSession = [](DownloadSessionDelegate &delegate,
                                       const QString &temporaryDirectory) {

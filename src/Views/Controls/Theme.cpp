@@ -134,4 +134,11 @@ QColor Theme::faded(const QColor &color, qreal opacity)
     return result;
 }
 
+QFont Theme::weighted(const QFont &font, int weight)
+{
+    QFont result = font;
+    result.setWeight(QFont::Weight(weight));
+    return result;
+}
+
 } // namespace Velloro

@@ -117,6 +117,8 @@ public:
 
     /// The colour at this opacity.
     Q_INVOKABLE static QColor faded(const QColor &color, qreal opacity);
+    /// The font in this weight, one of QML's `Font` weights.
+    Q_INVOKABLE static QFont weighted(const QFont &font, int weight);
 
 Q_SIGNALS:
     void changed();

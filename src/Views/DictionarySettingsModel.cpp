@@ -1,0 +1,133 @@
+#include "Views/DictionarySettingsModel.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Velloro {
+
+namespace {
+
+bool isBlank(QChar character)
+{
+    return character == u'\t' || character.category() == QChar::Separator_Space;
+}
+
+/// The text without leading and trailing blanks. Line breaks are none.
+QString trimmed(const QString &text)
+{
+    const auto begin = std::find_if_not(text.begin(), text.end(), isBlank);
+    const auto end = std::find_if_not(text.rbegin(), std::make_reverse_iterator(begin), isBlank);
+    return QString(begin, end.base() - begin);
+}
+
+} // namespace
+
+DictionarySettingsModel::DictionarySettingsModel(AppState &appState, QObject *parent)
+    : QAbstractListModel(parent)
+    , m_appState(appState)
+    , m_words(appState.customDictionary())
+{
+    connect(&appState, &AppState::customDictionaryChanged, this, &DictionarySettingsModel::update);
+}
+
+void DictionarySettingsModel::setNewWord(const QString &word)
+{
+    if (std::exchange(m_newWord, word) != word)
+        Q_EMIT newWordChanged();
+}
+
+bool DictionarySettingsModel::canAdd() const
+{
+    return !trimmed(m_newWord).isEmpty();
+}
+
+QString DictionarySettingsModel::title() const
+{
+    return tr("Your Dictionary (%1 words)").arg(m_words.size());
+}
+
+QStringList DictionarySettingsModel::suggestions()
+{
+    return {QStringLiteral("OpenAI"), QStringLiteral("GPT-4"), QStringLiteral("ChatGPT"),
+            QStringLiteral("Claude"), QStringLiteral("Anthropic")};
+}
+
+QList<bool> DictionarySettingsModel::suggestionsAvailable() const
+{
+    QList<bool> available;
+    for (const QString &word : suggestions())
+        available << !m_words.contains(word);
+    return available;
+}
+
+void DictionarySettingsModel::addWord()
+{
+    if (append(trimmed(m_newWord)))
+        setNewWord({});
+}
+
+void DictionarySettingsModel::quickAdd(const QString &word)
+{
+    append(word);
+}
+
+bool DictionarySettingsModel::append(const QString &word)
+{
+    QStringList words = m_appState.customDictionary();
+    if (word.isEmpty() || words.contains(word))
+        return false;
+    words << word;
+    m_appState.setCustomDictionary(words);
+    return true;
+}
+
+void DictionarySettingsModel::removeWord(const QString &word)
+{
+    QStringList words = m_appState.customDictionary();
+    words.removeAll(word);
+    m_appState.setCustomDictionary(words);
+}
+
+void DictionarySettingsModel::update()
+{
+    // What is the same at both ends stays, so that the list keeps its place.
+    const QStringList &words = m_appState.customDictionary();
+    const auto [oldFirst, newFirst]
+        = std::mismatch(m_words.cbegin(), m_words.cend(), words.cbegin(), words.cend());
+    const auto [oldLast, newLast]
+        = std::mismatch(m_words.crbegin(), std::make_reverse_iterator(oldFirst), words.crbegin(),
+                        std::make_reverse_iterator(newFirst));
+    const auto first = int(oldFirst - m_words.cbegin());
+    const auto removed = int(oldLast.base() - oldFirst);
+    const auto inserted = int(newLast.base() - newFirst);
+    if (removed > 0) {
+        beginRemoveRows({}, first, first + removed - 1);
+        m_words.remove(first, removed);
+        endRemoveRows();
+    }
+    if (inserted > 0) {
+        beginInsertRows({}, first, first + inserted - 1);
+        m_words = words;
+        endInsertRows();
+    }
+    Q_EMIT wordsChanged();
+}
+
+int DictionarySettingsModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_words.size());
+}
+
+QVariant DictionarySettingsModel::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid) || role != WordRole)
+        return {};
+    return m_words[index.row()];
+}
+
+QHash<int, QByteArray> DictionarySettingsModel::roleNames() const
+{
+    return {{WordRole, QByteArrayLiteral("word")}};
+}
+
+} // namespace Velloro

@@ -1,0 +1,121 @@
+import QtQuick
+import QtQuick.Layouts
+import Velloro
+
+/// The general pane: hotkey, language and behaviour.
+GroupedForm {
+    id: pane
+
+    required property GeneralSettingsModel model
+    readonly property QtObject appState: model.appState
+
+    Accessible.role: Accessible.Pane
+    Accessible.name: qsTr("General")
+
+    /// A switch of one property of the application state, with a note below it.
+    component BehaviorRow: ColumnLayout {
+        id: behavior
+
+        required property string property
+        property alias text: control.text
+        property string note
+
+        Layout.fillWidth: true
+        spacing: 2
+
+        ToggleSwitch {
+            id: control
+            objectName: behavior.property
+            Layout.fillWidth: true
+            checked: pane.appState[behavior.property]
+            onToggled: pane.appState[behavior.property] = checked
+            Accessible.description: behavior.note
+        }
+        Note {
+            Layout.fillWidth: true
+            Layout.rightMargin: 50
+            visible: text !== ""
+            text: behavior.note
+        }
+    }
+
+    FormSection {
+        title: qsTr("Hotkey")
+
+        RowLayout {
+            Layout.fillWidth: true
+            spacing: 12
+            ThemedText {
+                Layout.alignment: Qt.AlignTop
+                Layout.topMargin: 6
+                text: qsTr("Activation Hotkey")
+            }
+            Item { Layout.fillWidth: true }
+            HotkeyRecorder { model: pane.model.hotkey }
+        }
+        Note {
+            Layout.fillWidth: true
+            text: qsTr("Supports complex combos like ⌘⌥B")
+        }
+        SegmentedPicker {
+            objectName: "recordingMode"
+            Layout.fillWidth: true
+            label: qsTr("Recording Mode")
+            options: pane.model.recordingModes
+            currentIndex: pane.model.recordingModeIndex
+            onActivated: index => pane.model.recordingModeIndex = index
+        }
+    }
+
+    FormSection {
+        title: qsTr("Language")
+
+        RowLayout {
+            Layout.fillWidth: true
+            spacing: 12
+            ThemedText {
+                Layout.fillWidth: true
+                text: qsTr("Transcription Language")
+            }
+            PopUpButton {
+                objectName: "language"
+                label: qsTr("Transcription Language")
+                model: pane.model.languages
+                currentIndex: pane.model.languageIndex
+                onActivated: index => pane.model.languageIndex = index
+            }
+        }
+    }
+
+    FormSection {
+        title: qsTr("Behavior")
+
+        BehaviorRow {
+            property: "playSounds"
+            text: qsTr("Play sounds")
+        }
+        BehaviorRow {
+            property: "insertAsPlainText"
+            text: qsTr("Insert as plain text")
+        }
+        BehaviorRow {
+            property: "launchAtLogin"
+            text: qsTr("Launch at login")
+        }
+        BehaviorRow {
+            property: "requireTextFieldFocus"
+            text: qsTr("Require text field focus")
+            note: qsTr("When enabled, shows a notification if you try to record without focusing a text field.")
+        }
+        BehaviorRow {
+            property: "enableRealtimeStreaming"
+            text: qsTr("Realtime streaming (Experimental)")
+            note: qsTr("When enabled, text appears as you speak. When disabled, transcription happens after you stop (more reliable).")
+        }
+        BehaviorRow {
+            property: "enableTextCorrection"
+            text: qsTr("Text correction (Experimental)")
+            note: qsTr("Removes filler words (um, uh, like) and cleans up transcribed text.")
+        }
+    }
+}

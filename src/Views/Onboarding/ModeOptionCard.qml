@@ -1,0 +1,76 @@
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Templates as T
+import Velloro
+
+/// A recording mode that can be chosen.
+T.AbstractButton {
+    id: card
+
+    property string title
+    property string description
+    property string symbol
+    property bool isSelected: false
+
+    Layout.fillWidth: true
+    padding: Theme.padding
+    implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
+    focusPolicy: Qt.StrongFocus
+    text: title
+
+    Accessible.role: Accessible.RadioButton
+    Accessible.name: title
+    Accessible.description: description
+    Accessible.checkable: true
+    Accessible.checked: isSelected
+    Accessible.onPressAction: clicked()
+    Accessible.onToggleAction: clicked()
+
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+
+    contentItem: RowLayout {
+        spacing: 8
+        Item {
+            implicitWidth: 40
+            implicitHeight: icon.height
+            Symbol {
+                id: icon
+                anchors.centerIn: parent
+                name: card.symbol
+                size: Math.round(Theme.title2.pixelSize * 1.25)
+                color: card.isSelected ? Theme.onAccent : Theme.secondary
+            }
+        }
+        ColumnLayout {
+            Layout.fillWidth: true
+            spacing: 2
+            Text {
+                Layout.fillWidth: true
+                text: card.title
+                font: Theme.headline
+                color: card.isSelected ? Theme.onAccent : Theme.primary
+                textFormat: Text.PlainText
+            }
+            Text {
+                Layout.fillWidth: true
+                text: card.description
+                font: Theme.caption
+                color: card.isSelected ? Theme.faded(Theme.onAccent, 0.8) : Theme.secondary
+                textFormat: Text.PlainText
+                wrapMode: Text.WordWrap
+            }
+        }
+        Symbol {
+            visible: card.isSelected
+            name: "checkmark.circle.fill"
+            size: 18
+            color: Theme.onAccent
+        }
+    }
+    background: Rectangle {
+        radius: 12
+        color: card.isSelected ? Theme.accent : Theme.faded(Theme.secondary, 0.1)
+        FocusRing { control: card; radius: parent.radius + gap }
+    }
+}

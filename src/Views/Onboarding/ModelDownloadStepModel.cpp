@@ -1,0 +1,89 @@
+#include "Views/Onboarding/ModelDownloadStepModel.h"
+
+#include "Core/Log.h"
+
+#include <QPointer>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace Velloro {
+
+namespace {
+
+constexpr auto pause = 500ms;
+
+} // namespace
+
+ModelDownloadStepModel::ModelDownloadStepModel(AppState &appState, QObject *parent)
+    : QObject(parent)
+    , m_appState(appState)
+{
+    m_watcher.setInterval(pause);
+    connect(&m_watcher, &QTimer::timeout, this, &ModelDownloadStepModel::watch);
+    connect(&appState, &AppState::downloadedModelsChanged, this,
+            &ModelDownloadStepModel::isReadyChanged);
+    connect(&appState, &AppState::isDownloadingModelChanged, this,
+            &ModelDownloadStepModel::isDownloadingChanged);
+    connect(&appState, &AppState::downloadProgressChanged, this,
+            &ModelDownloadStepModel::progressChanged);
+}
+
+bool ModelDownloadStepModel::isReady() const
+{
+    return m_appState.downloadedModels().contains(ModelPreset::medium);
+}
+
+QString ModelDownloadStepModel::percentText() const
+{
+    return QStringLiteral("%1%").arg(int(progress() * 100));
+}
+
+void ModelDownloadStepModel::shown()
+{
+    if (!isReady())
+        QTimer::singleShot(pause, this, &ModelDownloadStepModel::startDownload);
+}
+
+void ModelDownloadStepModel::startDownload()
+{
+    if (m_appState.isDownloadingModel())
+        return;
+    setFailure({});
+    m_appState.setIsDownloadingModel(true);
+    m_appState.setDownloadProgress(0);
+    m_modelId = m_appState.modelId(ModelPreset::medium);
+    m_watcher.start();
+    m_appState.whisperManager().downloadModel(
+        m_modelId, [state = QPointer<AppState>(&m_appState)](double progress) {
+            if (state)
+                state->setDownloadProgress(progress);
+        });
+}
+
+void ModelDownloadStepModel::watch()
+{
+    const ModelDownloadState state = m_appState.whisperManager().modelStates().value(m_modelId);
+    if (const auto *downloading = std::get_if<ModelDownloadState::Downloading>(&state.value)) {
+        m_appState.setDownloadProgress(downloading->progress);
+    } else if (const auto *failed = std::get_if<ModelDownloadState::Failed>(&state.value)) {
+        Log::line(u"Onboarding", u"Download failed: "_qs + failed->error);
+        setFailure(failed->error);
+        m_appState.setIsDownloadingModel(false);
+    } else if (state.isDownloaded()) {
+        AppState::PresetSet downloaded = m_appState.downloadedModels();
+        downloaded.insert(ModelPreset::medium);
+        m_appState.setDownloadedModels(downloaded);
+        m_appState.setIsDownloadingModel(false);
+    }
+    if (!m_appState.isDownloadingModel())
+        m_watcher.stop();
+}
+
+void ModelDownloadStepModel::setFailure(const QString &failure)
+{
+    if (std::exchange(m_failure, failure) != failure)
+        Q_EMIT failureChanged();
+}
+
+} // namespace Velloro

@@ -1,0 +1,94 @@
+import QtQuick
+import QtQuick.Layouts
+import Velloro
+
+/// The third step: the first voice model.
+StepPage {
+    id: page
+
+    required property ModelDownloadStepModel model
+
+    readonly property bool isDownloading: !model.isReady && model.isDownloading
+    readonly property bool isWaiting: !model.isReady && !model.isDownloading
+
+    spacing: 24
+    Accessible.name: title.text
+    Component.onCompleted: model.shown()
+
+    Symbol {
+        Layout.alignment: Qt.AlignHCenter
+        name: page.model.isReady ? "checkmark.circle.fill"
+            : page.isDownloading ? "arrow.down.circle.fill" : "arrow.down.circle"
+        size: 72
+        color: page.model.isReady ? Theme.green : Theme.blue
+
+        SequentialAnimation on opacity {
+            running: page.isDownloading
+            loops: Animation.Infinite
+            alwaysRunToEnd: true
+            NumberAnimation { to: 0.4; duration: 700; easing.type: Easing.InOutSine }
+            NumberAnimation { to: 1; duration: 700; easing.type: Easing.InOutSine }
+        }
+    }
+    StepText {
+        id: title
+        objectName: "title"
+        text: page.model.isReady ? qsTr("Voice Model Ready!")
+            : page.isDownloading ? qsTr("Setting Up Your Voice Assistant")
+            : qsTr("Download Voice Model")
+        font: Theme.weighted(Theme.title2, Font.Bold)
+        Accessible.role: Accessible.Heading
+    }
+    StepText {
+        Layout.leftMargin: page.isWaiting ? 20 : 0
+        Layout.rightMargin: page.isWaiting ? 20 : 0
+        text: page.model.isReady ? qsTr("The Balanced model is installed and ready to use")
+            : page.isDownloading ? qsTr("Downloading the voice recognition model...")
+            : qsTr("Velloro needs to download a voice model to transcribe your speech. This is a one-time download (~75MB).")
+        font: Theme.subheadline
+        color: Theme.secondary
+    }
+    ColumnLayout {
+        Layout.alignment: Qt.AlignHCenter
+        Layout.topMargin: 8
+        visible: page.isDownloading
+        spacing: 8
+        ProgressBar {
+            implicitWidth: 200
+            value: page.model.progress
+        }
+        ThemedText {
+            objectName: "percent"
+            Layout.alignment: Qt.AlignHCenter
+            text: page.model.percentText
+            font: Theme.caption
+            color: Theme.secondary
+        }
+    }
+    ColumnLayout {
+        Layout.fillWidth: true
+        visible: page.isWaiting
+        spacing: 12
+        Note {
+            objectName: "failure"
+            Layout.fillWidth: true
+            Layout.leftMargin: 20
+            Layout.rightMargin: 20
+            visible: page.model.failure !== ""
+            text: qsTr("The download failed: %1").arg(page.model.failure)
+            color: Theme.red
+            horizontalAlignment: Text.AlignHCenter
+        }
+        CapsuleButton {
+            objectName: "download"
+            Layout.alignment: Qt.AlignHCenter
+            kind: CapsuleButton.Prominent
+            size: CapsuleButton.Large
+            symbol: "arrow.down.circle"
+            leftPadding: 40
+            rightPadding: 40
+            text: qsTr("Download Now")
+            onClicked: page.model.startDownload()
+        }
+    }
+}

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "Core/AppState.h"
+#include "Managers/HotkeyManager.h"
+#include "Managers/PermissionsManager.h"
+#include "Platform/Platform.h"
+#include "Views/HotkeyRecorderModel.h"
+#include "Views/Onboarding/ModelDownloadStepModel.h"
+
+#include <QObject>
+#include <QtQml/qqmlregistration.h>
+
+namespace Velloro {
+
+/// Behind the first-run flow: the step that is shown, and what the steps show and do. Main thread
+/// only.
+class OnboardingModel : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Made by the onboarding window")
+    /// The `AppState`.
+    Q_PROPERTY(QObject *appState READ appState CONSTANT)
+    Q_PROPERTY(Step currentStep READ currentStep NOTIFY currentStepChanged)
+    /// Whether the current step lets the user go on.
+    Q_PROPERTY(bool canProceed READ canProceed NOTIFY canProceedChanged)
+    Q_PROPERTY(Velloro::ModelDownloadStepModel *download READ download CONSTANT)
+    Q_PROPERTY(Velloro::HotkeyRecorderModel *hotkey READ hotkey CONSTANT)
+    Q_PROPERTY(bool isHoldToTalk READ isHoldToTalk NOTIFY instructionChanged)
+    /// How a dictation is started, for the mode and the hotkey chosen.
+    Q_PROPERTY(QString instruction READ instruction NOTIFY instructionChanged)
+    /// Why a microphone that was asked for is not there; else empty.
+    Q_PROPERTY(QString microphoneProblem READ microphoneProblem NOTIFY microphoneProblemChanged)
+
+public:
+    enum Step { Welcome, Permissions, ModelDownload, HotkeySetup, Showcase, Done };
+    Q_ENUM(Step)
+
+    /// All of these outlive the model.
+    OnboardingModel(Platform &platform, AppState &appState, HotkeyManager &hotkeyManager,
+                    PermissionsManager &permissionsManager, ModelDownloadStepModel &download,
+                    QObject *parent = nullptr);
+
+    [[nodiscard]] QObject *appState() const { return &m_appState; }
+    [[nodiscard]] Step currentStep() const { return m_currentStep; }
+    [[nodiscard]] bool canProceed() const;
+    [[nodiscard]] ModelDownloadStepModel *download() const { return &m_download; }
+    [[nodiscard]] HotkeyRecorderModel *hotkey() { return &m_hotkey; }
+    [[nodiscard]] bool isHoldToTalk() const;
+    [[nodiscard]] QString instruction() const;
+    [[nodiscard]] QString microphoneProblem() const;
+
+    Q_INVOKABLE void back();
+    /// The next step; from the last one, completes the flow.
+    Q_INVOKABLE void proceed();
+    /// Asks for the window to be closed.
+    Q_INVOKABLE void close() { Q_EMIT dismissRequested(); }
+    /// The permissions step is shown.
+    Q_INVOKABLE void checkPermissions();
+    Q_INVOKABLE void requestMicrophonePermission();
+    Q_INVOKABLE void requestAccessibilityPermission();
+    Q_INVOKABLE void chooseHoldToTalk(bool holdToTalk);
+
+Q_SIGNALS:
+    void currentStepChanged();
+    void canProceedChanged();
+    void instructionChanged();
+    void microphoneProblemChanged();
+    void dismissRequested();
+
+private:
+    void setCurrentStep(int step);
+
+    AppState &m_appState;
+    HotkeyManager &m_hotkeyManager;
+    PermissionsManager &m_permissionsManager;
+    ModelDownloadStepModel &m_download;
+    HotkeyRecorderModel m_hotkey;
+    Step m_currentStep = Welcome;
+    bool m_hasAskedForMicrophone = false;
+};
+
+} // namespace Velloro

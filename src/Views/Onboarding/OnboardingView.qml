@@ -1,0 +1,135 @@
+import QtQuick
+import QtQuick.Layouts
+import Velloro
+
+/// The first run, step by step.
+FocusScope {
+    id: view
+
+    required property OnboardingModel model
+
+    implicitWidth: 500
+    implicitHeight: 580
+    width: 500
+    height: 580
+    focus: true
+    Accessible.role: Accessible.Pane
+    Accessible.name: qsTr("Welcome to Velloro")
+
+    Component { id: welcome; WelcomeStepView {} }
+    Component { id: permissions; PermissionsStepView { model: view.model } }
+    Component { id: modelDownload; ModelDownloadStepView { model: view.model.download } }
+    Component { id: hotkeySetup; HotkeySetupStepView { model: view.model } }
+    Component { id: showcase; ShowcaseStepView {} }
+    Component { id: done; DoneStepView { model: view.model } }
+
+    Shortcut {
+        sequences: [StandardKey.Close]
+        onActivated: view.model.close()
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        radius: 10
+        color: Theme.material
+        border.width: 1
+        border.color: Theme.separator
+        antialiasing: true
+    }
+    // The window has no title bar: it is moved by what is no control.
+    DragHandler {
+        target: null
+        onActiveChanged: if (active) view.Window.window.startSystemMove()
+    }
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        RowLayout {
+            Layout.fillWidth: true
+            Layout.leftMargin: 40
+            Layout.rightMargin: 40
+            Layout.topMargin: 20
+            spacing: 8
+            Accessible.role: Accessible.ProgressBar
+            Accessible.name: qsTr("Step %1 of 6").arg(view.model.currentStep + 1)
+
+            Repeater {
+                id: capsules
+                model: 6
+                Rectangle {
+                    required property int index
+
+                    objectName: "capsule" + index
+                    Layout.fillWidth: true
+                    Layout.preferredWidth: 1
+                    implicitHeight: 4
+                    radius: 2
+                    color: view.model.currentStep >= index ? Theme.accent
+                                                           : Theme.faded(Theme.secondary, 0.3)
+                }
+            }
+        }
+
+        ScrollArea {
+            id: area
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            contentHeight: Math.max(height, step.item ? step.item.implicitHeight : 0)
+
+            Loader {
+                id: step
+                objectName: "step"
+                width: area.width
+                height: area.contentHeight
+                sourceComponent: [welcome, permissions, modelDownload, hotkeySetup, showcase,
+                                  done][view.model.currentStep]
+                onLoaded: {
+                    area.contentY = 0
+                    appear.restart()
+                }
+                NumberAnimation on opacity {
+                    id: appear
+                    running: false
+                    from: 0
+                    to: 1
+                    duration: 200
+                    easing.type: Easing.InOutQuad
+                }
+            }
+        }
+
+        RowLayout {
+            Layout.fillWidth: true
+            Layout.margins: 30
+            CapsuleButton {
+                objectName: "back"
+                visible: view.model.currentStep !== OnboardingModel.Welcome
+                text: qsTr("Back")
+                onClicked: view.model.back()
+            }
+            Item { Layout.fillWidth: true }
+            CapsuleButton {
+                objectName: "forward"
+                kind: CapsuleButton.Prominent
+                focus: true
+                enabled: view.model.canProceed
+                text: view.model.currentStep === OnboardingModel.Done ? qsTr("Get Started")
+                                                                      : qsTr("Continue")
+                onClicked: view.model.proceed()
+            }
+        }
+    }
+
+    IconButton {
+        objectName: "close"
+        anchors.top: parent.top
+        anchors.right: parent.right
+        anchors.margins: 8
+        symbol: "xmark"
+        symbolSize: 12
+        text: qsTr("Close")
+        onClicked: view.model.close()
+    }
+}

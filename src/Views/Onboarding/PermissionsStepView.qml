@@ -1,0 +1,55 @@
+import QtQuick
+import QtQuick.Layouts
+import Velloro
+
+/// The second step: microphone and accessibility.
+StepPage {
+    id: page
+
+    required property OnboardingModel model
+
+    spacing: 24
+    Accessible.name: qsTr("Permissions")
+    Component.onCompleted: model.checkPermissions()
+
+    StepText {
+        text: qsTr("Permissions")
+        font: Theme.weighted(Theme.title, Font.Bold)
+        Accessible.role: Accessible.Heading
+    }
+    StepText {
+        text: qsTr("Velloro needs a few permissions to work its magic")
+        color: Theme.secondary
+    }
+    ColumnLayout {
+        Layout.fillWidth: true
+        Layout.leftMargin: 40 - Theme.padding
+        Layout.rightMargin: 40 - Theme.padding
+        spacing: 16
+        PermissionCard {
+            objectName: "microphone"
+            icon: "mic.fill"
+            title: qsTr("Microphone")
+            description: qsTr("To hear your voice")
+            isRequired: true
+            isGranted: page.model.appState.hasMicrophonePermission
+            onAction: page.model.requestMicrophonePermission()
+        }
+        Note {
+            objectName: "microphoneProblem"
+            Layout.fillWidth: true
+            visible: text !== ""
+            text: page.model.microphoneProblem
+            color: Theme.orange
+        }
+        PermissionCard {
+            objectName: "accessibility"
+            icon: "accessibility"
+            title: qsTr("Accessibility")
+            description: qsTr("To type into other apps")
+            isRequired: true
+            isGranted: page.model.appState.hasAccessibilityPermission
+            onAction: page.model.requestAccessibilityPermission()
+        }
+    }
+}

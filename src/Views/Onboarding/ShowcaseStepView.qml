@@ -1,0 +1,88 @@
+import QtQuick
+import QtQuick.Layouts
+import Velloro
+
+/// The fifth step: what the recogniser can be trusted with.
+StepPage {
+    id: page
+
+    readonly property var examples: [
+        { title: qsTr("Technical & Medical"),
+          sentence: qsTr("Configure the Kubernetes ingress controller with acute myocardial infarction") },
+        { title: qsTr("Foreign Names & Numbers"),
+          sentence: qsTr("Contact Jérôme Küpfer at $1,234.56 before March 15th, 2024") }
+    ]
+
+    spacing: 20
+    verticalPadding: 0
+    Accessible.name: qsTr("Handles Complex Phrases")
+
+    Symbol {
+        Layout.alignment: Qt.AlignHCenter
+        name: "text.quote"
+        size: 60
+        color: Theme.orange
+        gradientColor: Theme.pink
+    }
+    StepText {
+        text: qsTr("Handles Complex Phrases")
+        font: Theme.weighted(Theme.title2, Font.Bold)
+        Accessible.role: Accessible.Heading
+    }
+    StepText {
+        text: qsTr("Velloro excels at phrases that trip up other tools")
+        font: Theme.subheadline
+        color: Theme.secondary
+    }
+    ColumnLayout {
+        Layout.fillWidth: true
+        Layout.leftMargin: 30 - Theme.padding
+        Layout.rightMargin: 30 - Theme.padding
+        spacing: 12
+
+        Repeater {
+            model: page.examples
+            Rectangle {
+                id: example
+
+                required property var modelData
+
+                Layout.fillWidth: true
+                implicitHeight: texts.implicitHeight + 24
+                radius: 8
+                color: Theme.faded(Theme.secondary, 0.1)
+
+                ColumnLayout {
+                    id: texts
+                    anchors.fill: parent
+                    anchors.margins: 12
+                    spacing: 4
+                    ThemedText {
+                        text: example.modelData.title
+                        font: Theme.weighted(Theme.caption, Font.DemiBold)
+                        color: Theme.secondary
+                    }
+                    ThemedText {
+                        Layout.fillWidth: true
+                        text: example.modelData.sentence
+                        wrapMode: Text.WordWrap
+                    }
+                }
+            }
+        }
+        RowLayout {
+            Layout.alignment: Qt.AlignHCenter
+            Layout.topMargin: 4
+            spacing: 8
+            Symbol {
+                name: "sparkles"
+                size: 16
+                color: Theme.orange
+            }
+            Note {
+                Layout.fillWidth: true
+                text: qsTr("...and way more: code dictation, special characters, accents, and beyond")
+            }
+        }
+    }
+}

@@ -1,0 +1,63 @@
+#include "Screenshots/Scene.h"
+
+#include "Views/Onboarding/OnboardingModel.h"
+
+namespace Velloro {
+
+namespace {
+
+QImage step(Stage &stage, int steps)
+{
+    PermissionsManager permissions(stage.memory.platform, stage.appState);
+    ModelDownloadStepModel download(stage.appState);
+    OnboardingModel model(stage.memory.platform, stage.appState, *stage.hotkeyManager, permissions,
+                          download);
+    const bool hasMicrophone = stage.appState.hasMicrophonePermission();
+    stage.appState.setHasMicrophonePermission(true);
+    const bool isDownloading = stage.appState.isDownloadingModel();
+    stage.appState.setIsDownloadingModel(false);
+    for (; steps > 0; --steps)
+        model.proceed();
+    stage.appState.setHasMicrophonePermission(hasMicrophone);
+    stage.appState.setIsDownloadingModel(isDownloading);
+    return stage.picture(QStringLiteral("Onboarding/OnboardingView.qml"),
+                         {{QStringLiteral("model"), QVariant::fromValue(&model)}});
+}
+
+} // namespace
+
+QList<Scene> onboardingScenes()
+{
+    return {
+        {QStringLiteral("onboarding-1-welcome"), [](Stage &stage) { return step(stage, 0); }},
+        {QStringLiteral("onboarding-2-permissions"),
+         [](Stage &stage) {
+             stage.memory.captureAuthorization->status = AuthorizationStatus::denied;
+             return step(stage, 1);
+         }},
+        {QStringLiteral("onboarding-2-permissions-granted"),
+         [](Stage &stage) { return step(stage, 1); }},
+        {QStringLiteral("onboarding-3-download"), [](Stage &stage) { return step(stage, 2); }},
+        {QStringLiteral("onboarding-3-downloading"),
+         [](Stage &stage) {
+             stage.appState.setIsDownloadingModel(true);
+             stage.appState.setDownloadProgress(0.427);
+             return step(stage, 2);
+         }},
+        {QStringLiteral("onboarding-3-ready"),
+         [](Stage &stage) {
+             stage.appState.setDownloadedModels({ModelPreset::medium});
+             return step(stage, 2);
+         }},
+        {QStringLiteral("onboarding-4-hotkey"), [](Stage &stage) { return step(stage, 3); }},
+        {QStringLiteral("onboarding-4-hotkey-large-text"),
+         [](Stage &stage) {
+             stage.memory.appearance->scale = 1.5;
+             return step(stage, 3);
+         }},
+        {QStringLiteral("onboarding-5-showcase"), [](Stage &stage) { return step(stage, 4); }},
+        {QStringLiteral("onboarding-6-done"), [](Stage &stage) { return step(stage, 5); }},
+    };
+}
+
+} // namespace Velloro

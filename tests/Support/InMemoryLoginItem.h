@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Platform/LoginItem.h"
+
+#include <QStringList>
+
+namespace Velloro {
+
+/// A login item that remembers what was asked of it, and refuses when told to.
+class InMemoryLoginItem : public LoginItem
+{
+public:
+    /// "register", "unregister" and "refresh", in order.
+    QStringList calls;
+    std::optional<PlatformError> error;
+
+    Result registerItem() override { return answer(QStringLiteral("register")); }
+    Result unregisterItem() override { return answer(QStringLiteral("unregister")); }
+    Result refresh() override { return answer(QStringLiteral("refresh")); }
+
+private:
+    Result answer(const QString &call)
+    {
+        calls << call;
+        if (error)
+            return tl::unexpected(*error);
+        return {};
+    }
+};
+
+} // namespace Velloro

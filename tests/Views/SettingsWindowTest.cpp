@@ -1,0 +1,203 @@
+#include "Support/InMemoryPlatform.h"
+#include "Support/LogRecorder.h"
+#include "Support/WaitUntil.h"
+#include "Views/SettingsWindowController.h"
+#include "Views/WindowProbe.h"
+
+#include <QElapsedTimer>
+#include <gmock/gmock.h>
+
+namespace Velloro {
+
+namespace {
+
+class SettingsWindowTest : public ::testing::Test
+{
+protected:
+    void open()
+    {
+        controller.open();
+        ASSERT_TRUE(controller.window());
+        ASSERT_TRUE(QTest::qWaitForWindowActive(controller.window()));
+        // From the tabs on, as the window is opened.
+        if (QQuickItem *tab = probe().item(u"tab0"_qs))
+            tab->forceActiveFocus();
+    }
+    [[nodiscard]] WindowProbe probe() const { return WindowProbe(controller.window()); }
+    [[nodiscard]] bool checked(const QString &name) const
+    {
+        QQuickItem *item = probe().item(name);
+        return item && item->property("checked").toBool();
+    }
+
+    InMemoryPlatform memory;
+    AppState appState{memory.platform};
+    std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
+    ViewEngine engine{*memory.appearance};
+    SettingsWindowController controller{memory.platform, appState, *hotkeyManager, engine};
+};
+
+TEST_F(SettingsWindowTest, IsOneWindowThatTheKeyboardOpensTabByTab)
+{
+    open();
+    QQuickWindow *window = controller.window();
+    EXPECT_EQ(window->size(), QSize(500, 400));
+    controller.open();
+    EXPECT_EQ(controller.window(), window);
+
+    QStringList tabs;
+    for (int count = 0; count < 6; ++count) {
+        tabs << probe().focusedName();
+        probe().press(Qt::Key_Right);
+    }
+    EXPECT_EQ(tabs, QStringList({u"General"_qs, u"Model"_qs, u"Dictionary"_qs, u"History"_qs,
+                                 u"Privacy"_qs, u"General"_qs}));
+    probe().press(Qt::Key_Tab, Qt::ControlModifier);
+    EXPECT_TRUE(probe().item(u"newWord"_qs));
+
+    probe().press(Qt::Key_Escape);
+    ASSERT_TRUE(waitUntil([this] { return !controller.window(); }));
+    open();
+    EXPECT_TRUE(probe().item(u"playSounds"_qs)) << "it starts with its first tab again";
+}
+
+TEST_F(SettingsWindowTest, EverySwitchWritesWhatItShowsAndShowsWhatIsWrittenElsewhere)
+{
+    open();
+    const struct
+    {
+        const char16_t *property;
+        const char16_t *name;
+        bool (AppState::*get)() const;
+        void (AppState::*set)(bool);
+    } switches[] = {
+        {u"playSounds", u"Play sounds", &AppState::playSounds, &AppState::setPlaySounds},
+        {u"insertAsPlainText", u"Insert as plain text", &AppState::insertAsPlainText,
+         &AppState::setInsertAsPlainText},
+        {u"launchAtLogin", u"Launch at login", &AppState::launchAtLogin,
+         &AppState::setLaunchAtLogin},
+        {u"requireTextFieldFocus", u"Require text field focus", &AppState::requireTextFieldFocus,
+         &AppState::setRequireTextFieldFocus},
+        {u"enableRealtimeStreaming", u"Realtime streaming (Experimental)",
+         &AppState::enableRealtimeStreaming, &AppState::setEnableRealtimeStreaming},
+        {u"enableTextCorrection", u"Text correction (Experimental)",
+         &AppState::enableTextCorrection, &AppState::setEnableTextCorrection},
+    };
+    for (const auto &[property, name, get, set] : switches) {
+        const QString id = QString::fromUtf16(property);
+        ASSERT_TRUE(probe().tabTo(QString::fromUtf16(name))) << id.toStdString();
+        const bool before = (appState.*get)();
+        EXPECT_EQ(checked(id), before);
+        probe().press(Qt::Key_Space);
+        EXPECT_EQ((appState.*get)(), !before) << id.toStdString();
+        EXPECT_EQ(checked(id), !before);
+        (appState.*set)(before);
+        EXPECT_EQ(checked(id), before) << id.toStdString();
+        (appState.*set)(!before);
+        EXPECT_EQ(checked(id), !before) << id.toStdString();
+    }
+}
+
+TEST_F(SettingsWindowTest, ModeAndLanguageAreChosenWithTheKeyboard)
+{
+    open();
+    ASSERT_TRUE(probe().tabTo(u"Hold to Talk"_qs));
+    probe().press(Qt::Key_Right);
+    EXPECT_EQ(appState.recordingMode(), RecordingMode::toggle);
+    appState.setRecordingMode(RecordingMode::holdToTalk);
+    EXPECT_EQ(probe().item(u"recordingMode"_qs)->property("currentIndex"), 0);
+
+    QQuickItem *language = probe().item(u"language"_qs);
+    EXPECT_EQ(language->property("displayText"), u"English (Best accuracy)"_qs);
+    ASSERT_TRUE(probe().tabTo(u"Transcription Language"_qs));
+    probe().press(Qt::Key_Down);
+    EXPECT_EQ(appState.selectedLanguage(), WhisperLanguage::polish);
+    appState.setSelectedLanguage(WhisperLanguage::german);
+    EXPECT_EQ(language->property("displayText").toString(),
+              hint(WhisperLanguage::german)
+                  ? displayName(WhisperLanguage::german) + u" ("_qs
+                      + *hint(WhisperLanguage::german) + u")"_qs
+                  : displayName(WhisperLanguage::german));
+}
+
+TEST_F(SettingsWindowTest, LaunchAtLoginRegistersAndLogsARefusal)
+{
+    appState.setLaunchAtLogin(true);
+    open();
+    EXPECT_EQ(memory.loginItem->calls, QStringList()) << "the initial value is no change";
+    LogRecorder log;
+    memory.loginItem->error = PlatformError{30, u"Read-only file system"_qs};
+    appState.setLaunchAtLogin(false);
+    appState.setLaunchAtLogin(true);
+    EXPECT_EQ(memory.loginItem->calls, QStringList({u"unregister"_qs, u"register"_qs}));
+    EXPECT_TRUE(checked(u"launchAtLogin"_qs)) << "the choice stays";
+    EXPECT_EQ(log.lines().count(u"Failed to set launch at login: Read-only file system"_qs), 2);
+}
+
+TEST_F(SettingsWindowTest, TheDictionaryIsKeptWithTheKeyboardAlone)
+{
+    open();
+    probe().press(Qt::Key_Right);
+    probe().press(Qt::Key_Right);
+    ASSERT_TRUE(probe().tabTo(u"New word"_qs));
+    QTest::keyClick(controller.window(), 'x');
+    probe().press(Qt::Key_Return);
+    QTest::keyClick(controller.window(), 'y');
+    EXPECT_EQ(probe().item(u"newWord"_qs)->property("text"), u"y"_qs);
+    ASSERT_TRUE(probe().tabTo(u"Add"_qs));
+    probe().press(Qt::Key_Space);
+    ASSERT_TRUE(probe().tabTo(u"ChatGPT"_qs));
+    probe().press(Qt::Key_Space);
+    EXPECT_EQ(appState.customDictionary(), QStringList({u"x"_qs, u"y"_qs, u"ChatGPT"_qs}));
+    EXPECT_EQ(probe().item(u"newWord"_qs)->property("text"), QString());
+
+    ASSERT_TRUE(probe().tabTo(u"Remove x"_qs));
+    probe().press(Qt::Key_Down);
+    EXPECT_EQ(probe().focusedName(), u"Remove y");
+    probe().press(Qt::Key_Delete);
+    EXPECT_EQ(appState.customDictionary(), QStringList({u"x"_qs, u"ChatGPT"_qs}));
+    EXPECT_EQ(probe().focusedName(), u"Remove ChatGPT");
+    probe().press(Qt::Key_Return);
+    EXPECT_EQ(probe().focusedName(), u"Remove x");
+    probe().press(Qt::Key_Space);
+    EXPECT_TRUE(appState.customDictionary().isEmpty());
+}
+
+TEST_F(SettingsWindowTest, LongListsAreScrolledThroughAtOnce)
+{
+    QStringList words;
+    for (int number = 0; number < 10'000; ++number)
+        words << u"word %1"_qs.arg(number);
+    appState.setCustomDictionary(words);
+    for (int number = 0; number < 50; ++number)
+        appState.addToHistory(u"%1 "_qs.arg(number) + u"lorem ipsum "_qs.repeated(830));
+    open();
+    probe().press(Qt::Key_Right);
+    probe().press(Qt::Key_Right);
+    ASSERT_TRUE(probe().tabTo(u"Remove word 0"_qs));
+    QElapsedTimer clock;
+    clock.start();
+    probe().press(Qt::Key_End);
+    EXPECT_EQ(probe().focusedName(), u"Remove word 9999");
+    for (int count = 0; count < 100; ++count)
+        probe().press(Qt::Key_Up);
+    EXPECT_EQ(probe().focusedName(), u"Remove word 9899");
+    EXPECT_LT(clock.elapsed(), 5000);
+
+    probe().press(Qt::Key_Tab, Qt::ControlModifier);
+    ASSERT_TRUE(probe().tabTo(u"Copy"_qs));
+    clock.restart();
+    probe().press(Qt::Key_End);
+    probe().press(Qt::Key_Space);
+    EXPECT_LT(clock.elapsed(), 1000);
+    ASSERT_TRUE(memory.pasteboard->content);
+    EXPECT_TRUE(memory.pasteboard->content->startsWith(u"0 lorem"));
+    EXPECT_EQ(probe().focusedName(), u"Copied");
+    ASSERT_TRUE(probe().tabTo(u"Clear All"_qs));
+    probe().press(Qt::Key_Return);
+    EXPECT_TRUE(appState.transcriptionHistory().isEmpty());
+    EXPECT_FALSE(probe().item(u"entries"_qs)->isVisible());
+}
+
+} // namespace
+} // namespace Velloro
