@@ -161,6 +161,12 @@ bool isWhole(Reader &reader)
 
 } // namespace
 
+bool isForeign(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) && Reader(file).number() != magic;
+}
+
 bool isDamaged(const QString &path)
 {
     QFile file(path);

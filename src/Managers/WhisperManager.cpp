@@ -1,6 +1,7 @@
 #include "Managers/WhisperManager.h"
 
 #include "Core/Log.h"
+#include "Core/ModelFile.h"
 
 #include <QCoroFuture>
 #include <QPointer>
@@ -215,6 +216,11 @@ void WhisperManager::downloadDidFinish(DownloadTaskId task, const QString &locat
     const WhisperModelInfo *row = ModelCatalog::modelById(modelId);
     if (!row)
         return;
+    if (ModelFile::isForeign(location)) {
+        downloadDidComplete(task, PlatformError{0, QStringLiteral("The server sent something that "
+                                                                  "is not a speech model")});
+        return;
+    }
 
     FileSystem &files = *m_platform.fileSystem;
     const QString destination = m_modelsDirectory + u'/' + row->fileName;

@@ -272,6 +272,22 @@ TEST_F(WhisperManagerTest, FileThatCannotBeSavedIsAFailure)
     EXPECT_EQ(state(small), State::downloaded());
 }
 
+TEST_F(WhisperManagerTest, WhatIsNoModelIsNotSaved)
+{
+    placeModel(tiny);
+    makeManager();
+    const DownloadTaskId task = download(small);
+    // What `placeModel` writes does not begin as a model does.
+    session->delegate.downloadDidFinish(task, pathOf(tiny));
+    session->delegate.downloadDidComplete(task, std::nullopt);
+    EXPECT_EQ(state(small), State::failed(QStringLiteral(
+                                "The server sent something that is not a speech model")));
+    EXPECT_FALSE(files->files.contains(pathOf(small)));
+    EXPECT_EQ(takeMessages(),
+              QStringList({QStringLiteral("Download failed: The server sent something that is not "
+                                          "a speech model")}));
+}
+
 TEST_F(WhisperManagerTest, DownloadsSeveralModelsAtOnce)
 {
     makeManager();
