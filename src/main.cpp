@@ -38,6 +38,9 @@ int main(int argc, char **argv)
     QObject::connect(&instance, &SingleInstance::activationRequested, &velloro,
                      &VelloroApp::activate);
 
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &instance,
+                     &SingleInstance::stopAnswering);
+
     velloro.launch();
     return QApplication::exec();
 }

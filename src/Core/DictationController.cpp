@@ -5,8 +5,10 @@
 #include "Managers/TextCorrector.h"
 
 #include <QCoroFuture>
+#include <QScopeGuard>
 #include <algorithm>
 #include <array>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -138,6 +140,14 @@ QCoro::Task<void> DictationController::startRecordingInternal()
         if (!alive || !loaded)
             co_return;
     }
+
+    // Presses that waited for the same model come here together; one of them starts.
+    if (std::exchange(m_isStarting, true))
+        co_return;
+    const auto endOfStart = qScopeGuard([alive] {
+        if (alive)
+            alive->m_isStarting = false;
+    });
 
     const bool streaming = m_appState.enableRealtimeStreaming();
     m_lastInsertedText.clear();

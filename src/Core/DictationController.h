@@ -91,6 +91,8 @@ private:
     /// Characters typed so far while streaming, separating spaces included.
     int64_t m_streamingInsertedCount = 0;
     bool m_isStreamingActive = false;
+    /// A recording is about to begin.
+    bool m_isStarting = false;
 };
 
 } // namespace Velloro

@@ -1,7 +1,9 @@
 #include "Core/Log.h"
 
-#include <cstdio>
+#include "Core/LogOutput.h"
+
 #include <mutex>
+#include <unistd.h>
 
 namespace Velloro::Log {
 
@@ -16,6 +18,12 @@ std::mutex &mutex()
 Sink &sink()
 {
     static Sink instance;
+    return instance;
+}
+
+LogOutput &standardOutput()
+{
+    static LogOutput instance(STDOUT_FILENO);
     return instance;
 }
 
@@ -36,9 +44,7 @@ void line(const QString &message)
         sink()(text);
         return;
     }
-    const QByteArray bytes = text.toUtf8() + '\n';
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
-    std::fflush(stdout);
+    standardOutput().write(text.toUtf8() + '\n');
 }
 
 void setSink(Sink newSink)

@@ -5,8 +5,9 @@
 
 namespace Velloro {
 
-/// The diagnostic lines on standard output: no levels, no file, one line per call, flushed at once.
-/// Any thread; lines of different threads never mix.
+/// The diagnostic lines on standard output: no levels, no file, one line per call, written at once.
+/// Any thread; lines of different threads never mix. Nobody waits for a reader who does not read:
+/// see `LogOutput`.
 namespace Log {
 
 /// Receives each line, without its line break, in place of standard output.

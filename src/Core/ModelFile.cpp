@@ -1,10 +1,10 @@
 #include "Core/ModelFile.h"
 
 #include <QFile>
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <optional>
-#include <span>
 
 namespace Velloro::ModelFile {
 
@@ -15,37 +15,63 @@ constexpr int32_t headerLimit = 1'000'000;
 constexpr int32_t quantizationVersionFactor = 1000;
 constexpr int32_t ftypeLimit = 32;
 
-/// Walks over the bytes of a file; every step fails once one has led beyond the end.
+/// Walks over the bytes of a file; every step fails once one has led beyond the end. The file is
+/// read, not mapped: another program may cut it short at any time.
 class Reader
 {
 public:
-    explicit Reader(std::span<const uchar> bytes)
-        : m_bytes(bytes)
+    explicit Reader(QFile &file)
+        : m_file(file)
+        , m_size(static_cast<uint64_t>(file.size()))
     {
     }
 
-    [[nodiscard]] bool atEnd() const { return m_bytes.empty(); }
+    [[nodiscard]] bool atEnd() const { return m_position >= m_size; }
 
     std::optional<uint32_t> number()
     {
         uint32_t value = 0;
-        if (m_bytes.size() < sizeof value)
+        if (m_size - m_position < sizeof value)
             return {};
-        std::memcpy(&value, m_bytes.data(), sizeof value);
-        m_bytes = m_bytes.subspan(sizeof value);
+        if (!isInWindow(sizeof value) && !moveWindow())
+            return {};
+        if (!isInWindow(sizeof value))
+            return {};
+        std::memcpy(&value, m_window.data() + (m_position - m_windowStart), sizeof value);
+        m_position += sizeof value;
         return value;
     }
 
     bool skip(uint64_t count)
     {
-        if (count > m_bytes.size())
+        if (count > m_size - m_position)
             return false;
-        m_bytes = m_bytes.subspan(count);
+        m_position += count;
         return true;
     }
 
 private:
-    std::span<const uchar> m_bytes;
+    [[nodiscard]] bool isInWindow(uint64_t count) const
+    {
+        return m_position >= m_windowStart && m_position + count <= m_windowStart + m_windowLength;
+    }
+
+    bool moveWindow()
+    {
+        if (!m_file.seek(static_cast<qint64>(m_position)))
+            return false;
+        const qint64 length = m_file.read(m_window.data(), m_window.size());
+        m_windowStart = m_position;
+        m_windowLength = static_cast<uint64_t>(std::max<qint64>(length, 0));
+        return true;
+    }
+
+    QFile &m_file;
+    const uint64_t m_size;
+    uint64_t m_position = 0;
+    std::array<char, 8192> m_window;
+    uint64_t m_windowStart = 0;
+    uint64_t m_windowLength = 0;
 };
 
 /// Bytes of `elements` numbers of a ggml type; absent for types that no speech model has.
@@ -121,7 +147,7 @@ bool skipTensor(Reader &reader)
     return bytes && reader.skip(*nameLength) && reader.skip(*bytes);
 }
 
-bool isWhole(Reader reader)
+bool isWhole(Reader &reader)
 {
     if (!skipHeader(reader) || !skipFilters(reader) || !skipVocabulary(reader))
         return false;
@@ -135,15 +161,18 @@ bool isWhole(Reader reader)
 
 } // namespace
 
+bool isForeign(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) && Reader(file).number() != magic;
+}
+
 bool isDamaged(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return false;
-    const uchar *bytes = file.map(0, file.size());
-    if (!bytes)
-        return false;
-    Reader reader({bytes, static_cast<size_t>(file.size())});
+    Reader reader(file);
     return reader.number() == magic && !isWhole(reader);
 }
 

@@ -7,6 +7,9 @@ namespace Velloro {
 /// What can be told about a model file without loading it.
 namespace ModelFile {
 
+/// Whether the file can be read and does not begin as a ggml speech model.
+[[nodiscard]] bool isForeign(const QString &path);
+
 /// Whether the file begins as a ggml speech model but does not have the shape of one, as after an
 /// interrupted copy. The library, which refuses everything else by itself, does not notice this or
 /// ends the process over it. Reads little more than the headers of the tensors.

@@ -80,18 +80,34 @@ void HotkeyManager::registerHotkey()
             [this](const HotkeyIdentifier *identifier) { handleHotkeyEvent(identifier); });
         registration.setReleasedHandler(
             [this](const HotkeyIdentifier *identifier) { handleHotkeyRelease(identifier); });
+        registration.setStatusHandler(
+            [this](HotkeyRegistration::Reference reference, HotkeyRegistration::Status status) {
+                handleStatusChange(reference, status);
+            });
         m_handlersInstalled = true;
     }
 
-    std::optional<int32_t> status;
-    if (const auto registered = registration.registerHotkey(m_currentKeyCode, m_currentModifiers,
-                                                            {hotkeySignature, hotkeyId})) {
-        m_hotkeyRef = *registered;
+    reportStatus(tryToRegister());
+}
+
+std::optional<int32_t> HotkeyManager::tryToRegister()
+{
+    const auto registered = m_platform.hotkeyRegistration->registerHotkey(
+        m_currentKeyCode, m_currentModifiers, {hotkeySignature, hotkeyId});
+    m_isRefused = !registered;
+    if (!registered)
+        return registered.error();
+    m_hotkeyRef = *registered;
+    return std::nullopt;
+}
+
+void HotkeyManager::reportStatus(std::optional<int32_t> status)
+{
+    if (status) {
+        Log::line(u"HotkeyManager", QStringLiteral("Failed to register hotkey: %1").arg(*status));
+    } else {
         Log::line(u"HotkeyManager",
                   QStringLiteral("Registered hotkey: %1").arg(hotkeyDisplayString()));
-    } else {
-        status = registered.error();
-        Log::line(u"HotkeyManager", QStringLiteral("Failed to register hotkey: %1").arg(*status));
     }
     if (std::exchange(m_registrationStatus, status) != status)
         Q_EMIT registrationStatusChanged();
@@ -99,6 +115,7 @@ void HotkeyManager::registerHotkey()
 
 void HotkeyManager::unregisterHotkey()
 {
+    m_isRefused = false;
     if (m_hotkeyRef != 0)
         m_platform.hotkeyRegistration->unregisterHotkey(std::exchange(m_hotkeyRef, 0));
 }
@@ -118,6 +135,7 @@ void HotkeyManager::cleanup()
     if (m_handlersInstalled) {
         m_platform.hotkeyRegistration->setPressedHandler({});
         m_platform.hotkeyRegistration->setReleasedHandler({});
+        m_platform.hotkeyRegistration->setStatusHandler({});
         m_handlersInstalled = false;
     }
     m_onHotkeyPressed = {};
@@ -226,6 +244,20 @@ void HotkeyManager::handleHotkeyRelease(const HotkeyIdentifier *identifier)
                 callback();
         },
         Qt::QueuedConnection);
+}
+
+void HotkeyManager::handleStatusChange(HotkeyRegistration::Reference reference,
+                                       HotkeyRegistration::Status status)
+{
+    if (reference != m_hotkeyRef || (reference == 0 && !m_isRefused))
+        return;
+    std::optional<int32_t> current;
+    if (reference == 0)
+        current = tryToRegister();
+    else if (status != 0)
+        current = status;
+    if (current != m_registrationStatus)
+        reportStatus(current);
 }
 
 void HotkeyManager::setCurrentKeyCode(uint32_t keyCode)

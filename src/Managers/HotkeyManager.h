@@ -58,7 +58,7 @@ public:
     void setIsPaused(bool paused);
     [[nodiscard]] uint32_t currentKeyCode() const { return m_currentKeyCode; }
     [[nodiscard]] uint32_t currentModifiers() const { return m_currentModifiers; }
-    /// Why the combination could not be registered; nothing while it is in force.
+    /// Why the combination could not be registered, or is no longer in force; nothing while it is.
     [[nodiscard]] std::optional<int32_t> registrationStatus() const { return m_registrationStatus; }
 
     /// The current combination as it is shown.
@@ -85,12 +85,19 @@ private:
     static QString keyString(int keyCode);
     void handleHotkeyEvent(const HotkeyIdentifier *identifier);
     void handleHotkeyRelease(const HotkeyIdentifier *identifier);
+    void handleStatusChange(HotkeyRegistration::Reference reference,
+                            HotkeyRegistration::Status status);
+    [[nodiscard]] std::optional<int32_t> tryToRegister();
+    /// Logs and tells the outcome of a registration.
+    void reportStatus(std::optional<int32_t> status);
     void setCurrentKeyCode(uint32_t keyCode);
     void setCurrentModifiers(uint32_t modifiers);
 
     Platform &m_platform;
     bool m_handlersInstalled = false;
     HotkeyRegistration::Reference m_hotkeyRef = 0;
+    /// The combination was asked for and refused: tried again when that may help.
+    bool m_isRefused = false;
     bool m_isHotkeyPressed = false;
     bool m_isPaused = false;
     Callback m_onHotkeyPressed;

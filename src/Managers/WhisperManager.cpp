@@ -1,6 +1,7 @@
 #include "Managers/WhisperManager.h"
 
 #include "Core/Log.h"
+#include "Core/ModelFile.h"
 
 #include <QCoroFuture>
 #include <QPointer>
@@ -108,20 +109,48 @@ QCoro::Task<WhisperManager::LoadResult> WhisperManager::loadModel(QString modelI
     if (!row || !isModelFilePresent(modelId))
         co_return tl::unexpected<ModelLoadError>(WhisperError::modelNotFound);
 
-    unloadModel();
+    const QPointer<WhisperManager> self = this;
+    LoadResult result;
+    if (!m_pendingLoad || m_pendingLoad->modelId != modelId) {
+        const auto pending = std::make_shared<PendingLoad>();
+        pending->modelId = modelId;
+        pending->outcome.start();
+        unloadModel();
+        m_pendingLoad = pending;
+        result = co_await load(*row);
+        if (self && m_pendingLoad == pending)
+            m_pendingLoad.reset();
+        pending->outcome.addResult(result);
+        pending->outcome.finish();
+    } else {
+        result = co_await m_pendingLoad->outcome.future();
+    }
+    if (result || result.error() != ModelLoadError(WhisperError::modelNotLoaded) || !self)
+        co_return result;
+    // Superseded; the latest load may be one of this model again.
+    if (m_pendingLoad && m_pendingLoad->modelId == modelId)
+        co_return co_await m_pendingLoad->outcome.future();
+    if (m_isModelLoaded && m_selectedModelId == modelId)
+        co_return LoadResult{};
+    co_return result;
+}
+
+QCoro::Task<WhisperManager::LoadResult> WhisperManager::load(const WhisperModelInfo &row)
+{
     const auto context = std::make_shared<WhisperContext>(*m_platform.processInfo);
     m_whisperContext = context;
     const QPointer<WhisperManager> self = this;
-    const WhisperContext::LoadResult loaded = co_await context->loadModel(modelURL(modelId));
+    const WhisperContext::LoadResult loaded = co_await context->loadModel(modelURL(row.id));
     if (!loaded)
         co_return tl::unexpected<ModelLoadError>(loaded.error());
     // Another load or an unload may have come between: what is loaded now is theirs to say.
     if (!self || m_whisperContext != context)
         co_return tl::unexpected<ModelLoadError>(WhisperError::modelNotLoaded);
 
-    const bool selectionChanged = std::exchange(m_selectedModelId, modelId) != modelId;
+    const bool selectionChanged = std::exchange(m_selectedModelId, row.id) != row.id;
     const bool loadedChanged = !std::exchange(m_isModelLoaded, true);
-    Log::line(tag, u"Loaded model: "_qs + row->displayName);
+    m_pendingLoad.reset();
+    Log::line(tag, u"Loaded model: "_qs + row.displayName);
     if (selectionChanged)
         Q_EMIT selectedModelIdChanged();
     if (self && loadedChanged)
@@ -140,6 +169,7 @@ void WhisperManager::unloadModel()
     Log::line(tag, QStringLiteral("unloadModel called. Context exists: ")
                        + (context ? QStringLiteral("true") : QStringLiteral("false")));
     const bool wasLoaded = std::exchange(m_isModelLoaded, false);
+    m_pendingLoad.reset();
     // Nobody waits for it: the work outlives the context that it was given to.
     if (context)
         context->unloadModel();
@@ -186,6 +216,11 @@ void WhisperManager::downloadDidFinish(DownloadTaskId task, const QString &locat
     const WhisperModelInfo *row = ModelCatalog::modelById(modelId);
     if (!row)
         return;
+    if (ModelFile::isForeign(location)) {
+        downloadDidComplete(task, PlatformError{0, QStringLiteral("The server sent something that "
+                                                                  "is not a speech model")});
+        return;
+    }
 
     FileSystem &files = *m_platform.fileSystem;
     const QString destination = m_modelsDirectory + u'/' + row->fileName;

@@ -12,6 +12,7 @@
 #include <QHash>
 #include <QMap>
 #include <QObject>
+#include <QPromise>
 #include <functional>
 #include <memory>
 
@@ -63,7 +64,9 @@ public:
     /// Removes the model's file; the loaded model stays loaded.
     FileSystem::Result deleteModel(const QString &modelId);
     /// Makes this model the loaded one. An unknown id and a missing file leave the loaded model as
-    /// it is.
+    /// it is. While this very model is being loaded, the call waits for that and has its outcome. A
+    /// load that `unloadModel` or the load of another model supersedes fails with `modelNotLoaded`,
+    /// unless this model has come to be the loaded one after all.
     QCoro::Task<LoadResult> loadModel(QString modelId);
     QCoro::Task<LoadResult> loadModel(WhisperModelType type);
     /// Drops the loaded model; its memory goes in the background.
@@ -83,13 +86,24 @@ private:
     void downloadDidFinish(DownloadTaskId task, const QString &location) override;
     void downloadDidComplete(DownloadTaskId task, const std::optional<PlatformError> &error) override;
 
+    /// A load that later calls for the same model join.
+    struct PendingLoad
+    {
+        QString modelId;
+        QPromise<LoadResult> outcome;
+    };
+
     void setModelState(const QString &modelId, ModelDownloadState state);
+    /// Loads the model afresh, in the place of what is loaded or being loaded.
+    QCoro::Task<LoadResult> load(const WhisperModelInfo &row);
 
     Platform &m_platform;
     QString m_baseUrl;
     QMap<QString, ModelDownloadState> m_modelStates;
     QString m_selectedModelId;
     bool m_isModelLoaded = false;
+    /// The load that is under way.
+    std::shared_ptr<PendingLoad> m_pendingLoad;
     std::shared_ptr<WhisperContext> m_whisperContext;
     QHash<QString, DownloadTaskId> m_downloadTasks;
     QString m_modelsDirectory;

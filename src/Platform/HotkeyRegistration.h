@@ -29,6 +29,8 @@ public:
     using Status = int32_t;
     /// Receives the identifier of the combination; nothing when it could not be read.
     using Handler = std::function<void(const HotkeyIdentifier *)>;
+    /// Receives a change of a registration's status, 0 when it is in force again.
+    using StatusHandler = std::function<void(Reference, Status)>;
 
     virtual ~HotkeyRegistration() = default;
 
@@ -38,8 +40,15 @@ public:
     /// Installs the handler of releases: one call per physical release. Empty removes it.
     virtual void setReleasedHandler(Handler handler) = 0;
 
+    /// Installs the handler of what changes of the layout or of the keyboards do to registrations:
+    /// one call when a registration is no longer in force on every keyboard, and one when it is
+    /// again. One with the reference 0 says that what was refused by `registerHotkey` may be had
+    /// now. The handler may register and unregister. Empty removes it.
+    virtual void setStatusHandler(StatusHandler handler) = 0;
+
     /// Registers the combination, or says with a status why it can't be had (for one, because
-    /// another program holds it). It follows layout and keyboard changes from then on.
+    /// another program holds it). It follows layout and keyboard changes from then on, and is tried
+    /// again with each of them while it is not in force.
     [[nodiscard]] virtual tl::expected<Reference, Status>
     registerHotkey(uint32_t keyCode, uint32_t modifiers, HotkeyIdentifier identifier) = 0;
 

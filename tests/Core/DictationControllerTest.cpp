@@ -174,6 +174,30 @@ TEST_F(DictationControllerTest, LoadsTheModelJustInTime)
     EXPECT_EQ(typed(), QStringLiteral("Hello world."));
 }
 
+TEST_F(DictationControllerTest, PressesDuringTheLoadStartOneRecording)
+{
+    launch();
+    state->setSelectedModel(ModelPreset::large);
+    addModel(QStringLiteral("medium"));
+    {
+        FakeWhisper::Hold hold(FakeWhisper::Point::load);
+        for (int presses = 1; presses <= 2; ++presses) {
+            press();
+            ASSERT_TRUE(waitUntil([&] { return messages().size() == presses; }));
+            release();
+        }
+        ASSERT_TRUE(hold.waitUntilHeld());
+    }
+    ASSERT_TRUE(waitForState(TranscriptionState::listening));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(messages(), strings({"Model not loaded, attempting to load selected model...",
+                                   "Model not loaded, attempting to load selected model...",
+                                   "Successfully loaded model JIT",
+                                   "Successfully loaded model JIT",
+                                   "Started recording in batch mode"}));
+    EXPECT_EQ(FakeWhisper::loads().size(), 1U);
+}
+
 TEST_F(DictationControllerTest, EndsIdleWhateverFails)
 {
     launchWithModel();

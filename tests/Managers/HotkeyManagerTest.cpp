@@ -136,6 +136,48 @@ TEST_F(HotkeyManagerTest, keepsTheStatusOfARefusal)
                             u"Updated hotkey to: F5"_qs));
 }
 
+TEST_F(HotkeyManagerTest, saysWhenTheCombinationIsLostAndHadAgain)
+{
+    launch().registerHotkey();
+    QList<std::optional<int32_t>> told;
+    QObject::connect(manager.get(), &HotkeyManager::registrationStatusChanged,
+                     [&] { told << manager->registrationStatus(); });
+    const auto reference = registration->registered.begin()->first;
+    for (const int32_t status : {10, 10, 0, 0}) {
+        registration->changeStatus(reference, status);
+        registration->changeStatus(reference + 1, 2);
+    }
+    EXPECT_THAT(told, ElementsAre(std::optional(10), std::nullopt));
+    EXPECT_THAT(log.messages(u"HotkeyManager"_qs),
+                ElementsAre(u"Registered hotkey: ⌥Space"_qs, u"Failed to register hotkey: 10"_qs,
+                            u"Registered hotkey: ⌥Space"_qs));
+}
+
+TEST_F(HotkeyManagerTest, whatWasRefusedIsTriedAgainWhileItIsWanted)
+{
+    launch();
+    registration->refusal = 2;
+    manager->registerHotkey();
+    registration->changeStatus(0, 0);
+    EXPECT_EQ(registration->attempts.size(), 2u);
+    EXPECT_EQ(manager->registrationStatus(), 2);
+    registration->refusal = 0;
+    registration->changeStatus(0, 0);
+    registration->changeStatus(0, 0);
+    EXPECT_EQ(registration->attempts.size(), 3u);
+    EXPECT_EQ(registration->registered.size(), 1u);
+    EXPECT_EQ(manager->registrationStatus(), std::nullopt);
+    EXPECT_THAT(log.messages(u"HotkeyManager"_qs), ElementsAre(u"Failed to register hotkey: 2"_qs,
+                                                               u"Registered hotkey: ⌥Space"_qs));
+
+    registration->refusal = 2;
+    manager->registerHotkey();
+    manager->unregisterHotkey();
+    registration->refusal = 0;
+    registration->changeStatus(0, 0);
+    EXPECT_TRUE(registration->registered.empty());
+}
+
 TEST_F(HotkeyManagerTest, anUpdateIsStoredAndTakesTheOldCombinationsPlace)
 {
     launch().registerHotkey();

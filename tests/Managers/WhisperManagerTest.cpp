@@ -272,6 +272,22 @@ TEST_F(WhisperManagerTest, FileThatCannotBeSavedIsAFailure)
     EXPECT_EQ(state(small), State::downloaded());
 }
 
+TEST_F(WhisperManagerTest, WhatIsNoModelIsNotSaved)
+{
+    placeModel(tiny);
+    makeManager();
+    const DownloadTaskId task = download(small);
+    // What `placeModel` writes does not begin as a model does.
+    session->delegate.downloadDidFinish(task, pathOf(tiny));
+    session->delegate.downloadDidComplete(task, std::nullopt);
+    EXPECT_EQ(state(small), State::failed(QStringLiteral(
+                                "The server sent something that is not a speech model")));
+    EXPECT_FALSE(files->files.contains(pathOf(small)));
+    EXPECT_EQ(takeMessages(),
+              QStringList({QStringLiteral("Download failed: The server sent something that is not "
+                                          "a speech model")}));
+}
+
 TEST_F(WhisperManagerTest, DownloadsSeveralModelsAtOnce)
 {
     makeManager();
@@ -396,6 +412,51 @@ TEST_F(WhisperManagerTest, OfTwoLoadsThatOverlapTheLaterCounts)
     EXPECT_EQ(manager->selectedModelId(), small);
     EXPECT_FALSE(takeMessages().contains(QStringLiteral("Loaded model: Tiny")));
     EXPECT_TRUE(waitUntil([] { return FakeWhisper::liveContexts() == 1; }));
+}
+
+TEST_F(WhisperManagerTest, LoadsOfTheSameModelAreOne)
+{
+    placeModel(tiny);
+    placeModel(small);
+    makeManager();
+    for (const bool succeeds : {false, true}) {
+        FakeWhisper::setLoadScript([succeeds](const QString &) { return succeeds; });
+        Outcome first, second;
+        {
+            FakeWhisper::Hold hold(FakeWhisper::Point::load);
+            startLoad(tiny, first);
+            ASSERT_TRUE(hold.waitUntilHeld());
+            startLoad(tiny, second);
+        }
+        ASSERT_TRUE(waitUntil([&] { return first.has_value() && second.has_value(); }));
+        EXPECT_EQ(first->has_value(), succeeds);
+        EXPECT_EQ(second->has_value(), succeeds);
+        if (!succeeds) {
+            EXPECT_EQ(second->error(), ModelLoadError(WhisperContextError::modelLoadFailed));
+        }
+    }
+    EXPECT_EQ(FakeWhisper::loads().size(), 2U);
+    const QString requested = QStringLiteral("loadModel requested for tiny");
+    EXPECT_EQ(takeMessages(),
+              QStringList({requested, QStringLiteral("unloadModel called. Context exists: false"),
+                           requested, requested,
+                           QStringLiteral("unloadModel called. Context exists: true"), requested,
+                           QStringLiteral("Loaded model: Tiny")}));
+
+    // There and back again: the first call has what it asked for in the end.
+    Outcome first, second, third;
+    {
+        FakeWhisper::Hold hold(FakeWhisper::Point::load);
+        startLoad(tiny, first);
+        ASSERT_TRUE(hold.waitUntilHeld());
+        startLoad(small, second);
+        startLoad(tiny, third);
+    }
+    ASSERT_TRUE(waitUntil([&] { return first && second && third; }));
+    EXPECT_TRUE(first->has_value());
+    EXPECT_EQ(second->error(), ModelLoadError(WhisperError::modelNotLoaded));
+    EXPECT_TRUE(third->has_value());
+    EXPECT_EQ(manager->selectedModelId(), tiny);
 }
 
 TEST_F(WhisperManagerTest, UnloadOrEndDuringALoadLeavesNothingLoaded)

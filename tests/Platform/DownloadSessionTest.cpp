@@ -145,6 +145,9 @@ TEST_F(DownloadSessionTest, DeliversCompleteBodies)
         int64_t expected;
     } cases[] = {
         {"with its length", LocalHttpServer::bytes(withLength(body, body.size())), body.size()},
+        {"passed on by a proxy",
+         LocalHttpServer::bytes(withLength(body, body.size(), "203 Non-Authoritative Information")),
+         body.size()},
         {"of unknown length", LocalHttpServer::bytes("HTTP/1.1 200 OK\r\n\r\n" + body), -1},
         {"in chunks", LocalHttpServer::bytes(chunked({body.first(5), body.mid(5), ""})), -1},
         {"connection kept open", LocalHttpServer::bytesThenSilence(withLength(body, body.size())),
@@ -184,6 +187,13 @@ TEST_F(DownloadSessionTest, EverythingElseIsAnErrorThatLeavesNothing)
          u"The server answered: 503 X"},
         {"a part only", Server::bytes(withLength(body, length, "206 Partial Content")),
          u"The server answered: 206 Partial Content"},
+        {"taken for later", Server::bytes(withLength(body, length, "202 Accepted")),
+         u"The server answered: 202 Accepted"},
+        {"nothing", Server::bytes("HTTP/1.1 204 No Content\r\n\r\n"),
+         u"The server answered: 204 No Content"},
+        {"empty", Server::bytes(withLength("", 0)), u"The server sent an empty file"},
+        {"empty, of unknown length", Server::bytes("HTTP/1.1 200 OK\r\n\r\n"),
+         u"The server sent an empty file"},
         {"redirect to nowhere", Server::bytes(withLength("", 0, "302 Found")),
          u"The server answered: 302 Found"},
         {"short body", Server::bytes(withLength(body.chopped(3), length)),

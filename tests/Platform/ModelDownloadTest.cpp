@@ -37,10 +37,10 @@ protected:
     ~ModelDownloadTest() override { qunsetenv("XDG_DATA_HOME"); }
 
     /// Answers with this many bytes where `promised` are promised.
-    void serve(qsizetype sent, qsizetype promised, bool closes)
+    void serve(qsizetype sent, qsizetype promised, bool closes, const QByteArray &begin = "lmgg")
     {
         const QByteArray response = "HTTP/1.1 200 OK\r\nContent-Length: "
-            + QByteArray::number(promised) + "\r\n\r\n" + QByteArray(sent, 'w');
+            + QByteArray::number(promised) + "\r\n\r\n" + QByteArray(sent, 'w').replace(0, begin.size(), begin);
         server.route(QStringLiteral("/main/ggml-tiny.bin"),
                      closes ? LocalHttpServer::bytes(response)
                             : LocalHttpServer::bytesThenSilence(response));
@@ -73,6 +73,13 @@ TEST_F(ModelDownloadTest, OnlyAWholeFileGetsTheModelsName)
     ASSERT_TRUE(waitUntil([this] { return !isDownloading(); }));
     EXPECT_EQ(state(), ModelDownloadState::failed(
                            QStringLiteral("The connection ended after 70000 of 90000 bytes")));
+    EXPECT_EQ(files(), QStringList());
+
+    serve(90'000, 90'000, true, "<html>");
+    manager->downloadModel(tiny);
+    ASSERT_TRUE(waitUntil([this] { return !isDownloading(); }));
+    EXPECT_EQ(state(), ModelDownloadState::failed(QStringLiteral(
+                           "The server sent something that is not a speech model")));
     EXPECT_EQ(files(), QStringList());
 
     serve(90'000, 90'000, true);

@@ -12,6 +12,7 @@
 namespace Velloro {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 constexpr uint32_t spaceBar = 49, option = 2048, control = 4096, shift = 512, command = 256;
@@ -265,6 +266,60 @@ TEST_F(X11HotkeyTest, followsModifiersThatMove)
     keyboard.press({Key::leftAlt});
     keyboard.tap(Key::space);
     keyboard.release({Key::leftAlt});
+    EXPECT_EQ(take(), once);
+}
+
+TEST_F(X11HotkeyTest, aLostCombinationIsToldAndHadAgain)
+{
+    const auto other = X11Connection::open();
+    const auto grabForOther = [&](bool grabs) {
+        if (grabs)
+            xcb_grab_key(other->xcb(), 1, other->root(), XCB_MOD_MASK_3, Key::space,
+                         XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        else
+            xcb_ungrab_key(other->xcb(), Key::space, other->root(), XCB_MOD_MASK_3);
+        (void)X11Keyboards(other).logicallyHeld();
+    };
+    std::vector<HotkeyRegistration::Status> statuses;
+    const auto reference = registerOptionSpace();
+    hotkeys->setStatusHandler([&](HotkeyRegistration::Reference which, auto status) {
+        if (which == reference)
+            statuses.push_back(status);
+    });
+
+    grabForOther(true);
+    moveAltToModifier3();
+    ASSERT_TRUE(waitUntil([&] { return !statuses.empty(); }));
+    keyboard.setEnabled(false);
+    keyboard.setEnabled(true);
+    take();
+    EXPECT_THAT(statuses, ElementsAre(XCB_ACCESS));
+
+    // The next change of the keyboards finds it free.
+    grabForOther(false);
+    keyboard.setEnabled(false);
+    keyboard.setEnabled(true);
+    ASSERT_TRUE(waitUntil([&] { return statuses.size() == 2; }));
+    EXPECT_THAT(statuses, ElementsAre(XCB_ACCESS, 0));
+    keyboard.press({Key::leftAlt, Key::space});
+    keyboard.release({Key::space, Key::leftAlt});
+    EXPECT_EQ(take(), once);
+}
+
+TEST_F(X11HotkeyTest, withoutAKeyboardItIsRefusedUntilOneComes)
+{
+    keyboard.setEnabled(false);
+    take();
+    EXPECT_EQ(hotkeys->registerHotkey(spaceBar, option, identifier).error(), XCB_VALUE);
+    bool isRegistered = false;
+    hotkeys->setStatusHandler([&](HotkeyRegistration::Reference which, auto) {
+        if (which == 0 && !isRegistered)
+            isRegistered = hotkeys->registerHotkey(spaceBar, option, identifier).has_value();
+    });
+    keyboard.setEnabled(true);
+    ASSERT_TRUE(waitUntil([&] { return isRegistered; }));
+    keyboard.press({Key::leftAlt, Key::space});
+    keyboard.release({Key::space, Key::leftAlt});
     EXPECT_EQ(take(), once);
 }
 

@@ -44,6 +44,14 @@ public:
             m_released(identifier);
     }
 
+    /// What a change of the layout or of the keyboards does; 0 for what was refused before.
+    void changeStatus(Reference reference, Status status)
+    {
+        if (m_status)
+            m_status(reference, status);
+    }
+
+    void setStatusHandler(StatusHandler handler) override { m_status = std::move(handler); }
     void setPressedHandler(Handler handler) override
     {
         pressedHandlersInstalled += handler ? 1 : 0;
@@ -74,6 +82,7 @@ private:
 
     Handler m_pressed;
     Handler m_released;
+    StatusHandler m_status;
     Reference m_lastReference = 0;
 };
 

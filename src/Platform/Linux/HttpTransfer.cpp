@@ -56,18 +56,24 @@ void HttpTransfer::setOption(CURLoption option, T value)
     curl_easy_setopt(m_handle.get(), option, value);
 }
 
+bool HttpTransfer::isSuccess() const
+{
+    // 203 is the file as a proxy passed it on; the other successes are not the whole file.
+    return m_status == 200 || m_status == 203;
+}
+
 bool HttpTransfer::isComplete() const
 {
-    return !m_error && m_status / 100 == 2 && m_promised >= 0 && !m_isChunked && m_file->size() == m_promised;
+    return !m_error && isSuccess() && m_promised >= 0 && !m_isChunked
+        && m_file->size() == m_promised;
 }
 
 HttpTransfer::Outcome HttpTransfer::finish(CURLcode code)
 {
     if (m_error)
         return tl::unexpected(*m_error);
-    const bool statusIsSuccess = m_status / 100 == 2 && m_status != 206;
     // The body of an error page was refused, which the library takes for a failed write.
-    if (!statusIsSuccess && (code == CURLE_OK || code == CURLE_WRITE_ERROR)) {
+    if (!isSuccess() && (code == CURLE_OK || code == CURLE_WRITE_ERROR)) {
         return tl::unexpected(PlatformError{
             m_status, QStringLiteral("The server answered: ") + QString::fromLatin1(m_statusText)});
     }
@@ -81,6 +87,8 @@ HttpTransfer::Outcome HttpTransfer::finish(CURLcode code)
     }
     if (m_promised >= 0 && m_file->size() != m_promised)
         return tl::unexpected(lengthError(m_file->size(), m_promised));
+    if (m_file->size() == 0)
+        return tl::unexpected(PlatformError{0, QStringLiteral("The server sent an empty file")});
     if (const auto synchronized = m_file->synchronize(); !synchronized)
         return tl::unexpected(synchronized.error());
     reportProgress();
@@ -110,7 +118,7 @@ void HttpTransfer::headerLine(QByteArray line)
         m_promised = length;
     } else if (name == "transfer-encoding") {
         m_isChunked = value.contains("chunked");
-    } else if (name == "content-encoding" && value != "identity" && m_status / 100 == 2) {
+    } else if (name == "content-encoding" && value != "identity" && isSuccess()) {
         (void)fail({0, QStringLiteral("The server sent the file in an encoding that was not asked "
                                       "for: ")
                            + QString::fromLatin1(value)});
@@ -119,7 +127,7 @@ void HttpTransfer::headerLine(QByteArray line)
 
 bool HttpTransfer::bodyData(std::span<const char> bytes)
 {
-    if (m_status / 100 != 2)
+    if (!isSuccess())
         return false; // What an error page says is of no interest.
     if (m_promised >= 0 && m_file->size() + static_cast<int64_t>(bytes.size()) > m_promised) {
         return fail({0, QStringLiteral("The server sent more than the %1 bytes that it promised")

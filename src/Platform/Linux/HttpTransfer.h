@@ -15,7 +15,7 @@ namespace Velloro {
 /// One file on its way from a web server into a partial file.
 ///
 /// It is stricter than the library below it: the body has to be exactly as long as the server
-/// promised, the status a success, the content not encoded. One thread.
+/// promised and not empty, the status 200 or 203, the content not encoded. One thread.
 class HttpTransfer
 {
 public:
@@ -51,6 +51,7 @@ private:
 
     template <typename T>
     void setOption(CURLoption option, T value);
+    [[nodiscard]] bool isSuccess() const;
     void headerLine(QByteArray line);
     [[nodiscard]] bool bodyData(std::span<const char> bytes);
     [[nodiscard]] bool fail(PlatformError error);

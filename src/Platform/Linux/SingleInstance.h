@@ -15,14 +15,20 @@ public:
     explicit SingleInstance(QObject *parent = nullptr);
     ~SingleInstance() override;
 
-    /// True when this process is the one. Otherwise the running one is asked to come forward.
+    /// True when this process is the one. Otherwise the running one has been asked to come forward;
+    /// when it does not say that it will, this waits up to two seconds for its end, to take its
+    /// place.
     [[nodiscard]] bool acquire();
+    /// For an instance that is ending: answers no further start of the program.
+    void stopAnswering();
 
 Q_SIGNALS:
     /// The program was started again.
     void activationRequested();
 
 private:
+    [[nodiscard]] bool lock() const;
+
     int m_lockFile = -1;
     QLocalServer m_server;
 };

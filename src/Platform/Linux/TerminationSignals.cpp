@@ -1,6 +1,7 @@
 #include "Platform/Linux/TerminationSignals.h"
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -16,8 +17,18 @@ int eventDescriptor = -1;
 
 extern "C" void wakeMainThread(int)
 {
+    // The code that is interrupted may be about to read it.
+    const int interruptedErrno = errno;
     const eventfd_t one = 1;
     [[maybe_unused]] const auto written = ::write(eventDescriptor, &one, sizeof one);
+    errno = interruptedErrno;
+}
+
+/// Whether whoever started the program wants it to outlive its terminal, as nohup does.
+bool isIgnored(int number)
+{
+    struct sigaction action = {};
+    return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 void setHandler(void (*handler)(int))
@@ -26,8 +37,10 @@ void setHandler(void (*handler)(int))
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
-    for (const int number : terminationSignals)
-        ::sigaction(number, &action, nullptr);
+    for (const int number : terminationSignals) {
+        if (number != SIGHUP || !isIgnored(number))
+            ::sigaction(number, &action, nullptr);
+    }
 }
 
 } // namespace

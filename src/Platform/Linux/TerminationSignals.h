@@ -5,7 +5,8 @@
 
 namespace Velloro {
 
-/// Turns SIGTERM, SIGINT and SIGHUP into a signal on the main thread. At most one exists.
+/// Turns SIGTERM, SIGINT and SIGHUP into a signal on the main thread. A SIGHUP that was ignored
+/// when the program started stays so. At most one exists.
 class TerminationSignals : public QObject
 {
     Q_OBJECT

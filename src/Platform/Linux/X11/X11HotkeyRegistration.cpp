@@ -1,6 +1,5 @@
 #include "Platform/Linux/X11/X11HotkeyRegistration.h"
 
-#include "Core/Log.h"
 #include "Platform/Linux/X11/XcbReply.h"
 
 #include <algorithm>
@@ -126,16 +125,28 @@ HotkeyRegistration::Status X11HotkeyRegistration::grabOn(uint16_t device, const 
 
 HotkeyRegistration::Status X11HotkeyRegistration::grabOnAllKeyboards(const Grab &grab)
 {
-    Status status = 0;
+    bool isGrabbed = false;
+    Status refusal = 0;
+    Status failure = XCB_VALUE;
     for (const uint16_t device : m_keyboards->physicalKeyboards()) {
-        // A keyboard that was unplugged since it was listed is no refusal.
         const Status result = grabOn(device, grab);
-        if (result == XCB_ACCESS)
-            status = result;
+        if (result == 0)
+            isGrabbed = true;
+        else if (result == XCB_ACCESS)
+            refusal = result;
+        else
+            failure = result;
     }
-    if (status != 0)
-        ungrabOnAllKeyboards(grab);
-    return status;
+    if (refusal != 0)
+        return refusal;
+    // Beside others, a keyboard that was unplugged since it was listed is no failure.
+    return isGrabbed ? 0 : failure;
+}
+
+HotkeyRegistration::Status X11HotkeyRegistration::grabUnlessTaken(const Grab &grab)
+{
+    const Status status = conflict(grab);
+    return status != 0 ? status : grabOnAllKeyboards(grab);
 }
 
 void X11HotkeyRegistration::ungrabOn(uint16_t device, const Grab &grab)
@@ -149,6 +160,8 @@ void X11HotkeyRegistration::ungrabOn(uint16_t device, const Grab &grab)
 
 void X11HotkeyRegistration::ungrabOnAllKeyboards(const Grab &grab)
 {
+    if (grab.modifierStates.empty())
+        return;
     for (const uint16_t device : m_keyboards->physicalKeyboards())
         ungrabOn(device, grab);
 }
@@ -162,12 +175,12 @@ X11HotkeyRegistration::registerHotkey(uint32_t keyCode, uint32_t modifiers,
     const auto grab = makeGrab(keyCode, modifiers);
     if (!grab)
         return tl::unexpected<Status>(XCB_VALUE);
-    if (const Status status = conflict(*grab))
+    if (const Status status = grabUnlessTaken(*grab)) {
+        ungrabOnAllKeyboards(*grab);
         return tl::unexpected(status);
-    if (const Status status = grabOnAllKeyboards(*grab))
-        return tl::unexpected(status);
+    }
 
-    m_registrations[++m_lastReference] = {keyCode, modifiers, identifier, *grab};
+    m_registrations[++m_lastReference] = {keyCode, modifiers, identifier, *grab, 0};
     return m_lastReference;
 }
 
@@ -282,31 +295,58 @@ void X11HotkeyRegistration::handleHierarchyChange(const xcb_generic_event_t *eve
             endPress();
         }
     }
-    if (change->flags & come) {
-        for (const auto &[reference, registration] : m_registrations) {
-            for (const uint16_t device : m_keyboards->physicalKeyboards())
-                grabOn(device, registration.grab);
+    if (!(change->flags & (come | gone)))
+        return;
+    Statuses statuses;
+    for (const auto &[reference, registration] : m_registrations) {
+        Status status = registration.status;
+        if (status != 0) {
+            // What stood against it may have gone with a keyboard.
+            if (!registration.grab.modifierStates.empty())
+                status = grabUnlessTaken(registration.grab);
+        } else if (change->flags & come) {
+            // A keyboard that refuses takes nothing from those that have the combination already.
+            if (grabOnAllKeyboards(registration.grab) == XCB_ACCESS)
+                status = XCB_ACCESS;
         }
+        statuses.emplace_back(reference, status);
     }
+    tellStatuses(statuses);
 }
 
 void X11HotkeyRegistration::handleKeymapChange()
 {
     if (!m_connection->isAlive())
         return;
+    Statuses statuses;
     for (auto &[reference, registration] : m_registrations) {
-        auto grab = makeGrab(registration.keyCode, registration.modifiers);
-        if (!grab || *grab == registration.grab)
+        const Grab grab =
+            makeGrab(registration.keyCode, registration.modifiers).value_or(Grab{});
+        if (grab == registration.grab && registration.status == 0)
             continue;
-        ungrabOnAllKeyboards(registration.grab);
-        registration.grab = *grab;
-        Status status = conflict(*grab);
-        if (status == 0)
-            status = grabOnAllKeyboards(*grab);
-        if (status != 0) {
-            Log::line(u"HotkeyManager",
-                      QStringLiteral("Failed to register hotkey: %1").arg(status));
-        }
+        if (grab != registration.grab)
+            ungrabOnAllKeyboards(registration.grab);
+        registration.grab = grab;
+        statuses.emplace_back(reference,
+                              grab.modifierStates.empty() ? Status{XCB_VALUE}
+                                                          : grabUnlessTaken(grab));
+    }
+    tellStatuses(statuses);
+}
+
+void X11HotkeyRegistration::tellStatuses(const Statuses &statuses)
+{
+    Statuses changes;
+    for (const auto &[reference, status] : statuses) {
+        if (std::exchange(m_registrations.at(reference).status, status) != status)
+            changes.emplace_back(reference, status);
+    }
+    changes.emplace_back(0, 0);
+    for (const auto &[reference, status] : changes) {
+        // Called by a copy and for what is still there: the handler may change everything.
+        if (const StatusHandler handler = m_status;
+            handler && (reference == 0 || m_registrations.contains(reference)))
+            handler(reference, status);
     }
 }
 

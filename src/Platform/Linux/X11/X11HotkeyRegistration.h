@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace Velloro {
@@ -21,7 +22,7 @@ namespace Velloro {
 /// on the master, so that is asked first.
 ///
 /// The statuses are the X error codes: 10 when another program holds the combination, 2 when the
-/// key or modifier is on no keyboard here, 1 without a usable X server.
+/// key or modifier is on no keyboard here or there is no keyboard, 1 without a usable X server.
 class X11HotkeyRegistration final : public QObject, public HotkeyRegistration
 {
     Q_OBJECT
@@ -33,6 +34,7 @@ public:
 
     void setPressedHandler(Handler handler) override { m_pressed = std::move(handler); }
     void setReleasedHandler(Handler handler) override { m_released = std::move(handler); }
+    void setStatusHandler(StatusHandler handler) override { m_status = std::move(handler); }
     [[nodiscard]] tl::expected<Reference, Status>
     registerHotkey(uint32_t keyCode, uint32_t modifiers, HotkeyIdentifier identifier) override;
     void unregisterHotkey(Reference reference) override;
@@ -53,7 +55,11 @@ private:
         uint32_t modifiers = 0;
         HotkeyIdentifier identifier;
         Grab grab;
+        /// 0 while it is in force.
+        Status status = 0;
     };
+    /// What is known of registrations after a change, to be told once that is over.
+    using Statuses = std::vector<std::pair<Reference, Status>>;
     /// The combination that is down.
     struct Press
     {
@@ -68,7 +74,10 @@ private:
     [[nodiscard]] Status conflict(const Grab &grab);
     /// Grabs on one keyboard; 0 on success. Nothing is grabbed there after a failure.
     Status grabOn(uint16_t device, const Grab &grab);
-    Status grabOnAllKeyboards(const Grab &grab);
+    /// Grabs on as many keyboards as can be had; 0 when none was refused and there is one.
+    [[nodiscard]] Status grabOnAllKeyboards(const Grab &grab);
+    /// The same, where no other program's grab stands against it.
+    [[nodiscard]] Status grabUnlessTaken(const Grab &grab);
     void ungrabOn(uint16_t device, const Grab &grab);
     void ungrabOnAllKeyboards(const Grab &grab);
 
@@ -77,6 +86,8 @@ private:
     void handleKeyRelease(uint16_t device, uint8_t keycode);
     void handleHierarchyChange(const xcb_generic_event_t *event);
     void handleKeymapChange();
+    /// Tells the changes, and that what was refused may be tried again.
+    void tellStatuses(const Statuses &statuses);
     /// Delivers the release of what is down, if anything is.
     void endPress();
     /// Releases for the applications what was released on a keyboard while its grab was active.
@@ -87,6 +98,7 @@ private:
     std::unique_ptr<X11Keyboards> m_keyboards;
     Handler m_pressed;
     Handler m_released;
+    StatusHandler m_status;
     Reference m_lastReference = 0;
     std::map<Reference, Registration> m_registrations;
     std::optional<Press> m_press;

@@ -1,0 +1,95 @@
+#include "Platform/Linux/SingleInstance.h"
+
+#include "Support/LogRecorder.h"
+#include "Support/WaitUntil.h"
+
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QThread>
+#include <atomic>
+#include <gtest/gtest.h>
+#include <memory>
+#include <optional>
+
+namespace Velloro {
+namespace {
+
+class SingleInstanceTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { qputenv("XDG_RUNTIME_DIR", directory.path().toUtf8()); }
+
+    /// Another start of the program, which waits while this thread goes on.
+    class Start
+    {
+    public:
+        Start()
+            : m_thread(QThread::create([this] {
+                SingleInstance instance;
+                m_result = instance.acquire();
+                m_isDone = true;
+            }))
+        {
+            m_thread->start();
+        }
+        ~Start() { m_thread->wait(); }
+        [[nodiscard]] bool isDone() const { return m_isDone; }
+        [[nodiscard]] bool result() const { return m_result; }
+
+    private:
+        std::atomic<bool> m_result = false;
+        std::atomic<bool> m_isDone = false;
+        std::unique_ptr<QThread> m_thread;
+    };
+
+    QStringList messages() const { return log.messages(QStringLiteral("Velloro")); }
+
+    LogRecorder log;
+    QTemporaryDir directory;
+};
+
+TEST_F(SingleInstanceTest, theRunningOneComesForward)
+{
+    SingleInstance running;
+    ASSERT_TRUE(running.acquire());
+    int requests = 0;
+    QObject::connect(&running, &SingleInstance::activationRequested, &running, [&] { ++requests; });
+    const Start second;
+    ASSERT_TRUE(waitUntil([&] { return second.isDone(); }));
+    EXPECT_FALSE(second.result());
+    EXPECT_EQ(requests, 1);
+    EXPECT_EQ(messages(), QStringList({QStringLiteral("Already running")}));
+}
+
+TEST_F(SingleInstanceTest, theEndOfTheRunningOneIsWaitedFor)
+{
+    for (const bool answersNoMore : {false, true}) {
+        std::optional<SingleInstance> ending(std::in_place);
+        ASSERT_TRUE(ending->acquire());
+        if (answersNoMore)
+            ending->stopAnswering();
+        const Start second;
+        // No events are handled: a program that is ending does not do so any more, either.
+        QThread::msleep(300);
+        EXPECT_FALSE(second.isDone());
+        ending.reset();
+        ASSERT_TRUE(waitUntil([&] { return second.isDone(); }));
+        EXPECT_TRUE(second.result());
+    }
+    EXPECT_EQ(messages(), QStringList());
+}
+
+TEST_F(SingleInstanceTest, oneThatIsStuckIsNotWaitedForWithoutEnd)
+{
+    SingleInstance stuck;
+    ASSERT_TRUE(stuck.acquire());
+    SingleInstance second;
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_FALSE(second.acquire());
+    EXPECT_LT(timer.elapsed(), 20'000);
+    EXPECT_EQ(messages(), QStringList({QStringLiteral("Already running")}));
+}
+
+} // namespace
+} // namespace Velloro
