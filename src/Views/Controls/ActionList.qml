@@ -17,6 +17,8 @@ ListView {
     cacheBuffer: 200
     Accessible.role: Accessible.List
 
+    onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
+
     function policyOf(index) {
         return index === Math.max(currentIndex, 0) ? Qt.StrongFocus : Qt.ClickFocus
     }

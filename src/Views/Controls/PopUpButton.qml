@@ -9,14 +9,26 @@ T.ComboBox {
     /// What is chosen, for the screen reader.
     property string label
 
+    /// The width of the longest entry.
+    readonly property real widestText: {
+        let widest = 0
+        for (let index = 0; index < count; ++index)
+            widest = Math.max(widest, metrics.advanceWidth(textAt(index)))
+        return Math.ceil(widest) + 1
+    }
+
+    FontMetrics {
+        id: metrics
+        font: control.font
+    }
+
     font: Theme.body
     leftPadding: 10
     rightPadding: 28
     topPadding: 4
     bottomPadding: 4
-    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitWidth: widestText + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
-    implicitContentWidthPolicy: T.ComboBox.WidestText
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
 
@@ -59,7 +71,7 @@ T.ComboBox {
     }
     popup: T.Popup {
         y: control.height + 2
-        width: control.width
+        width: Math.max(control.width, control.widestText + 46)
         implicitHeight: Math.min(contentItem.implicitHeight + 8,
                                  control.Window.window ? control.Window.window.height - 24 : 300)
         margins: 4
