@@ -59,10 +59,11 @@ Rectangle {
                     Accessible.name: qsTr("Selected")
                 }
             }
-            RowLayout {
+            Flow {
+                Layout.fillWidth: true
                 spacing: 10
                 ThemedText {
-                    Layout.minimumWidth: Math.ceil(widestSize.advanceWidth)
+                    width: Math.max(implicitWidth, Math.ceil(widestSize.advanceWidth))
                     text: row.model.fileSizeText
                     font: Theme.caption
                     color: Theme.secondary
@@ -97,7 +98,7 @@ Rectangle {
         }
     }
 
-    component Rating: RowLayout {
+    component Rating: Row {
         property alias label: caption.text
         property alias stars: rating.stars
         property alias color: rating.color
@@ -111,6 +112,8 @@ Rectangle {
         }
         StarRating {
             id: rating
+            anchors.verticalCenter: parent.verticalCenter
+            starSize: Theme.caption.pixelSize
             label: caption.text
         }
     }

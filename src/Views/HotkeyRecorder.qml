@@ -28,16 +28,12 @@ FocusScope {
         fillColor: Theme.faded(Theme.gray, 0.1)
         strokeColor: Theme.faded(Theme.gray, 0.3)
     }
-    Note {
+    HotkeyProblemLine {
         id: problem
-        objectName: "hotkeyProblem"
         anchors.top: button.bottom
         anchors.topMargin: 4
         anchors.right: parent.right
-        width: Math.min(implicitWidth, recorder.width)
-        visible: text !== ""
-        horizontalAlignment: Text.AlignRight
+        maximumWidth: recorder.width
         text: recorder.model.problem
-        color: Theme.orange
     }
 }

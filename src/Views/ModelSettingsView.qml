@@ -65,13 +65,30 @@ ScrollArea {
             font: Theme.headline
             Accessible.role: Accessible.Heading
         }
+        ThemedText {
+            // Beside the picker where there is room for both.
+            visible: !category.hasRoomForLabel
+            text: category.label
+            Accessible.ignored: true
+        }
         SegmentedPicker {
+            id: category
             objectName: "category"
+
+            readonly property bool hasRoomForLabel:
+                categoryWidth.advanceWidth + segmentsWidth + 24 <= column.width
+
             Layout.fillWidth: true
             label: qsTr("Category")
+            showsLabel: hasRoomForLabel
             options: pane.model.categories
             currentIndex: pane.model.categoryIndex
             onActivated: index => pane.model.selectCategory(index)
+        }
+        TextMetrics {
+            id: categoryWidth
+            font: Theme.body
+            text: category.label
         }
         Note {
             Layout.fillWidth: true

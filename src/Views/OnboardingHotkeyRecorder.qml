@@ -32,16 +32,12 @@ FocusScope {
         fillColor: Theme.faded(Theme.secondary, 0.15)
         strokeColor: Theme.faded(Theme.secondary, 0.3)
     }
-    Note {
+    HotkeyProblemLine {
         id: problem
-        objectName: "hotkeyProblem"
         anchors.top: button.bottom
         anchors.topMargin: 8
         anchors.horizontalCenter: parent.horizontalCenter
-        width: Math.min(implicitWidth, recorder.width)
-        visible: text !== ""
-        horizontalAlignment: Text.AlignHCenter
+        maximumWidth: recorder.width
         text: recorder.model.problem
-        color: Theme.orange
     }
 }

@@ -10,10 +10,14 @@ PermissionHelpModel::PermissionHelpModel(PermissionsManager &permissionsManager,
     , m_permissionsManager(permissionsManager)
     , m_appState(appState)
 {
-    connect(&appState, &AppState::hasMicrophonePermissionChanged, this,
-            &PermissionHelpModel::isGrantedChanged);
-    connect(&appState, &AppState::hasAccessibilityPermissionChanged, this,
-            &PermissionHelpModel::isGrantedChanged);
+    connect(&appState, &AppState::hasMicrophonePermissionChanged, this, [this] {
+        if (m_page == SettingsPage::microphone)
+            Q_EMIT changed();
+    });
+    connect(&appState, &AppState::hasAccessibilityPermissionChanged, this, [this] {
+        if (m_page == SettingsPage::accessibility)
+            Q_EMIT changed();
+    });
 }
 
 QString PermissionHelpModel::title() const
@@ -29,6 +33,8 @@ QString PermissionHelpModel::symbol() const
 
 QString PermissionHelpModel::explanation() const
 {
+    if (isGranted())
+        return tr("Velloro has what it needs here. There is nothing left to do.");
     return m_page == SettingsPage::microphone
         ? tr("Velloro found no microphone that it can record. Your desktop has no settings page "
              "for this, but you can set it right yourself:")
@@ -38,6 +44,8 @@ QString PermissionHelpModel::explanation() const
 
 QStringList PermissionHelpModel::steps() const
 {
+    if (isGranted())
+        return {};
     if (m_page == SettingsPage::microphone) {
         return {tr("Plug in a microphone or headset, or connect it by Bluetooth."),
                 tr("Make sure that it is not muted, neither by a switch or key of its own nor in "
@@ -72,7 +80,6 @@ void PermissionHelpModel::openSettingsPage(SettingsPage page)
     if (std::exchange(m_isOpen, true) && !isOther)
         return;
     Q_EMIT changed();
-    Q_EMIT isGrantedChanged();
 }
 
 void PermissionHelpModel::act()

@@ -23,7 +23,7 @@ class PermissionHelpModel : public QObject
     Q_PROPERTY(QStringList steps READ steps NOTIFY changed)
     /// The name of what `act` does.
     Q_PROPERTY(QString actionText READ actionText NOTIFY changed)
-    Q_PROPERTY(bool isGranted READ isGranted NOTIFY isGrantedChanged)
+    Q_PROPERTY(bool isGranted READ isGranted NOTIFY changed)
 
 public:
     /// Both outlive the model.
@@ -46,7 +46,6 @@ public:
 
 Q_SIGNALS:
     void changed();
-    void isGrantedChanged();
 
 private:
     PermissionsManager &m_permissionsManager;

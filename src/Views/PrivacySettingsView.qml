@@ -11,23 +11,24 @@ GroupedForm {
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Privacy")
 
-    component Promise: RowLayout {
-        id: promise
-
+    component Promise: Item {
         property alias symbol: mark.name
         property alias tint: mark.color
         property alias text: label.text
 
         Layout.fillWidth: true
-        spacing: 10
+        implicitHeight: Math.max(mark.height, label.height)
         Symbol {
             id: mark
-            Layout.preferredWidth: size
+            anchors.verticalCenter: parent.verticalCenter
             size: 18
         }
         ThemedText {
             id: label
-            Layout.fillWidth: true
+            anchors.left: mark.right
+            anchors.leftMargin: 10
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
             wrapMode: Text.WordWrap
         }
     }

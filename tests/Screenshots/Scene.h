@@ -23,7 +23,9 @@ struct Stage
     /// Shows a view of the module on its own and takes its picture, once it stands still.
     [[nodiscard]] QImage picture(const QString &file, const QVariantMap &initialProperties,
                                  QSize size = {});
-    /// Takes the picture of a window that is shown already.
+    /// The same for QML text that imports the module.
+    [[nodiscard]] QImage pictureOfText(const QByteArray &qml);
+    /// Takes the picture of a window, which it shows.
     [[nodiscard]] static QImage picture(QQuickWindow &window);
     /// Gives a model a state by way of its download.
     void setModelState(const QString &modelId, const ModelDownloadState &state);
@@ -38,8 +40,10 @@ struct Scene
 
 // The scenes of each view; a new view adds its own here and in Screenshots.cpp.
 [[nodiscard]] QList<Scene> symbolScenes();
+[[nodiscard]] QList<Scene> controlScenes();
 [[nodiscard]] QList<Scene> recordingPillScenes();
 [[nodiscard]] QList<Scene> menuBarScenes();
+[[nodiscard]] QList<Scene> paneScenes();
 [[nodiscard]] QList<Scene> settingsScenes();
 [[nodiscard]] QList<Scene> onboardingScenes();
 

@@ -20,8 +20,8 @@ int main(int argc, char **argv)
     const bool dark = arguments[2] == QStringLiteral("dark");
 
     int status = 0;
-    const QList<Scene> scenes = symbolScenes() + recordingPillScenes() + menuBarScenes()
-        + settingsScenes() + onboardingScenes();
+    const QList<Scene> scenes = symbolScenes() + controlScenes() + recordingPillScenes()
+        + menuBarScenes() + paneScenes() + settingsScenes() + onboardingScenes();
     for (const Scene &scene : scenes) {
         Stage stage;
         stage.memory.appearance->dark = dark;

@@ -2,6 +2,7 @@
 
 #include "Support/WaitUntil.h"
 
+#include <QQmlComponent>
 #include <QQuickItem>
 #include <QQuickItemGrabResult>
 #include <QQuickView>
@@ -27,6 +28,25 @@ QImage Stage::picture(const QString &file, const QVariantMap &initialProperties,
         return {};
     }
     return picture(view);
+}
+
+QImage Stage::pictureOfText(const QByteArray &qml)
+{
+    QQmlComponent component(&engine.engine());
+    component.setData(qml, QUrl(QStringLiteral("qrc:/Scene.qml")));
+    std::unique_ptr<QObject> object(component.create());
+    auto *item = qobject_cast<QQuickItem *>(object.get());
+    if (!item) {
+        QTextStream(stderr) << component.errorString();
+        return {};
+    }
+    QQuickWindow window;
+    window.setColor(Qt::transparent);
+    window.resize(item->size().toSize());
+    item->setParentItem(window.contentItem());
+    window.show();
+    window.requestActivate();
+    return picture(window);
 }
 
 QImage Stage::picture(QQuickWindow &window)

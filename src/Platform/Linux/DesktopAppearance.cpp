@@ -5,6 +5,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QHash>
@@ -126,8 +127,9 @@ bool DesktopAppearance::eventFilter(QObject *watched, QEvent *event)
 void DesktopAppearance::askPortal()
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
-    bus.connect(portal, portalPath, portalSettings, QStringLiteral("SettingChanged"), this,
-                SLOT(settingChanged(QString, QString, QDBusVariant)));
+    // From whichever sender: who owns the portal's name need not be known, now or when it restarts.
+    bus.connect(QString(), portalPath, portalSettings, QStringLiteral("SettingChanged"), this,
+                SLOT(settingChanged(QDBusMessage)));
     QDBusMessage message
         = QDBusMessage::createMethodCall(portal, portalPath, portalSettings, QStringLiteral("ReadAll"));
     message.setArguments({QStringList{appearanceGroup, interfaceGroup}});
@@ -214,10 +216,13 @@ void DesktopAppearance::readStoreLines(QProcess &process)
         Q_EMIT changed();
 }
 
-void DesktopAppearance::settingChanged(const QString &group, const QString &key,
-                                       const QDBusVariant &value)
+void DesktopAppearance::settingChanged(const QDBusMessage &message)
 {
-    if (apply(group, key, value.variant()))
+    const QVariantList arguments = message.arguments();
+    if (arguments.size() < 3)
+        return;
+    const QVariant value = arguments[2].value<QDBusVariant>().variant();
+    if (apply(arguments[0].toString(), arguments[1].toString(), value))
         Q_EMIT changed();
 }
 

@@ -3,7 +3,7 @@
 #include "Platform/Appearance.h"
 #include "Platform/Linux/X11/X11DesktopLook.h"
 
-#include <QDBusVariant>
+#include <QDBusMessage>
 #include <QProcess>
 #include <QVariantMap>
 #include <memory>
@@ -35,7 +35,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private Q_SLOTS:
-    void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);
+    void settingChanged(const QDBusMessage &message);
 
 private:
     void askPortal();

@@ -78,14 +78,15 @@ public:
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
+        if (event->type() == QEvent::ShortcutOverride) {
+            // Accepted, it comes back as a key press instead of setting off a shortcut.
+            event->accept();
+            return true;
+        }
         // The window passes its events on to its items, which are objects of their own.
         if (!watched->isWindowType())
             return false;
         switch (event->type()) {
-        case QEvent::ShortcutOverride:
-            // Accepted, it comes back as a key press instead of setting off a shortcut.
-            event->accept();
-            return true;
         case QEvent::KeyPress:
         case QEvent::KeyRelease: {
             const auto &keyEvent = *static_cast<QKeyEvent *>(event);

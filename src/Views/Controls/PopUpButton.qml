@@ -9,25 +9,12 @@ T.ComboBox {
     /// What is chosen, for the screen reader.
     property string label
 
-    /// The width of the longest entry.
-    readonly property real widestText: {
-        let widest = 0
-        for (let index = 0; index < count; ++index)
-            widest = Math.max(widest, metrics.advanceWidth(textAt(index)))
-        return Math.ceil(widest) + 1
-    }
-
-    FontMetrics {
-        id: metrics
-        font: control.font
-    }
-
     font: Theme.body
     leftPadding: 10
     rightPadding: 28
     topPadding: 4
     bottomPadding: 4
-    implicitWidth: widestText + leftPadding + rightPadding
+    implicitWidth: Math.ceil(widestText) + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
@@ -36,6 +23,19 @@ T.ComboBox {
     Accessible.name: label
     Accessible.description: displayText
     Accessible.onPressAction: popup.open()
+
+    /// The button is as wide as any of its entries needs.
+    readonly property real widestText: {
+        let widest = 0
+        for (let index = 0; index < count; ++index)
+            widest = Math.max(widest, metrics.advanceWidth(textAt(index)))
+        return widest
+    }
+
+    FontMetrics {
+        id: metrics
+        font: control.font
+    }
 
     contentItem: Text {
         text: control.displayText
@@ -71,7 +71,7 @@ T.ComboBox {
     }
     popup: T.Popup {
         y: control.height + 2
-        width: Math.max(control.width, control.widestText + 46)
+        width: control.width
         implicitHeight: Math.min(contentItem.implicitHeight + 8,
                                  control.Window.window ? control.Window.window.height - 24 : 300)
         margins: 4

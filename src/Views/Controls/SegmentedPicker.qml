@@ -9,6 +9,9 @@ FocusScope {
 
     /// What is chosen, shown before the segments where it is not empty.
     property string label
+    property bool showsLabel: true
+    /// The room that the segments take.
+    readonly property alias segmentsWidth: ground.implicitWidth
     property var options: []
     property int currentIndex: 0
     /// The user chose another segment.
@@ -26,10 +29,11 @@ FocusScope {
 
         ThemedText {
             Layout.fillWidth: true
-            visible: picker.label !== ""
+            visible: picker.showsLabel && picker.label !== ""
             text: picker.label
         }
         Rectangle {
+            id: ground
             implicitWidth: segments.implicitWidth + 4
             implicitHeight: segments.implicitHeight + 4
             radius: 7

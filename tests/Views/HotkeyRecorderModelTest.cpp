@@ -1,0 +1,143 @@
+#include "Views/HotkeyRecorderModel.h"
+
+#include "Support/InMemoryPlatform.h"
+#include "Support/WaitUntil.h"
+
+#include <QSignalSpy>
+#include <gmock/gmock.h>
+
+namespace Velloro {
+
+namespace {
+
+constexpr uint32_t command = 0x100000;
+constexpr uint32_t option = 0x80000;
+constexpr uint32_t control = 0x40000;
+constexpr uint32_t shift = 0x20000;
+
+class HotkeyRecorderModelTest : public ::testing::Test
+{
+protected:
+    /// Ends when the taken key's recording does.
+    [[nodiscard]] bool hasStopped()
+    {
+        return waitUntil([this] { return !model->isRecording(); });
+    }
+
+    InMemoryPlatform memory;
+    std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
+    InMemoryKeyEventMonitor &keyboard = *memory.keyEventMonitor;
+    std::unique_ptr<HotkeyRecorderModel> model
+        = std::make_unique<HotkeyRecorderModel>(*hotkeyManager, keyboard);
+};
+
+TEST_F(HotkeyRecorderModelTest, TakesTheNextKeyWithTheHeldModifiers)
+{
+    EXPECT_EQ(model->displayString(), u"⌥Space");
+    const struct
+    {
+        uint32_t keyCode;
+        uint32_t flags;
+        uint32_t modifiers;
+        const char16_t *text;
+    } cases[] = {
+        {96, 0, 0, u"F5"},
+        {53, 0, 0, u"Esc"},
+        {48, control, 4096, u"⌃Tab"},
+        {36, command | 0x8, 256, u"⌘Return"}, // with the bit of one side of the keyboard
+        {2, command | shift, 256 + 512, u"⌘⇧D"},
+        {105, option, 2048, u"⌥?"},
+        {0, command, 256, u"⌘"},
+    };
+    for (const auto &c : cases) {
+        model->toggle();
+        EXPECT_TRUE(hotkeyManager->isPaused());
+        EXPECT_TRUE(keyboard.keyDown(c.keyCode, c.flags)) << "no field of ours gets the key";
+        EXPECT_EQ(hotkeyManager->currentKeyCode(), c.keyCode);
+        EXPECT_EQ(hotkeyManager->currentModifiers(), c.modifiers);
+        EXPECT_EQ(model->displayString(), QString::fromUtf16(c.text));
+        ASSERT_TRUE(hasStopped());
+        EXPECT_FALSE(hotkeyManager->isPaused());
+        EXPECT_EQ(keyboard.monitorCount(), 0);
+        EXPECT_EQ(memory.hotkeyRegistration->registered.begin()->second.keyCode, c.keyCode);
+    }
+}
+
+TEST_F(HotkeyRecorderModelTest, ShowsTheHeldModifiersAndTakesNoneOfThemForAKey)
+{
+    model->toggle();
+    QSignalSpy changes(model.get(), &HotkeyRecorderModel::tempDisplayStringChanged);
+    EXPECT_TRUE(keyboard.flagsChanged(command));
+    EXPECT_TRUE(keyboard.flagsChanged(command | shift));
+    EXPECT_TRUE(keyboard.flagsChanged(command | shift | 0x10000)); // Caps Lock changes no symbol
+    EXPECT_EQ(model->tempDisplayString(), u"⌘⇧");
+    for (const uint32_t modifierKey : {54U, 55U, 57U, 58U, 62U})
+        EXPECT_TRUE(keyboard.keyDown(modifierKey, shift));
+    EXPECT_TRUE(keyboard.flagsChanged(0));
+    EXPECT_EQ(model->tempDisplayString(), u"");
+    EXPECT_EQ(changes.count(), 3);
+    EXPECT_TRUE(model->isRecording());
+    EXPECT_EQ(hotkeyManager->currentKeyCode(), 49U);
+
+    // What was held when it ended is not shown the next time.
+    EXPECT_TRUE(keyboard.flagsChanged(option));
+    model->toggle();
+    model->toggle();
+    EXPECT_EQ(model->tempDisplayString(), u"");
+}
+
+TEST_F(HotkeyRecorderModelTest, EndsWithoutChangeOnASecondClickAndWithItsControl)
+{
+    model->toggle();
+    model->toggle();
+    EXPECT_FALSE(model->isRecording());
+    EXPECT_FALSE(hotkeyManager->isPaused());
+    EXPECT_FALSE(keyboard.keyDown(96)) << "keys go their own way again";
+    EXPECT_EQ(model->displayString(), u"⌥Space");
+    EXPECT_TRUE(memory.hotkeyRegistration->attempts.empty());
+
+    model->toggle();
+    keyboard.keyDown(96);
+    model.reset(); // before the stop that is queued
+    EXPECT_FALSE(hotkeyManager->isPaused());
+    EXPECT_EQ(keyboard.monitorCount(), 0);
+}
+
+TEST_F(HotkeyRecorderModelTest, TakesTheCombinationInForceAlthoughNoWindowSeesIt)
+{
+    hotkeyManager->registerHotkey();
+    int presses = 0;
+    hotkeyManager->setOnHotkeyPressed([&] { ++presses; });
+    memory.hotkeyRegistration->press();
+    ASSERT_TRUE(waitUntil([&] { return presses == 1; }));
+    memory.hotkeyRegistration->release();
+
+    model->toggle();
+    memory.hotkeyRegistration->press();
+    ASSERT_TRUE(hasStopped());
+    EXPECT_EQ(model->displayString(), u"⌥Space");
+    EXPECT_EQ(presses, 1) << "it starts no dictation";
+}
+
+TEST_F(HotkeyRecorderModelTest, SaysWhatIsTakenUntilAnotherIsChosen)
+{
+    EXPECT_EQ(model->problem(), u"");
+    QSignalSpy problems(model.get(), &HotkeyRecorderModel::problemChanged);
+    memory.hotkeyRegistration->refusal = 10;
+    model->toggle();
+    keyboard.keyDown(2, command);
+    EXPECT_THAT(model->problem().toStdString(), ::testing::StartsWith("⌘D is taken"));
+    ASSERT_TRUE(hasStopped());
+    model->toggle();
+    keyboard.keyDown(3, command);
+    EXPECT_THAT(model->problem().toStdString(), ::testing::StartsWith("⌘F is taken"));
+    EXPECT_GE(problems.count(), 2) << "another taken one is told of, too";
+    memory.hotkeyRegistration->refusal = 0;
+    ASSERT_TRUE(hasStopped());
+    model->toggle();
+    keyboard.keyDown(97);
+    EXPECT_EQ(model->problem(), u"");
+}
+
+} // namespace
+} // namespace Velloro
