@@ -17,10 +17,10 @@ ListView {
     cacheBuffer: 200
     Accessible.role: Accessible.List
 
-    onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
-
+    // A list that fills from nothing may have no current row, or one beyond its end.
     function policyOf(index) {
-        return index === Math.max(currentIndex, 0) ? Qt.StrongFocus : Qt.ClickFocus
+        return index === Math.max(0, Math.min(currentIndex, count - 1)) ? Qt.StrongFocus
+                                                                       : Qt.ClickFocus
     }
 
     function focusRow(index) {
@@ -30,6 +30,7 @@ ListView {
             currentItem.action.forceActiveFocus(Qt.TabFocusReason)
     }
 
+    /// Moves the keyboard as the key says; other keys are left alone.
     function navigate(event) {
         const row = currentItem ? currentItem.height + spacing : height
         const page = Math.max(1, Math.floor(height / row) - 1)
