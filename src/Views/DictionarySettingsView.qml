@@ -17,7 +17,7 @@ ActionList {
 
     header: ColumnLayout {
         onHeightChanged: {
-            if (!pane.wasMoved && pane.currentIndex <= 0)
+            if (!pane.wasMoved && pane.row === 0)
                 Qt.callLater(pane.positionViewAtBeginning)
         }
         x: Theme.padding
@@ -198,7 +198,7 @@ ActionList {
                 color: Theme.red
                 text: qsTr("Remove %1").arg(row.word)
                 help: qsTr("Remove")
-                onActiveFocusChanged: if (activeFocus) pane.currentIndex = row.index
+                onActiveFocusChanged: if (activeFocus) pane.row = row.index
                 onClicked: {
                     // The next word takes this one's place, and the keyboard stays with it.
                     const list = pane
