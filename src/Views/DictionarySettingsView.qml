@@ -11,7 +11,15 @@ ActionList {
     model: dictionary
     Accessible.name: dictionary.title
 
+    // The header's height is known only when its lines have been broken.
+    property bool wasMoved: false
+    onMovementStarted: wasMoved = true
+
     header: ColumnLayout {
+        onHeightChanged: {
+            if (!pane.wasMoved && pane.row === 0)
+                Qt.callLater(pane.positionViewAtBeginning)
+        }
         x: Theme.padding
         width: pane.width - 2 * Theme.padding
         spacing: 16
@@ -37,6 +45,7 @@ ActionList {
                 Layout.fillWidth: true
                 spacing: 8
                 TextEntry {
+                    id: field
                     objectName: "newWord"
                     Layout.fillWidth: true
                     focus: true
@@ -51,7 +60,10 @@ ActionList {
                     kind: CapsuleButton.Prominent
                     text: qsTr("Add")
                     enabled: pane.dictionary.canAdd
-                    onClicked: pane.dictionary.addWord()
+                    onClicked: {
+                        pane.dictionary.addWord()
+                        field.forceActiveFocus(Qt.OtherFocusReason)
+                    }
                 }
             }
             Note {
@@ -75,7 +87,12 @@ ActionList {
                         size: CapsuleButton.Small
                         text: modelData
                         enabled: pane.dictionary.suggestionsAvailable[index]
-                        onClicked: pane.dictionary.quickAdd(modelData)
+                        onClicked: {
+                            // Where it is disabled, the keyboard goes on to the next control.
+                            if (activeFocus)
+                                nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason)
+                            pane.dictionary.quickAdd(modelData)
+                        }
                     }
                 }
             }
@@ -181,7 +198,7 @@ ActionList {
                 color: Theme.red
                 text: qsTr("Remove %1").arg(row.word)
                 help: qsTr("Remove")
-                onActiveFocusChanged: if (activeFocus) pane.currentIndex = row.index
+                onActiveFocusChanged: if (activeFocus) pane.row = row.index
                 onClicked: {
                     // The next word takes this one's place, and the keyboard stays with it.
                     const list = pane

@@ -76,6 +76,7 @@ GroupedForm {
             ThemedText {
                 Layout.fillWidth: true
                 text: qsTr("Transcription Language")
+                wrapMode: Text.WordWrap
             }
             PopUpButton {
                 objectName: "language"

@@ -36,6 +36,13 @@ HistoryModel::HistoryModel(AppState &appState, Pasteboard &pasteboard, const QLo
     connect(&appState, &AppState::transcriptionHistoryChanged, this, &HistoryModel::update);
 }
 
+QString HistoryModel::time(QTime time) const
+{
+    // A desktop without a language has no short form of its own.
+    return m_locale.language() == QLocale::C ? time.toString(QStringLiteral("HH:mm"))
+                                             : m_locale.toString(time, QLocale::ShortFormat);
+}
+
 void HistoryModel::copy(int row)
 {
     if (row < 0 || row >= m_items.size())
@@ -108,7 +115,7 @@ QVariant HistoryModel::data(const QModelIndex &index, int role) const
     case PreviewRole:
         return preview(item.text);
     case TimeRole:
-        return m_locale.toString(item.dateTime().toLocalTime().time(), QLocale::ShortFormat);
+        return time(item.dateTime().toLocalTime().time());
     case CopiedRole:
         return m_copied.contains(item.id);
     default:

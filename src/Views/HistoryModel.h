@@ -43,6 +43,7 @@ Q_SIGNALS:
     void isEmptyChanged();
 
 private:
+    [[nodiscard]] QString time(QTime time) const;
     void update();
     void setCopied(const QUuid &id, bool copied);
 

@@ -74,7 +74,7 @@ Item {
                 x: Theme.padding
                 width: list.width - 2 * Theme.padding
                 policy: list.policyOf(index)
-                onFocused: list.currentIndex = index
+                onFocused: list.row = index
                 onKeyPressed: event => list.navigate(event)
                 onCopyRequested: pane.model.copy(index)
             }

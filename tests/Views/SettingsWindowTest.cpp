@@ -151,7 +151,8 @@ TEST_F(SettingsWindowTest, TheDictionaryIsKeptWithTheKeyboardAlone)
     EXPECT_EQ(appState.customDictionary(), QStringList({u"x"_qs, u"y"_qs, u"ChatGPT"_qs}));
     EXPECT_EQ(probe().item(u"newWord"_qs)->property("text"), QString());
 
-    ASSERT_TRUE(probe().tabTo(u"Remove x"_qs));
+    // Rows out of sight are made when there is time.
+    ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"Remove x"_qs); }));
     probe().press(Qt::Key_Down);
     EXPECT_EQ(probe().focusedName(), u"Remove y");
     probe().press(Qt::Key_Delete);

@@ -40,18 +40,6 @@ public:
         return false;
     }
 
-    /// The names of all controls that Tab reaches from here, in order.
-    [[nodiscard]] QStringList tabOrder() const
-    {
-        QStringList names;
-        QQuickItem *first = m_window->activeFocusItem();
-        do {
-            names << focusedName();
-            press(Qt::Key_Tab);
-        } while (m_window->activeFocusItem() != first && names.size() < 60);
-        return names;
-    }
-
     /// The item with this object name; of several, the first.
     [[nodiscard]] QQuickItem *item(const QString &name) const
     {

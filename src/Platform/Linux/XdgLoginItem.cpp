@@ -54,6 +54,16 @@ QString quoted(const QString &argument)
     return u'"' + result + u'"';
 }
 
+/// The command line that starts a program.
+QString commandLine(const QString &program)
+{
+    // Some desktops look for the first word before they undo the doubling of percent signs.
+    if (program.contains(u'%'))
+        return QStringLiteral("/bin/sh -c ") + quoted(QStringLiteral("exec \"$0\"")) + u' '
+            + quoted(program);
+    return quoted(program);
+}
+
 /// The value of a key of the entry at `path`; nothing when there is no such entry or key.
 std::optional<QString> entryValue(const QString &path, const QString &key)
 {
@@ -130,7 +140,8 @@ LoginItem::Result XdgLoginItem::registerItem()
                                          "Terminal=false\n"
                                          "StartupNotify=false\n"
                                          "X-GNOME-Autostart-enabled=true\n");
-    file.write(entry.arg(escaped(quoted(program)), escaped(program)).toUtf8());
+    // Both at once: a percent sign in the path is no place to fill.
+    file.write(entry.arg(escaped(commandLine(program)), escaped(program)).toUtf8());
     if (!file.commit())
         return tl::unexpected(fileError(path, file));
     return {};

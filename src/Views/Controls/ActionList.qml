@@ -17,27 +17,41 @@ ListView {
     cacheBuffer: 200
     Accessible.role: Accessible.List
 
+    /// The row whose button Tab reaches. The view's own current item would take the keyboard from
+    /// what is typed into above the rows.
+    property int row: 0
+
+    currentIndex: -1
+    // Where the user has scrolled to, the keyboard goes on.
+    onMovementEnded: {
+        const index = indexAt(width / 2, contentY + height / 2)
+        if (index >= 0 && !itemAtIndex(row))
+            row = index
+    }
+
     function policyOf(index) {
-        return index === Math.max(currentIndex, 0) ? Qt.StrongFocus : Qt.ClickFocus
+        return index === Math.max(0, Math.min(row, count - 1)) ? Qt.StrongFocus : Qt.ClickFocus
     }
 
     function focusRow(index) {
-        currentIndex = Math.max(0, Math.min(count - 1, index))
-        positionViewAtIndex(currentIndex, ListView.Contain)
-        if (currentItem)
-            currentItem.action.forceActiveFocus(Qt.TabFocusReason)
+        row = Math.max(0, Math.min(count - 1, index))
+        positionViewAtIndex(row, ListView.Contain)
+        const item = itemAtIndex(row)
+        if (item)
+            item.action.forceActiveFocus(Qt.TabFocusReason)
     }
 
+    /// Moves the keyboard as the key says; other keys are left alone.
     function navigate(event) {
-        const row = currentItem ? currentItem.height + spacing : height
-        const page = Math.max(1, Math.floor(height / row) - 1)
+        const item = itemAtIndex(row)
+        const page = item ? Math.max(1, Math.floor(height / (item.height + spacing)) - 1) : 1
         const steps = {
             [Qt.Key_Up]: -1, [Qt.Key_Down]: 1, [Qt.Key_PageUp]: -page, [Qt.Key_PageDown]: page,
             [Qt.Key_Home]: -count, [Qt.Key_End]: count
         }
         if (event.modifiers & ~Qt.KeypadModifier || steps[event.key] === undefined)
             return
-        focusRow(currentIndex + steps[event.key])
+        focusRow(row + steps[event.key])
         event.accepted = true
     }
 

@@ -67,6 +67,7 @@ StepPage {
     }
     ColumnLayout {
         Layout.fillWidth: true
+        Layout.alignment: Qt.AlignHCenter
         visible: page.isWaiting
         spacing: 12
         Note {
