@@ -58,6 +58,8 @@ QCoro::Task<void> PresetModelLoader::load(QString modelId)
     m_loadingModelId.clear();
     // Any other failure has been logged where it happened; the next press or choice tries again.
     m_wasOvertaken = !loaded && loaded.error() == ModelLoadError(WhisperError::modelNotLoaded);
+    if (m_wasOvertaken && m_appState.whisperManager().isModelLoaded())
+        loadPresetModel();
 }
 
 void PresetModelLoader::modelStateChanged(const QString &modelId)

@@ -10,9 +10,7 @@
 #include <QQuickItem>
 #include <QScreen>
 #include <QTest>
-#include <cmath>
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
 
@@ -27,24 +25,6 @@ template <typename T>
 Reply<T> reply(T *taken)
 {
     return {taken, &free};
-}
-
-double processorSeconds()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval &time) {
-        return double(time.tv_sec) + 1e-6 * double(time.tv_usec);
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
-/// Lets events be handled, without polling for them.
-void pass(std::chrono::milliseconds time)
-{
-    QEventLoop loop;
-    QTimer::singleShot(time, &loop, &QEventLoop::quit);
-    loop.exec();
 }
 
 class RecordingPillWindowTest : public ::testing::Test
@@ -232,36 +212,6 @@ TEST_F(RecordingPillWindowTest, LaysItsPartsOutAsDesigned)
     EXPECT_EQ(place(item("indicator")).size(), QSizeF(18, 18));
     EXPECT_FALSE(item("clock")->isVisible());
     EXPECT_FALSE(item("streamingLine")->isVisible());
-}
-
-TEST_F(RecordingPillWindowTest, CostsLittleWhileShownAndNothingWhenHidden)
-{
-    using namespace std::chrono_literals;
-    appState.setTranscriptionState(TranscriptionState::listening);
-    show({600, 400});
-    QTest::qWait(300);
-
-    int tick = 0;
-    QTimer ticks;
-    QObject::connect(&ticks, &QTimer::timeout, &ticks, [&] {
-        ++tick;
-        appState.setRecordingDuration(tick * 0.05);
-        appState.setAudioLevel(float(std::abs(std::sin(tick * 0.7))));
-    });
-    ticks.start(50ms);
-    const double begin = processorSeconds();
-    pass(3000ms);
-    const double share = (processorSeconds() - begin) / 3;
-    RecordProperty("percentOfOneCore", std::to_string(share * 100));
-    EXPECT_LT(share, 0.03);
-    ticks.stop();
-
-    controller.hide();
-    pass(200ms);
-    const double hidden = processorSeconds();
-    pass(1500ms);
-    EXPECT_LT((processorSeconds() - hidden) / 1.5, 0.002);
-    std::cout << "[          ] " << share * 100 << " % of one core while shown\n";
 }
 
 } // namespace

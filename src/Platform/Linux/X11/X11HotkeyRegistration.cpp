@@ -164,6 +164,10 @@ void X11HotkeyRegistration::ungrabOnAllKeyboards(const Grab &grab)
         return;
     for (const uint16_t device : m_keyboards->physicalKeyboards())
         ungrabOn(device, grab);
+    // The server has done it when it answers what was asked after it.
+    xcb_connection_t *const xcb = m_connection->xcb();
+    const XcbReply<xcb_get_input_focus_reply_t> answer(
+        xcb_get_input_focus_reply(xcb, xcb_get_input_focus(xcb), nullptr));
 }
 
 tl::expected<HotkeyRegistration::Reference, HotkeyRegistration::Status>
