@@ -23,6 +23,8 @@ constexpr auto passInterval = static_cast<qsizetype>(sampleRate * chunkDurationS
 /// The most that a pass hears.
 constexpr qsizetype windowLimit = 240'000;
 constexpr int stackLines = 10;
+/// The library mirrors the first 200 samples after the first one, without asking for their number.
+constexpr size_t samplesLookedAt = 201;
 /// A result code that the library does not give.
 constexpr int outOfMemory = -1000;
 
@@ -351,10 +353,18 @@ int WhisperContext::Executor::recognise(const std::vector<float> &samples, const
     if (!initialPrompt.isEmpty())
         parameters.initial_prompt = initialPrompt.constData();
 
+    // Whatever the count, the library looks at what would be the first samples.
+    std::vector<float> lengthened;
+    if (samples.size() < samplesLookedAt) {
+        lengthened = samples;
+        lengthened.resize(samplesLookedAt);
+    }
+
     whisper_reset_timings(m_context.get());
     int code = outOfMemory;
     try {
-        code = whisper_full(m_context.get(), parameters, samples.data(),
+        code = whisper_full(m_context.get(), parameters,
+                            lengthened.empty() ? samples.data() : lengthened.data(),
                             static_cast<int>(samples.size()));
     } catch (const std::bad_alloc &) {
         // A failure like the library's own.
