@@ -1,6 +1,7 @@
 #include "Managers/TextCorrector.h"
 
 #include "Core/Graphemes.h"
+#include "Managers/CorrectionLanguages.h"
 
 #include <algorithm>
 #include <array>
@@ -26,72 +27,6 @@ namespace Velloro {
 namespace {
 
 using namespace std::string_view_literals;
-
-using Texts = std::span<const std::u16string_view>;
-
-constexpr std::u16string_view englishFillers[] = {
-    u"um",        u"uh",       u"eh",       u"ah",        u"er",       u"uhm",    u"umm",
-    u"uhh",       u"hmm",      u"hm",       u"mm",        u"mmm",      u"like",   u"basically",
-    u"literally", u"actually", u"honestly", u"obviously", u"you know", u"i mean", u"kind of",
-    u"sort of",   u"right",    u"okay so",  u"so yeah",
-};
-constexpr std::u16string_view polishFillers[] = {
-    u"yyy",       u"eee",     u"no",         u"no i",      u"znaczy",   u"wiesz",    u"jakby",
-    u"tak jakby", u"w sumie", u"generalnie", u"właściwie", u"no wiesz", u"tego",     u"kurde",
-    u"po prostu", u"tam",     u"takie tam",  u"no nie",    u"wie pan",  u"wie pani",
-};
-constexpr std::u16string_view germanFillers[] = {
-    u"äh",       u"ähm",       u"öhm",       u"hm",         u"also",
-    u"halt",     u"quasi",     u"sozusagen", u"eigentlich", u"irgendwie",
-    u"na ja",    u"naja",      u"genau",     u"weißt du",   u"du weißt schon",
-    u"ich mein", u"ich meine",
-};
-constexpr std::u16string_view spanishFillers[] = {
-    u"eh",      u"em",       u"este",        u"esto",      u"pues",     u"bueno",
-    u"o sea",   u"es decir", u"como que",    u"sabes",     u"ya sabes", u"mira",
-    u"digamos", u"entonces", u"básicamente", u"la verdad", u"tipo",     u"onda",
-};
-constexpr std::u16string_view frenchFillers[] = {
-    u"euh",   u"heu",    u"bah",     u"ben",     u"donc",    u"alors",
-    u"genre", u"quoi",   u"tu vois", u"tu sais", u"en fait", u"du coup",
-    u"voilà", u"disons", u"enfin",   u"bon",     u"bref",
-};
-constexpr std::u16string_view italianFillers[] = {
-    u"ehm",     u"eh",     u"uhm",    u"cioè",       u"tipo", u"praticamente",
-    u"insomma", u"allora", u"dunque", u"diciamo",    u"sai",  u"capito",
-    u"appunto", u"ecco",   u"vabbè",  u"in pratica",
-};
-constexpr std::u16string_view portugueseFillers[] = {
-    u"é",          u"hm",         u"tipo",  u"então",  u"né",   u"sabe", u"assim",   u"basicamente",
-    u"na verdade", u"quer dizer", u"enfim", u"pois é", u"olha", u"veja", u"digamos", u"bom",
-};
-constexpr std::u16string_view russianFillers[] = {
-    u"э",         u"эм",     u"ну",      u"как бы",      u"типа",   u"короче",
-    u"вот",       u"значит", u"в общем", u"ну типа",     u"слушай", u"знаешь",
-    u"понимаешь", u"блин",   u"то есть", u"так сказать",
-};
-constexpr std::u16string_view japaneseFillers[] = {
-    u"あの", u"えーと",   u"ええと", u"その", u"なんか",
-    u"まあ", u"ちょっと", u"えー",   u"あー", u"うーん",
-};
-constexpr std::u16string_view chineseFillers[] = {
-    u"那个", u"这个", u"嗯", u"额", u"就是", u"然后", u"所以说", u"对吧",
-};
-
-struct Language
-{
-    std::u16string_view code;
-    bool capitalizes;
-    Texts fillers;
-};
-
-constexpr std::array languages{
-    Language{u"en", true, englishFillers},    Language{u"pl", true, polishFillers},
-    Language{u"de", true, germanFillers},     Language{u"es", true, spanishFillers},
-    Language{u"fr", true, frenchFillers},     Language{u"it", true, italianFillers},
-    Language{u"pt", true, portugueseFillers}, Language{u"ru", true, russianFillers},
-    Language{u"ja", false, japaneseFillers},  Language{u"zh", false, chineseFillers},
-};
 
 // In these patterns `\s` and `\w` stand in brackets where they are repeated. It means the same, but
 // the engine repeats a set without remembering every single step of it, so that no length of text
@@ -307,7 +242,7 @@ struct Occurrence
 class FillerSet
 {
 public:
-    explicit FillerSet(Texts texts)
+    explicit FillerSet(std::span<const std::u16string_view> texts)
     {
         for (const std::u16string_view text : texts) {
             m_fillers.emplace_back(text);
@@ -379,10 +314,10 @@ private:
 
 const FillerSet &fillerSet(size_t language)
 {
-    static std::array<std::once_flag, languages.size()> once;
-    static std::array<std::unique_ptr<const FillerSet>, languages.size()> sets;
+    static std::array<std::once_flag, correctionLanguages.size()> once;
+    static std::array<std::unique_ptr<const FillerSet>, correctionLanguages.size()> sets;
     std::call_once(once[language], [&] {
-        sets[language] = std::make_unique<const FillerSet>(languages[language].fillers);
+        sets[language] = std::make_unique<const FillerSet>(correctionLanguages[language].fillers);
     });
     return *sets[language];
 }
@@ -638,16 +573,16 @@ void applyPatterns(QString &text, const FillerSet &fillers)
 
 QString TextCorrector::correct(const QString &text, const QString &language)
 {
-    const auto known = std::ranges::find(languages, view(language), &Language::code);
+    const auto known = std::ranges::find(correctionLanguages, view(language), &CorrectionLanguage::code);
     const size_t fillers =
-        known == languages.end() ? 0 : static_cast<size_t>(known - languages.begin());
+        known == correctionLanguages.end() ? 0 : static_cast<size_t>(known - correctionLanguages.begin());
 
     QString corrected = text;
     // The engine counts code units in 32 bits.
     if (corrected.size() < std::numeric_limits<int32_t>::max())
         applyPatterns(corrected, fillerSet(fillers));
     corrected = corrected.trimmed();
-    if (known != languages.end() && known->capitalizes && !corrected.isEmpty())
+    if (known != correctionLanguages.end() && known->capitalizes && !corrected.isEmpty())
         capitalize(corrected);
     return corrected;
 }
