@@ -292,8 +292,11 @@ TEST_F(DictationControllerTest, ModelOfThePresetIsTheOneThatIsUsed)
     ASSERT_TRUE(waitForModel("base"));
 
     // A load that was overtaken is made up for.
-    state->setSelectedModel(ModelPreset::medium);
-    manager.loadModel(WhisperModelType::base);
+    {
+        FakeWhisper::Hold hold(FakeWhisper::Point::load);
+        state->setSelectedModel(ModelPreset::medium);
+        manager.loadModel(WhisperModelType::base);
+    }
     ASSERT_TRUE(waitForModel("small-q8_0"));
     state->setSelectedModel(ModelPreset::small);
     ASSERT_TRUE(waitForModel("base"));
