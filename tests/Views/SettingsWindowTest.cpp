@@ -175,7 +175,7 @@ TEST_F(SettingsWindowTest, LongListsAreScrolledThroughAtOnce)
     open();
     probe().press(Qt::Key_Right);
     probe().press(Qt::Key_Right);
-    ASSERT_TRUE(probe().tabTo(u"Remove word 0"_qs));
+    ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"Remove word 0"_qs); }));
     QElapsedTimer clock;
     clock.start();
     probe().press(Qt::Key_End);
@@ -186,7 +186,7 @@ TEST_F(SettingsWindowTest, LongListsAreScrolledThroughAtOnce)
     EXPECT_LT(clock.elapsed(), 5000);
 
     probe().press(Qt::Key_Tab, Qt::ControlModifier);
-    ASSERT_TRUE(probe().tabTo(u"Copy"_qs));
+    ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"Copy"_qs); }));
     clock.restart();
     probe().press(Qt::Key_End);
     probe().press(Qt::Key_Space);

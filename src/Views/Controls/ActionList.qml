@@ -34,11 +34,13 @@ ListView {
     }
 
     function focusRow(index) {
-        row = Math.max(0, Math.min(count - 1, index))
-        positionViewAtIndex(row, ListView.Contain)
-        const item = itemAtIndex(row)
+        const next = Math.max(0, Math.min(count - 1, index))
+        positionViewAtIndex(next, ListView.Contain)
+        const item = itemAtIndex(next)
+        // First the keyboard, then the stop: what has the keyboard can't cease to be one.
         if (item)
             item.action.forceActiveFocus(Qt.TabFocusReason)
+        row = next
     }
 
     /// Moves the keyboard as the key says; other keys are left alone.
