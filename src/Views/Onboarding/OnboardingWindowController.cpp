@@ -19,28 +19,21 @@ constexpr double cornerRadius = 10;
 OnboardingWindowController::OnboardingWindowController(Platform &platform, AppState &appState,
                                                        HotkeyManager &hotkeyManager,
                                                        ViewEngine &engine, QObject *parent)
-    : QObject(parent)
-    , m_platform(platform)
-    , m_appState(appState)
-    , m_hotkeyManager(hotkeyManager)
-    , m_engine(engine)
+    : WindowController(platform, appState, hotkeyManager, engine, parent)
     , m_permissionsManager(platform, appState)
     , m_download(appState)
 {
 }
 
-void OnboardingWindowController::open()
+OnboardingWindowController::~OnboardingWindowController()
 {
-    if (m_window.window()) {
-        m_window.bringToFront();
-        return;
-    }
+    drop();
+}
+
+WindowController::Content OnboardingWindowController::makeContent()
+{
     auto view = std::make_unique<FramelessView>(m_engine, Qt::Window, cornerRadius);
     view->setTitle(QStringLiteral("Welcome to Velloro"));
-    view->setResizeMode(QQuickView::SizeRootObjectToView);
-    view->setMinimumSize(windowSize);
-    view->setMaximumSize(windowSize);
-    view->resize(windowSize);
     if (QScreen *screen = WindowPlacement::screenAt(QCursor::pos())) {
         QRect frame(QPoint(), windowSize);
         frame.moveCenter(screen->availableGeometry().center());
@@ -49,11 +42,10 @@ void OnboardingWindowController::open()
     }
     auto model = std::make_unique<OnboardingModel>(m_platform, m_appState, m_hotkeyManager,
                                                    m_permissionsManager, m_download);
-    connect(
-        model.get(), &OnboardingModel::dismissRequested, this, [this] { m_window.close(); },
-        Qt::QueuedConnection);
-    m_window.open(std::move(view), QStringLiteral("Onboarding/OnboardingView.qml"),
-                  std::move(model));
+    connect(model.get(), &OnboardingModel::dismissRequested, this, &WindowController::close,
+            Qt::QueuedConnection);
+    return {std::move(view), windowSize, QStringLiteral("Onboarding/OnboardingView.qml"),
+            std::move(model)};
 }
 
 } // namespace Velloro

@@ -1,18 +1,14 @@
 #pragma once
 
-#include "Core/AppState.h"
-#include "Managers/HotkeyManager.h"
 #include "Managers/PermissionsManager.h"
-#include "Platform/Platform.h"
 #include "Views/Onboarding/ModelDownloadStepModel.h"
-#include "Views/ViewWindow.h"
-
-#include <QObject>
+#include "Views/WindowController.h"
 
 namespace Velloro {
 
-/// The first-run window, "Welcome to Velloro". Main thread only.
-class OnboardingWindowController : public QObject
+/// The first-run window, "Welcome to Velloro", which opens at its first step in the middle of the
+/// screen. Main thread only.
+class OnboardingWindowController : public WindowController
 {
     Q_OBJECT
 
@@ -21,23 +17,15 @@ public:
     OnboardingWindowController(Platform &platform, AppState &appState,
                                HotkeyManager &hotkeyManager, ViewEngine &engine,
                                QObject *parent = nullptr);
+    ~OnboardingWindowController() override;
 
-    /// Opens the window at its first step, in the middle of the screen, or brings the one that is
-    /// open to the front.
-    void open();
-
-    /// Null while it is closed.
-    [[nodiscard]] QQuickWindow *window() const { return m_window.window(); }
+protected:
+    [[nodiscard]] Content makeContent() override;
 
 private:
-    Platform &m_platform;
-    AppState &m_appState;
-    HotkeyManager &m_hotkeyManager;
-    ViewEngine &m_engine;
     // What goes on when the window has been closed.
     PermissionsManager m_permissionsManager;
     ModelDownloadStepModel m_download;
-    ViewWindow m_window;
 };
 
 } // namespace Velloro

@@ -1,18 +1,43 @@
-#include "Views/ViewWindow.h"
+#include "Views/WindowController.h"
 
 #include "Core/Log.h"
 
 namespace Velloro {
 
-ViewWindow::~ViewWindow()
+WindowController::WindowController(Platform &platform, AppState &appState,
+                                   HotkeyManager &hotkeyManager, ViewEngine &engine,
+                                   QObject *parent)
+    : QObject(parent)
+    , m_platform(platform)
+    , m_appState(appState)
+    , m_hotkeyManager(hotkeyManager)
+    , m_engine(engine)
+{
+}
+
+WindowController::~WindowController()
+{
+    drop();
+}
+
+void WindowController::drop()
 {
     if (m_window)
         m_window->disconnect();
+    m_window.reset();
 }
 
-void ViewWindow::open(std::unique_ptr<QQuickView> view, const QString &file,
-                      std::unique_ptr<QObject> model)
+void WindowController::open()
 {
+    if (m_window) {
+        bringToFront();
+        return;
+    }
+    auto [view, size, file, model] = makeContent();
+    view->setResizeMode(QQuickView::SizeRootObjectToView);
+    view->setMinimumSize(size);
+    view->setMaximumSize(size);
+    view->resize(size);
     view->setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(model.get())}});
     // The window's children go after its content, which needs the model to the end.
     model.release()->setParent(view.get());
@@ -23,7 +48,7 @@ void ViewWindow::open(std::unique_ptr<QQuickView> view, const QString &file,
         return;
     }
     m_window = std::move(view);
-    QObject::connect(m_window.get(), &QWindow::visibleChanged, m_window.get(), [this](bool visible) {
+    connect(m_window.get(), &QWindow::visibleChanged, m_window.get(), [this](bool visible) {
         // The window is still in the midst of being hidden.
         if (!visible)
             m_window.release()->deleteLater();
@@ -31,10 +56,8 @@ void ViewWindow::open(std::unique_ptr<QQuickView> view, const QString &file,
     bringToFront();
 }
 
-void ViewWindow::bringToFront()
+void WindowController::bringToFront()
 {
-    if (!m_window)
-        return;
     // One that was made small comes back.
     m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowStates(Qt::WindowMinimized));
     m_window->show();
@@ -42,7 +65,7 @@ void ViewWindow::bringToFront()
     m_window->requestActivate();
 }
 
-void ViewWindow::close()
+void WindowController::close()
 {
     if (m_window)
         m_window->close();

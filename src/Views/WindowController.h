@@ -1,0 +1,61 @@
+#pragma once
+
+#include "Core/AppState.h"
+#include "Managers/HotkeyManager.h"
+#include "Platform/Platform.h"
+#include "Views/ViewEngine.h"
+
+#include <QObject>
+#include <QQuickView>
+#include <memory>
+
+namespace Velloro {
+
+/// One window of the program, of a fixed size, that is made when it is opened and dropped when it
+/// is closed. Main thread only.
+class WindowController : public QObject
+{
+    Q_OBJECT
+
+public:
+    ~WindowController() override;
+
+    /// Opens the window, or brings the one that is open before all others; it gets the keyboard. A
+    /// view that can't be made is logged and not shown.
+    void open();
+    void close();
+
+    /// Null while it is closed.
+    [[nodiscard]] QQuickWindow *window() const { return m_window.get(); }
+
+protected:
+    /// What a window is made of: the view, its QML file, and the object that is the file's property
+    /// `model`.
+    struct Content
+    {
+        std::unique_ptr<QQuickView> view;
+        QSize size;
+        QString file;
+        std::unique_ptr<QObject> model;
+    };
+
+    /// All of these outlive it.
+    WindowController(Platform &platform, AppState &appState, HotkeyManager &hotkeyManager,
+                     ViewEngine &engine, QObject *parent);
+
+    [[nodiscard]] virtual Content makeContent() = 0;
+    /// Destroys the window at once: for the destructors of those whose members it uses.
+    void drop();
+
+    Platform &m_platform;
+    AppState &m_appState;
+    HotkeyManager &m_hotkeyManager;
+    ViewEngine &m_engine;
+
+private:
+    void bringToFront();
+
+    std::unique_ptr<QQuickView> m_window;
+};
+
+} // namespace Velloro
