@@ -19,11 +19,6 @@ constexpr uint32_t hotkeyId = 1;
 // Greater modifier values are a key event's flags, not the classic mask.
 constexpr uint32_t largestClassicMask = 10'000;
 
-constexpr uint32_t eventFlagCommand = 0x100000;
-constexpr uint32_t eventFlagOption = 0x80000;
-constexpr uint32_t eventFlagControl = 0x40000;
-constexpr uint32_t eventFlagShift = 0x20000;
-
 HotkeyManager *sharedInstance = nullptr;
 
 /// The integer under `key`, 0 when there is none; nothing when it is no unsigned 32-bit number.
@@ -185,8 +180,8 @@ QString HotkeyManager::string(uint32_t keyCode, uint32_t modifiers)
 
 uint32_t HotkeyManager::nsEventToCarbonModifiers(uint32_t flags)
 {
-    return (flags & eventFlagCommand ? cmdKey : 0) | (flags & eventFlagOption ? optionKey : 0)
-        | (flags & eventFlagControl ? controlKey : 0) | (flags & eventFlagShift ? shiftKey : 0);
+    return (flags & EventFlag::command ? cmdKey : 0) | (flags & EventFlag::option ? optionKey : 0)
+        | (flags & EventFlag::control ? controlKey : 0) | (flags & EventFlag::shift ? shiftKey : 0);
 }
 
 QString HotkeyManager::keyString(int keyCode)

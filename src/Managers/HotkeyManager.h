@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/ModifierKeys.h"
 #include "Platform/Platform.h"
 
 #include <QObject>
@@ -26,10 +27,10 @@ class HotkeyManager : public QObject
 public:
     using Callback = std::function<void()>;
 
-    static constexpr uint32_t cmdKey = 256;
-    static constexpr uint32_t shiftKey = 512;
-    static constexpr uint32_t optionKey = 2048;
-    static constexpr uint32_t controlKey = 4096;
+    static constexpr uint32_t cmdKey = ClassicMask::command;
+    static constexpr uint32_t shiftKey = ClassicMask::shift;
+    static constexpr uint32_t optionKey = ClassicMask::option;
+    static constexpr uint32_t controlKey = ClassicMask::control;
 
     /// Makes the process-wide instance from the platform's services. Whoever calls this owns it;
     /// `shared` refers to it until it is destroyed. At most one exists at a time.

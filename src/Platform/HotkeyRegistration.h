@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/ModifierKeys.h"
+
 #include <cstdint>
 #include <functional>
 #include <tl/expected.hpp>
@@ -18,7 +20,7 @@ struct HotkeyIdentifier
 /// System-wide key combinations, seen whichever application has the keyboard focus.
 ///
 /// Key codes are virtual key codes (positions on the keyboard, independent of its layout; 49 is
-/// Space), modifier masks the classic ones: Command 256, Shift 512, Option 2048, Control 4096.
+/// Space), modifier masks are made of bits of `ClassicMask`.
 /// Called on the main thread; handlers are called there, too.
 class HotkeyRegistration
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/ModifierKeys.h"
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -14,8 +16,7 @@ struct KeyEvent
     Type type = Type::keyDown;
     /// Virtual key code: the position on the keyboard, whatever the layout.
     uint32_t keyCode = 0;
-    /// The modifiers that are held, after a change of them: Command 0x100000, Option 0x80000,
-    /// Control 0x40000, Shift 0x20000. Other bits may be set.
+    /// The modifiers that are held, after a change of them: bits of `EventFlag`. Other bits may be set.
     uint32_t modifierFlags = 0;
 
     friend bool operator==(const KeyEvent &, const KeyEvent &) = default;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/ModifierKeys.h"
+
 #include <chrono>
 #include <cstdint>
 
@@ -10,7 +12,7 @@ class KeyboardEvents
 {
 public:
     /// Event flag of the Command modifier.
-    static constexpr uint64_t commandFlag = 0x100000;
+    static constexpr uint64_t commandFlag = EventFlag::command;
 
     virtual ~KeyboardEvents() = default;
 

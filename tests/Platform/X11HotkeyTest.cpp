@@ -1,13 +1,12 @@
 #include "Platform/Linux/X11/X11HotkeyRegistration.h"
 
 #include "Platform/KeyWindow.h"
-#include "Platform/PhysicalKeyboard.h"
+#include "Platform/X11KeyTestBase.h"
 #include "Support/WaitUntil.h"
 
 #include <QCoreApplication>
 #include <QProcess>
 #include <algorithm>
-#include <gmock/gmock.h>
 
 namespace Velloro {
 namespace {
@@ -15,24 +14,22 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-constexpr uint32_t spaceBar = 49, option = 2048, control = 4096, shift = 512, command = 256;
+using namespace ClassicMask;
+
+constexpr uint32_t spaceBar = 49;
 constexpr HotkeyIdentifier identifier{1, 7};
 
-class X11HotkeyTest : public ::testing::Test
+class X11HotkeyTest : public X11KeyTestBase
 {
 protected:
     void SetUp() override
     {
-        connection = X11Connection::open();
-        if (!connection)
-            GTEST_SKIP() << "there is no X server";
-        if (!keyboard.isThere())
-            GTEST_SKIP() << "the X server has no keyboard of its own (Xvfb has)";
-        setKeyboardLayout({u"us"_qs});
+        X11KeyTestBase::SetUp();
+        if (IsSkipped())
+            return;
         hotkeys = std::make_unique<X11HotkeyRegistration>(connection);
         listen(*hotkeys);
     }
-    void TearDown() override { setKeyboardLayout({u"us"_qs}); }
 
     void listen(X11HotkeyRegistration &registration)
     {
@@ -42,6 +39,12 @@ protected:
         registration.setReleasedHandler([this](const HotkeyIdentifier *which) {
             events << (which && *which == identifier ? u"release"_qs : u"wrong release"_qs);
         });
+    }
+
+    void tapOptionSpace()
+    {
+        keyboard.press({Key::leftAlt, Key::space});
+        keyboard.release({Key::space, Key::leftAlt});
     }
 
     /// What has been delivered since the last call, once everything sent has arrived.
@@ -78,8 +81,6 @@ protected:
     }
 
     const std::string once = "press, release";
-    PhysicalKeyboard keyboard;
-    std::shared_ptr<X11Connection> connection;
     std::unique_ptr<X11HotkeyRegistration> hotkeys;
     QStringList events;
 };
@@ -109,8 +110,7 @@ TEST_F(X11HotkeyTest, worksWhateverIsLockedOrLaidOut)
 {
     registerOptionSpace();
     const auto expectOnce = [&](const char *state) {
-        keyboard.press({Key::leftAlt, Key::space});
-        keyboard.release({Key::space, Key::leftAlt});
+        tapOptionSpace();
         EXPECT_EQ(take(), once) << state;
     };
     keyboard.tap(Key::capsLock);
@@ -233,9 +233,7 @@ TEST_F(X11HotkeyTest, isGivenBack)
     const auto reference = registerOptionSpace();
     hotkeys->unregisterHotkey(reference);
     hotkeys->unregisterHotkey(reference);
-    keyboard.press({Key::leftAlt});
-    keyboard.tap(Key::space);
-    keyboard.release({Key::leftAlt});
+    tapOptionSpace();
     EXPECT_EQ(take(), "");
     EXPECT_THAT(window.take(), HasSubstr("+space with Alt"));
 
@@ -263,9 +261,7 @@ TEST_F(X11HotkeyTest, followsModifiersThatMove)
     setKeyboardLayout({u"us"_qs});
     moveAltToModifier3();
     take();
-    keyboard.press({Key::leftAlt});
-    keyboard.tap(Key::space);
-    keyboard.release({Key::leftAlt});
+    tapOptionSpace();
     EXPECT_EQ(take(), once);
 }
 
@@ -301,8 +297,7 @@ TEST_F(X11HotkeyTest, aLostCombinationIsToldAndHadAgain)
     keyboard.setEnabled(true);
     ASSERT_TRUE(waitUntil([&] { return statuses.size() == 2; }));
     EXPECT_THAT(statuses, ElementsAre(XCB_ACCESS, 0));
-    keyboard.press({Key::leftAlt, Key::space});
-    keyboard.release({Key::space, Key::leftAlt});
+    tapOptionSpace();
     EXPECT_EQ(take(), once);
 }
 
@@ -318,8 +313,7 @@ TEST_F(X11HotkeyTest, withoutAKeyboardItIsRefusedUntilOneComes)
     });
     keyboard.setEnabled(true);
     ASSERT_TRUE(waitUntil([&] { return isRegistered; }));
-    keyboard.press({Key::leftAlt, Key::space});
-    keyboard.release({Key::space, Key::leftAlt});
+    tapOptionSpace();
     EXPECT_EQ(take(), once);
 }
 
@@ -334,8 +328,7 @@ TEST_F(X11HotkeyTest, aKeyboardThatGoesAwayReleasesAndOneThatComesCounts)
     keyboard.release({Key::space, Key::leftAlt});
     take();
 
-    keyboard.press({Key::leftAlt, Key::space});
-    keyboard.release({Key::space, Key::leftAlt});
+    tapOptionSpace();
     EXPECT_EQ(take(), once);
 }
 

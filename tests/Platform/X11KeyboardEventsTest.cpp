@@ -3,10 +3,9 @@
 #include "Platform/KeyWindow.h"
 #include "Platform/Linux/X11/VirtualKeyMap.h"
 #include "Platform/Linux/X11/X11HotkeyRegistration.h"
-#include "Platform/PhysicalKeyboard.h"
+#include "Platform/X11KeyTestBase.h"
 
 #include <QCoreApplication>
-#include <gmock/gmock.h>
 #include <set>
 
 namespace Velloro {
@@ -14,17 +13,14 @@ namespace {
 
 constexpr uint32_t keyV = 9, keyDelete = 51;
 
-class X11KeyboardEventsTest : public ::testing::Test
+class X11KeyboardEventsTest : public X11KeyTestBase
 {
 protected:
     void SetUp() override
     {
-        connection = X11Connection::open();
-        if (!connection)
-            GTEST_SKIP() << "there is no X server";
-        if (!keyboard.isThere())
-            GTEST_SKIP() << "the X server has no keyboard of its own (Xvfb has)";
-        setKeyboardLayout({u"us"_qs});
+        X11KeyTestBase::SetUp();
+        if (IsSkipped())
+            return;
         window = std::make_unique<KeyWindow>();
         ASSERT_TRUE(window->isReady);
         strokes = std::make_unique<X11KeyboardEvents>(
@@ -35,7 +31,6 @@ protected:
                             .awaitPaste = {},
                         });
     }
-    void TearDown() override { setKeyboardLayout({u"us"_qs}); }
 
     void stroke(uint32_t keyCode, uint64_t flags)
     {
@@ -60,8 +55,6 @@ protected:
         });
     }
 
-    PhysicalKeyboard keyboard;
-    std::shared_ptr<X11Connection> connection;
     std::unique_ptr<KeyWindow> window;
     std::unique_ptr<X11KeyboardEvents> strokes;
     bool isTerminal = false;
@@ -72,7 +65,7 @@ TEST_F(X11KeyboardEventsTest, sendsKeysWithExactlyTheGivenModifiers)
 {
     stroke(keyDelete, 0);
     EXPECT_EQ(window->take(), "+BackSpace, -BackSpace");
-    stroke(0, 0x20000 | 0x80000);
+    stroke(0, EventFlag::shift | EventFlag::option);
     EXPECT_EQ(window->take(), "+Alt_L, +Shift_L with Alt, +a with Shift+Alt, -a, -Shift_L, -Alt_L");
     EXPECT_FALSE(strokes->post(keyDelete, false, 0));
     EXPECT_FALSE(strokes->post(127, true, 0));
@@ -91,7 +84,7 @@ TEST_F(X11KeyboardEventsTest, arrivesPlainWhileTheHotkeyIsHeld)
     int presses = 0, releases = 0;
     hotkeys.setPressedHandler([&](auto) { ++presses; });
     hotkeys.setReleasedHandler([&](auto) { ++releases; });
-    ASSERT_TRUE(hotkeys.registerHotkey(49, 2048 | 4096, {1, 1}));
+    ASSERT_TRUE(hotkeys.registerHotkey(49, ClassicMask::option | ClassicMask::control, {1, 1}));
     keyboard.press({Key::leftControl, Key::leftAlt, Key::space});
     ASSERT_TRUE(waitUntil([&] { return presses == 1; }));
     sync();

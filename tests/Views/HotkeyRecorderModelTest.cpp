@@ -10,10 +10,7 @@ namespace Velloro {
 
 namespace {
 
-constexpr uint32_t command = 0x100000;
-constexpr uint32_t option = 0x80000;
-constexpr uint32_t control = 0x40000;
-constexpr uint32_t shift = 0x20000;
+using namespace EventFlag;
 
 class HotkeyRecorderModelTest : public ::testing::Test
 {

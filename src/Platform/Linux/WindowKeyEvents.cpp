@@ -1,6 +1,7 @@
 #include "Platform/Linux/WindowKeyEvents.h"
 
 #include "Platform/Linux/X11/VirtualKeyMap.h"
+#include "Platform/ModifierKeys.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -11,31 +12,26 @@ namespace Velloro {
 
 namespace {
 
-constexpr uint32_t commandFlag = 0x100000;
-constexpr uint32_t optionFlag = 0x80000;
-constexpr uint32_t controlFlag = 0x40000;
-constexpr uint32_t shiftFlag = 0x20000;
-
 /// A key that is a modifier in the live layout, and its flag; 0 for those without one.
 std::optional<uint32_t> modifierFlag(quint32 keysym)
 {
     switch (keysym) {
     case 0xffe1: // Shift_L
     case 0xffe2: // Shift_R
-        return shiftFlag;
+        return EventFlag::shift;
     case 0xffe3: // Control_L
     case 0xffe4: // Control_R
-        return controlFlag;
+        return EventFlag::control;
     case 0xffe7: // Meta_L, which is Alt with Shift held
     case 0xffe8: // Meta_R
     case 0xffe9: // Alt_L
     case 0xffea: // Alt_R
-        return optionFlag;
+        return EventFlag::option;
     case 0xffeb: // Super_L
     case 0xffec: // Super_R
     case 0xffed: // Hyper_L
     case 0xffee: // Hyper_R
-        return commandFlag;
+        return EventFlag::command;
     case 0xff7e: // Mode_switch
     case 0xff7f: // Num_Lock
     case 0xffe5: // Caps_Lock
@@ -50,10 +46,10 @@ std::optional<uint32_t> modifierFlag(quint32 keysym)
 
 uint32_t flags(Qt::KeyboardModifiers modifiers)
 {
-    return (modifiers.testFlag(Qt::MetaModifier) ? commandFlag : 0)
-        | (modifiers.testFlag(Qt::AltModifier) ? optionFlag : 0)
-        | (modifiers.testFlag(Qt::ControlModifier) ? controlFlag : 0)
-        | (modifiers.testFlag(Qt::ShiftModifier) ? shiftFlag : 0);
+    return (modifiers.testFlag(Qt::MetaModifier) ? EventFlag::command : 0)
+        | (modifiers.testFlag(Qt::AltModifier) ? EventFlag::option : 0)
+        | (modifiers.testFlag(Qt::ControlModifier) ? EventFlag::control : 0)
+        | (modifiers.testFlag(Qt::ShiftModifier) ? EventFlag::shift : 0);
 }
 
 class KeyEventFilter final : public QObject, public KeyEventMonitor::Monitor

@@ -8,13 +8,6 @@
 
 namespace Velloro {
 
-namespace {
-
-constexpr uint32_t classicAlt = 2048;
-constexpr uint32_t classicSuper = 256;
-
-} // namespace
-
 X11HotkeyRegistration::X11HotkeyRegistration(std::shared_ptr<X11Connection> connection)
     : m_connection(std::move(connection))
 {
@@ -250,7 +243,7 @@ void X11HotkeyRegistration::handleKeyPress(uint16_t device, uint8_t keycode, uin
 
     // The application saw Alt or Super go down but not the key, and would take their release for
     // a tap on that modifier, which moves the focus to a menu. A key without meaning prevents it.
-    if (registration.modifiers & (classicAlt | classicSuper)) {
+    if (registration.modifiers & (ClassicMask::option | ClassicMask::command)) {
         if (const auto meaningless = m_keymap->unassignedKeycode())
             m_keyboards->tap(*meaningless);
     }

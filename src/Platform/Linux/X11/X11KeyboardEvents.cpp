@@ -18,15 +18,6 @@ constexpr uint32_t keyV = 9;
 constexpr uint32_t keyDelete = 51;
 constexpr uint32_t keyInsert = 114;
 
-constexpr uint64_t shiftFlag = 0x20000;
-constexpr uint64_t controlFlag = 0x40000;
-constexpr uint64_t optionFlag = 0x80000;
-
-constexpr uint32_t classicCommand = 256;
-constexpr uint32_t classicShift = 512;
-constexpr uint32_t classicOption = 2048;
-constexpr uint32_t classicControl = 4096;
-
 constexpr std::chrono::milliseconds receiptPatience{500};
 
 } // namespace
@@ -157,10 +148,11 @@ std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::chord(uint32_t keyCod
         return std::nullopt;
 
     Chord keys;
-    constexpr std::pair<uint64_t, uint32_t> modifiers[] = {{commandFlag, classicCommand},
-                                                           {controlFlag, classicControl},
-                                                           {optionFlag, classicOption},
-                                                           {shiftFlag, classicShift}};
+    constexpr std::pair<uint64_t, uint32_t> modifiers[] = {
+        {EventFlag::command, ClassicMask::command},
+        {EventFlag::control, ClassicMask::control},
+        {EventFlag::option, ClassicMask::option},
+        {EventFlag::shift, ClassicMask::shift}};
     for (const auto &[flag, classic] : modifiers) {
         if (!(flags & flag))
             continue;

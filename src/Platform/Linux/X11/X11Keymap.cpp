@@ -3,6 +3,7 @@
 #include "Platform/Linux/X11/VirtualKeyMap.h"
 #include "Platform/Linux/X11/XcbKeyboardExtension.h"
 #include "Platform/Linux/X11/XcbReply.h"
+#include "Platform/ModifierKeys.h"
 
 #include <algorithm>
 #include <span>
@@ -12,11 +13,6 @@
 namespace Velloro {
 
 namespace {
-
-constexpr uint32_t commandMask = 256;
-constexpr uint32_t shiftMask = 512;
-constexpr uint32_t optionMask = 2048;
-constexpr uint32_t controlMask = 4096;
 
 constexpr std::initializer_list<xkb_keysym_t> lockSymbols = {
     XKB_KEY_Caps_Lock,  XKB_KEY_Shift_Lock,      XKB_KEY_Num_Lock,
@@ -162,9 +158,9 @@ std::optional<uint16_t> X11Keymap::modifierMask(uint32_t classicMask)
     if (!load())
         return std::nullopt;
     uint16_t mask = 0;
-    if (classicMask & shiftMask)
+    if (classicMask & ClassicMask::shift)
         mask |= XCB_MOD_MASK_SHIFT;
-    if (classicMask & controlMask)
+    if (classicMask & ClassicMask::control)
         mask |= XCB_MOD_MASK_CONTROL;
 
     constexpr uint16_t free = XCB_MOD_MASK_1 | XCB_MOD_MASK_2 | XCB_MOD_MASK_3 | XCB_MOD_MASK_4
@@ -178,10 +174,10 @@ std::optional<uint16_t> X11Keymap::modifierMask(uint32_t classicMask)
         mask |= found & -found;
         return found != 0;
     };
-    if ((classicMask & optionMask)
+    if ((classicMask & ClassicMask::option)
         && !addVirtual({XKB_KEY_Alt_L, XKB_KEY_Alt_R}, {XKB_KEY_Meta_L, XKB_KEY_Meta_R}))
         return std::nullopt;
-    if ((classicMask & commandMask)
+    if ((classicMask & ClassicMask::command)
         && !addVirtual({XKB_KEY_Super_L, XKB_KEY_Super_R}, {XKB_KEY_Hyper_L, XKB_KEY_Hyper_R}))
         return std::nullopt;
     return mask;
