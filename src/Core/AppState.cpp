@@ -3,7 +3,7 @@
 #include "Core/Graphemes.h"
 #include "Core/Log.h"
 
-#include <algorithm>
+#include <type_traits>
 
 namespace Velloro {
 
@@ -46,6 +46,21 @@ QStringList rawValues(const AppState::PresetSet &presets)
     for (const ModelPreset preset : presets)
         values.append(rawValue(preset));
     return values;
+}
+
+/// Assigns and stores the value, changed or not; whether it changed.
+template <typename T>
+[[nodiscard]] bool store(Platform &platform, const QString &key, T &property, const T &value)
+{
+    const bool changed = assign(property, value);
+    UserDefaults &defaults = *platform.userDefaults;
+    if constexpr (std::is_enum_v<T>)
+        defaults.setValue(key, rawValue(property));
+    else if constexpr (std::is_same_v<T, AppState::PresetSet>)
+        defaults.setValue(key, rawValues(property));
+    else
+        defaults.setValue(key, property);
+    return changed;
 }
 
 QString defaultModelId(ModelPreset preset)
@@ -109,97 +124,73 @@ void AppState::setAudioLevel(float value)
 
 void AppState::setRecordingMode(RecordingMode value)
 {
-    const bool changed = assign(m_recordingMode, value);
-    m_platform.userDefaults->setValue(Key::recordingMode, rawValue(value));
-    if (changed)
+    if (store(m_platform, Key::recordingMode, m_recordingMode, value))
         Q_EMIT recordingModeChanged();
 }
 
 void AppState::setSelectedModel(ModelPreset value)
 {
-    const bool changed = assign(m_selectedModel, value);
-    m_platform.userDefaults->setValue(Key::selectedModel, rawValue(value));
-    if (changed)
+    if (store(m_platform, Key::selectedModel, m_selectedModel, value))
         Q_EMIT selectedModelChanged();
 }
 
 void AppState::setSelectedLanguage(WhisperLanguage value)
 {
-    const bool changed = assign(m_selectedLanguage, value);
-    m_platform.userDefaults->setValue(Key::selectedLanguage, rawValue(value));
-    if (changed)
+    if (store(m_platform, Key::selectedLanguage, m_selectedLanguage, value))
         Q_EMIT selectedLanguageChanged();
 }
 
 void AppState::setPlaySounds(bool value)
 {
-    const bool changed = assign(m_playSounds, value);
-    m_platform.userDefaults->setValue(Key::playSounds, value);
-    if (changed)
+    if (store(m_platform, Key::playSounds, m_playSounds, value))
         Q_EMIT playSoundsChanged();
 }
 
 void AppState::setLaunchAtLogin(bool value)
 {
-    const bool changed = assign(m_launchAtLogin, value);
-    m_platform.userDefaults->setValue(Key::launchAtLogin, value);
-    if (changed)
+    if (store(m_platform, Key::launchAtLogin, m_launchAtLogin, value))
         Q_EMIT launchAtLoginChanged();
 }
 
 void AppState::setInsertAsPlainText(bool value)
 {
-    const bool changed = assign(m_insertAsPlainText, value);
-    m_platform.userDefaults->setValue(Key::insertAsPlainText, value);
-    if (changed)
+    if (store(m_platform, Key::insertAsPlainText, m_insertAsPlainText, value))
         Q_EMIT insertAsPlainTextChanged();
 }
 
 void AppState::setEnableRealtimeStreaming(bool value)
 {
-    const bool changed = assign(m_enableRealtimeStreaming, value);
-    m_platform.userDefaults->setValue(Key::enableRealtimeStreaming, value);
-    if (changed)
+    if (store(m_platform, Key::enableRealtimeStreaming, m_enableRealtimeStreaming, value))
         Q_EMIT enableRealtimeStreamingChanged();
 }
 
 void AppState::setEnableTextCorrection(bool value)
 {
-    const bool changed = assign(m_enableTextCorrection, value);
-    m_platform.userDefaults->setValue(Key::enableTextCorrection, value);
-    if (changed)
+    if (store(m_platform, Key::enableTextCorrection, m_enableTextCorrection, value))
         Q_EMIT enableTextCorrectionChanged();
 }
 
 void AppState::setHasCompletedOnboarding(bool value)
 {
-    const bool changed = assign(m_hasCompletedOnboarding, value);
-    m_platform.userDefaults->setValue(Key::hasCompletedOnboarding, value);
-    if (changed)
+    if (store(m_platform, Key::hasCompletedOnboarding, m_hasCompletedOnboarding, value))
         Q_EMIT hasCompletedOnboardingChanged();
 }
 
 void AppState::setRequireTextFieldFocus(bool value)
 {
-    const bool changed = assign(m_requireTextFieldFocus, value);
-    m_platform.userDefaults->setValue(Key::requireTextFieldFocus, value);
-    if (changed)
+    if (store(m_platform, Key::requireTextFieldFocus, m_requireTextFieldFocus, value))
         Q_EMIT requireTextFieldFocusChanged();
 }
 
 void AppState::setCustomDictionary(const QStringList &value)
 {
-    const bool changed = assign(m_customDictionary, value);
-    m_platform.userDefaults->setValue(Key::customDictionary, m_customDictionary);
-    if (changed)
+    if (store(m_platform, Key::customDictionary, m_customDictionary, value))
         Q_EMIT customDictionaryChanged();
 }
 
 void AppState::setPresetMappings(const StringMap &value)
 {
-    const bool changed = assign(m_presetMappings, value);
-    m_platform.userDefaults->setValue(Key::presetMappings, m_presetMappings);
-    if (changed)
+    if (store(m_platform, Key::presetMappings, m_presetMappings, value))
         Q_EMIT presetMappingsChanged();
 }
 
@@ -217,9 +208,7 @@ void AppState::setHasAccessibilityPermission(bool value)
 
 void AppState::setDownloadedModels(const PresetSet &value)
 {
-    const bool changed = assign(m_downloadedModels, value);
-    m_platform.userDefaults->setValue(Key::downloadedModels, rawValues(m_downloadedModels));
-    if (changed)
+    if (store(m_platform, Key::downloadedModels, m_downloadedModels, value))
         Q_EMIT downloadedModelsChanged();
 }
 
