@@ -20,8 +20,8 @@ TEST_F(DictationControllerTest, TypesWhatWasSaidWhileTheHotkeyWasHeld)
 
     press();
     ASSERT_TRUE(waitForState(TranscriptionState::listening));
-    EXPECT_THAT(pill, ElementsAre(QStringLiteral("show")));
-    EXPECT_THAT(memory.systemSounds->played, ElementsAre(QStringLiteral("Pop")));
+    EXPECT_THAT(pill, ElementsAre(u"show"_qs));
+    EXPECT_THAT(memory.systemSounds->played, ElementsAre(u"Pop"_qs));
     ASSERT_TRUE(waitUntil([&] { return state->recordingDuration() > 0; }));
     EXPECT_DOUBLE_EQ(state->recordingDuration(), 0.05);
 
@@ -30,12 +30,11 @@ TEST_F(DictationControllerTest, TypesWhatWasSaidWhileTheHotkeyWasHeld)
     release();
     ASSERT_TRUE(waitForState(TranscriptionState::idle));
 
-    EXPECT_EQ(typed(), QStringLiteral("Dzień dobry"));
-    EXPECT_EQ(state->lastTranscript(), QStringLiteral("Dzień dobry"));
+    EXPECT_EQ(typed(), u"Dzień dobry"_qs);
+    EXPECT_EQ(state->lastTranscript(), u"Dzień dobry"_qs);
     ASSERT_EQ(state->transcriptionHistory().size(), 1);
-    EXPECT_THAT(pill, ElementsAre(QStringLiteral("show"), QStringLiteral("hide")));
-    EXPECT_THAT(memory.systemSounds->played,
-                ElementsAre(QStringLiteral("Pop"), QStringLiteral("Tink")));
+    EXPECT_THAT(pill, ElementsAre(u"show"_qs, u"hide"_qs));
+    EXPECT_THAT(memory.systemSounds->played, ElementsAre(u"Pop"_qs, u"Tink"_qs));
     EXPECT_EQ(messages(),
               strings({"Started recording in batch mode",
                        "Stopped recording, got 4196 samples. Mode: batch",
@@ -64,11 +63,11 @@ TEST_F(DictationControllerTest, ToggleModeStopsAtTheSecondPressAndIsBusyMeanwhil
         ASSERT_TRUE(hold.waitUntilHeld());
         press();
         release();
-        ASSERT_TRUE(waitForMessage(
-            QStringLiteral("Cannot start recording: already recording (state: transcribing)")));
+        ASSERT_TRUE(
+            waitForMessage(u"Cannot start recording: already recording (state: transcribing)"_qs));
     }
     ASSERT_TRUE(waitForState(TranscriptionState::idle));
-    EXPECT_EQ(typed(), QStringLiteral("Hello world."));
+    EXPECT_EQ(typed(), u"Hello world."_qs);
 }
 
 TEST_F(DictationControllerTest, FocusCheckRefusesOnlyWhatIsNoTextFieldForSure)
@@ -83,14 +82,14 @@ TEST_F(DictationControllerTest, FocusCheckRefusesOnlyWhatIsNoTextFieldForSure)
         bool starts;
     };
     const Case cases[] = {
-        {"text area", 7, true, QStringLiteral("AXTextArea"), true, true},
-        {"static text", 7, true, QStringLiteral("AXStaticText"), true, true},
-        {"button", 7, true, QStringLiteral("AXButton"), true, false},
-        {"other case", 7, true, QStringLiteral("axtextarea"), true, false},
-        {"button, check off", 7, true, QStringLiteral("AXButton"), false, true},
+        {"text area", 7, true, u"AXTextArea"_qs, true, true},
+        {"static text", 7, true, u"AXStaticText"_qs, true, true},
+        {"button", 7, true, u"AXButton"_qs, true, false},
+        {"other case", 7, true, u"axtextarea"_qs, true, false},
+        {"button, check off", 7, true, u"AXButton"_qs, false, true},
         {"no role", 7, true, std::nullopt, true, true},
         {"no focused element", 7, false, std::nullopt, true, true},
-        {"no application", std::nullopt, true, QStringLiteral("AXButton"), true, true},
+        {"no application", std::nullopt, true, u"AXButton"_qs, true, true},
     };
     launchWithModel();
     for (const Case &c : cases) {
@@ -111,17 +110,16 @@ TEST_F(DictationControllerTest, FocusCheckRefusesOnlyWhatIsNoTextFieldForSure)
             release();
             ASSERT_TRUE(waitForState(TranscriptionState::idle));
         } else {
-            ASSERT_TRUE(
-                waitForMessage(QStringLiteral("Text field not focused, showing notification")));
+            ASSERT_TRUE(waitForMessage(u"Text field not focused, showing notification"_qs));
             EXPECT_EQ(state->transcriptionState(), TranscriptionState::idle);
             release();
         }
     }
     ASSERT_EQ(memory.userNotifications->delivered.size(), 2U);
-    EXPECT_EQ(memory.userNotifications->delivered[0].first, QStringLiteral("Velloro"));
+    EXPECT_EQ(memory.userNotifications->delivered[0].first, u"Velloro"_qs);
     EXPECT_EQ(memory.userNotifications->delivered[0].second,
-              QStringLiteral("Please click on a text field before recording. You can disable this "
-                             "check in Settings."));
+              u"Please click on a text field before recording. You can disable this "
+              "check in Settings."_qs);
 }
 
 TEST_F(DictationControllerTest, AsksForTheMicrophoneAndStartsOnceItIsGranted)
@@ -131,7 +129,7 @@ TEST_F(DictationControllerTest, AsksForTheMicrophoneAndStartsOnceItIsGranted)
     launchWithModel();
 
     press();
-    ASSERT_TRUE(waitForMessage(QStringLiteral("Permission denied by user")));
+    ASSERT_TRUE(waitForMessage(u"Permission denied by user"_qs));
     release();
     EXPECT_FALSE(state->hasMicrophonePermission());
 
@@ -150,16 +148,15 @@ TEST_F(DictationControllerTest, LoadsTheModelJustInTime)
 {
     launch();
     press();
-    ASSERT_TRUE(waitForMessage(QStringLiteral("Cannot start recording: model not downloaded.")));
+    ASSERT_TRUE(waitForMessage(u"Cannot start recording: model not downloaded."_qs));
     release();
 
     // The large preset stands for the medium family here.
     state->setSelectedModel(ModelPreset::large);
-    addModel(QStringLiteral("medium"));
+    addModel(u"medium"_qs);
     FakeWhisper::setLoadScript([](const QString &) { return false; });
     press();
-    ASSERT_TRUE(waitForMessage(
-        QStringLiteral("Failed to load model JIT: Failed to load whisper model")));
+    ASSERT_TRUE(waitForMessage(u"Failed to load model JIT: Failed to load whisper model"_qs));
     release();
     FakeWhisper::setLoadScript({});
     dictate();
@@ -170,15 +167,15 @@ TEST_F(DictationControllerTest, LoadsTheModelJustInTime)
                        "Failed to load model JIT: Failed to load whisper model",
                        "Model not loaded, attempting to load selected model...",
                        "Successfully loaded model JIT", "Started recording in batch mode"}));
-    EXPECT_EQ(state->whisperManager().selectedModelId(), QStringLiteral("medium"));
-    EXPECT_EQ(typed(), QStringLiteral("Hello world."));
+    EXPECT_EQ(state->whisperManager().selectedModelId(), u"medium"_qs);
+    EXPECT_EQ(typed(), u"Hello world."_qs);
 }
 
 TEST_F(DictationControllerTest, PressesDuringTheLoadStartOneRecording)
 {
     launch();
     state->setSelectedModel(ModelPreset::large);
-    addModel(QStringLiteral("medium"));
+    addModel(u"medium"_qs);
     {
         FakeWhisper::Hold hold(FakeWhisper::Point::load);
         for (int presses = 1; presses <= 2; ++presses) {
@@ -189,19 +186,19 @@ TEST_F(DictationControllerTest, PressesDuringTheLoadStartOneRecording)
         ASSERT_TRUE(hold.waitUntilHeld());
     }
     ASSERT_TRUE(waitForState(TranscriptionState::listening));
-    ASSERT_TRUE(waitUntil(
-        [&] { return messages().count(QStringLiteral("Successfully loaded model JIT")) == 2; }));
+    ASSERT_TRUE(
+        waitUntil([&] { return messages().count(u"Successfully loaded model JIT"_qs) == 2; }));
     // The second finds the first one starting, or started.
-    EXPECT_EQ(messages().count(QStringLiteral("Started recording in batch mode")), 1);
+    EXPECT_EQ(messages().count(u"Started recording in batch mode"_qs), 1);
     EXPECT_EQ(FakeWhisper::loads().size(), 1U);
 }
 
 TEST_F(DictationControllerTest, EndsIdleWhateverFails)
 {
     launchWithModel();
-    memory.captureError = PlatformError{5, QStringLiteral("No such device")};
+    memory.captureError = PlatformError{5, u"No such device"_qs};
     press();
-    ASSERT_TRUE(waitForMessage(QStringLiteral("Failed to start recording: No such device")));
+    ASSERT_TRUE(waitForMessage(u"Failed to start recording: No such device"_qs));
     release();
     EXPECT_EQ(state->transcriptionState(), TranscriptionState::idle);
     EXPECT_THAT(pill, IsEmpty());
@@ -211,8 +208,8 @@ TEST_F(DictationControllerTest, EndsIdleWhateverFails)
     log.clear();
     FakeWhisper::enqueue({.code = -7});
     dictate();
-    EXPECT_EQ(messages().last(), QStringLiteral("Empty final transcription"));
-    EXPECT_EQ(memory.systemSounds->played.last(), QStringLiteral("Tink"));
+    EXPECT_EQ(messages().last(), u"Empty final transcription"_qs);
+    EXPECT_EQ(memory.systemSounds->played.last(), u"Tink"_qs);
     EXPECT_TRUE(state->transcriptionHistory().isEmpty());
     EXPECT_EQ(typed(), QString());
 }
@@ -225,7 +222,7 @@ TEST_F(DictationControllerTest, MicrophoneThatVanishesEndsTheRecordingWithWhatWa
     speak(4096);
     memory.audioEngine->interrupt();
     ASSERT_TRUE(waitForState(TranscriptionState::idle));
-    EXPECT_EQ(typed(), QStringLiteral("Hello world."));
+    EXPECT_EQ(typed(), u"Hello world."_qs);
     release();
     dictate();
     EXPECT_EQ(state->transcriptionHistory().size(), 2);
@@ -238,8 +235,8 @@ TEST_F(DictationControllerTest, SilentSettingsAndOneLetterTexts)
     state->setEnableTextCorrection(false);
     FakeWhisper::enqueueSegments({" a"});
     dictate();
-    EXPECT_EQ(typed(), QStringLiteral("a"));
-    EXPECT_EQ(state->lastTranscript(), QStringLiteral("a"));
+    EXPECT_EQ(typed(), u"a"_qs);
+    EXPECT_EQ(state->lastTranscript(), u"a"_qs);
     EXPECT_TRUE(state->transcriptionHistory().isEmpty());
     EXPECT_THAT(memory.systemSounds->played, IsEmpty());
 }
@@ -275,8 +272,8 @@ TEST_F(DictationControllerTest, ScansThePresetsThatHaveAFile)
 
 TEST_F(DictationControllerTest, ModelOfThePresetIsTheOneThatIsUsed)
 {
-    addModel(QStringLiteral("small-q8_0"));
-    addModel(QStringLiteral("base"));
+    addModel(u"small-q8_0"_qs);
+    addModel(u"base"_qs);
     launch();
     WhisperManager &manager = state->whisperManager();
     PresetModelLoader loader(*state, *hotkeys);
@@ -304,25 +301,25 @@ TEST_F(DictationControllerTest, ModelOfThePresetIsTheOneThatIsUsed)
     // Not in the middle of a recording, but when it has ended.
     press();
     ASSERT_TRUE(waitForState(TranscriptionState::listening));
-    addModel(QStringLiteral("tiny-q5_1"));
-    state->setModelId(QStringLiteral("tiny-q5_1"), ModelPreset::small);
-    EXPECT_EQ(manager.selectedModelId(), QStringLiteral("base"));
+    addModel(u"tiny-q5_1"_qs);
+    state->setModelId(u"tiny-q5_1"_qs, ModelPreset::small);
+    EXPECT_EQ(manager.selectedModelId(), u"base"_qs);
     release();
     ASSERT_TRUE(waitForModel("tiny-q5_1"));
 
     // A download of the preset's model that ends.
-    state->setModelId(QStringLiteral("base-q5_1"), ModelPreset::small);
-    EXPECT_EQ(manager.selectedModelId(), QStringLiteral("tiny-q5_1"));
-    manager.downloadModel(QStringLiteral("base-q5_1"));
-    addModel(QStringLiteral("base-q5_1"));
+    state->setModelId(u"base-q5_1"_qs, ModelPreset::small);
+    EXPECT_EQ(manager.selectedModelId(), u"tiny-q5_1"_qs);
+    manager.downloadModel(u"base-q5_1"_qs);
+    addModel(u"base-q5_1"_qs);
     manager.refreshModelStates();
     ASSERT_TRUE(waitForModel("base-q5_1"));
 
     // A file that was put there by hand: the press finds it.
     manager.unloadModel();
     state->setSelectedModel(ModelPreset::large);
-    state->setModelId(QStringLiteral("tiny"), ModelPreset::large);
-    addModel(QStringLiteral("tiny"));
+    state->setModelId(u"tiny"_qs, ModelPreset::large);
+    addModel(u"tiny"_qs);
     press();
     ASSERT_TRUE(waitForModel("tiny"));
     release();

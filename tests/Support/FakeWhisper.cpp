@@ -78,30 +78,6 @@ World &world()
     return *instance;
 }
 
-bool othersUntouched(const whisper_full_params &params)
-{
-    const whisper_full_params plain = whisper_full_default_params(WHISPER_SAMPLING_GREEDY);
-    return params.n_max_text_ctx == plain.n_max_text_ctx && params.duration_ms == plain.duration_ms
-        && params.no_timestamps == plain.no_timestamps
-        && params.token_timestamps == plain.token_timestamps && params.max_len == plain.max_len
-        && params.split_on_word == plain.split_on_word && params.max_tokens == plain.max_tokens
-        && params.debug_mode == plain.debug_mode && params.audio_ctx == plain.audio_ctx
-        && params.tdrz_enable == plain.tdrz_enable && !params.suppress_regex
-        && params.carry_initial_prompt == plain.carry_initial_prompt && !params.prompt_tokens
-        && params.detect_language == plain.detect_language
-        && params.suppress_blank == plain.suppress_blank
-        && params.suppress_nst == plain.suppress_nst && params.temperature == plain.temperature
-        && params.temperature_inc == plain.temperature_inc
-        && params.entropy_thold == plain.entropy_thold
-        && params.logprob_thold == plain.logprob_thold
-        && params.no_speech_thold == plain.no_speech_thold
-        && params.greedy.best_of == plain.greedy.best_of
-        && params.beam_search.beam_size == plain.beam_search.beam_size
-        && !params.new_segment_callback && !params.progress_callback
-        && !params.encoder_begin_callback && !params.abort_callback
-        && !params.logits_filter_callback && !params.grammar_rules && !params.vad;
-}
-
 } // namespace
 
 namespace Velloro::FakeWhisper {
@@ -226,7 +202,6 @@ whisper_full_params whisper_full_default_params(whisper_sampling_strategy strate
     whisper_full_params params{};
     params.strategy = strategy;
     params.n_threads = -1;
-    params.n_max_text_ctx = 16384;
     params.offset_ms = 1;
     params.translate = true;
     params.no_context = strategy != WHISPER_SAMPLING_GREEDY;
@@ -236,13 +211,6 @@ whisper_full_params whisper_full_default_params(whisper_sampling_strategy strate
     params.print_realtime = true;
     params.print_timestamps = true;
     params.language = "xx";
-    params.suppress_blank = true;
-    params.temperature_inc = 0.2F;
-    params.entropy_thold = 2.4F;
-    params.logprob_thold = -1.0F;
-    params.no_speech_thold = 0.6F;
-    params.greedy.best_of = 5;
-    params.beam_search.beam_size = -1;
     return params;
 }
 
@@ -250,12 +218,7 @@ whisper_context *whisper_init_from_file_with_params(const char *path, whisper_co
 {
     std::unique_lock lock(world().mutex);
     const QString name = QFile::decodeName(path);
-    const whisper_context_params plain = whisper_context_default_params();
-    world().loads.push_back({.path = name,
-                             .flashAttention = params.flash_attn,
-                             .othersUntouched = params.use_gpu == plain.use_gpu
-                                 && params.gpu_device == plain.gpu_device
-                                 && params.dtw_token_timestamps == plain.dtw_token_timestamps});
+    world().loads.push_back({.path = name, .flashAttention = params.flash_attn});
     world().passGate(lock, Point::load);
     if (!QFileInfo::exists(name) || (world().loadScript && !world().loadScript(name)))
         return nullptr;
@@ -328,7 +291,6 @@ int whisper_full(whisper_context *context, whisper_full_params params, const flo
          .prompt = params.initial_prompt ? std::optional<QByteArray>(params.initial_prompt)
                                          : std::nullopt,
          .quiet = quiet,
-         .othersUntouched = othersUntouched(params),
          .timingsReset = std::exchange(context->timingsReset, false)});
     Result result{.segments = {QByteArrayLiteral(" Hello world.")}};
     if (!world().results.empty()) {

@@ -36,8 +36,6 @@ struct Call
     /// Offset, translation, single segment and the four print flags, which have other defaults
     /// here than in the library, are all zero.
     bool quiet = false;
-    /// Every field that the program has no business with has the library's default.
-    bool othersUntouched = false;
     bool timingsReset = false;
 };
 
@@ -46,8 +44,6 @@ struct Load
 {
     QString path;
     bool flashAttention = false;
-    /// The other fields have the library's defaults.
-    bool othersUntouched = false;
 };
 
 /// Forgets scripts and records, and opens what is held. Live models stay counted.

@@ -13,7 +13,7 @@ namespace Velloro {
 PulseServer::PulseServer()
 {
     // The clients in this process keep no cookie in the user's home either.
-    qputenv("PULSE_COOKIE", path(QStringLiteral("cookie")).toLocal8Bit());
+    qputenv("PULSE_COOKIE", path(u"cookie"_qs).toLocal8Bit());
     m_process.setProcessEnvironment(environment());
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     // A test that crashes leaves no server behind.
@@ -28,26 +28,23 @@ PulseServer::~PulseServer()
 
 bool PulseServer::isInstalled()
 {
-    return !QStandardPaths::findExecutable(QStringLiteral("pulseaudio")).isEmpty()
-        && !QStandardPaths::findExecutable(QStringLiteral("pactl")).isEmpty();
+    return !QStandardPaths::findExecutable(u"pulseaudio"_qs).isEmpty() &&
+           !QStandardPaths::findExecutable(u"pactl"_qs).isEmpty();
 }
 
 bool PulseServer::start()
 {
     // Modules are loaded in order: when the second socket is there, the first takes connections.
-    const QString ready = path(QStringLiteral("ready"));
+    const QString ready = path(u"ready"_qs);
     QFile::remove(ready);
-    QFile::remove(path(QStringLiteral("native")));
-    m_process.start(QStringLiteral("pulseaudio"),
-                    {QStringLiteral("-n"), QStringLiteral("--daemonize=no"),
-                     QStringLiteral("--exit-idle-time=-1"), QStringLiteral("--use-pid-file=no"),
-                     QStringLiteral("--realtime=no"), QStringLiteral("--high-priority=no"),
-                     QStringLiteral("--disallow-exit=yes"), QStringLiteral("--log-level=error"),
-                     QStringLiteral("-L"),
-                     QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=%1")
-                         .arg(path(QStringLiteral("native"))),
-                     QStringLiteral("-L"),
-                     QStringLiteral("module-cli-protocol-unix socket=%1").arg(ready)});
+    QFile::remove(path(u"native"_qs));
+    m_process.start(
+        u"pulseaudio"_qs,
+        {u"-n"_qs, u"--daemonize=no"_qs, u"--exit-idle-time=-1"_qs, u"--use-pid-file=no"_qs,
+         u"--realtime=no"_qs, u"--high-priority=no"_qs, u"--disallow-exit=yes"_qs,
+         u"--log-level=error"_qs, u"-L"_qs,
+         u"module-native-protocol-unix auth-anonymous=1 socket=%1"_qs.arg(path(u"native"_qs)),
+         u"-L"_qs, u"module-cli-protocol-unix socket=%1"_qs.arg(ready)});
     return waitUntil([&] {
         return QFile::exists(ready) || m_process.state() == QProcess::NotRunning;
     }) && m_process.state() == QProcess::Running;
@@ -72,7 +69,7 @@ void PulseServer::resume()
 
 QByteArray PulseServer::address() const
 {
-    return "unix:" + path(QStringLiteral("native")).toLocal8Bit();
+    return "unix:" + path(u"native"_qs).toLocal8Bit();
 }
 
 QString PulseServer::path(const QString &fileName) const
@@ -91,20 +88,18 @@ QString PulseServer::run(const QString &program, const QStringList &arguments)
 
 QString PulseServer::loadModule(const QString &moduleAndArguments)
 {
-    return run(QStringLiteral("pactl"),
-               QStringList{QStringLiteral("load-module")}
-                   + moduleAndArguments.split(u' ', Qt::SkipEmptyParts));
+    return run(u"pactl"_qs,
+               QStringList{u"load-module"_qs} + moduleAndArguments.split(u' ', Qt::SkipEmptyParts));
 }
 
 void PulseServer::unloadModule(const QString &index)
 {
-    run(QStringLiteral("pactl"), {QStringLiteral("unload-module"), index});
+    run(u"pactl"_qs, {u"unload-module"_qs, index});
 }
 
 QStringList PulseServer::list(const QString &kind)
 {
-    return run(QStringLiteral("pactl"), {QStringLiteral("list"), QStringLiteral("short"), kind})
-        .split(u'\n', Qt::SkipEmptyParts);
+    return run(u"pactl"_qs, {u"list"_qs, u"short"_qs, kind}).split(u'\n', Qt::SkipEmptyParts);
 }
 
 QProcessEnvironment PulseServer::environment() const
@@ -114,11 +109,11 @@ QProcessEnvironment PulseServer::environment() const
                                  "PULSE_STATE_PATH"}) {
         environment.insert(QString::fromLatin1(variable), m_directory.path());
     }
-    environment.insert(QStringLiteral("PULSE_SERVER"), QString::fromLocal8Bit(address()));
-    environment.insert(QStringLiteral("PULSE_COOKIE"), path(QStringLiteral("cookie")));
-    environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C"));
-    environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
-    environment.remove(QStringLiteral("DISPLAY"));
+    environment.insert(u"PULSE_SERVER"_qs, QString::fromLocal8Bit(address()));
+    environment.insert(u"PULSE_COOKIE"_qs, path(u"cookie"_qs));
+    environment.insert(u"LC_ALL"_qs, u"C"_qs);
+    environment.remove(u"DBUS_SESSION_BUS_ADDRESS"_qs);
+    environment.remove(u"DISPLAY"_qs);
     return environment;
 }
 

@@ -52,30 +52,30 @@ namespace {
 
 using Groups = QMap<QString, QVariantMap>;
 
-const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
-const QString interfaceGroup = QStringLiteral("org.gnome.desktop.interface");
+const QString appearanceGroup = u"org.freedesktop.appearance"_qs;
+const QString interfaceGroup = u"org.gnome.desktop.interface"_qs;
 
 /// The desktop portal's settings, on a connection of its own.
 class Portal : public QDBusVirtualObject
 {
 public:
     Portal()
-        : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal")))
+        : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"portal"_qs))
     {
         qDBusRegisterMetaType<PortalColor>();
         qDBusRegisterMetaType<Groups>();
-        m_bus.registerVirtualObject(QStringLiteral("/org/freedesktop/portal/desktop"), this);
-        m_bus.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
+        m_bus.registerVirtualObject(u"/org/freedesktop/portal/desktop"_qs, this);
+        m_bus.registerService(u"org.freedesktop.portal.Desktop"_qs);
     }
-    ~Portal() override { QDBusConnection::disconnectFromBus(QStringLiteral("portal")); }
+    ~Portal() override { QDBusConnection::disconnectFromBus(u"portal"_qs); }
 
     Groups groups;
 
     void change(const QString &group, const QString &key, const QVariant &value)
     {
-        QDBusMessage signal = QDBusMessage::createSignal(
-            QStringLiteral("/org/freedesktop/portal/desktop"),
-            QStringLiteral("org.freedesktop.portal.Settings"), QStringLiteral("SettingChanged"));
+        QDBusMessage signal =
+            QDBusMessage::createSignal(u"/org/freedesktop/portal/desktop"_qs,
+                                       u"org.freedesktop.portal.Settings"_qs, u"SettingChanged"_qs);
         signal.setArguments({group, key, QVariant::fromValue(QDBusVariant(value))});
         m_bus.send(signal);
     }
@@ -83,7 +83,7 @@ public:
     QString introspect(const QString &) const override { return {}; }
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
-        if (message.member() != QStringLiteral("ReadAll"))
+        if (message.member() != u"ReadAll"_qs)
             return false;
         connection.send(message.createReply(QVariant::fromValue(groups)));
         return true;
@@ -102,12 +102,11 @@ std::unique_ptr<DesktopAppearance> makeAppearance()
 TEST(DesktopAppearanceTest, FollowsThePortal)
 {
     Portal portal;
-    portal.groups = {{appearanceGroup,
-                      {{QStringLiteral("color-scheme"), 1U},
-                       {QStringLiteral("accent-color"), QVariant::fromValue(PortalColor{1, 0.5, 0})}}},
-                     {interfaceGroup,
-                      {{QStringLiteral("color-scheme"), QStringLiteral("default")},
-                       {QStringLiteral("text-scaling-factor"), 1.25}}}};
+    portal.groups = {
+        {appearanceGroup,
+         {{u"color-scheme"_qs, 1U},
+          {u"accent-color"_qs, QVariant::fromValue(PortalColor{1, 0.5, 0})}}},
+        {interfaceGroup, {{u"color-scheme"_qs, u"default"_qs}, {u"text-scaling-factor"_qs, 1.25}}}};
     const auto appearance = makeAppearance();
     EXPECT_FALSE(appearance->prefersDark()) << "nothing waits for the portal";
     ASSERT_TRUE(waitUntil([&] { return appearance->prefersDark(); }));
@@ -119,45 +118,45 @@ TEST(DesktopAppearanceTest, FollowsThePortal)
     QSignalSpy themeChanges(&theme, &Theme::changed);
     EXPECT_EQ(theme.accent(), QColor(0xff, 0x80, 0));
     EXPECT_EQ(theme.body().pixelSize(), 16);
-    portal.change(appearanceGroup, QStringLiteral("color-scheme"), 2U);
+    portal.change(appearanceGroup, u"color-scheme"_qs, 2U);
     ASSERT_TRUE(waitUntil([&] { return !appearance->prefersDark(); }));
-    portal.change(appearanceGroup, QStringLiteral("accent-color"),
+    portal.change(appearanceGroup, u"accent-color"_qs,
                   QVariant::fromValue(PortalColor{-1, -1, -1}));
     ASSERT_TRUE(waitUntil([&] { return !appearance->accentColor(); }));
-    portal.change(interfaceGroup, QStringLiteral("text-scaling-factor"), 1.0);
+    portal.change(interfaceGroup, u"text-scaling-factor"_qs, 1.0);
     ASSERT_TRUE(waitUntil([&] { return theme.body().pixelSize() == 13; }));
     EXPECT_EQ(themeChanges.count(), 3);
 
     // What changes nothing, and what is not understood, is not told.
-    portal.change(appearanceGroup, QStringLiteral("color-scheme"), 2U);
-    portal.change(appearanceGroup, QStringLiteral("accent-color"), QStringLiteral("no colour"));
-    portal.change(interfaceGroup, QStringLiteral("text-scaling-factor"), -3.0);
-    portal.change(QStringLiteral("org.example"), QStringLiteral("color-scheme"), 1U);
+    portal.change(appearanceGroup, u"color-scheme"_qs, 2U);
+    portal.change(appearanceGroup, u"accent-color"_qs, u"no colour"_qs);
+    portal.change(interfaceGroup, u"text-scaling-factor"_qs, -3.0);
+    portal.change(u"org.example"_qs, u"color-scheme"_qs, 1U);
     EXPECT_FALSE(themeChanges.wait(300));
 }
 
 TEST(DesktopAppearanceTest, FollowsTheSettingsStoreWhereThereIsNoPortal)
 {
-    const QString gsettings = QStandardPaths::findExecutable(QStringLiteral("gsettings"));
+    const QString gsettings = QStandardPaths::findExecutable(u"gsettings"_qs);
     const auto set = [&](const QString &key, const QString &value) {
         QProcess process;
-        process.start(gsettings, {QStringLiteral("set"), interfaceGroup, key, value});
+        process.start(gsettings, {u"set"_qs, interfaceGroup, key, value});
         return process.waitForFinished() && process.exitCode() == 0;
     };
-    if (gsettings.isEmpty() || !set(QStringLiteral("color-scheme"), QStringLiteral("prefer-dark")))
+    if (gsettings.isEmpty() || !set(u"color-scheme"_qs, u"prefer-dark"_qs))
         GTEST_SKIP() << "no settings store of the GTK desktops";
     const auto appearance = makeAppearance();
     ASSERT_TRUE(waitUntil([&] { return appearance->prefersDark(); }));
     // The watch starts some time after the first answer; a change before that is not seen.
     bool isWatched = false;
     for (int attempt = 0; attempt < 40 && !isWatched; ++attempt) {
-        const QString scale = attempt % 2 == 0 ? QStringLiteral("1.5") : QStringLiteral("1.25");
-        ASSERT_TRUE(set(QStringLiteral("text-scaling-factor"), scale));
+        const QString scale = attempt % 2 == 0 ? u"1.5"_qs : u"1.25"_qs;
+        ASSERT_TRUE(set(u"text-scaling-factor"_qs, scale));
         isWatched = waitUntil([&] { return appearance->textScale() == scale.toDouble(); },
                               std::chrono::milliseconds(500));
     }
     EXPECT_TRUE(isWatched);
-    ASSERT_TRUE(set(QStringLiteral("color-scheme"), QStringLiteral("prefer-light")));
+    ASSERT_TRUE(set(u"color-scheme"_qs, u"prefer-light"_qs));
     EXPECT_TRUE(waitUntil([&] { return !appearance->prefersDark(); }));
 }
 

@@ -60,7 +60,7 @@ TEST_F(RecordingPillModelTest, ShowsWholeMinutesAndSecondsAndTellsOfThemOnceASec
 
 TEST_F(RecordingPillModelTest, RevealsNewCharactersOneByOne)
 {
-    appState.setPartialTranscript(QStringLiteral("hello"));
+    appState.setPartialTranscript(u"hello"_qs);
     ASSERT_TRUE(waitUntil([this] { return model.displayedText() == u"hello"; }));
 
     QStringList shown;
@@ -68,21 +68,19 @@ TEST_F(RecordingPillModelTest, RevealsNewCharactersOneByOne)
                      [&] { shown << model.displayedText(); });
     QElapsedTimer clock;
     clock.start();
-    appState.setPartialTranscript(QStringLiteral("hello wo\U0001F469\u200D\U0001F680d"));
+    appState.setPartialTranscript(u"hello wo\U0001F469\u200D\U0001F680d"_qs);
     EXPECT_EQ(model.displayedText(), u"hello") << "nothing is shown before the event loop runs";
     ASSERT_TRUE(waitUntil([&] { return shown.size() == 5; }));
     EXPECT_GE(clock.elapsed(), 80);
-    EXPECT_EQ(shown,
-              QStringList({QStringLiteral("hello "), QStringLiteral("hello w"),
-                           QStringLiteral("hello wo"),
-                           QStringLiteral("hello wo\U0001F469\u200D\U0001F680"),
-                           QStringLiteral("hello wo\U0001F469\u200D\U0001F680d")}));
+    EXPECT_EQ(shown, QStringList({u"hello "_qs, u"hello w"_qs, u"hello wo"_qs,
+                                  u"hello wo\U0001F469\u200D\U0001F680"_qs,
+                                  u"hello wo\U0001F469\u200D\U0001F680d"_qs}));
     EXPECT_EQ(model.revealDuration(), 100);
 }
 
 TEST_F(RecordingPillModelTest, ReplacesARevisedOrShorterTextAtOnce)
 {
-    appState.setPartialTranscript(QStringLiteral("hello world"));
+    appState.setPartialTranscript(u"hello world"_qs);
     ASSERT_TRUE(waitUntil([this] { return model.displayedText() == u"hello world"; }));
     for (const char16_t *text : {u"hello word", u"Hello word!", u""}) {
         appState.setPartialTranscript(QString::fromUtf16(text));
@@ -93,9 +91,9 @@ TEST_F(RecordingPillModelTest, ReplacesARevisedOrShorterTextAtOnce)
 
 TEST_F(RecordingPillModelTest, ALaterChangeDoesNotTakeBackScheduledCharacters)
 {
-    appState.setPartialTranscript(QStringLiteral("ab"));
+    appState.setPartialTranscript(u"ab"_qs);
     // "ab" is still to come when the text starts anew: its characters are appended all the same.
-    appState.setPartialTranscript(QStringLiteral("abc"));
+    appState.setPartialTranscript(u"abc"_qs);
     ASSERT_TRUE(waitUntil([this] { return model.displayedText().size() == 5; }));
     EXPECT_EQ(model.displayedText().count(u'a'), 2);
 }
