@@ -127,18 +127,58 @@ class Watch:
         self._process.stdout.close()
 
 
+class Speakers:
+    """Hears what the desktop's programs play, and when."""
+
+    def __init__(self, desktop):
+        self._process = subprocess.Popen(
+            ["parec", "--device=speakers.monitor", "--latency-msec=2", "--raw", "--format=s16le",
+             "--channels=1"], env=desktop.environment, stdout=subprocess.PIPE,
+            start_new_session=True)
+        self._sounds = []
+        self._changed = threading.Condition()
+        threading.Thread(target=self._read, daemon=True).start()
+
+    def _read(self):
+        while heard := self._process.stdout.read1(4096):
+            if any(heard):
+                with self._changed:
+                    self._sounds.append(time.monotonic())
+                    self._changed.notify_all()
+
+    def first_sound(self, after):
+        """When something was heard first after that moment."""
+        with self._changed:
+            def find():
+                return next((moment for moment in self._sounds if moment > after), None)
+            if not self._changed.wait_for(find, timeout=5):
+                raise RuntimeError("no sound is heard")
+            return find()
+
+    def close(self):
+        self._process.terminate()
+        self._process.wait()
+
+
 def dictations(program, model, path, repetitions, recording_seconds):
     """Dictates into an editor. Returns a dictionary: "delay", the median of the seconds from the
     release to the text less whisper_full's; "before" and "after", its parts before and after
-    whisper_full; "idle" and "peak", resident bytes; "recording", the share of one core while
-    recording."""
-    before, after, delays = [], [], []
+    whisper_full; "idle" and "peak", resident bytes; "recording" and "pill", the share of one core
+    while recording silence and while recording speech, to which the pill moves; "cue", the median
+    of the seconds from the pill's coming, after which the start cue is played, to its sound."""
+    before, after, delays, cues, shown = [], [], [], [], []
+
+    def on_line(line):
+        if line.startswith("[RecordingPill] Window shown"):
+            shown.append(time.monotonic())
+
     with PrivateDesktop() as desktop:
         user = User(desktop)
         phrase = desktop.folder / "phrase.wav"
         desktop.run(["sox", str(RECORDING), str(phrase), "trim", "3.2", "2.2"])
         user.prepare_speech(phrase)
-        velloro = Velloro(desktop, program)
+        user.prepare_speech(RECORDING)
+        velloro = Velloro(desktop, program, on_line)
         velloro.set_up(model=model, model_file=path)
         velloro.start()
         velloro.wait_for("[WhisperManager] Loaded model: ")
@@ -156,6 +196,7 @@ def dictations(program, model, path, repetitions, recording_seconds):
             return mark, released
 
         idle = memory(velloro.process, "VmRSS")
+        speakers = Speakers(desktop)
         for _ in range(repetitions):
             mark, released = record(lambda: user.speak(phrase))
             text = watch.wait_for("text", after=released)
@@ -164,20 +205,29 @@ def dictations(program, model, path, repetitions, recording_seconds):
             before.append(began - released)
             after.append(text - ended)
             delays.append(before[-1] + after[-1])
+            cues.append(speakers.first_sound(after=shown[-1]) - shown[-1])
+        speakers.close()
 
         shares = []
 
-        def silence():
+        def share(recording_seconds):
             time.sleep(1)
             start, processor = time.perf_counter(), processor_seconds(velloro.process)
             time.sleep(recording_seconds)
             shares.append((processor_seconds(velloro.process) - processor)
                           / (time.perf_counter() - start))
-        record(silence)
+        record(lambda: share(recording_seconds))
+
+        def speech():
+            speech = user.start_speaking(RECORDING)
+            share(8)
+            speech.wait()
+        record(speech)
         result = {"delay": statistics.median(delays), "before": statistics.median(before),
                   "after": statistics.median(after), "idle": idle,
                   "after_use": memory(velloro.process, "VmRSS"),
-                  "peak": memory(velloro.process, "VmHWM"), "recording": shares[0]}
+                  "peak": memory(velloro.process, "VmHWM"), "recording": shares[0], "pill": shares[1],
+                  "cue": statistics.median(cues)}
         watch.close()
         velloro.stop()
     return result

@@ -4,7 +4,8 @@ import QtQuick.Templates as T
 import Velloro
 
 /// A preset in the panel: a click selects it, the control at its right manages its model's file.
-T.AbstractButton {
+// The kind of button is the role that the toolkit tells of it.
+T.RadioButton {
     id: row
 
     required property EnhancedModelRowModel model
@@ -19,6 +20,8 @@ T.AbstractButton {
     topPadding: 6
     bottomPadding: 6
     focusPolicy: Qt.StrongFocus
+    checkable: false
+    autoExclusive: false
     hoverEnabled: true
 
     onClicked: model.select()

@@ -16,10 +16,21 @@ constexpr std::array<double, 5> weights{0.7, 1.0, 0.85, 0.95, 0.75};
 constexpr double gain = 14;
 constexpr double minimumHeight = 6;
 constexpr double maximumHeight = 20;
+constexpr auto barDuration = 100ms;
+// Half as often as windows are painted at most: it looks the same and costs half the processor time.
+constexpr auto barInterval = 33ms;
 constexpr auto blinkHalfPeriod = 500ms;
 constexpr auto revealDelay = 20ms;
 constexpr int appendDuration = 100;
 constexpr int replaceDuration = 150;
+
+QList<qreal> barHeightsAt(float audioLevel)
+{
+    QList<qreal> heights;
+    for (int index = 0; index < int(weights.size()); ++index)
+        heights << RecordingPillModel::waveHeight(index, audioLevel);
+    return heights;
+}
 
 } // namespace
 
@@ -27,7 +38,11 @@ RecordingPillModel::RecordingPillModel(AppState &appState, QObject *parent)
     : QObject(parent)
     , m_appState(appState)
 {
-    updateBars();
+    m_barHeights = barHeightsAt(appState.audioLevel());
+    m_shownBarHeights = m_barHeights;
+    m_barTimer.setInterval(barInterval);
+    m_barTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_barTimer, &QTimer::timeout, this, &RecordingPillModel::moveBars);
     updateClock();
     // What was recognised before the pill existed is not revealed again.
     m_displayedText = appState.partialTranscript();
@@ -99,13 +114,28 @@ bool RecordingPillModel::hasCursor() const
 
 void RecordingPillModel::updateBars()
 {
-    QList<qreal> heights;
-    for (int index = 0; index < int(weights.size()); ++index)
-        heights << waveHeight(index, m_appState.audioLevel());
+    const QList<qreal> heights = barHeightsAt(m_appState.audioLevel());
     if (heights == m_barHeights)
         return;
     m_barHeights = heights;
+    m_formerBarHeights = m_shownBarHeights;
+    m_barsMoving.start();
+    if (!m_barTimer.isActive())
+        m_barTimer.start();
     Q_EMIT barHeightsChanged();
+}
+
+void RecordingPillModel::moveBars()
+{
+    const double progress = std::min(double(m_barsMoving.elapsed()) / barDuration.count(), 1.0);
+    const double eased = progress * (2 - progress);
+    for (qsizetype index = 0; index < m_barHeights.size(); ++index) {
+        const double from = m_formerBarHeights.at(index);
+        m_shownBarHeights[index] = from + (m_barHeights.at(index) - from) * eased;
+    }
+    if (progress == 1)
+        m_barTimer.stop();
+    Q_EMIT shownBarHeightsChanged();
 }
 
 void RecordingPillModel::updateClock()

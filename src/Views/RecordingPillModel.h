@@ -2,6 +2,7 @@
 
 #include "Core/AppState.h"
 
+#include <QElapsedTimer>
 #include <QList>
 #include <QTimer>
 #include <QtQml/qqmlregistration.h>
@@ -17,8 +18,10 @@ class RecordingPillModel : public QObject
     /// "idle", "listening", "transcribing" or "inserting".
     Q_PROPERTY(QString state READ state NOTIFY stateChanged)
     Q_PROPERTY(QString statusText READ statusText NOTIFY stateChanged)
-    /// The heights of the five bars.
+    /// The heights of the five bars at the present level.
     Q_PROPERTY(QList<qreal> barHeights READ barHeights NOTIFY barHeightsChanged)
+    /// The same on their way there, as they are to be shown.
+    Q_PROPERTY(QList<qreal> shownBarHeights READ shownBarHeights NOTIFY shownBarHeightsChanged)
     /// The elapsed time, "mm:ss".
     Q_PROPERTY(QString clockText READ clockText NOTIFY clockTextChanged)
     Q_PROPERTY(bool hasStreamingLine READ hasStreamingLine NOTIFY streamingLineChanged)
@@ -44,6 +47,7 @@ public:
     [[nodiscard]] QString state() const;
     [[nodiscard]] QString statusText() const;
     [[nodiscard]] const QList<qreal> &barHeights() const { return m_barHeights; }
+    [[nodiscard]] const QList<qreal> &shownBarHeights() const { return m_shownBarHeights; }
     [[nodiscard]] const QString &clockText() const { return m_clockText; }
     [[nodiscard]] bool hasStreamingLine() const;
     [[nodiscard]] const QString &displayedText() const { return m_displayedText; }
@@ -54,6 +58,7 @@ public:
 Q_SIGNALS:
     void stateChanged();
     void barHeightsChanged();
+    void shownBarHeightsChanged();
     void clockTextChanged();
     void streamingLineChanged();
     void displayedTextChanged();
@@ -61,12 +66,18 @@ Q_SIGNALS:
 
 private:
     void updateBars();
+    void moveBars();
     void updateClock();
     void animateTextChange(const QString &text);
     void setDisplayedText(const QString &text, int revealDuration);
 
     AppState &m_appState;
     QList<qreal> m_barHeights;
+    QList<qreal> m_shownBarHeights;
+    /// Where the bars stood when the level last changed, and since when they move.
+    QList<qreal> m_formerBarHeights;
+    QElapsedTimer m_barsMoving;
+    QTimer m_barTimer;
     QString m_clockText;
     QString m_displayedText;
     int m_revealDuration = 0;

@@ -115,13 +115,10 @@ Item {
 
                     anchors.verticalCenter: parent.verticalCenter
                     width: 3
-                    height: pill.model.barHeights[index]
+                    height: pill.model.shownBarHeights[index]
                     radius: 2
                     color: Theme.red
                     antialiasing: true
-                    Behavior on height {
-                        NumberAnimation { duration: 100; easing.type: Easing.OutQuad }
-                    }
                 }
             }
         }

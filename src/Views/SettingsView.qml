@@ -91,7 +91,8 @@ FocusScope {
                 id: repeater
                 model: view.tabs.length
 
-                T.AbstractButton {
+                // A button of this kind, since its kind is the role that the toolkit tells.
+                T.TabButton {
                     id: tab
 
                     required property int index
@@ -100,6 +101,8 @@ FocusScope {
                     objectName: "tab" + index
                     text: entry.title
                     font: Theme.caption
+                    checkable: false
+                    autoExclusive: false
                     checked: index === view.currentIndex
                     focus: checked
                     // One stop for the Tab key; the arrows do the rest.

@@ -7,6 +7,7 @@ a component of the desktop is missing, the tests are skipped, and the file's exi
 import os
 import pathlib
 import re
+import shutil
 import sys
 import unittest
 
@@ -37,7 +38,13 @@ def find_models():
 
 
 class DesktopCase(unittest.TestCase):
+    # Programs that the tests of a class need beside the desktop's own.
+    components = []
+
     def setUp(self):
+        missing = [name for name in self.components if not shutil.which(name)]
+        if missing:
+            self.skipTest("not installed: " + ", ".join(missing))
         self.present = find_models()
         # The smallest hears these recordings well enough, and soonest.
         self.model = next(iter(self.present), None)

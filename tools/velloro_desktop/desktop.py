@@ -18,7 +18,8 @@ from . import watchdog
 ACCESSIBILITY_LAUNCHER = "/usr/libexec/at-spi-bus-launcher"
 COMMANDS = ["Xvfb", "openbox", "xprop", "dbus-daemon", "dbus-send", "pulseaudio", "pactl", "paplay"]
 
-# The window manager reacts to no key: all of them are the programs'.
+# The window manager reacts to no key: all of them are the programs'. A click raises the window and
+# reaches its program, too (bound to the frame, it would not).
 OPENBOX_CONFIGURATION = """<?xml version="1.0" encoding="UTF-8"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
   <focus><focusNew>yes</focusNew><focusLast>yes</focusLast></focus>
@@ -27,9 +28,6 @@ OPENBOX_CONFIGURATION = """<?xml version="1.0" encoding="UTF-8"?>
   <keyboard><chainQuitKey>none</chainQuitKey></keyboard>
   <mouse>
     <context name="Client">
-      <mousebind button="Left" action="Press"><action name="Focus"/><action name="Raise"/></mousebind>
-    </context>
-    <context name="Frame">
       <mousebind button="Left" action="Press"><action name="Focus"/><action name="Raise"/></mousebind>
     </context>
   </mouse>

@@ -14,9 +14,8 @@ from gi.repository import Atspi, Gio, GLib  # noqa: E402
 
 
 def focused(element, depth=0):
+    """The innermost that has the focus: what surrounds it may say the same of itself."""
     states = element.get_state_set()
-    if states.contains(Atspi.StateType.FOCUSED):
-        return element
     # What is not shown can't have the focus.
     if depth > 2 and not states.contains(Atspi.StateType.SHOWING):
         return None
@@ -25,7 +24,7 @@ def focused(element, depth=0):
         found = child and focused(child, depth + 1)
         if found:
             return found
-    return None
+    return element if states.contains(Atspi.StateType.FOCUSED) else None
 
 
 def active_windows():

@@ -33,6 +33,14 @@ class User:
     def release(self, keys=HOTKEY):
         self.keys("up", *reversed(keys))
 
+    # --- pointer --------------------------------------------------------------------------------
+
+    def move(self, x, y):
+        self.desktop.run(["xdotool", "mousemove", str(x), str(y)])
+
+    def click(self, x, y, button=1):
+        self.desktop.run(["xdotool", "mousemove", str(x), str(y), "click", str(button)])
+
     # --- speech ---------------------------------------------------------------------------------
 
     def prepare_speech(self, recording):
@@ -144,6 +152,29 @@ class User:
         except DesktopError as error:
             raise DesktopError(f"{error}; last seen: {last}") from None
 
+    def controls(self):
+        """What can have the keyboard in the active window (see controls.py)."""
+        return json.loads(self.desktop.run([sys.executable, HERE / "controls.py"]))
+
+    def windows(self, title):
+        """The places (x, y, width, height) of the windows in sight with exactly this title."""
+        tree = self.desktop.run(["xwininfo", "-root", "-tree"], stderr=subprocess.DEVNULL)
+        places = []
+        for number, width, height, x, y in re.findall(
+                rf'(0x\w+) "{re.escape(title)}": .*?(\d+)x(\d+)\+\S+  \+(-?\d+)\+(-?\d+)', tree):
+            try:
+                window = self.desktop.run(["xwininfo", "-id", number], stderr=subprocess.DEVNULL)
+            except subprocess.CalledProcessError:
+                continue  # closed meanwhile
+            if "IsViewable" in window:
+                places.append((int(x), int(y), int(width), int(height)))
+        return places
+
+    def pixels(self, x, y, width, height):
+        """What the screen shows there, as bytes."""
+        return self.desktop.run(["import", "-window", "root", "-depth", "8", "-crop",
+                                 f"{width}x{height}+{x}+{y}", "rgb:-"], encoding="latin-1")
+
     def wait_for_text(self, text, timeout=20.0):
         """Waits until the focused element holds exactly this text."""
         return self.wait_for_focus(lambda focus: focus["text"] == text, f"the text {text!r}",
@@ -172,4 +203,17 @@ class User:
     def notifications(self):
         """All notifications so far, as dictionaries with application, summary, body, silent."""
         return [json.loads(line) for line in self.desktop.log("notifications").splitlines()
+                if line.startswith("{")]
+
+    # --- tray -----------------------------------------------------------------------------------
+
+    def host_tray(self):
+        """Becomes the desktop's tray for StatusNotifierItems."""
+        process = self.desktop.start([sys.executable, HERE / "tray_host.py"], log="tray")
+        self.desktop.wait_for_bus_name("org.kde.StatusNotifierWatcher")
+        return process
+
+    def tray_item(self):
+        """All that the tray's item has shown so far, as dictionaries (see tray_host.py)."""
+        return [json.loads(line) for line in self.desktop.log("tray").splitlines()
                 if line.startswith("{")]

@@ -48,13 +48,16 @@ FocusScope {
                     id: repeater
                     model: picker.options
 
-                    T.AbstractButton {
+                    // A button of this kind, since its kind is the role that the toolkit tells.
+                    T.RadioButton {
                         id: segment
 
                         required property int index
                         required property string modelData
 
                         text: modelData
+                        checkable: false
+                        autoExclusive: false
                         checked: index === picker.currentIndex
                         focus: checked
                         // One stop for the Tab key; the arrows do the rest.

@@ -4,7 +4,8 @@ import QtQuick.Templates as T
 import Velloro
 
 /// A recording mode that can be chosen.
-T.AbstractButton {
+// The kind of button is the role that the toolkit tells of it.
+T.RadioButton {
     id: card
 
     property string title
@@ -16,6 +17,8 @@ T.AbstractButton {
     padding: Theme.padding
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     focusPolicy: Qt.StrongFocus
+    checkable: false
+    autoExclusive: false
     text: title
 
     Accessible.role: Accessible.RadioButton
