@@ -15,6 +15,8 @@ namespace Velloro::SymbolRenderer {
 namespace {
 
 constexpr double baseOpacity = 0.55;
+/// In monochrome an outline that is all base still has the weight of the symbols beside it.
+constexpr double monochromeBaseOpacity = 0.75;
 /// A filled shape behind its mark: fainter, so that the mark is read at 16 pixels.
 constexpr double markedBaseOpacity = 0.35;
 
@@ -108,6 +110,7 @@ QImage image(const QString &name, int pixels, const QBrush &brush, Rendering ren
     const bool isCutOut = isMarked && rendering == Rendering::monochrome;
     const double opacity = isCutOut || !found->cut.isEmpty() ? 1
         : isMarked                                           ? markedBaseOpacity
+        : rendering == Rendering::monochrome                 ? monochromeBaseOpacity
                                                              : baseOpacity;
     QPainter painter(&result);
     paint(painter, found->base, opacity);
