@@ -21,6 +21,7 @@ GroupedForm {
         required property string property
         property alias text: control.text
         property string note
+        readonly property bool isRevealedWhole: true
 
         Layout.fillWidth: true
         spacing: 2

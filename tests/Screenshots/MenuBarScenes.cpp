@@ -27,6 +27,12 @@ QList<Scene> menuBarScenes()
 {
     return {
         {QStringLiteral("panel-fresh"), [](Stage &stage) { return panel(stage); }},
+        {QStringLiteral("panel-downloaded"),
+         [](Stage &stage) {
+             for (const char *id : {"base", "small"})
+                 stage.setModelState(QLatin1StringView(id), ModelDownloadState::downloaded());
+             return panel(stage);
+         }},
         {QStringLiteral("panel-models"),
          [](Stage &stage) {
              stage.setModelState(QStringLiteral("base"), ModelDownloadState::downloaded());
