@@ -53,7 +53,7 @@ Rectangle {
                 Symbol {
                     visible: row.model.isSelected
                     name: "checkmark.circle.fill"
-                    size: 14
+                    size: Math.round(14 * Theme.textScale)
                     color: Theme.green
                     Accessible.role: Accessible.StaticText
                     Accessible.name: qsTr("Selected")
@@ -85,7 +85,7 @@ Rectangle {
                 }
             }
         }
-        Loader {
+        StateLoader {
             Layout.alignment: Qt.AlignRight | Qt.AlignVCenter
             sourceComponent: {
                 switch (row.model.state) {
@@ -131,16 +131,20 @@ Rectangle {
     Component {
         id: downloading
         Item {
+            readonly property Item action: bar
+
             implicitWidth: progressRow.implicitWidth
             implicitHeight: progressRow.implicitHeight
             RowLayout {
                 id: progressRow
                 spacing: 6
                 ProgressBar {
+                    id: bar
                     implicitWidth: 60
                     value: row.model.progress
+                    detail: row.model.detail
+                    isPointedAt: hover.hovered
                     Accessible.name: qsTr("Downloading %1").arg(row.model.displayName)
-                    Accessible.description: row.model.detail
                 }
                 ThemedText {
                     // The digits don't dance: each is as wide as any other.
@@ -156,17 +160,16 @@ Rectangle {
                 }
             }
             HoverHandler { id: hover }
-            HelpTip {
-                text: row.model.detail
-                visible: hover.hovered && text !== ""
-            }
         }
     }
     Component {
         id: downloaded
         RowLayout {
+            readonly property Item action: select.visible ? select : trash
+
             spacing: 6
             CapsuleButton {
+                id: select
                 visible: !row.model.isSelected
                 size: CapsuleButton.Small
                 text: qsTr("Select")
@@ -174,8 +177,9 @@ Rectangle {
                 onClicked: row.model.select()
             }
             IconButton {
+                id: trash
                 symbol: "trash"
-                symbolSize: 14
+                symbolSize: 14 * Theme.textScale
                 color: Theme.red
                 text: qsTr("Delete model")
                 Accessible.description: row.model.displayName

@@ -66,7 +66,7 @@ T.RadioButton {
 
         Symbol {
             name: "checkmark"
-            size: 14
+            size: Math.round(14 * Theme.textScale)
             color: Theme.accent
             scale: row.model.isSelected ? 1 : 0.4
             opacity: row.model.isSelected ? 1 : 0
@@ -75,7 +75,7 @@ T.RadioButton {
             Behavior on opacity { NumberAnimation { duration: 150; easing.type: Easing.OutQuad } }
         }
 
-        Loader {
+        StateLoader {
             Layout.minimumWidth: 24
             Layout.alignment: Qt.AlignRight | Qt.AlignVCenter
             sourceComponent: {
@@ -100,7 +100,7 @@ T.RadioButton {
         id: notDownloaded
         IconButton {
             symbol: "arrow.down.circle"
-            symbolSize: 16
+            symbolSize: 16 * Theme.textScale
             color: Theme.blue
             text: qsTr("Download model")
             Accessible.description: row.model.title
@@ -110,33 +110,42 @@ T.RadioButton {
     Component {
         id: downloading
         Item {
+            readonly property Item action: bar
+
             implicitWidth: progressRow.implicitWidth + 4
             implicitHeight: progressRow.implicitHeight
             RowLayout {
                 id: progressRow
                 spacing: 6
                 ProgressBar {
+                    id: bar
                     implicitWidth: 40
                     value: row.model.progress
+                    detail: row.model.detail
+                    isPointedAt: hover.hovered
                     Accessible.name: qsTr("Downloading %1").arg(row.model.title)
                 }
                 ThemedText {
+                    // The digits don't dance: each is as wide as any other.
+                    Layout.minimumWidth: Math.ceil(widestPercentage.advanceWidth)
                     text: row.model.percentText
                     font: Theme.caption2
+                    horizontalAlignment: Text.AlignRight
+                    TextMetrics {
+                        id: widestPercentage
+                        font: Theme.caption2
+                        text: "100%"
+                    }
                 }
             }
             HoverHandler { id: hover }
-            HelpTip {
-                text: row.model.detail
-                visible: hover.hovered && text !== ""
-            }
         }
     }
     Component {
         id: downloaded
         IconButton {
             symbol: "trash"
-            symbolSize: 14
+            symbolSize: 14 * Theme.textScale
             color: Theme.faded(Theme.red, 0.8)
             text: qsTr("Delete model")
             Accessible.description: row.model.title
@@ -147,7 +156,7 @@ T.RadioButton {
         id: failed
         IconButton {
             symbol: "exclamationmark.triangle"
-            symbolSize: 16
+            symbolSize: 16 * Theme.textScale
             color: Theme.orange
             text: qsTr("Retry download")
             help: row.model.detail === "" ? text : text + "\n" + row.model.detail

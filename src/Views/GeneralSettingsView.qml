@@ -8,6 +8,8 @@ GroupedForm {
 
     required property GeneralSettingsModel model
     readonly property QtObject appState: model.appState
+    /// What a section leaves to its rows.
+    readonly property real rowWidth: availableWidth - 2 * (Theme.padding + 10)
 
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("General")
@@ -19,6 +21,7 @@ GroupedForm {
         required property string property
         property alias text: control.text
         property string note
+        readonly property bool isRevealedWhole: true
 
         Layout.fillWidth: true
         spacing: 2
@@ -46,12 +49,16 @@ GroupedForm {
             Layout.fillWidth: true
             spacing: 12
             ThemedText {
+                id: hotkeyLabel
                 Layout.alignment: Qt.AlignTop
                 Layout.topMargin: 6
                 text: qsTr("Activation Hotkey")
             }
             Item { Layout.fillWidth: true }
-            HotkeyRecorder { model: pane.model.hotkey }
+            HotkeyRecorder {
+                model: pane.model.hotkey
+                maximumWidth: pane.rowWidth - hotkeyLabel.implicitWidth - 24
+            }
         }
         Note {
             Layout.fillWidth: true
@@ -70,16 +77,24 @@ GroupedForm {
     FormSection {
         title: qsTr("Language")
 
-        RowLayout {
+        // Beside each other where there is room for both.
+        GridLayout {
             Layout.fillWidth: true
-            spacing: 12
+            columns: languageLabel.implicitWidth + columnSpacing + language.implicitWidth
+                <= pane.rowWidth ? 2 : 1
+            columnSpacing: 12
+            rowSpacing: 6
             ThemedText {
+                id: languageLabel
                 Layout.fillWidth: true
                 text: qsTr("Transcription Language")
-                wrapMode: Text.WordWrap
+                elide: Text.ElideRight
             }
             PopUpButton {
+                id: language
                 objectName: "language"
+                Layout.alignment: Qt.AlignRight
+                Layout.maximumWidth: pane.rowWidth
                 label: qsTr("Transcription Language")
                 model: pane.model.languages
                 currentIndex: pane.model.languageIndex

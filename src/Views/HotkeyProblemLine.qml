@@ -18,7 +18,7 @@ Item {
         id: mark
         anchors.verticalCenter: note.verticalCenter
         name: "exclamationmark.triangle"
-        size: 14
+        size: Math.round(14 * Theme.textScale)
         color: Theme.orange
     }
     Note {

@@ -7,8 +7,11 @@ FocusScope {
     id: recorder
 
     required property HotkeyRecorderModel model
+    /// The line below is broken where it is longer.
+    property real maximumWidth: Infinity
 
-    implicitWidth: Math.max(button.implicitWidth, problem.visible ? problem.implicitWidth : 0)
+    implicitWidth: Math.max(button.implicitWidth,
+                            problem.visible ? Math.min(problem.implicitWidth, maximumWidth) : 0)
     implicitHeight: button.implicitHeight + (problem.visible ? 4 + problem.height : 0)
 
     HotkeyRecorderButton {

@@ -75,8 +75,8 @@ void MenuBarExtra::tellOfMissingTray()
 {
     if (QSystemTrayIcon::isSystemTrayAvailable())
         return;
-    m_userNotifications.deliver(
-        tr("Velloro is running"),
+    m_userNotifications.deliverOnce(
+        QStringLiteral("missing-tray"), tr("Velloro is running"),
         tr("This desktop has no tray for its icon. Start Velloro again to open its panel."));
 }
 

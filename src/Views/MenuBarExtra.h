@@ -28,7 +28,7 @@ public:
     ~MenuBarExtra() override;
 
     /// Shows the icon; where the desktop has no tray yet, as soon as one comes. If none has come
-    /// after some seconds, a notification says how to open the panel.
+    /// after some seconds, a notification says, once per user, how to open the panel.
     void show();
     /// Opens the panel, or brings it to the front.
     void openPanel();

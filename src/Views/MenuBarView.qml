@@ -79,7 +79,7 @@ FocusScope {
             spacing: 6
             Symbol {
                 name: "exclamationmark.triangle"
-                size: 14
+                size: Math.round(14 * Theme.textScale)
                 color: Theme.orange
             }
             Note {
@@ -133,9 +133,9 @@ FocusScope {
                         required property EnhancedModelRowModel modelData
 
                         Layout.fillWidth: true
-                        // The rows' letters stand in line with what is above them.
+                        // The rows' letters and symbols stand in line with what is above them.
                         Layout.leftMargin: -8
-                        Layout.rightMargin: -6
+                        Layout.rightMargin: -10
                         model: modelData
                         focus: modelData.isSelected
                     }
@@ -148,6 +148,8 @@ FocusScope {
         RowLayout {
             Layout.fillWidth: true
             Layout.margins: Theme.padding
+            // The last one's letters end where the padding begins.
+            Layout.rightMargin: Theme.padding - 4
             spacing: 8
             Item { Layout.fillWidth: true }
             CapsuleButton {

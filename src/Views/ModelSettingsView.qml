@@ -136,7 +136,7 @@ ScrollArea {
             spacing: 6
             Symbol {
                 name: "folder"
-                size: 14
+                size: Math.round(14 * Theme.textScale)
                 color: Theme.secondary
             }
             ThemedText {

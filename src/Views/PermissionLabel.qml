@@ -10,7 +10,7 @@ Row {
     Symbol {
         anchors.verticalCenter: parent.verticalCenter
         name: "checkmark.circle.fill"
-        size: 14
+        size: Math.round(14 * Theme.textScale)
         color: Theme.green
     }
     ThemedText {

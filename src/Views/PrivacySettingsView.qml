@@ -21,7 +21,7 @@ GroupedForm {
         Symbol {
             id: mark
             anchors.verticalCenter: parent.verticalCenter
-            size: 18
+            size: Math.round(18 * Theme.textScale)
         }
         ThemedText {
             id: label

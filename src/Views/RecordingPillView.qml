@@ -114,6 +114,8 @@ Item {
                     required property int index
 
                     anchors.verticalCenter: parent.verticalCenter
+                    // On half pixels too: rounded, the bars would stand unevenly.
+                    anchors.alignWhenCentered: false
                     width: 3
                     height: pill.model.shownBarHeights[index]
                     radius: 2

@@ -6,6 +6,8 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
+#include <QFile>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace Velloro {
@@ -16,12 +18,14 @@ class NotificationService : public QDBusVirtualObject
 {
 public:
     QList<QDBusMessage> messages;
+    bool refuses = false;
 
     QString introspect(const QString &) const override { return {}; }
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
         messages.append(message);
-        connection.send(message.createReply(QVariant(1U)));
+        connection.send(refuses ? message.createErrorReply(QDBusError::LimitsExceeded, u"No"_qs)
+                                : message.createReply(QVariant(1U)));
         return true;
     }
 };
@@ -52,6 +56,32 @@ TEST(DBusUserNotificationsTest, AsksTheDesktopForASilentNotification)
     EXPECT_EQ(arguments.at(3).toString(), u"Velloro"_qs);
     EXPECT_EQ(arguments.at(4).toString(), u"Click – on a field."_qs);
     EXPECT_EQ(qdbus_cast<QVariantMap>(arguments.at(6)).value(u"suppress-sound"_qs), true);
+
+    // What is to be said once is said again only until the desktop has taken it, in later runs too.
+    const QTemporaryDir data;
+    const QByteArray before = qgetenv("XDG_DATA_HOME");
+    qputenv("XDG_DATA_HOME", data.path().toUtf8());
+    const auto deliverOnce = [&] {
+        DBusUserNotifications ofThisRun;
+        const qsizetype count = service.messages.size();
+        ofThisRun.deliverOnce(u"missing-tray"_qs, u"Velloro"_qs, u"There is no tray."_qs);
+        ofThisRun.deliver(u"Velloro"_qs, u"after it"_qs);
+        const auto isLast = [&] {
+            return service.messages.last().arguments().at(4).toString() == u"after it";
+        };
+        EXPECT_TRUE(waitUntil([&] { return service.messages.size() > count && isLast(); }));
+        const QString seen = data.filePath(u"Velloro/Notifications/missing-tray"_qs);
+        EXPECT_EQ(waitUntil([&] { return QFile::exists(seen); },
+                            std::chrono::milliseconds(service.refuses ? 200 : 5000)),
+                  !service.refuses);
+        return service.messages.size() - count == 2;
+    };
+    service.refuses = true;
+    EXPECT_TRUE(deliverOnce());
+    service.refuses = false;
+    EXPECT_TRUE(deliverOnce());
+    EXPECT_FALSE(deliverOnce());
+    qputenv("XDG_DATA_HOME", before);
 
     bus = QDBusConnection(QString());
     QDBusConnection::disconnectFromBus(QString::fromLatin1(name));

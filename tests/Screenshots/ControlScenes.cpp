@@ -44,7 +44,11 @@ Rectangle {
                 IconButton { text: "Delete"; symbol: "trash"; color: Theme.red }
             }
             RowLayout {
-                CapsuleButton { text: "Focused"; focus: true; Component.onCompleted: forceActiveFocus(Qt.TabFocusReason) }
+                CapsuleButton {
+                    readonly property bool isInActiveWindow: Window.active
+                    text: "Focused"
+                    onIsInActiveWindowChanged: if (isInActiveWindow) forceActiveFocus(Qt.TabFocusReason)
+                }
                 TextEntry { placeholderText: "Type a word"; Layout.fillWidth: true }
             }
         }

@@ -6,9 +6,17 @@ namespace Velloro {
 
 namespace {
 
-QImage panel(Stage &stage)
+/// `focused`: the name of the control that has the keyboard, with its help.
+QImage panel(Stage &stage, const QString &focused = {})
 {
     MenuBarModel model(stage.appState, *stage.hotkeyManager);
+    if (!focused.isEmpty()) {
+        return stage.windowPicture(QStringLiteral("MenuBarView.qml"),
+                                   {{QStringLiteral("model"), QVariant::fromValue(&model)}},
+                                   [&](QQuickItem &root) {
+                                       Stage::focus(Stage::findItem(root, focused));
+                                   });
+    }
     return stage.picture(QStringLiteral("MenuBarView.qml"),
                          {{QStringLiteral("model"), QVariant::fromValue(&model)}});
 }
@@ -18,7 +26,13 @@ QImage panel(Stage &stage)
 QList<Scene> menuBarScenes()
 {
     return {
-        {QStringLiteral("panel-fresh"), panel},
+        {QStringLiteral("panel-fresh"), [](Stage &stage) { return panel(stage); }},
+        {QStringLiteral("panel-downloaded"),
+         [](Stage &stage) {
+             for (const char *id : {"base", "small"})
+                 stage.setModelState(QLatin1StringView(id), ModelDownloadState::downloaded());
+             return panel(stage);
+         }},
         {QStringLiteral("panel-models"),
          [](Stage &stage) {
              stage.setModelState(QStringLiteral("base"), ModelDownloadState::downloaded());
@@ -36,6 +50,16 @@ QList<Scene> menuBarScenes()
              stage.appState.setSelectedModel(ModelPreset::large);
              return panel(stage);
          }},
+        {QStringLiteral("panel-failed-help"),
+         [](Stage &stage) {
+             stage.setModelState(QStringLiteral("medium"),
+                                 ModelDownloadState::failed(QStringLiteral("No connection")));
+             return panel(stage, QStringLiteral("Retry download"));
+         }},
+        {QStringLiteral("panel-focus"),
+         [](Stage &stage) { return panel(stage, QStringLiteral("Small, Fast")); }},
+        {QStringLiteral("panel-focus-footer"),
+         [](Stage &stage) { return panel(stage, QStringLiteral("Settings...")); }},
         {QStringLiteral("panel-large-text"),
          [](Stage &stage) {
              stage.memory.appearance->scale = 1.5;

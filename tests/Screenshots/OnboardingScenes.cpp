@@ -28,7 +28,7 @@ QImage step(Stage &stage, int steps)
 
 QList<Scene> onboardingScenes()
 {
-    return {
+    QList<Scene> scenes{
         {QStringLiteral("onboarding-1-welcome"), [](Stage &stage) { return step(stage, 0); }},
         {QStringLiteral("onboarding-2-permissions"),
          [](Stage &stage) {
@@ -49,15 +49,25 @@ QList<Scene> onboardingScenes()
              stage.appState.setDownloadedModels({ModelPreset::medium});
              return step(stage, 2);
          }},
-        {QStringLiteral("onboarding-4-hotkey"), [](Stage &stage) { return step(stage, 3); }},
-        {QStringLiteral("onboarding-4-hotkey-large-text"),
+        {QStringLiteral("onboarding-4-hotkey-taken"),
          [](Stage &stage) {
-             stage.memory.appearance->scale = 1.5;
+             stage.memory.hotkeyRegistration->refusal = 10;
+             stage.hotkeyManager->updateHotkey(2, HotkeyManager::cmdKey | HotkeyManager::shiftKey);
+             stage.appState.setRecordingMode(RecordingMode::toggle);
              return step(stage, 3);
          }},
+        {QStringLiteral("onboarding-4-hotkey"), [](Stage &stage) { return step(stage, 3); }},
         {QStringLiteral("onboarding-5-showcase"), [](Stage &stage) { return step(stage, 4); }},
         {QStringLiteral("onboarding-6-done"), [](Stage &stage) { return step(stage, 5); }},
     };
+    for (int index = 0; index < 6; ++index) {
+        scenes << Scene{QStringLiteral("onboarding-%1-large-text").arg(index + 1),
+                        [index](Stage &stage) {
+                            stage.memory.appearance->scale = 1.5;
+                            return step(stage, index);
+                        }};
+    }
+    return scenes;
 }
 
 } // namespace Velloro

@@ -1,14 +1,9 @@
 #include "Screenshots/Scene.h"
 
 #include "Support/WaitUntil.h"
-#include "Views/Controls/Theme.h"
 #include "Views/HotkeyRecorderModel.h"
 #include "Views/ModelSettingsModel.h"
 #include "Views/PrivacySettingsModel.h"
-
-#include <QQuickItem>
-#include <QQuickView>
-#include <QTextStream>
 
 namespace Velloro {
 
@@ -18,56 +13,40 @@ namespace {
 constexpr QSize paneSize(500, 360);
 constexpr QSize tall(500, 1020);
 
-QQuickItem *findItem(QQuickItem &root, const QString &name)
+QVariantMap with(QObject &model)
 {
-    if (root.objectName() == name)
-        return &root;
-    for (QQuickItem *child : root.childItems()) {
-        if (QQuickItem *found = findItem(*child, name))
-            return found;
-    }
-    return nullptr;
+    return {{QStringLiteral("model"), QVariant::fromValue(&model)}};
 }
 
-/// The view on a window's ground, with what pops up over it. `act` is called before the picture.
-QImage onWindow(Stage &stage, const QString &file, QObject &model, QSize size = {},
-                const std::function<void(QQuickItem &root)> &act = {})
-{
-    QQmlEngine &engine = stage.engine.engine();
-    QQuickView view(&engine, nullptr);
-    view.setColor(engine.singletonInstance<Theme *>(qmlTypeId("Velloro", 1, 0, "Theme"))->window());
-    view.setResizeMode(size.isValid() ? QQuickView::SizeRootObjectToView
-                                      : QQuickView::SizeViewToRootObject);
-    if (size.isValid())
-        view.resize(size);
-    view.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&model)}});
-    view.setSource(ViewEngine::url(file));
-    if (view.status() != QQuickView::Ready) {
-        for (const QQmlError &error : view.errors())
-            QTextStream(stderr) << error.toString() << '\n';
-        return {};
-    }
-    view.show();
-    if (!waitUntil([&view] { return view.isExposed(); }))
-        return {};
-    if (act)
-        act(*view.rootObject());
-    (void)waitUntil([] { return false; }, std::chrono::milliseconds(250));
-    return view.grabWindow();
-}
+using Act = std::function<void(QQuickItem &root)>;
 
 QImage models(Stage &stage, QSize size = paneSize, int category = 1, int openGroup = -1,
-              const QString &openMenu = {})
+              const Act &act = {})
 {
     ModelSettingsModel model(stage.appState);
-    return onWindow(
-        stage, QStringLiteral("ModelSettingsView.qml"), model, size, [&](QQuickItem &root) {
+    return stage.windowPicture(
+        QStringLiteral("ModelSettingsView.qml"), with(model),
+        [&](QQuickItem &root) {
             model.selectCategory(category);
             if (openGroup >= 0)
                 model.toggleGroup(openGroup);
-            if (QQuickItem *button = openMenu.isEmpty() ? nullptr : findItem(root, openMenu))
-                QMetaObject::invokeMethod(button, "clicked");
-        });
+            if (act)
+                act(root);
+        },
+        size);
+}
+
+/// Opens the menu of the first preset.
+void openMenu(QQuickItem &root)
+{
+    if (QQuickItem *button = Stage::findItem(root, QStringLiteral("assignedModel")))
+        QMetaObject::invokeMethod(button, "clicked");
+}
+
+/// Gives the keyboard to the control with this name, whose help comes up.
+Act focusOn(const QString &name)
+{
+    return [name](QQuickItem &root) { Stage::focus(Stage::findItem(root, name)); };
 }
 
 QImage privacy(Stage &stage, bool microphone, bool accessibility)
@@ -75,7 +54,8 @@ QImage privacy(Stage &stage, bool microphone, bool accessibility)
     stage.appState.setHasMicrophonePermission(microphone);
     stage.appState.setHasAccessibilityPermission(accessibility);
     PrivacySettingsModel model(stage.memory.platform, stage.appState);
-    return onWindow(stage, QStringLiteral("PrivacySettingsView.qml"), model, paneSize);
+    return stage.windowPicture(QStringLiteral("PrivacySettingsView.qml"), with(model), {},
+                               paneSize);
 }
 
 QImage help(Stage &stage, SettingsPage page, bool granted = false)
@@ -85,7 +65,7 @@ QImage help(Stage &stage, SettingsPage page, bool granted = false)
     PermissionsManager manager(stage.memory.platform, stage.appState);
     PermissionHelpModel model(manager, stage.appState);
     model.openSettingsPage(page);
-    return onWindow(stage, QStringLiteral("PermissionHelpView.qml"), model);
+    return stage.windowPicture(QStringLiteral("PermissionHelpView.qml"), with(model));
 }
 
 /// `held`: what is held while recording; nothing when it does not record.
@@ -100,7 +80,7 @@ QImage recorder(Stage &stage, const QString &file, std::optional<uint32_t> held,
         model.toggle();
         stage.memory.keyEventMonitor->flagsChanged(*held);
     }
-    return onWindow(stage, file, model);
+    return stage.windowPicture(file, with(model));
 }
 
 } // namespace
@@ -117,6 +97,35 @@ QList<Scene> paneScenes()
              stage.setModelState(QStringLiteral("base.en-q5_1"),
                                  ModelDownloadState::failed(QStringLiteral("No connection")));
              return models(stage, tall, 1, 1);
+         }},
+        {QStringLiteral("models-failed-help"),
+         [](Stage &stage) {
+             stage.setModelState(
+                 QStringLiteral("tiny-q5_1"),
+                 ModelDownloadState::failed(QStringLiteral(
+                     "The server closed the connection after 12.3 MB of 32.2 MB.")));
+             return models(stage, tall, 1, 0, focusOn(QStringLiteral("Retry")));
+         }},
+        {QStringLiteral("models-downloading-help"),
+         [](Stage &stage) {
+             stage.setModelState(QStringLiteral("tiny-q5_1"),
+                                 ModelDownloadState::downloading(0.1));
+             return models(stage, tall, 1, 0, [&stage](QQuickItem &root) {
+                 // The speed is that between two reports.
+                 for (const int64_t bytes : {200'000, 427'000}) {
+                     stage.memory.downloadSession->delegate.downloadDidWriteData(
+                         DownloadTaskId(1), bytes, 1'000'000);
+                     (void)waitUntil([] { return false; }, std::chrono::milliseconds(600));
+                 }
+                 stage.memory.downloadSession->delegate.downloadDidWriteData(DownloadTaskId(1),
+                                                                             428'000, 1'000'000);
+                 focusOn(QStringLiteral("Downloading Tiny Q5"))(root);
+             });
+         }},
+        {QStringLiteral("models-delete-help"),
+         [](Stage &stage) {
+             stage.setModelState(QStringLiteral("tiny-q5_1"), ModelDownloadState::downloaded());
+             return models(stage, tall, 1, 0, focusOn(QStringLiteral("Delete model")));
          }},
         {QStringLiteral("models-full-selected"),
          [](Stage &stage) {
@@ -137,11 +146,11 @@ QList<Scene> paneScenes()
              for (const char *id : {"base", "small-q5_1", "medium"})
                  stage.setModelState(QLatin1StringView(id), ModelDownloadState::downloaded());
              stage.appState.setModelId(QStringLiteral("small-q5_1"), ModelPreset::small);
-             return models(stage, tall, 1, -1, QStringLiteral("assignedModel"));
+             return models(stage, tall, 1, -1, openMenu);
          }},
         {QStringLiteral("models-menu-empty"),
          [](Stage &stage) {
-             return models(stage, paneSize, 1, -1, QStringLiteral("assignedModel"));
+             return models(stage, paneSize, 1, -1, openMenu);
          }},
         {QStringLiteral("privacy-granted"), [](Stage &stage) { return privacy(stage, true, true); }},
         {QStringLiteral("privacy-one"), [](Stage &stage) { return privacy(stage, true, false); }},

@@ -48,6 +48,31 @@ QList<Scene> recordingPillScenes()
          [longText](Stage &stage) {
              return pill(stage, TranscriptionState::transcribing, longText);
          }},
+        {QStringLiteral("pill-streaming-long-word"),
+         [](Stage &stage) {
+             return pill(stage, TranscriptionState::listening,
+                         QStringLiteral("Donaudampfschifffahrtsgesellschaftskapitän"));
+         }},
+        {QStringLiteral("pill-streaming-right-to-left"),
+         [](Stage &stage) {
+             return pill(stage, TranscriptionState::listening,
+                         QStringLiteral("هذا نص يُكتب من اليمين إلى اليسار"));
+         }},
+        {QStringLiteral("pill-streaming-wide"),
+         [](Stage &stage) {
+             return pill(stage, TranscriptionState::listening,
+                         QStringLiteral("日本語の文章が話されたとおりに書かれている"));
+         }},
+        {QStringLiteral("pill-large-text"),
+         [longText](Stage &stage) {
+             stage.memory.appearance->scale = 1.5;
+             return pill(stage, TranscriptionState::listening, longText);
+         }},
+        {QStringLiteral("pill-large-text-transcribing"),
+         [](Stage &stage) {
+             stage.memory.appearance->scale = 1.5;
+             return pill(stage, TranscriptionState::transcribing);
+         }},
         {QStringLiteral("pill-uncomposited"),
          [](Stage &stage) {
              stage.memory.appearance->compositing = false;

@@ -6,6 +6,7 @@
 #include "Views/ViewEngine.h"
 
 #include <QImage>
+#include <QQuickItem>
 #include <QQuickWindow>
 #include <QString>
 #include <functional>
@@ -27,6 +28,15 @@ struct Stage
     [[nodiscard]] QImage pictureOfText(const QByteArray &qml);
     /// Takes the picture of a window, which it shows.
     [[nodiscard]] static QImage picture(QQuickWindow &window);
+    /// A view of the module on a window's ground, with the menus and tips that pop up over it, once
+    /// what `act` sets off stands still.
+    [[nodiscard]] QImage windowPicture(const QString &file, const QVariantMap &initialProperties,
+                                       const std::function<void(QQuickItem &root)> &act = {},
+                                       QSize size = {});
+    /// The item with this object name or accessible name under `root`; null where there is none.
+    [[nodiscard]] static QQuickItem *findItem(QQuickItem &root, const QString &name);
+    /// Gives an item the keyboard as the Tab key does.
+    static void focus(QQuickItem *item);
     /// Gives a model a state by way of its download.
     void setModelState(const QString &modelId, const ModelDownloadState &state);
 };

@@ -1,4 +1,4 @@
-// Renders every view in every state to pictures: velloro_screenshots FOLDER [light|dark]
+// Renders every view in every state to pictures: velloro_screenshots FOLDER light|dark [SCENE...]
 
 #include "Screenshots/Scene.h"
 
@@ -13,16 +13,19 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() < 3) {
-        QTextStream(stderr) << "Usage: velloro_screenshots FOLDER light|dark\n";
+        QTextStream(stderr) << "Usage: velloro_screenshots FOLDER light|dark [SCENE...]\n";
         return 2;
     }
     const QDir folder(arguments[1]);
     const bool dark = arguments[2] == QStringLiteral("dark");
 
+    const QStringList wanted = arguments.mid(3);
     int status = 0;
     const QList<Scene> scenes = symbolScenes() + controlScenes() + recordingPillScenes()
         + menuBarScenes() + paneScenes() + settingsScenes() + onboardingScenes();
     for (const Scene &scene : scenes) {
+        if (!wanted.isEmpty() && !wanted.contains(scene.name))
+            continue;
         Stage stage;
         stage.memory.appearance->dark = dark;
         const QImage picture = scene.take(stage);

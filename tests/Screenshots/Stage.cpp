@@ -1,9 +1,10 @@
 #include "Screenshots/Scene.h"
 
 #include "Support/WaitUntil.h"
+#include "Views/Controls/Theme.h"
 
+#include <QAccessible>
 #include <QQmlComponent>
-#include <QQuickItem>
 #include <QQuickItemGrabResult>
 #include <QQuickView>
 #include <QTextStream>
@@ -67,6 +68,56 @@ QImage Stage::picture(QQuickWindow &window)
         return !image.isNull();
     });
     return image;
+}
+
+QImage Stage::windowPicture(const QString &file, const QVariantMap &initialProperties,
+                            const std::function<void(QQuickItem &root)> &act, QSize size)
+{
+    QQuickView view(&engine.engine(), nullptr);
+    view.setColor(
+        engine.engine().singletonInstance<Theme *>(qmlTypeId("Velloro", 1, 0, "Theme"))->window());
+    view.setResizeMode(size.isValid() ? QQuickView::SizeRootObjectToView
+                                      : QQuickView::SizeViewToRootObject);
+    if (size.isValid())
+        view.resize(size);
+    view.setInitialProperties(initialProperties);
+    view.setSource(ViewEngine::url(file));
+    if (view.status() != QQuickView::Ready) {
+        for (const QQmlError &error : view.errors())
+            QTextStream(stderr) << error.toString() << '\n';
+        return {};
+    }
+    view.show();
+    view.requestActivate();
+    if (!waitUntil([&view] { return view.isExposed() && view.isActive(); }))
+        return {};
+    if (act)
+        act(*view.rootObject());
+    // Help comes after 0.6 s; animations last 0.15 s at most.
+    (void)waitUntil([] { return false; }, std::chrono::milliseconds(act ? 900 : 250));
+    return view.grabWindow();
+}
+
+QQuickItem *Stage::findItem(QQuickItem &root, const QString &name)
+{
+    if (root.objectName() == name)
+        return &root;
+    if (root.isVisible()) {
+        QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(&root);
+        if (interface && interface->text(QAccessible::Name) == name)
+            return &root;
+    }
+    for (QQuickItem *child : root.childItems()) {
+        if (QQuickItem *found = findItem(*child, name))
+            return found;
+    }
+    return nullptr;
+}
+
+void Stage::focus(QQuickItem *item)
+{
+    if (item)
+        item->forceActiveFocus(Qt::TabFocusReason);
 }
 
 void Stage::setModelState(const QString &modelId, const ModelDownloadState &state)

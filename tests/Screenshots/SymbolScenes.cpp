@@ -3,20 +3,37 @@
 #include "Views/Controls/SymbolRenderer.h"
 
 #include <QGuiApplication>
+#include <QIcon>
 #include <QPainter>
 
 namespace Velloro {
 
 namespace {
 
+constexpr int iconSizes[] = {16, 22, 24, 32, 48, 64};
+
+/// Draws the icon at each size beside each other; `make` gives it in device pixels.
+void drawSizes(QPainter &painter, QPoint at, const std::function<QImage(int pixels)> &make)
+{
+    const double ratio = qGuiApp->devicePixelRatio();
+    for (const int size : iconSizes) {
+        QImage image = make(qRound(size * ratio));
+        image.setDevicePixelRatio(ratio);
+        painter.drawImage(at, image);
+        at.rx() += size + 10;
+    }
+}
+
+/// Every symbol at every size, and the program's icon.
 QImage allSymbols(Stage &stage)
 {
-    constexpr int columns = 8;
-    constexpr int cell = 96;
+    constexpr int columns = 3;
+    constexpr QSize cell(290, 92);
     const double ratio = qGuiApp->devicePixelRatio();
     const QStringList names = SymbolRenderer::names();
-    const int rows = int(names.size() + columns - 1) / columns;
-    QImage sheet(QSize(columns * cell, rows * cell) * ratio, QImage::Format_ARGB32_Premultiplied);
+    const int rows = int(names.size() + columns) / columns;
+    QImage sheet(QSize(columns * cell.width(), rows * cell.height()) * ratio,
+                 QImage::Format_ARGB32_Premultiplied);
     sheet.setDevicePixelRatio(ratio);
     const bool dark = stage.memory.appearance->dark;
     sheet.fill(dark ? QColor(0x25, 0x25, 0x28) : QColor(Qt::white));
@@ -24,18 +41,19 @@ QImage allSymbols(Stage &stage)
     QPainter painter(&sheet);
     painter.setPen(ink);
     QFont font = painter.font();
-    font.setPixelSize(8);
+    font.setPixelSize(9);
     painter.setFont(font);
-    for (int index = 0; index < names.size(); ++index) {
-        const QRect place(index % columns * cell, index / columns * cell, cell, cell);
-        int x = place.x() + 8;
-        for (const int size : {48, 16}) {
-            QImage image = SymbolRenderer::image(names[index], qRound(size * ratio), ink);
-            image.setDevicePixelRatio(ratio);
-            painter.drawImage(x, place.y() + 8, image);
-            x += size + 12;
-        }
-        painter.drawText(place.adjusted(4, 60, 0, 0), Qt::TextWrapAnywhere, names[index]);
+    for (int index = 0; index <= names.size(); ++index) {
+        const QPoint place(index % columns * cell.width() + 8, index / columns * cell.height() + 6);
+        const bool isProgram = index == names.size();
+        painter.drawText(place + QPoint(0, 80), isProgram ? QStringLiteral("the program's icon")
+                                                          : names[index]);
+        drawSizes(painter, place, [&](int pixels) {
+            if (!isProgram)
+                return SymbolRenderer::image(names[index], pixels, ink);
+            const QIcon icon(QStringLiteral(VELLORO_TESTS_DIR "/../packaging/icons/velloro.svg"));
+            return icon.pixmap(QSize(pixels, pixels), 1).toImage();
+        });
     }
     return sheet;
 }
@@ -53,7 +71,7 @@ QImage trayIcons(Stage &stage)
     int y = 8;
     for (const QString &name : names) {
         int x = 8;
-        for (const int size : {16, 22, 24, 32, 48, 64}) {
+        for (const int size : iconSizes) {
             const QImage image
                 = SymbolRenderer::image(name, size, dark ? Qt::white : QColor(0x1c, 0x1c, 0x1e),
                                         SymbolRenderer::Rendering::hierarchical);

@@ -116,7 +116,12 @@ TEST_P(HotkeyRecorderTest, ShowsTheHeldModifiersAndItsPrompt)
     EXPECT_EQ(text(u"⌘⌥⇧"), "⌘⌥⇧");
     keyboard.release({Key::leftSuper, Key::leftAlt});
     EXPECT_EQ(text(u"⇧"), "⇧");
-    keyboard.release({Key::leftShift});
+    constexpr uint8_t rightShift = 62;
+    keyboard.press({rightShift, Key::leftControl});
+    EXPECT_EQ(text(u"⌃⇧"), "⌃⇧");
+    keyboard.release({Key::leftShift, Key::leftControl});
+    EXPECT_EQ(text(u"⇧"), "⇧") << "the right one is still down";
+    keyboard.release({rightShift});
     EXPECT_EQ(text(prompt), QString::fromUtf16(prompt).toStdString());
     EXPECT_TRUE(model.isRecording());
 

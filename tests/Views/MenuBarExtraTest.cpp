@@ -184,6 +184,7 @@ TEST_F(MenuBarExtraTest, TellsOnceThatTheDesktopHasNoTray)
     extra.openPanel();
     extra.closePanel();
     EXPECT_EQ(memory.userNotifications->delivered.size(), 1U);
+    EXPECT_EQ(memory.userNotifications->seen.size(), 1) << "and not again at the next start";
 }
 
 } // namespace

@@ -2,13 +2,25 @@
 
 #include "Platform/UserNotifications.h"
 
+#include <QDBusMessage>
+#include <QObject>
+
 namespace Velloro {
 
-/// Desktop notifications through the desktop's notification service on the session bus.
+/// Desktop notifications through the desktop's notification service on the session bus. What this
+/// user has seen is an empty file each, in a folder beside the models.
 class DBusUserNotifications final : public UserNotifications
 {
 public:
     void deliver(const QString &title, const QString &informativeText) override;
+    void deliverOnce(const QString &identifier, const QString &title,
+                     const QString &informativeText) override;
+
+private:
+    [[nodiscard]] static QDBusMessage notify(const QString &title, const QString &informativeText);
+
+    /// The parent of those who wait for an answer.
+    QObject m_waiting;
 };
 
 } // namespace Velloro

@@ -4,9 +4,11 @@
 #include "Platform/ModifierKeys.h"
 
 #include <QGuiApplication>
+#include <QHash>
 #include <QKeyEvent>
 #include <QPointer>
 #include <QWindow>
+#include <utility>
 
 namespace Velloro {
 
@@ -88,9 +90,12 @@ protected:
             const auto &keyEvent = *static_cast<QKeyEvent *>(event);
             if (keyEvent.isAutoRepeat())
                 return true;
-            const auto told = WindowKeyEvents::keyEvent(keyEvent);
-            if (told)
+            auto told = WindowKeyEvents::keyEvent(keyEvent);
+            if (told) {
+                if (told->type == KeyEvent::Type::flagsChanged)
+                    told->modifierFlags |= heldByOtherKeys(keyEvent);
                 return m_handler(*told);
+            }
             // A key without a known position can't be had as a combination.
             return event->type() == QEvent::KeyPress;
         }
@@ -100,8 +105,28 @@ protected:
     }
 
 private:
+    /// What other modifier keys hold: of two Shift keys, the one that stays down holds Shift.
+    uint32_t heldByOtherKeys(const QKeyEvent &event)
+    {
+        // A release that was not seen leaves a key behind; the state before the event knows better.
+        const uint32_t heldBefore = flags(event.QInputEvent::modifiers());
+        m_heldModifiers.removeIf([&](const std::pair<const quint32 &, uint32_t &> &held) {
+            return held.first == event.nativeScanCode() || !(heldBefore & held.second);
+        });
+        uint32_t result = 0;
+        for (const uint32_t flag : std::as_const(m_heldModifiers))
+            result |= flag;
+        if (event.type() == QEvent::KeyPress) {
+            if (const uint32_t flag = modifierFlag(event.nativeVirtualKey()).value_or(0))
+                m_heldModifiers.insert(event.nativeScanCode(), flag);
+        }
+        return result;
+    }
+
     KeyEventMonitor::Handler m_handler;
     QPointer<QWindow> m_window;
+    /// The modifier keys that were pressed and are down, by their place, and their flags.
+    QHash<quint32, uint32_t> m_heldModifiers;
 };
 
 } // namespace

@@ -21,6 +21,7 @@ Rectangle {
         id: label
         anchors.centerIn: parent
         font: Theme.caption2
-        color: badge.tint
+        // A shade deeper on a light ground, which the colour itself tints.
+        color: Theme.isDark ? badge.tint : Qt.darker(badge.tint, 1.3)
     }
 }

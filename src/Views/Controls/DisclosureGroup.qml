@@ -42,7 +42,7 @@ ColumnLayout {
             spacing: 6
             Symbol {
                 name: group.isOpen ? "chevron.down" : "chevron.right"
-                size: 12
+                size: Math.round(12 * Theme.textScale)
                 color: Theme.secondary
             }
             Text {

@@ -8,9 +8,21 @@ Rectangle {
     property Item control: parent
     property real gap: 2
 
+    // Back from a menu or from another window, the focus is as visible as it was.
+    property bool wasVisible: false
+    readonly property bool isBack: control.focusReason === Qt.PopupFocusReason
+        || control.focusReason === Qt.ActiveWindowFocusReason
+    Connections {
+        target: ring.control
+        function onActiveFocusChanged() {
+            if (ring.control.activeFocus && !ring.isBack)
+                ring.wasVisible = ring.control.visualFocus ?? true
+        }
+    }
+
     anchors.fill: parent
     anchors.margins: -gap
-    visible: control.visualFocus !== undefined ? control.visualFocus : control.activeFocus
+    visible: control.activeFocus && ((control.visualFocus ?? true) || isBack && wasVisible)
     color: "transparent"
     radius: 6 + gap
     border.width: 2

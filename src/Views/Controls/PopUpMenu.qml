@@ -2,7 +2,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Velloro
 
-/// A menu in the theme's look.
+/// A menu in the theme's look. The keyboard moves between its enabled entries and scrolls to the
+/// others.
 T.Menu {
     id: menu
 
@@ -14,7 +15,65 @@ T.Menu {
 
     delegate: PopUpMenuItem {}
 
+    // Closed, a menu leaves the keyboard to the window's root; it goes back to the menu's button.
+    onClosed: {
+        const item = parent.Window.activeFocusItem
+        if (!item || item === parent.Window.contentItem)
+            parent.forceActiveFocus(Qt.PopupFocusReason)
+    }
+
     contentItem: ListView {
+        id: list
+        objectName: "menuEntries"
+
+        /// Whether an enabled entry comes after the current one (`step` 1) or before it (-1).
+        function hasEntry(step) {
+            for (let index = menu.currentIndex + step; index >= 0 && index < menu.count;
+                 index += step) {
+                if (menu.itemAt(index).enabled)
+                    return true
+            }
+            return false
+        }
+        function isInView(index) {
+            const item = menu.itemAt(index)
+            return !item || (item.y >= contentY && item.y + item.height <= contentY + height)
+        }
+        /// False where there is no way left to scroll.
+        function scrollBy(distance) {
+            const y = Math.max(0, Math.min(contentHeight - height, contentY + distance))
+            const moves = y !== contentY
+            contentY = y
+            return moves
+        }
+
+        focus: true
+        keyNavigationEnabled: false
+        Keys.onPressed: event => {
+            const line = menu.count > 0 ? menu.itemAt(0).height : 0
+            switch (event.key) {
+            case Qt.Key_Down:
+                event.accepted = !hasEntry(1) && scrollBy(line)
+                break
+            case Qt.Key_Up:
+                event.accepted = (!hasEntry(-1) || !isInView(menu.currentIndex)) && scrollBy(-line)
+                break
+            case Qt.Key_PageDown:
+                event.accepted = scrollBy(height - line)
+                break
+            case Qt.Key_PageUp:
+                event.accepted = scrollBy(line - height)
+                break
+            case Qt.Key_End:
+                event.accepted = scrollBy(contentHeight)
+                break
+            case Qt.Key_Home:
+                event.accepted = scrollBy(-contentHeight)
+                break
+            default:
+                event.accepted = false
+            }
+        }
         implicitWidth: {
             let widest = 0
             for (let index = 0; index < menu.count; ++index)

@@ -15,6 +15,7 @@ Flickable {
     // A drag selects text and moves sliders elsewhere; the wheel and the bar scroll.
     interactive: contentHeight > height
 
+    /// Brings an item into view, with the row around it that asks for it (`isRevealedWhole`).
     function reveal(item) {
         const top = item.mapToItem(contentItem, 0, 0).y
         const margin = 12
@@ -30,6 +31,8 @@ Flickable {
         function onActiveFocusItemChanged() {
             let item = area.Window.activeFocusItem
             for (let above = item; above; above = above.parent) {
+                if (above.isRevealedWhole)
+                    item = above
                 if (above === area.contentItem) {
                     area.reveal(item)
                     return

@@ -15,8 +15,15 @@ namespace Velloro::SymbolRenderer {
 namespace {
 
 constexpr double baseOpacity = 0.55;
+/// In monochrome an outline that is all base still has the weight of the symbols beside it.
+constexpr double monochromeBaseOpacity = 0.75;
 /// A filled shape behind its mark: fainter, so that the mark is read at 16 pixels.
 constexpr double markedBaseOpacity = 0.35;
+
+/// The strokes of a drawing, and how thin they may become before they fade, in pixels.
+constexpr double gridSize = 24;
+constexpr double strokeWidth = 1.5;
+constexpr double thinnestStroke = 1.25;
 
 QString folder()
 {
@@ -62,6 +69,17 @@ const Drawing *drawing(const QString &fileName)
                 .value();
 }
 
+/// The SVG with strokes that are still to be seen at this size.
+QByteArray strengthened(QByteArray svg, int pixels)
+{
+    const double width = thinnestStroke * gridSize / pixels;
+    if (width > strokeWidth) {
+        svg.replace("stroke-width=\"1.5\"",
+                    "stroke-width=\"" + QByteArray::number(width, 'f', 2) + '"');
+    }
+    return svg;
+}
+
 void paint(QPainter &painter, const QByteArray &svg, double opacity,
            QPainter::CompositionMode mode = QPainter::CompositionMode_SourceOver)
 {
@@ -73,7 +91,7 @@ void paint(QPainter &painter, const QByteArray &svg, double opacity,
     QImage layer(size, QImage::Format_ARGB32_Premultiplied);
     layer.fill(Qt::transparent);
     QPainter layerPainter(&layer);
-    QSvgRenderer renderer(svg);
+    QSvgRenderer renderer(strengthened(svg, size.width()));
     renderer.render(&layerPainter, QRectF(QPointF(), size));
     layerPainter.end();
     painter.setOpacity(opacity);
@@ -108,6 +126,7 @@ QImage image(const QString &name, int pixels, const QBrush &brush, Rendering ren
     const bool isCutOut = isMarked && rendering == Rendering::monochrome;
     const double opacity = isCutOut || !found->cut.isEmpty() ? 1
         : isMarked                                           ? markedBaseOpacity
+        : rendering == Rendering::monochrome                 ? monochromeBaseOpacity
                                                              : baseOpacity;
     QPainter painter(&result);
     paint(painter, found->base, opacity);

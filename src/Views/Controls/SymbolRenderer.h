@@ -9,8 +9,9 @@ namespace Velloro {
 
 /// Draws the program's symbols in any colour. Main thread only.
 ///
-/// A symbol is one colour in two opacities: its base stands back. What is marked on a filled shape
-/// is cut out of it (monochrome), or stands in full before the dimmed shape (hierarchical).
+/// A symbol is one colour in two opacities: its base stands back, less so in monochrome. What is
+/// marked on a filled shape is cut out of it (monochrome), or stands in full before the dimmed shape
+/// (hierarchical).
 namespace SymbolRenderer {
 
 enum class Rendering { monochrome, hierarchical };

@@ -94,10 +94,10 @@ QColor Theme::tertiary() const { return choose(0x70000000, 0x73ffffff); }
 QColor Theme::quaternary() const { return choose(0x14000000, 0x1effffff); }
 QColor Theme::separator() const { return choose(0x1f000000, 0x24ffffff); }
 QColor Theme::red() const { return choose(0xffd6333a, 0xfff8575d); }
-QColor Theme::orange() const { return choose(0xffd97708, 0xfff59f2e); }
+QColor Theme::orange() const { return choose(0xffcc6a00, 0xfff59f2e); }
 QColor Theme::yellow() const { return choose(0xffd9a400, 0xfff2c83a); }
-QColor Theme::green() const { return choose(0xff239446, 0xff45c46a); }
-QColor Theme::blue() const { return choose(0xff2472e8, 0xff4a94ff); }
+QColor Theme::green() const { return choose(0xff1e8540, 0xff45c46a); }
+QColor Theme::blue() const { return choose(0xff2472e8, 0xff3f8dfb); }
 QColor Theme::purple() const { return choose(0xff8b48d6, 0xffb27cf2); }
 QColor Theme::pink() const { return choose(0xffd9437f, 0xfff2709f); }
 QColor Theme::gray() const { return choose(0xff85858b, 0xff98989e); }
