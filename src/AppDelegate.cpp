@@ -11,11 +11,11 @@ using namespace std::chrono_literals;
 namespace Velloro {
 
 AppDelegate::AppDelegate(Platform &platform, DictationController::PillFactory makePill,
-                         QObject *parent)
+                         const QString &repositoryBaseUrl, QObject *parent)
     : QObject(parent)
     , m_platform(platform)
     , m_makePill(std::move(makePill))
-    , m_appState(platform)
+    , m_appState(platform, repositoryBaseUrl)
 {
     m_platform.updater->start();
 }

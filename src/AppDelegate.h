@@ -17,8 +17,9 @@ class AppDelegate : public QObject
 
 public:
     /// Reads settings and history and starts the updater. `platform` and
-    /// `HotkeyManager::shared` outlive the delegate.
+    /// `HotkeyManager::shared` outlive the delegate. `repositoryBaseUrl` is handed to the state.
     AppDelegate(Platform &platform, DictationController::PillFactory makePill,
+                const QString &repositoryBaseUrl = ModelCatalog::repositoryBaseUrl(),
                 QObject *parent = nullptr);
     ~AppDelegate() override;
 

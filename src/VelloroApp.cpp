@@ -6,13 +6,14 @@
 
 namespace Velloro {
 
-VelloroApp::VelloroApp(Platform &platform, QObject *parent)
+VelloroApp::VelloroApp(Platform &platform, const QString &repositoryBaseUrl, QObject *parent)
     : QObject(parent)
     , m_viewEngine(*platform.appearance)
     , m_appDelegate(platform,
                     [this] {
                         return std::make_unique<RecordingPillWindowController>(m_viewEngine);
-                    })
+                    },
+                    repositoryBaseUrl)
     , m_menuBarExtra(m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine,
                      *platform.userNotifications)
     , m_settingsWindow(platform, m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine)
