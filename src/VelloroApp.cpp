@@ -14,8 +14,7 @@ VelloroApp::VelloroApp(Platform &platform, const QString &repositoryBaseUrl, QOb
                         return std::make_unique<RecordingPillWindowController>(m_viewEngine);
                     },
                     repositoryBaseUrl)
-    , m_menuBarExtra(m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine,
-                     *platform.userNotifications)
+    , m_menuBarExtra(platform, m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine)
     , m_settingsWindow(platform, m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine)
     , m_onboardingWindow(platform, m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine)
 {

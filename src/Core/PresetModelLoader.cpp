@@ -21,7 +21,7 @@ PresetModelLoader::PresetModelLoader(AppState &appState, HotkeyManager &hotkeyMa
     // Another load may have overtaken ours.
     connect(&appState.whisperManager(), &WhisperManager::isModelLoadedChanged, this, [this] {
         if (m_wasOvertaken)
-            loadPresetModel();
+            makeUpForOvertaken();
     });
     connect(&appState.whisperManager(), &WhisperManager::modelStatesChanged, this,
             &PresetModelLoader::modelStateChanged);
@@ -59,7 +59,21 @@ QCoro::Task<void> PresetModelLoader::load(QString modelId)
     // Any other failure has been logged where it happened; the next press or choice tries again.
     m_wasOvertaken = !loaded && loaded.error() == ModelLoadError(WhisperError::modelNotLoaded);
     if (m_wasOvertaken && m_appState.whisperManager().isModelLoaded())
-        loadPresetModel();
+        makeUpForOvertaken();
+}
+
+void PresetModelLoader::makeUpForOvertaken()
+{
+    // A model that the user has chosen by its name stays; the controller's guess at the preset's
+    // model does not.
+    WhisperManager &manager = m_appState.whisperManager();
+    if (manager.isModelLoaded()
+        && manager.selectedModelId()
+               != Velloro::modelId(DictationController::modelType(m_appState.selectedModel()))) {
+        m_wasOvertaken = false;
+        return;
+    }
+    loadPresetModel();
 }
 
 void PresetModelLoader::modelStateChanged(const QString &modelId)

@@ -12,10 +12,10 @@ namespace Velloro {
 /// Sees to it that the model that the user chose for the selected preset is the one that is loaded.
 ///
 /// It acts at launch, when a preset is picked or reassigned, when the download of the selected
-/// preset's model ends, when another load that overtook its own has ended, and when the hotkey is
-/// pressed while no model is loaded. A model is loaded
-/// only if its file is there, no recording is under way (else when it has ended) and it is not the
-/// loaded one already. Main thread only.
+/// preset's model ends, when a load for a dictation that overtook its own has ended, and when the
+/// hotkey is pressed while no model is loaded. A model is loaded only if its file is there, no
+/// recording is under way (else when it has ended) and it is not the loaded one already. Main thread
+/// only.
 class PresetModelLoader : public QObject
 {
     Q_OBJECT
@@ -31,6 +31,7 @@ private:
     void modelStateChanged(const QString &modelId);
     void hotkeyPressedChanged();
     QCoro::Task<void> load(QString modelId);
+    void makeUpForOvertaken();
 
     AppState &m_appState;
     HotkeyManager &m_hotkeyManager;

@@ -14,6 +14,7 @@
 #include "Platform/ProcessInfo.h"
 #include "Platform/SystemSettings.h"
 #include "Platform/SystemSounds.h"
+#include "Platform/TrayHost.h"
 #include "Platform/Updater.h"
 #include "Platform/UserDefaults.h"
 #include "Platform/UserNotifications.h"
@@ -46,6 +47,7 @@ struct Platform
     std::unique_ptr<UserNotifications> userNotifications;
     std::unique_ptr<SystemSettings> systemSettings;
     std::unique_ptr<SystemSounds> systemSounds;
+    std::unique_ptr<TrayHost> trayHost;
     std::unique_ptr<UserDefaults> userDefaults;
     std::unique_ptr<FileSystem> fileSystem;
     std::unique_ptr<ProcessInfo> processInfo;

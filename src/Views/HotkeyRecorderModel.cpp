@@ -23,11 +23,11 @@ HotkeyRecorderModel::HotkeyRecorderModel(HotkeyManager &hotkeyManager,
     : QObject(parent)
     , m_hotkeyManager(hotkeyManager)
     , m_keyEventMonitor(keyEventMonitor)
-    , m_displayString(hotkeyManager.hotkeyDisplayString())
 {
     connect(&hotkeyManager, &HotkeyManager::registrationStatusChanged, this,
             &HotkeyRecorderModel::problemChanged);
     connect(&hotkeyManager, &HotkeyManager::hotkeyDisplayStringChanged, this, [this] {
+        Q_EMIT displayStringChanged();
         if (m_hotkeyManager.registrationStatus())
             Q_EMIT problemChanged();
     });
@@ -91,9 +91,6 @@ bool HotkeyRecorderModel::handle(const KeyEvent &event)
 void HotkeyRecorderModel::accept(uint32_t keyCode, uint32_t modifiers)
 {
     m_hotkeyManager.updateHotkey(keyCode, modifiers);
-    const QString text = m_hotkeyManager.hotkeyDisplayString();
-    if (std::exchange(m_displayString, text) != text)
-        Q_EMIT displayStringChanged();
     // Not now: the monitor is calling.
     QMetaObject::invokeMethod(this, &HotkeyRecorderModel::stop, Qt::QueuedConnection);
 }

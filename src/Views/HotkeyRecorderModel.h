@@ -20,7 +20,7 @@ class HotkeyRecorderModel : public QObject
     Q_PROPERTY(bool isRecording READ isRecording NOTIFY isRecordingChanged)
     /// The modifiers that are held while recording.
     Q_PROPERTY(QString tempDisplayString READ tempDisplayString NOTIFY tempDisplayStringChanged)
-    /// The combination as of the construction or the last key that was taken.
+    /// The combination in force, or that was asked for and could not be had.
     Q_PROPERTY(QString displayString READ displayString NOTIFY displayStringChanged)
     /// That the combination can't be had, and what to do; else empty.
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
@@ -33,7 +33,7 @@ public:
 
     [[nodiscard]] bool isRecording() const { return m_monitor != nullptr; }
     [[nodiscard]] const QString &tempDisplayString() const { return m_tempDisplayString; }
-    [[nodiscard]] const QString &displayString() const { return m_displayString; }
+    [[nodiscard]] QString displayString() const { return m_hotkeyManager.hotkeyDisplayString(); }
     [[nodiscard]] QString problem() const;
 
     /// The button was clicked: starts recording, or ends it without change.
@@ -57,7 +57,6 @@ private:
     KeyEventMonitor &m_keyEventMonitor;
     std::unique_ptr<KeyEventMonitor::Monitor> m_monitor;
     QString m_tempDisplayString;
-    QString m_displayString;
 };
 
 } // namespace Velloro

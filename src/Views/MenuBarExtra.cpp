@@ -23,20 +23,19 @@ constexpr qint64 sameClickMilliseconds = 400;
 
 } // namespace
 
-MenuBarExtra::MenuBarExtra(AppState &appState, HotkeyManager &hotkeyManager, ViewEngine &engine,
-                           UserNotifications &userNotifications, QObject *parent)
+MenuBarExtra::MenuBarExtra(Platform &platform, AppState &appState, HotkeyManager &hotkeyManager,
+                           ViewEngine &engine, QObject *parent)
     : QObject(parent)
     , m_appState(appState)
     , m_engine(engine)
-    , m_userNotifications(userNotifications)
+    , m_userNotifications(*platform.userNotifications)
+    , m_trayHost(*platform.trayHost)
     , m_model(appState, hotkeyManager)
 {
     m_menu.addAction(tr("Open Velloro"), this, &MenuBarExtra::openPanel);
     m_menu.addAction(tr("Settings..."), this, &MenuBarExtra::openSettingsRequested);
     m_menu.addSeparator();
     m_menu.addAction(tr("Quit"), &m_model, &MenuBarModel::quit);
-    m_trayIcon.setContextMenu(&m_menu);
-    connect(&m_trayIcon, &QSystemTrayIcon::activated, this, &MenuBarExtra::activated);
     connect(&appState, &AppState::transcriptionStateChanged, this, &MenuBarExtra::updateIcon);
     connect(&engine.appearance(), &Appearance::changed, this, &MenuBarExtra::updateIcon);
     connect(&m_model, &MenuBarModel::openSettingsRequested, this, [this] {
@@ -45,7 +44,6 @@ MenuBarExtra::MenuBarExtra(AppState &appState, HotkeyManager &hotkeyManager, Vie
     });
     connect(&m_model, &MenuBarModel::quitRequested, this, &MenuBarExtra::quitRequested);
     connect(&m_model, &MenuBarModel::closeRequested, this, &MenuBarExtra::closePanel);
-    updateIcon();
 }
 
 MenuBarExtra::~MenuBarExtra() = default;
@@ -67,13 +65,29 @@ QString MenuBarExtra::symbolName(TranscriptionState state)
 
 void MenuBarExtra::show()
 {
-    m_trayIcon.show();
+    if (m_trayHost.isPresent()) {
+        makeIcon();
+        return;
+    }
+    connect(&m_trayHost, &TrayHost::appeared, this, &MenuBarExtra::makeIcon);
     QTimer::singleShot(trayPatience, this, &MenuBarExtra::tellOfMissingTray);
+}
+
+void MenuBarExtra::makeIcon()
+{
+    // A tray that ends and comes back is dealt with by the icon.
+    if (m_trayIcon)
+        return;
+    m_trayIcon = std::make_unique<QSystemTrayIcon>();
+    m_trayIcon->setContextMenu(&m_menu);
+    connect(m_trayIcon.get(), &QSystemTrayIcon::activated, this, &MenuBarExtra::activated);
+    updateIcon();
+    m_trayIcon->show();
 }
 
 void MenuBarExtra::tellOfMissingTray()
 {
-    if (QSystemTrayIcon::isSystemTrayAvailable())
+    if (m_trayIcon)
         return;
     m_userNotifications.deliverOnce(
         QStringLiteral("missing-tray"), tr("Velloro is running"),
@@ -82,10 +96,12 @@ void MenuBarExtra::tellOfMissingTray()
 
 void MenuBarExtra::updateIcon()
 {
+    if (!m_trayIcon)
+        return;
     const QColor color = m_engine.appearance().isTrayDark() ? QColor(Qt::white)
                                                             : QColor(0x1c, 0x1c, 0x1e);
-    m_trayIcon.setIcon(SymbolRenderer::icon(symbolName(m_appState.transcriptionState()), color));
-    m_trayIcon.setToolTip(QStringLiteral("Velloro: %1").arg(m_model.stateText()));
+    m_trayIcon->setIcon(SymbolRenderer::icon(symbolName(m_appState.transcriptionState()), color));
+    m_trayIcon->setToolTip(QStringLiteral("Velloro: %1").arg(m_model.stateText()));
 }
 
 void MenuBarExtra::activated(QSystemTrayIcon::ActivationReason reason)
@@ -100,17 +116,33 @@ void MenuBarExtra::activated(QSystemTrayIcon::ActivationReason reason)
         m_closedByFocus.invalidate();
         return;
     }
-    m_clickPosition = QCursor::pos();
-    openPanel();
-    m_clickPosition.reset();
+    // Where the tray does not tell where its icon is, the pointer is on it.
+    const QRect icon = m_trayIcon->geometry();
+    openPanelBeside(icon.isValid() ? icon : QRect(QCursor::pos() - QPoint(8, 8), QSize(16, 16)));
 }
 
 void MenuBarExtra::openPanel()
 {
+    const QRect icon = m_trayIcon ? m_trayIcon->geometry() : QRect();
+    openPanelBeside(icon.isValid() ? icon : cornerOfScreen());
+}
+
+QRect MenuBarExtra::cornerOfScreen()
+{
+    const QScreen *screen = WindowPlacement::screenAt(QCursor::pos());
+    const QRect frame = screen ? screen->availableGeometry() : QRect();
+    return {frame.topRight(), QSize(1, 1)};
+}
+
+void MenuBarExtra::openPanelBeside(const QRect &anchor)
+{
     makePanel();
     if (!m_panel)
         return;
-    placePanel();
+    if (!m_panel->isVisible()) {
+        m_anchor = anchor;
+        placePanel();
+    }
     m_panel->show();
     m_panel->raise();
     m_panel->requestActivate();
@@ -147,28 +179,13 @@ void MenuBarExtra::makePanel()
 
 void MenuBarExtra::placePanel()
 {
-    QRect anchor = m_trayIcon.geometry();
-    if (!anchor.isValid() && m_clickPosition) {
-        // The tray does not tell where its icon is, but the pointer is on it.
-        anchor = QRect(*m_clickPosition - QPoint(8, 8), QSize(16, 16));
-    }
-    QScreen *screen = nullptr;
-    if (anchor.isValid()) {
-        screen = WindowPlacement::screenAt(anchor.center());
-    } else if (m_panel->isVisible()) {
-        anchor = QRect(m_panel->x(), m_panel->y() - 1, m_panel->width(), 1);
-        screen = m_panel->screen();
-    } else {
-        screen = WindowPlacement::screenAt(QCursor::pos());
-    }
+    QScreen *screen = WindowPlacement::screenAt(m_anchor.center());
     if (!screen)
         return;
-    const QRect frame = screen->availableGeometry();
-    if (!anchor.isValid())
-        anchor = QRect(frame.right(), frame.top(), 1, 1);
     m_panel->setScreen(screen);
     m_panel->setPosition(
-        WindowPlacement::panelOrigin(anchor, m_panel->size(), frame).toPoint());
+        WindowPlacement::panelOrigin(m_anchor, m_panel->size(), screen->availableGeometry())
+            .toPoint());
 }
 
 bool MenuBarExtra::eventFilter(QObject *watched, QEvent *event)

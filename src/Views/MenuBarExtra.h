@@ -2,7 +2,7 @@
 
 #include "Core/AppState.h"
 #include "Managers/HotkeyManager.h"
-#include "Platform/UserNotifications.h"
+#include "Platform/Platform.h"
 #include "Views/FramelessView.h"
 #include "Views/MenuBarModel.h"
 #include "Views/ViewEngine.h"
@@ -23,8 +23,8 @@ class MenuBarExtra : public QObject
 
 public:
     /// All of these outlive it.
-    MenuBarExtra(AppState &appState, HotkeyManager &hotkeyManager, ViewEngine &engine,
-                 UserNotifications &userNotifications, QObject *parent = nullptr);
+    MenuBarExtra(Platform &platform, AppState &appState, HotkeyManager &hotkeyManager,
+                 ViewEngine &engine, QObject *parent = nullptr);
     ~MenuBarExtra() override;
 
     /// Shows the icon; where the desktop has no tray yet, as soon as one comes. If none has come
@@ -50,23 +50,29 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void makeIcon();
     void updateIcon();
     void activated(QSystemTrayIcon::ActivationReason reason);
     void makePanel();
+    [[nodiscard]] static QRect cornerOfScreen();
+    void openPanelBeside(const QRect &anchor);
     void placePanel();
     void tellOfMissingTray();
 
     AppState &m_appState;
     ViewEngine &m_engine;
     UserNotifications &m_userNotifications;
+    TrayHost &m_trayHost;
     MenuBarModel m_model;
     QMenu m_menu;
-    QSystemTrayIcon m_trayIcon;
+    /// Null until the desktop has a tray.
+    std::unique_ptr<QSystemTrayIcon> m_trayIcon;
     std::unique_ptr<FramelessView> m_panel;
     /// Since the panel lost the focus: a click on the icon takes it away first.
     QElapsedTimer m_closedByFocus;
-    /// Where the user clicked the icon; null when the panel was opened otherwise.
-    std::optional<QPoint> m_clickPosition;
+    /// What the panel was opened beside: its icon, or where the user clicked it, or a corner of the
+    /// screen.
+    QRect m_anchor;
 };
 
 } // namespace Velloro

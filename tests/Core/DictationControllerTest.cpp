@@ -274,6 +274,7 @@ TEST_F(DictationControllerTest, ModelOfThePresetIsTheOneThatIsUsed)
 {
     addModel(u"small-q8_0"_qs);
     addModel(u"base"_qs);
+    addModel(u"tiny"_qs);
     launch();
     WhisperManager &manager = state->whisperManager();
     PresetModelLoader loader(*state, *hotkeys);
@@ -288,12 +289,27 @@ TEST_F(DictationControllerTest, ModelOfThePresetIsTheOneThatIsUsed)
     state->setSelectedModel(ModelPreset::small);
     ASSERT_TRUE(waitForModel("base"));
 
-    // A load that was overtaken is made up for.
+    // A load that was overtaken by a dictation's is made up for, one by the user's choice is not.
+    addModel(u"medium"_qs);
     {
         FakeWhisper::Hold hold(FakeWhisper::Point::load);
         state->setSelectedModel(ModelPreset::medium);
-        manager.loadModel(WhisperModelType::base);
+        manager.loadModel(WhisperModelType::medium);
     }
+    ASSERT_TRUE(waitForModel("small-q8_0"));
+    state->setSelectedModel(ModelPreset::small);
+    ASSERT_TRUE(waitForModel("base"));
+    {
+        FakeWhisper::Hold hold(FakeWhisper::Point::load);
+        state->setSelectedModel(ModelPreset::medium);
+        manager.loadModel(u"tiny"_qs);
+    }
+    ASSERT_TRUE(waitForModel("tiny"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(manager.selectedModelId(), u"tiny"_qs);
+    state->setSelectedModel(ModelPreset::small);
+    ASSERT_TRUE(waitForModel("base"));
+    state->setSelectedModel(ModelPreset::medium);
     ASSERT_TRUE(waitForModel("small-q8_0"));
     state->setSelectedModel(ModelPreset::small);
     ASSERT_TRUE(waitForModel("base"));

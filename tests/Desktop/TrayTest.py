@@ -2,6 +2,7 @@
 and what there is without any tray."""
 
 import signal
+import time
 
 from desktop_case import RECORDING, DesktopCase, main
 from velloro_desktop import wait_for
@@ -142,6 +143,25 @@ class TrayTest(DesktopCase):
         before = len(self.user.tray_item())
         self.user.host_tray()
         wait_for(lambda: len(self.user.tray_item()) > before, "the item's return")
+
+    def test_a_tray_that_comes_late_or_does_not_answer_holds_nothing_up(self):
+        for is_hung in (False, True):
+            with self.subTest(is_hung=is_hung):
+                if is_hung:
+                    host = self.user.host_tray()
+                    host.send_signal(signal.SIGSTOP)
+                started = time.monotonic()
+                self.start_velloro()
+                # The toolkit alone would wait for 25 seconds.
+                self.assertLess(time.monotonic() - started, 20)
+                if is_hung:
+                    host.send_signal(signal.SIGCONT)
+                else:
+                    host = self.user.host_tray()
+                wait_for(self.user.tray_item, "the item")
+                self.velloro.stop()
+                host.kill()
+                host.wait()
 
     def activate(self, x, y):
         item = self.user.tray_item()[-1]["item"]

@@ -15,6 +15,7 @@
 #include "Support/InMemoryProcessInfo.h"
 #include "Support/InMemorySystemSettings.h"
 #include "Support/InMemorySystemSounds.h"
+#include "Support/InMemoryTrayHost.h"
 #include "Support/InMemoryUserDefaults.h"
 #include "Support/InMemoryUserNotifications.h"
 #include "Support/InMemoryWorkspace.h"
@@ -60,6 +61,7 @@ public:
         make(platform.userNotifications, userNotifications);
         make(platform.systemSettings, systemSettings);
         make(platform.systemSounds, systemSounds);
+        platform.trayHost = std::make_unique<InMemoryTrayHost>();
         make(platform.userDefaults, userDefaults);
         make(platform.fileSystem, fileSystem);
         make(platform.processInfo, processInfo);

@@ -31,6 +31,8 @@ protected:
 TEST_F(HotkeyRecorderModelTest, TakesTheNextKeyWithTheHeldModifiers)
 {
     EXPECT_EQ(model->displayString(), u"⌥Space");
+    const HotkeyRecorderModel other(*hotkeyManager, keyboard);
+    QSignalSpy changes(&other, &HotkeyRecorderModel::displayStringChanged);
     const struct
     {
         uint32_t keyCode;
@@ -53,11 +55,13 @@ TEST_F(HotkeyRecorderModelTest, TakesTheNextKeyWithTheHeldModifiers)
         EXPECT_EQ(hotkeyManager->currentKeyCode(), c.keyCode);
         EXPECT_EQ(hotkeyManager->currentModifiers(), c.modifiers);
         EXPECT_EQ(model->displayString(), QString::fromUtf16(c.text));
+        EXPECT_EQ(other.displayString(), model->displayString());
         ASSERT_TRUE(hasStopped());
         EXPECT_FALSE(hotkeyManager->isPaused());
         EXPECT_EQ(keyboard.monitorCount(), 0);
         EXPECT_EQ(memory.hotkeyRegistration->registered.begin()->second.keyCode, c.keyCode);
     }
+    EXPECT_EQ(changes.count(), int(std::size(cases)));
 }
 
 TEST_F(HotkeyRecorderModelTest, ShowsTheHeldModifiersAndTakesNoneOfThemForAKey)

@@ -57,7 +57,7 @@ protected:
     AppState appState{memory.platform};
     std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
     ViewEngine engine{*memory.appearance};
-    MenuBarExtra extra{appState, *hotkeyManager, engine, *memory.userNotifications};
+    MenuBarExtra extra{memory.platform, appState, *hotkeyManager, engine};
 };
 
 TEST_F(MenuBarExtraTest, NothingOfThePanelIsMadeBeforeItIsOpened)
@@ -107,6 +107,9 @@ TEST_F(MenuBarExtraTest, IsReachedAndClosedWithTheKeyboardAlone)
     EXPECT_FALSE(extra.panel()->isVisible()) << "the settings take the panel's place";
 
     open();
+    const QPoint place = extra.panel()->position();
+    extra.openPanel();
+    EXPECT_EQ(extra.panel()->position(), place) << "it is there already";
     press(Qt::Key_Escape);
     EXPECT_FALSE(extra.panel()->isVisible());
 }

@@ -138,6 +138,16 @@ TEST_F(OnboardingWindowTest, AFailedDownloadSaysWhyAndIsTriedAgain)
     EXPECT_EQ(lastTask(), 2);
     EXPECT_EQ(text(u"title"_qs), u"Setting Up Your Voice Assistant");
     EXPECT_TRUE(appState.isDownloadingModel());
+
+    // What can't be downloaded at all is no dead end either.
+    memory.downloadSession->delegate.downloadDidComplete(
+        lastTask(), PlatformError{7, u"The network is unreachable"_qs});
+    appState.setModelId(u"unheard-of"_qs, ModelPreset::medium);
+    ASSERT_TRUE(waitUntil([this] { return !appState.isDownloadingModel(); }));
+    ASSERT_TRUE(probe().tabTo(u"Download Now"_qs));
+    probe().press(Qt::Key_Return);
+    EXPECT_THAT(text(u"failure"_qs).toStdString(), ::testing::HasSubstr("unheard-of"));
+    EXPECT_TRUE(canProceed());
 }
 
 TEST_F(OnboardingWindowTest, ADownloadGoesOnWhileTheStepOrTheWindowIsGone)

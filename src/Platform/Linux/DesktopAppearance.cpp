@@ -72,7 +72,7 @@ bool assign(T &target, const T &value)
 
 } // namespace
 
-DesktopAppearance::DesktopAppearance(std::unique_ptr<X11DesktopLook> look)
+DesktopAppearance::DesktopAppearance(std::shared_ptr<X11DesktopLook> look)
     : m_look(std::move(look))
 {
     connect(m_look.get(), &X11DesktopLook::changed, this, &Appearance::changed);

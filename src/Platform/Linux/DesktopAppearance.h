@@ -18,7 +18,7 @@ class DesktopAppearance : public Appearance
 
 public:
     /// `look` may be without an X server.
-    explicit DesktopAppearance(std::unique_ptr<X11DesktopLook> look);
+    explicit DesktopAppearance(std::shared_ptr<X11DesktopLook> look);
     ~DesktopAppearance() override;
 
     [[nodiscard]] bool prefersDark() const override;
@@ -45,7 +45,7 @@ private:
     void readStoreLines(QProcess &process);
     bool apply(const QString &group, const QString &key, const QVariant &value);
 
-    std::unique_ptr<X11DesktopLook> m_look;
+    std::shared_ptr<X11DesktopLook> m_look;
     std::optional<bool> m_dark;
     std::optional<uint32_t> m_accent;
     double m_textScale = 1;

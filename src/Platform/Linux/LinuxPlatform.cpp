@@ -4,6 +4,7 @@
 #include "Platform/Linux/DBusUserNotifications.h"
 #include "Platform/Linux/DesktopAppearance.h"
 #include "Platform/Linux/DesktopSettings.h"
+#include "Platform/Linux/DesktopTrayHost.h"
 #include "Platform/Linux/JsonUserDefaults.h"
 #include "Platform/Linux/LinuxFileSystem.h"
 #include "Platform/Linux/LinuxProcessInfo.h"
@@ -56,8 +57,9 @@ Platform makeLinuxPlatform()
     platform.accessibility = std::move(accessibility);
     platform.pasteboard = std::move(pasteboard);
 
-    platform.appearance = std::make_unique<DesktopAppearance>(
-        std::make_unique<X11DesktopLook>(X11Connection::open()));
+    const auto look = std::make_shared<X11DesktopLook>(X11Connection::open());
+    platform.appearance = std::make_unique<DesktopAppearance>(look);
+    platform.trayHost = std::make_unique<DesktopTrayHost>(look);
     platform.userNotifications = std::make_unique<DBusUserNotifications>();
     platform.userDefaults = std::make_unique<JsonUserDefaults>();
     platform.fileSystem = std::make_unique<LinuxFileSystem>();

@@ -28,6 +28,11 @@ StepPage {
         font: Theme.title3
         color: Theme.secondary
     }
+    HotkeyProblemLine {
+        Layout.alignment: Qt.AlignHCenter
+        Layout.maximumWidth: page.width - 2 * Theme.padding
+        text: page.model.hotkey.problem
+    }
     ColumnLayout {
         Layout.alignment: Qt.AlignHCenter
         Layout.topMargin: Theme.padding

@@ -59,6 +59,11 @@ void ModelDownloadStepModel::startDownload()
             if (state)
                 state->setDownloadProgress(progress);
         });
+    if (!m_appState.whisperManager().modelStates().contains(m_modelId)) {
+        m_watcher.stop();
+        setFailure(tr("There is no model named \"%1\".").arg(m_modelId));
+        m_appState.setIsDownloadingModel(false);
+    }
 }
 
 void ModelDownloadStepModel::watch()

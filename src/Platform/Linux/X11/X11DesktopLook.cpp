@@ -56,10 +56,13 @@ void X11DesktopLook::update()
 {
     const QByteArray screen = QByteArray::number(m_screen);
     const bool isCompositing = owner("_NET_WM_CM_S" + screen) != XCB_WINDOW_NONE;
-    const std::optional<bool> isTrayDark = readTrayColors(owner("_NET_SYSTEM_TRAY_S" + screen));
-    if (isCompositing == m_isCompositing && isTrayDark == m_isTrayDark)
+    const xcb_window_t tray = owner("_NET_SYSTEM_TRAY_S" + screen);
+    const bool hasTray = tray != XCB_WINDOW_NONE;
+    const std::optional<bool> isTrayDark = readTrayColors(tray);
+    if (isCompositing == m_isCompositing && hasTray == m_hasTray && isTrayDark == m_isTrayDark)
         return;
     m_isCompositing = isCompositing;
+    m_hasTray = hasTray;
     m_isTrayDark = isTrayDark;
     Q_EMIT changed();
 }

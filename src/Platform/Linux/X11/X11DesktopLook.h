@@ -8,8 +8,8 @@
 
 namespace Velloro {
 
-/// What the X server's screen tells of the desktop's look: whether a compositing manager runs, and
-/// the tray's colours. It follows both. Main thread only.
+/// What the X server's screen tells of the desktop's look: whether a compositing manager runs,
+/// whether there is a tray, and its colours. It follows them. Main thread only.
 class X11DesktopLook : public QObject
 {
     Q_OBJECT
@@ -20,6 +20,7 @@ public:
     explicit X11DesktopLook(std::shared_ptr<X11Connection> connection, QObject *parent = nullptr);
 
     [[nodiscard]] bool isCompositing() const { return m_isCompositing; }
+    [[nodiscard]] bool hasTray() const { return m_hasTray; }
     /// Whether the tray is dark; nothing where there is no X11 tray, or one that does not tell.
     [[nodiscard]] std::optional<bool> isTrayDark() const { return m_isTrayDark; }
 
@@ -35,6 +36,7 @@ private:
     std::shared_ptr<X11Connection> m_connection;
     int m_screen = 0;
     bool m_isCompositing = false;
+    bool m_hasTray = false;
     std::optional<bool> m_isTrayDark;
 };
 
