@@ -25,10 +25,9 @@ class SoundTest(DesktopCase):
 
         def dictate_silence(start_cues, stop_cues):
             mark = self.start_recording()
-            # The microphone's level is told every now and then.
-            wait_for(lambda: self.cues() == start_cues
-                     and sum(line.startswith(LEVEL) for line in self.velloro.lines[mark:]) > 5,
-                     "the start cue while recording")
+            # The level of what is recorded is told every now and then.
+            self.velloro.wait_for(LEVEL, since=mark)
+            wait_for(lambda: self.cues() == start_cues, "the start cue")
             self.assertEqual(self.end_recording(mark), "")
             wait_for(lambda: self.cues() == start_cues + stop_cues, "the stop cue")
             levels = {line for line in self.velloro.lines[mark:] if line.startswith(LEVEL)}
