@@ -19,10 +19,11 @@ double kept(double value, double low, double high)
     return std::max(low, std::min(value, high));
 }
 
-double distance(QPointF point, const QRectF &rect)
+/// From a point to a screen's nearest pixel: where two screens meet, each point is one's alone.
+double distance(QPointF point, const QRect &screen)
 {
-    const double dx = std::max({rect.left() - point.x(), 0.0, point.x() - rect.right()});
-    const double dy = std::max({rect.top() - point.y(), 0.0, point.y() - rect.bottom()});
+    const double dx = std::max({screen.left() - point.x(), 0.0, point.x() - screen.right()});
+    const double dy = std::max({screen.top() - point.y(), 0.0, point.y() - screen.bottom()});
     return dx + dy;
 }
 

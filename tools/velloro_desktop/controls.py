@@ -1,7 +1,8 @@
 """Prints, as a JSON array, the controls of the active window according to the accessibility bus.
 
 As a program on the desktop: `controls.py`. In reading order: whatever can have the keyboard, each
-with its role, name, whether it has the keyboard and its place on the screen.
+with its role, name, the name of what is around it, whether it has the keyboard and its place on
+the screen.
 """
 
 import json
@@ -14,20 +15,20 @@ from gi.repository import Atspi, GLib  # noqa: E402
 from focused_text import active_windows  # noqa: E402
 
 
-def controls(element, depth=0):
+def controls(element, within=None):
     states = element.get_state_set()
-    if depth > 0 and states.contains(Atspi.StateType.FOCUSABLE) \
+    if within is not None and states.contains(Atspi.StateType.FOCUSABLE) \
             and states.contains(Atspi.StateType.VISIBLE) \
             and states.contains(Atspi.StateType.ENABLED) \
             and element.get_role() != Atspi.Role.LABEL:
         place = element.get_extents(Atspi.CoordType.SCREEN)
-        yield {"role": element.get_role_name(), "name": element.get_name(),
+        yield {"role": element.get_role_name(), "name": element.get_name(), "within": within,
                "focused": states.contains(Atspi.StateType.FOCUSED),
                "place": [place.x, place.y, place.width, place.height]}
     for index in range(element.get_child_count()):
         child = element.get_child_at_index(index)
         if child:
-            yield from controls(child, depth + 1)
+            yield from controls(child, element.get_name() or within or "")
 
 
 def main():

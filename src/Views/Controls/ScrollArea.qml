@@ -51,6 +51,8 @@ Flickable {
         visible: size < 1
         minimumSize: 0.1
         focusPolicy: Qt.NoFocus
+        // The keyboard scrolls by what it focuses.
+        Accessible.ignored: true
         contentItem: Rectangle {
             implicitWidth: 6
             radius: 3
