@@ -18,7 +18,7 @@ Item {
         Symbol {
             Layout.alignment: Qt.AlignHCenter
             name: "clock.arrow.circlepath"
-            size: 40
+            size: 48
             color: Theme.tertiary
         }
         ThemedText {

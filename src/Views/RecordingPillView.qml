@@ -105,22 +105,20 @@ Item {
 
     Component {
         id: listeningWaveform
-        Row {
-            spacing: 3
-            height: 20
+        RoundedBars {
+            implicitWidth: 27
+            implicitHeight: 20
+            color: Theme.red
+            radius: 2
             Repeater {
                 model: 5
-                Rectangle {
+                Item {
                     required property int index
 
-                    anchors.verticalCenter: parent.verticalCenter
-                    // On half pixels too: rounded, the bars would stand unevenly.
-                    anchors.alignWhenCentered: false
+                    x: 6 * index
+                    y: (20 - height) / 2
                     width: 3
                     height: pill.model.shownBarHeights[index]
-                    radius: 2
-                    color: Theme.red
-                    antialiasing: true
                 }
             }
         }
