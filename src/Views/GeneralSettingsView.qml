@@ -14,8 +14,9 @@ GroupedForm {
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("General")
 
-    /// A switch of one property of the application state, with a note below it.
-    component BehaviorRow: ColumnLayout {
+    /// A switch of one property of the application state, with a note below it. No layout: one
+    /// would keep the height that the text had while there was little room.
+    component BehaviorRow: Column {
         id: behavior
 
         required property string property
@@ -29,14 +30,13 @@ GroupedForm {
         ToggleSwitch {
             id: control
             objectName: behavior.property
-            Layout.fillWidth: true
+            width: behavior.width
             checked: pane.appState[behavior.property]
             onToggled: pane.appState[behavior.property] = checked
             Accessible.description: behavior.note
         }
         Note {
-            Layout.fillWidth: true
-            Layout.rightMargin: 50
+            width: behavior.width - 50
             visible: text !== ""
             text: behavior.note
         }

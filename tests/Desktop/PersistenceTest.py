@@ -1,7 +1,5 @@
 """What is kept, whatever happens; and how the program starts and ends."""
 
-import base64
-import json
 import random
 import signal
 import stat
@@ -20,12 +18,6 @@ CHOSEN = {
 
 
 class PersistenceTest(DesktopCase):
-    def history(self):
-        """The stored history's texts, newest first."""
-        stored = self.velloro.settings().get("transcriptionHistory")
-        return [item["text"] for item in json.loads(base64.b64decode(stored["$data"]))] \
-            if stored else []
-
     def assert_kept(self):
         stored = self.velloro.settings()
         mappings = {"Large": self.model}
@@ -41,7 +33,7 @@ class PersistenceTest(DesktopCase):
         self.assert_words(first, PHRASE_WORDS)
         self.assertEqual(self.velloro.stop(), 0)
         self.assert_kept()
-        self.assertEqual(self.history(), [first])
+        self.assertEqual(self.velloro.history(), [first])
 
         mark = self.velloro.mark()
         self.velloro.start()
@@ -49,12 +41,12 @@ class PersistenceTest(DesktopCase):
         second = self.dictate()
         self.velloro.stop(signal.SIGKILL)
         self.assert_kept()
-        self.assertEqual(self.history(), [second, first])
+        self.assertEqual(self.velloro.history(), [second, first])
 
         # The next start is as if nothing had happened.
         self.velloro.start()
         self.assert_kept()
-        self.assertEqual(self.history(), [second, first])
+        self.assertEqual(self.velloro.history(), [second, first])
 
     def test_a_kill_at_any_moment_of_a_hundred_assignments(self):
         # A start assigns every stored setting, more than ten of them, and writes the file where it

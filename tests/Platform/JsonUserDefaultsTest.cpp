@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QScopeGuard>
 #include <QSet>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -208,29 +209,61 @@ TEST_F(JsonUserDefaultsTest, writesThroughSymbolicLinks)
     EXPECT_TRUE(S_ISFIFO(status(u"pipe"_qs).st_mode));
 }
 
-TEST_F(JsonUserDefaultsTest, setsADamagedFileAside)
+TEST_F(JsonUserDefaultsTest, setsADamagedFileAsideAndKeepsWhatIsWholeInIt)
 {
-    const QByteArray damaged[] = {
-        "x",
-        "[]",
-        "null",
-        R"({"a":1)",
-        R"({"a":1} x)",
-        "{\"a\":\"\xff\"}",
-        "{\"a\":\"\xed\xa0\x80\"}",
-        R"({"a":1e999})",
-        "{\"a\":" + QByteArray(100'000, '[') + QByteArray(100'000, ']') + "}",
-        QByteArray(100, '\0'),
-        QByteArray("PK\x03\x04\0\0\xfe", 7),
+    const QByteArray deep = QByteArray(100'000, '[') + QByteArray(100'000, ']');
+    const struct
+    {
+        QByteArray bytes;
+        QStringList kept;
+    } files[] = {
+        {"x", {}},
+        {"[]", {}},
+        {"null", {}},
+        {"{", {}},
+        {"}", {}},
+        {QByteArray(100, '\0'), {}},
+        {QByteArray("PK\x03\x04\0\0\xfe", 7), {}},
+        {QByteArray("\xff\xfe{\0\"\0a\0\"\0:\0001\0}\0", 16), {}},
+        // It breaks off: what is whole is kept, not what might have gone on.
+        {R"({"a":"x")", {u"a"_qs}},
+        {R"({"a":1,"b":2)", {u"a"_qs}},
+        {R"({"a":1,"b":tr)", {u"a"_qs}},
+        {R"({"a":1,"b":"tr)", {u"a"_qs}},
+        {R"({"a":1,"b":"tr\)", {u"a"_qs}},
+        {R"({"a":1,"b":["x")", {u"a"_qs}},
+        {QByteArray("{\"a\":1,\n\"b\":\0\0\0\0", 16), {u"a"_qs}},
+        // Something is in it that is no text, no number, or too deep.
+        {"{\"a\":1,\"b\":\"\xff\",\"c\":2}", {u"a"_qs, u"c"_qs}},
+        {"{\"a\":1,\"\xff\":1,\"c\":2}", {u"a"_qs, u"c"_qs}},
+        {"{\"a\":1,\"b\":\"\xed\xa0\x80\",\"c\":2}", {u"a"_qs, u"c"_qs}},
+        {R"({"a":1,"b":1e999,"c":["]","}"]})", {u"a"_qs, u"c"_qs}},
+        {"{\"a\":1,\"b\":" + deep + ",\"c\":2}", {u"a"_qs, u"c"_qs}},
+        // A user's hand slipped.
+        {"\xEF\xBB\xBF{\"a\":1} x", {u"a"_qs}},
+        {R"({"a":1,"c":2,})", {u"a"_qs, u"c"_qs}},
+        {R"({"a":1,,"c":2}})", {u"a"_qs, u"c"_qs}},
+        {"{\"a\":true\n\"c\":{\"x\":\"y\"}\n\"d\":1}", {u"a"_qs, u"c"_qs, u"d"_qs}},
+        {"{\"a\":\"x,y\",\n\"b\":\"x,\n\"c\":\"\\\"\"}", {u"a"_qs, u"c"_qs}},
+        {"{\"a\":1,\n\"b\":[\"x\", \"y\",\n\"c\":true}", {u"a"_qs, u"c"_qs}},
+        {"{\"a\":1,\n\"b\":{\"x\": \"y},\n\"c\":true}", {u"a"_qs}},
+        {"{\"a\":1,\n\"b:2,\n\"c\":true}", {u"a"_qs, u"c"_qs}},
+        {R"({a:1,'b':2,"c":True,"d":3})", {u"d"_qs}},
+        {R"({"a":{"b":"x"})", {u"a"_qs}},
     };
     QSet<QString> earlier;
-    for (const QByteArray &bytes : damaged) {
+    for (const auto &[bytes, kept] : files) {
+        SCOPED_TRACE(bytes.left(40).toStdString());
+        QFile::remove(path());
         write(bytes);
         m_log.clear();
-        JsonUserDefaults defaults(path());
-        EXPECT_FALSE(defaults.value(u"a"_qs));
-        EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 1) << bytes.left(20).toStdString();
-        const QStringList present = entries();
+        const JsonUserDefaults defaults(path());
+        EXPECT_EQ(object().keys(), kept) << "at once in the new file";
+        for (const QString &key : kept)
+            EXPECT_TRUE(defaults.value(key));
+        EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 1);
+        QStringList present = entries();
+        present.removeOne(u"settings.json"_qs);
         ASSERT_EQ(present.size(), earlier.size() + 1) << "none is overwritten by the next";
         for (const QString &name : present) {
             if (earlier.contains(name))
@@ -240,14 +273,58 @@ TEST_F(JsonUserDefaultsTest, setsADamagedFileAside)
             earlier.insert(name);
         }
     }
-    JsonUserDefaults(path()).setValue(u"a"_qs, true);
-    EXPECT_EQ(stored(u"a"_qs), DefaultsValue(true));
-    EXPECT_EQ(entries().size(), earlier.size() + 1);
 
     // In an empty one, there is nothing to be set aside.
     write("");
     EXPECT_FALSE(stored(u"a"_qs));
     EXPECT_EQ(entries().size(), earlier.size() + 1);
+}
+
+TEST_F(JsonUserDefaultsTest, keepsTheFileInWhichAValueOfTheWrongTypeGivesWay)
+{
+    const QByteArray before = R"({"list":["Zürich",7],"number":"x","flag":true,"null":null})";
+    write(before);
+    JsonUserDefaults defaults(path());
+    EXPECT_FALSE(defaults.value(u"list"_qs));
+    defaults.setValue(u"flag"_qs, false);
+    defaults.setValue(u"null"_qs, false);
+    EXPECT_EQ(entries(), QStringList{u"settings.json"_qs}) << "nothing is lost by that";
+
+    defaults.setValue(u"list"_qs, QStringList{u"Bern"_qs});
+    defaults.setValue(u"number"_qs, int64_t(1));
+    EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 1);
+    ASSERT_EQ(entries().size(), 2);
+    const QJsonObject kept =
+        QJsonDocument::fromJson(content(u"Velloro/"_qs + entries().last())).object();
+    EXPECT_EQ(kept.value(u"list"_qs), QJsonDocument::fromJson(before)[u"list"_qs]);
+    EXPECT_EQ(kept.value(u"number"_qs), u"x"_qs);
+    EXPECT_EQ(stored(u"list"_qs), DefaultsValue(QStringList{u"Bern"_qs}));
+    EXPECT_EQ(stored(u"flag"_qs), DefaultsValue(false));
+}
+
+TEST_F(JsonUserDefaultsTest, setsAFileAsideThatItMayNotRead)
+{
+    write(R"({"a":1})");
+    ::chmod(QFile::encodeName(path()).constData(), 0);
+    // The superuser may read every file: somebody else does this.
+    const bool isSuperuser = ::geteuid() == 0;
+    constexpr uid_t nobody = 65534;
+    if (isSuperuser) {
+        for (const QString &name : {path(), path(u"Velloro"_qs), m_directory.path()})
+            ASSERT_EQ(::chown(QFile::encodeName(name).constData(), nobody, nobody), 0);
+        ASSERT_EQ(::seteuid(nobody), 0);
+    }
+    const auto back = qScopeGuard([&] {
+        if (isSuperuser) {
+            EXPECT_EQ(::seteuid(0), 0);
+        }
+    });
+    JsonUserDefaults(path()).setValue(u"b"_qs, true);
+    EXPECT_EQ(object().keys(), QStringList{u"b"_qs});
+    EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 1);
+    ASSERT_EQ(entries().size(), 2);
+    ::chmod(QFile::encodeName(path(u"Velloro/"_qs + entries().last())).constData(), 0600);
+    EXPECT_EQ(content(u"Velloro/"_qs + entries().last()), R"({"a":1})");
 }
 
 TEST_F(JsonUserDefaultsTest, keepsInMemoryWhatItCannotWriteAndTriesAgain)

@@ -1,5 +1,6 @@
 """The program under test, or on show: its settings, its models, its output."""
 
+import base64
 import json
 import pathlib
 import signal
@@ -14,11 +15,11 @@ from .models import file_name
 class Velloro:
     """The program on a private desktop. Settings and models are laid before `start()`."""
 
-    def __init__(self, desktop, program, on_line=lambda line: None):
+    def __init__(self, desktop, program, *arguments, on_line=lambda line: None):
         """`on_line` is told every line that the program prints, on a thread of its own."""
         self.desktop = desktop
         self._on_line = on_line
-        self._program = pathlib.Path(program).resolve()
+        self._command = [pathlib.Path(program).resolve(), *arguments]
         self.process = None
         self.lines = []
         self._changed = threading.Condition()
@@ -39,6 +40,12 @@ class Velloro:
         """The stored settings, without their prefix."""
         stored = json.loads(self.settings_file.read_text())
         return {key.removeprefix("velloro."): value for key, value in stored.items()}
+
+    def history(self):
+        """The stored history's texts, newest first."""
+        stored = self.settings().get("transcriptionHistory")
+        return [item["text"] for item in json.loads(base64.b64decode(stored["$data"]))] \
+            if stored else []
 
     def set_up(self, model=None, model_file=None, **settings):
         """Lays settings (without prefix) beside the stored ones, and a model for the selected
@@ -67,7 +74,7 @@ class Velloro:
         with self._changed:
             self._ended = False
         self.process = subprocess.Popen(
-            [self._program], env=self.desktop.environment, cwd=self.desktop.home,
+            self._command, env=self.desktop.environment, cwd=self.desktop.home,
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
             errors="replace", start_new_session=True)
         self._reader = threading.Thread(target=self._read, args=[self.process], daemon=True)

@@ -180,6 +180,23 @@ class User:
         return self.wait_for_focus(lambda focus: focus["text"] == text, f"the text {text!r}",
                                    timeout)
 
+    def window_contents(self):
+        """What the active window shows (see window_contents.py), the window itself first."""
+        return json.loads(self.desktop.run([sys.executable, HERE / "window_contents.py"]))
+
+    def window_titles(self):
+        """The titles of all windows that the window manager looks after."""
+        listed = self.desktop.run(["xprop", "-root", "_NET_CLIENT_LIST"])
+        titles = []
+        for number in re.findall("0x[0-9a-f]+", listed):
+            try:
+                title = self.desktop.run(["xprop", "-id", number, "_NET_WM_NAME"],
+                                         stderr=subprocess.DEVNULL)
+            except subprocess.CalledProcessError:
+                continue  # closed meanwhile
+            titles.append(title.partition(" = ")[2].strip().strip('"'))
+        return titles
+
     def screenshot(self, path):
         self.desktop.run(["import", "-window", "root", str(path)])
 

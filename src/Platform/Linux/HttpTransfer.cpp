@@ -135,9 +135,15 @@ bool HttpTransfer::bodyData(std::span<const char> bytes)
     }
     if (const auto written = m_file->append(bytes); !written)
         return fail(written.error());
-    if (!m_lastReport || Clock::now() - *m_lastReport >= reportInterval)
-        reportProgress();
+    reportProgressIfDue();
     return true;
+}
+
+void HttpTransfer::reportProgressIfDue()
+{
+    if (m_reportedSize != m_file->size()
+        && (!m_lastReport || Clock::now() - *m_lastReport >= reportInterval))
+        reportProgress();
 }
 
 bool HttpTransfer::fail(PlatformError error)
@@ -150,6 +156,7 @@ bool HttpTransfer::fail(PlatformError error)
 void HttpTransfer::reportProgress()
 {
     m_lastReport = Clock::now();
+    m_reportedSize = m_file->size();
     m_onProgress(m_file->size(), m_promised);
 }
 

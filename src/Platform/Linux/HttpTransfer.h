@@ -36,6 +36,9 @@ public:
     /// Whether all that was promised is there, whatever the connection does then.
     [[nodiscard]] bool isComplete() const;
 
+    /// Reports what came since the last report, when that is long enough ago: what follows may be
+    /// long in coming.
+    void reportProgressIfDue();
     /// The result after the library ended with `code`; the transfer is of no use afterwards.
     [[nodiscard]] Outcome finish(CURLcode code);
 
@@ -66,6 +69,7 @@ private:
     std::array<char, CURL_ERROR_SIZE> m_libraryError{};
     Clock::time_point m_lastActivity = Clock::now();
     std::optional<Clock::time_point> m_lastReport;
+    int64_t m_reportedSize = 0;
 
     // What the latest response of a chain of redirects says of itself.
     QByteArray m_statusText;

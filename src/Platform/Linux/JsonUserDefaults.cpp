@@ -1,6 +1,7 @@
 #include "Platform/Linux/JsonUserDefaults.h"
 
 #include "Core/Log.h"
+#include "Platform/Linux/JsonSalvage.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -264,9 +265,9 @@ int replaceFile(const QString &target, const QByteArray &content)
     return 0;
 }
 
-/// Renames the file at `target`, whose content can't be used, without overwriting another one.
-/// Returns its new name or the error.
-tl::expected<QString, int> setAside(const QString &target)
+/// Renames the file at `target`, whose content can't be used, without overwriting another one; with
+/// `keep`, it stays where it is under its own name as well. Returns the new name or the error.
+tl::expected<QString, int> setAside(const QString &target, bool keep = false)
 {
     const QByteArray from = QFile::encodeName(target);
     const QString base = target + QStringLiteral(".damaged-") +
@@ -274,11 +275,15 @@ tl::expected<QString, int> setAside(const QString &target)
     for (int attempt = 1;; ++attempt) {
         const QString aside = attempt == 1 ? base : QStringLiteral("%1-%2").arg(base).arg(attempt);
         const QByteArray to = QFile::encodeName(aside);
-        if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) ==
-            0)
+        if (keep ? ::link(from.constData(), to.constData()) == 0
+                 : ::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(),
+                               RENAME_NOREPLACE) == 0)
             return aside;
         if (errno == EEXIST)
             continue;
+        // A file system without links: what is in memory is written anew.
+        if (keep)
+            return setAside(target);
         // A file system that does not know the flag.
         if (errno == EINVAL) {
             if (QFileInfo::exists(aside))
@@ -313,7 +318,11 @@ std::optional<DefaultsValue> JsonUserDefaults::value(const QString &key) const
 void JsonUserDefaults::setValue(const QString &key, const DefaultsValue &value)
 {
     const QJsonValue encoded = std::visit(Encoder(), value);
-    if (m_object.value(key) != encoded) {
+    if (const QJsonValue before = m_object.value(key); before != encoded) {
+        const auto decoded = decode(before);
+        if (!before.isUndefined() && !before.isNull()
+            && (!decoded || decoded->index() != value.index()))
+            keepMistaken(key);
         m_object.insert(key, encoded);
         m_stored.reset();
     }
@@ -337,6 +346,19 @@ std::optional<JsonUserDefaults::FileStamp> JsonUserDefaults::stampOf(const QStri
     return FileStamp{status.st_dev, status.st_ino, status.st_size, status.st_mtim};
 }
 
+void JsonUserDefaults::keepMistaken(const QString &key)
+{
+    const auto target = followLinks(m_path);
+    if (!target || m_hasKept || m_mustSetAside || !QFileInfo(*target).isFile())
+        return;
+    if (const auto aside = setAside(*target, true)) {
+        m_hasKept = true;
+        Log::line(logTag, QStringLiteral("%1 is of the wrong type and gives way; %2 as it was is "
+                                         "kept as %3")
+                              .arg(key, *target, *aside));
+    }
+}
+
 void JsonUserDefaults::load()
 {
     const auto target = followLinks(m_path);
@@ -344,13 +366,19 @@ void JsonUserDefaults::load()
         return;
     removeLeftovers(*target);
 
-    const auto reject = [&](const QString &reason) {
+    const auto reject = [&](const QString &reason, const QJsonObject &salvaged = {}) {
         const auto aside = setAside(*target);
         m_mustSetAside = !aside;
-        Log::line(logTag, aside ? QStringLiteral("%1 can't be used (%2) and was set aside as %3")
-                                      .arg(*target, reason, *aside)
-                                : QStringLiteral("%1 can't be used (%2) or set aside (%3)")
-                                      .arg(*target, reason, errorText(aside.error())));
+        QString line = aside ? QStringLiteral("%1 is damaged (%2) and was set aside as %3")
+                                   .arg(*target, reason, *aside)
+                             : QStringLiteral("%1 is damaged (%2) and can't be set aside (%3)")
+                                   .arg(*target, reason, errorText(aside.error()));
+        if (!salvaged.isEmpty())
+            line += QStringLiteral("; kept from it: %1").arg(salvaged.size());
+        Log::line(logTag, line);
+        m_object = salvaged;
+        if (!salvaged.isEmpty())
+            save();
     };
     const Descriptor file(
         ::open(QFile::encodeName(*target).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -382,7 +410,7 @@ void JsonUserDefaults::load()
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
     if (error.error != QJsonParseError::NoError)
-        return reject(error.errorString());
+        return reject(error.errorString(), salvageJsonMembers(bytes));
     if (!document.isObject())
         return reject(QStringLiteral("it does not hold an object"));
 

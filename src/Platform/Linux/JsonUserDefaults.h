@@ -20,7 +20,8 @@ namespace Velloro {
 /// same directory, synchronized, renamed), for the user's eyes alone; where the path is a symbolic
 /// link, the file that it points to is replaced. An assignment that changes nothing in a file that
 /// is as we left it writes nothing. A file that can't be read as settings is set aside as
-/// "<name>.damaged-YYYYMMDD-HHMMSS" before anything is written in its place.
+/// "<name>.damaged-YYYYMMDD-HHMMSS" before anything is written in its place, and the members of it
+/// that are whole are kept; so is one in which a value is about to give way to one of another type.
 class JsonUserDefaults : public UserDefaults
 {
 public:
@@ -53,6 +54,8 @@ private:
     [[nodiscard]] static std::optional<FileStamp> stampOf(const QString &path);
 
     void load();
+    /// Keeps the file as it is now beside itself, before a value that was of no use is replaced.
+    void keepMistaken(const QString &key);
     void save();
     /// The reason why it can't be written, or nothing.
     [[nodiscard]] std::optional<QString> write();
@@ -63,6 +66,8 @@ private:
     std::optional<FileStamp> m_stored;
     /// A file that has to be set aside before the next write, because it could not be until now.
     bool m_mustSetAside = false;
+    /// The file with values of the wrong types has been kept.
+    bool m_hasKept = false;
 };
 
 } // namespace Velloro

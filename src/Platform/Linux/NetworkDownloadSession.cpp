@@ -110,6 +110,8 @@ void NetworkDownloadSession::run()
             end(*running, message->data.result);
             transfers.erase(running);
         }
+        for (const Running &running : transfers)
+            running.transfer->reportProgressIfDue();
         std::erase_if(transfers, [this](Running &running) {
             const bool isOverdue = running.transfer->isComplete()
                 ? running.transfer->silence() >= closingTime

@@ -108,9 +108,11 @@ FocusScope {
                 visible: view.model.currentStep !== OnboardingModel.Welcome
                 text: qsTr("Back")
                 onClicked: view.model.back()
+                onVisibleChanged: if (!visible && focus) forward.forceActiveFocus(Qt.TabFocusReason)
             }
             Item { Layout.fillWidth: true }
             CapsuleButton {
+                id: forward
                 objectName: "forward"
                 kind: CapsuleButton.Prominent
                 focus: true
@@ -118,6 +120,12 @@ FocusScope {
                 text: view.model.currentStep === OnboardingModel.Done ? qsTr("Get Started")
                                                                       : qsTr("Continue")
                 onClicked: view.model.proceed()
+                // A control that has gone may have left the keyboard to nobody.
+                onEnabledChanged: {
+                    const holder = view.Window.activeFocusItem
+                    if (enabled && (!holder || !holder.activeFocusOnTab))
+                        forceActiveFocus(Qt.TabFocusReason)
+                }
             }
         }
     }

@@ -72,6 +72,8 @@ StepPage {
         }
         RowLayout {
             Layout.alignment: Qt.AlignHCenter
+            Layout.fillWidth: false
+            Layout.maximumWidth: parent.width
             Layout.topMargin: 4
             spacing: 8
             Symbol {

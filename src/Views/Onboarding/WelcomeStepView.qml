@@ -21,8 +21,8 @@ StepPage {
     }
     ColumnLayout {
         Layout.fillWidth: true
-        Layout.leftMargin: 40 - Theme.padding
-        Layout.rightMargin: 40 - Theme.padding
+        Layout.leftMargin: 40
+        Layout.rightMargin: 40
         spacing: 16
         FeatureRow {
             icon: "keyboard"
