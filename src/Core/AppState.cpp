@@ -24,6 +24,7 @@ const QString customDictionary = QStringLiteral("velloro.customDictionary");
 const QString presetMappings = QStringLiteral("velloro.presetMappings");
 const QString downloadedModels = QStringLiteral("velloro.downloadedModels");
 const QString transcriptionHistory = QStringLiteral("velloro.transcriptionHistory");
+const QString unreadableHistory = QStringLiteral("velloro.transcriptionHistory.unreadable");
 } // namespace Key
 
 constexpr qsizetype maximumHistoryLength = 50;
@@ -256,6 +257,8 @@ void AppState::addToHistory(const QString &text)
 void AppState::clearHistory()
 {
     const bool changed = assign(m_transcriptionHistory, {});
+    m_unreadableHistory.reset();
+    m_platform.userDefaults->removeValue(Key::unreadableHistory);
     saveHistory();
     if (changed)
         Q_EMIT transcriptionHistoryChanged();
@@ -309,10 +312,19 @@ void AppState::loadHistory()
     const auto stored = m_platform.userDefaults->get<QByteArray>(Key::transcriptionHistory);
     if (const auto history = stored ? decodeHistory(*stored) : std::nullopt)
         m_transcriptionHistory = *history;
+    else
+        m_unreadableHistory = stored;
 }
 
 void AppState::saveHistory()
 {
+    if (m_unreadableHistory) {
+        m_platform.userDefaults->setValue(Key::unreadableHistory, *m_unreadableHistory);
+        m_unreadableHistory.reset();
+        Log::line(u"AppState", QStringLiteral("The stored history can't be read and gives way; it "
+                                              "is kept as %1")
+                                   .arg(Key::unreadableHistory));
+    }
     m_platform.userDefaults->setValue(Key::transcriptionHistory,
                                       encodeHistory(m_transcriptionHistory));
 }

@@ -172,6 +172,8 @@ private:
     bool m_isDownloadingModel = false;
     double m_downloadProgress = 0;
     QList<TranscriptionHistoryItem> m_transcriptionHistory;
+    /// A stored history that can't be read and has not been replaced yet.
+    std::optional<QByteArray> m_unreadableHistory;
 };
 
 } // namespace Velloro

@@ -198,6 +198,13 @@ TEST_F(AppStateTest, takesWhatItDoesNotUnderstandAsAbsent)
     EXPECT_EQ(defaults().get<QByteArray>(historyKey), QByteArray("[{\"id\":"));
     EXPECT_EQ(defaults().written, QStringList{u"velloro.downloadedModels"_qs});
     EXPECT_EQ(m_log.messages(u"AppState"_qs).size(), 1);
+
+    const QString keptKey = historyKey + u".unreadable"_qs;
+    state->addToHistory(u"new"_qs);
+    EXPECT_EQ(defaults().get<QByteArray>(keptKey), QByteArray("[{\"id\":")) << "nothing is lost";
+    EXPECT_EQ(start()->transcriptionHistory().size(), 1);
+    state->clearHistory();
+    EXPECT_FALSE(defaults().value(keptKey)) << "cleared means cleared";
 }
 
 TEST_F(AppStateTest, knowsTheModelOfAPreset)
