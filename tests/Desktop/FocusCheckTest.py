@@ -10,6 +10,7 @@ class FocusCheckTest(DesktopCase):
 
     def test_a_button_is_refused_with_a_notification(self):
         self.user.watch_notifications()
+        self.user.host_tray()  # one that is missing is told of, too
         self.start_velloro()
         self.open_with_focus_on_a_button()
 
@@ -33,6 +34,7 @@ class FocusCheckTest(DesktopCase):
 
     def test_a_button_is_taken_when_the_check_is_off(self):
         self.user.watch_notifications()
+        self.user.host_tray()  # one that is missing is told of, too
         self.start_velloro(requireTextFieldFocus=False)
         self.open_with_focus_on_a_button()
         self.assert_words(self.dictate(), PHRASE_WORDS)

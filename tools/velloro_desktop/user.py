@@ -158,10 +158,15 @@ class User:
 
     def windows(self, title):
         """The places (x, y, width, height) of the windows in sight with exactly this title."""
-        tree = self.desktop.run(["xwininfo", "-root", "-tree"], stderr=subprocess.DEVNULL)
+        def tree():
+            try:
+                return self.desktop.run(["xwininfo", "-root", "-tree"], stderr=subprocess.DEVNULL)
+            except subprocess.CalledProcessError:
+                return None  # a window was closed meanwhile
         places = []
         for number, width, height, x, y in re.findall(
-                rf'(0x\w+) "{re.escape(title)}": .*?(\d+)x(\d+)\+\S+  \+(-?\d+)\+(-?\d+)', tree):
+                rf'(0x\w+) "{re.escape(title)}": .*?(\d+)x(\d+)\+\S+  \+(-?\d+)\+(-?\d+)',
+                wait_for(tree, "the windows")):
             try:
                 window = self.desktop.run(["xwininfo", "-id", number], stderr=subprocess.DEVNULL)
             except subprocess.CalledProcessError:
