@@ -6,7 +6,10 @@
 #include "VelloroApp.h"
 
 #include <QApplication>
+#include <QLocale>
 #include <QScopeGuard>
+#include <QStandardPaths>
+#include <QTranslator>
 #include <chrono>
 #include <csignal>
 
@@ -20,6 +23,14 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Velloro"));
     QApplication::setDesktopFileName(QStringLiteral("velloro"));
+
+    QTranslator translator;
+    const QString translations = QStandardPaths::locate(QStandardPaths::GenericDataLocation,
+                                                        QStringLiteral("velloro/translations"),
+                                                        QStandardPaths::LocateDirectory);
+    if (!translations.isEmpty()
+        && translator.load(QLocale(), QStringLiteral("velloro"), QStringLiteral("_"), translations))
+        QApplication::installTranslator(&translator);
 
     SingleInstance instance;
     if (!instance.acquire())

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Views/ModelFileModel.h"
+#include "Views/PresetPresentation.h"
 
 namespace Velloro {
 
@@ -21,7 +22,7 @@ public:
     /// `appState` outlives the model.
     EnhancedModelRowModel(ModelPreset preset, AppState &appState, QObject *parent = nullptr);
 
-    [[nodiscard]] QString title() const { return rawValue(m_preset); }
+    [[nodiscard]] QString title() const { return PresetPresentation::title(m_preset); }
     [[nodiscard]] QString label() const;
     [[nodiscard]] QString tint() const;
     [[nodiscard]] bool isSelected() const { return m_isSelected; }

@@ -1,6 +1,7 @@
 #include "Views/GeneralSettingsModel.h"
 
 #include "Core/Log.h"
+#include "Views/StatusText.h"
 
 namespace Velloro {
 
@@ -45,7 +46,7 @@ QStringList GeneralSettingsModel::recordingModes()
 {
     QStringList modes;
     for (const RecordingMode mode : allCases<RecordingMode>())
-        modes << rawValue(mode);
+        modes << recordingModeText(mode);
     return modes;
 }
 

@@ -25,7 +25,12 @@ T.AbstractButton {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
 
-    onClicked: model.toggle()
+    onClicked: {
+        // A screen reader presses the button of whichever window.
+        if (!Window.active)
+            Window.window.requestActivate()
+        model.toggle()
+    }
     onVisibleChanged: if (!visible) model.stop()
     Component.onDestruction: model.stop()
     // The keyboard is the recorder's alone while it records: not when the user has gone elsewhere.

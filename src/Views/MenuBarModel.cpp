@@ -45,7 +45,7 @@ QString MenuBarModel::hotkeyProblem() const
 
 QString MenuBarModel::recordingModeText() const
 {
-    return rawValue(m_appState.recordingMode());
+    return Velloro::recordingModeText(m_appState.recordingMode());
 }
 
 void MenuBarModel::openSettings()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Core/AppState.h"
+#include "Views/PresetPresentation.h"
 
 #include <QObject>
 #include <QStringList>
@@ -30,7 +31,7 @@ public:
     /// `appState` outlives the model.
     PresetConfigRowModel(ModelPreset preset, AppState &appState, QObject *parent = nullptr);
 
-    [[nodiscard]] QString title() const { return rawValue(m_preset); }
+    [[nodiscard]] QString title() const { return PresetPresentation::title(m_preset); }
     [[nodiscard]] QString label() const;
     [[nodiscard]] QString symbol() const;
     [[nodiscard]] QString menuLabel() const;

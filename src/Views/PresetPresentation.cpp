@@ -4,6 +4,19 @@
 
 namespace Velloro::PresetPresentation {
 
+QString title(ModelPreset preset)
+{
+    switch (preset) {
+    case ModelPreset::small:
+        return QCoreApplication::translate("PresetPresentation", "Small");
+    case ModelPreset::medium:
+        return QCoreApplication::translate("PresetPresentation", "Medium");
+    case ModelPreset::large:
+        return QCoreApplication::translate("PresetPresentation", "Large");
+    }
+    Q_UNREACHABLE();
+}
+
 QString label(ModelPreset preset)
 {
     switch (preset) {

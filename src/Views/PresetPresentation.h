@@ -4,9 +4,11 @@
 
 namespace Velloro {
 
-/// How the presets are shown beside their titles, which are their raw values.
+/// How the presets are shown.
 namespace PresetPresentation {
 
+/// Its name in the user's language.
+[[nodiscard]] QString title(ModelPreset preset);
 /// What the preset is good for, in a word.
 [[nodiscard]] QString label(ModelPreset preset);
 /// The name of its symbol.

@@ -19,4 +19,15 @@ QString statusText(TranscriptionState state)
     Q_UNREACHABLE();
 }
 
+QString recordingModeText(RecordingMode mode)
+{
+    switch (mode) {
+    case RecordingMode::holdToTalk:
+        return QCoreApplication::translate("StatusText", "Hold to Talk");
+    case RecordingMode::toggle:
+        return QCoreApplication::translate("StatusText", "Toggle");
+    }
+    Q_UNREACHABLE();
+}
+
 } // namespace Velloro

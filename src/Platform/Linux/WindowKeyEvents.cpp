@@ -59,11 +59,10 @@ class KeyEventFilter final : public QObject, public KeyEventMonitor::Monitor
 public:
     explicit KeyEventFilter(KeyEventMonitor::Handler handler)
         : m_handler(std::move(handler))
-        , m_window(QGuiApplication::focusWindow())
     {
         qGuiApp->installEventFilter(this);
-        if (m_window)
-            m_window->setKeyboardGrabEnabled(true);
+        connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &KeyEventFilter::grab);
+        grab(QGuiApplication::focusWindow());
     }
 
     ~KeyEventFilter() override
@@ -105,6 +104,15 @@ protected:
     }
 
 private:
+    /// Keeps the keys from the desktop as well, once a window of ours has the focus.
+    void grab(QWindow *window)
+    {
+        if (m_window || !window)
+            return;
+        m_window = window;
+        m_window->setKeyboardGrabEnabled(true);
+    }
+
     /// What other modifier keys hold: of two Shift keys, the one that stays down holds Shift.
     uint32_t heldByOtherKeys(const QKeyEvent &event)
     {

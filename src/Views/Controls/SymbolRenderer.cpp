@@ -144,7 +144,7 @@ QImage image(const QString &name, int pixels, const QBrush &brush, Rendering ren
 QIcon icon(const QString &name, const QColor &color)
 {
     QIcon result;
-    for (const int pixels : {16, 22, 24, 32, 44, 48, 64})
+    for (const int pixels : {16, 22, 24, 32, 44, 48, 64, 96, 128})
         result.addPixmap(QPixmap::fromImage(image(name, pixels, color, Rendering::hierarchical)));
     return result;
 }
