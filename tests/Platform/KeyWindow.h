@@ -32,8 +32,14 @@ public:
         connect(m_connection.get(), &X11Connection::eventReceived, this, &KeyWindow::handleEvent);
         xcb_map_window(xcb, m_window);
         m_connection->flush();
-        // A window manager that has just started may leave the window without the focus.
-        isReady = waitUntil([this] {
+        // A window manager that has just started may overlook the window, or leave it without the
+        // focus.
+        QDeadlineTimer showAgain(500);
+        isReady = waitUntil([&] {
+            if (showAgain.hasExpired()) {
+                xcb_map_window(xcb, m_window);
+                showAgain.setRemainingTime(500);
+            }
             xcb_set_input_focus(m_connection->xcb(), XCB_INPUT_FOCUS_PARENT, m_window,
                                 XCB_CURRENT_TIME);
             m_connection->flush();

@@ -4,6 +4,7 @@
 
 #include <QStringList>
 #include <mutex>
+#include <utility>
 
 namespace Velloro {
 
@@ -40,11 +41,13 @@ public:
         return messages;
     }
 
-    void clear()
+    /// The lines since the last call or clearing.
+    QStringList take()
     {
         const std::lock_guard lock(m_mutex);
-        m_lines.clear();
+        return std::exchange(m_lines, {});
     }
+    void clear() { take(); }
 
 private:
     mutable std::mutex m_mutex;

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Core/Log.h"
 #include "Core/SerialExecutor.h"
 #include "Core/WhisperContext.h"
 #include "Support/FakeWhisper.h"
 #include "Support/InMemoryProcessInfo.h"
+#include "Support/LogRecorder.h"
 
 #include <QEventLoop>
 #include <QFile>
@@ -12,7 +12,6 @@
 #include <QTemporaryDir>
 #include <QTimer>
 #include <gmock/gmock.h>
-#include <mutex>
 
 namespace Velloro {
 
@@ -23,10 +22,6 @@ protected:
     WhisperContextTestBase()
     {
         FakeWhisper::reset();
-        Log::setSink([this](const QString &line) {
-            const std::lock_guard lock(m_mutex);
-            m_lines += line;
-        });
         makeFile(modelPath());
     }
 
@@ -37,7 +32,6 @@ protected:
         EXPECT_TRUE(SerialExecutor::finishAll(std::chrono::seconds(20)));
         EXPECT_EQ(FakeWhisper::liveStates(), 0);
         EXPECT_EQ(FakeWhisper::liveContexts(), 0);
-        Log::setSink({});
     }
 
     [[nodiscard]] QString modelPath() const { return directory.filePath(QStringLiteral("model.bin")); }
@@ -68,24 +62,17 @@ protected:
     void load() { ASSERT_TRUE(await(context->loadModel(modelPath()))); }
 
     /// The lines since the last call.
-    QStringList takeLines()
-    {
-        const std::lock_guard lock(m_mutex);
-        return std::exchange(m_lines, {});
-    }
+    QStringList takeLines() { return log.take(); }
 
     static QString line(const char *message)
     {
         return QStringLiteral("[WhisperContext] ") + QString::fromUtf8(message);
     }
 
+    LogRecorder log;
     QTemporaryDir directory;
     InMemoryProcessInfo processInfo;
     std::unique_ptr<WhisperContext> context = std::make_unique<WhisperContext>(processInfo);
-
-private:
-    std::mutex m_mutex;
-    QStringList m_lines;
 };
 
 } // namespace Velloro

@@ -89,15 +89,20 @@ void X11Connection::dispatchPending()
 {
     if (m_ended)
         return;
-    while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(xcb())})
-        Q_EMIT eventReceived(event.get());
-    if (xcb_connection_has_error(xcb())) {
+    // Sending may read events, too: what the receivers have to send goes before the last look.
+    for (bool isDrained = false; !isDrained;) {
+        flush();
+        isDrained = true;
+        while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(xcb())}) {
+            isDrained = false;
+            Q_EMIT eventReceived(event.get());
+        }
+    }
+    if (!m_ended && xcb_connection_has_error(xcb())) {
         m_ended = true;
         m_notifier->setEnabled(false);
         Q_EMIT ended();
-        return;
     }
-    flush();
 }
 
 bool X11Connection::dispatchUntil(const std::function<bool()> &done, const QDeadlineTimer &deadline)
