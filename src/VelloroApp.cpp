@@ -10,8 +10,9 @@ VelloroApp::VelloroApp(Platform &platform, const QString &repositoryBaseUrl, QOb
     : QObject(parent)
     , m_viewEngine(*platform.appearance)
     , m_appDelegate(platform,
-                    [this] {
-                        return std::make_unique<RecordingPillWindowController>(m_viewEngine);
+                    [this, &platform] {
+                        return std::make_unique<RecordingPillWindowController>(
+                            m_viewEngine, *platform.screenFrames);
                     },
                     repositoryBaseUrl)
     , m_menuBarExtra(platform, m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine)

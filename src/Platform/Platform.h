@@ -12,6 +12,7 @@
 #include "Platform/LoginItem.h"
 #include "Platform/Pasteboard.h"
 #include "Platform/ProcessInfo.h"
+#include "Platform/ScreenFrames.h"
 #include "Platform/SystemSettings.h"
 #include "Platform/SystemSounds.h"
 #include "Platform/TrayHost.h"
@@ -45,6 +46,7 @@ struct Platform
     std::unique_ptr<Appearance> appearance;
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<UserNotifications> userNotifications;
+    std::unique_ptr<ScreenFrames> screenFrames;
     std::unique_ptr<SystemSettings> systemSettings;
     std::unique_ptr<SystemSounds> systemSounds;
     std::unique_ptr<TrayHost> trayHost;

@@ -30,6 +30,7 @@ MenuBarExtra::MenuBarExtra(Platform &platform, AppState &appState, HotkeyManager
     , m_engine(engine)
     , m_userNotifications(*platform.userNotifications)
     , m_trayHost(*platform.trayHost)
+    , m_screenFrames(*platform.screenFrames)
     , m_model(appState, hotkeyManager)
 {
     m_menu.addAction(tr("Open Velloro"), this, &MenuBarExtra::openPanel);
@@ -127,10 +128,10 @@ void MenuBarExtra::openPanel()
     openPanelBeside(icon.isValid() ? icon : cornerOfScreen());
 }
 
-QRect MenuBarExtra::cornerOfScreen()
+QRect MenuBarExtra::cornerOfScreen() const
 {
     const QScreen *screen = WindowPlacement::screenAt(QCursor::pos());
-    const QRect frame = screen ? screen->availableGeometry() : QRect();
+    const QRect frame = screen ? m_screenFrames.visibleFrame(*screen) : QRect();
     return {frame.topRight(), QSize(1, 1)};
 }
 
@@ -184,7 +185,7 @@ void MenuBarExtra::placePanel()
         return;
     m_panel->setScreen(screen);
     m_panel->setPosition(
-        WindowPlacement::panelOrigin(m_anchor, m_panel->size(), screen->availableGeometry())
+        WindowPlacement::panelOrigin(m_anchor, m_panel->size(), m_screenFrames.visibleFrame(*screen))
             .toPoint());
 }
 

@@ -54,7 +54,7 @@ private:
     void updateIcon();
     void activated(QSystemTrayIcon::ActivationReason reason);
     void makePanel();
-    [[nodiscard]] static QRect cornerOfScreen();
+    [[nodiscard]] QRect cornerOfScreen() const;
     void openPanelBeside(const QRect &anchor);
     void placePanel();
     void tellOfMissingTray();
@@ -63,6 +63,7 @@ private:
     ViewEngine &m_engine;
     UserNotifications &m_userNotifications;
     TrayHost &m_trayHost;
+    ScreenFrames &m_screenFrames;
     MenuBarModel m_model;
     QMenu m_menu;
     /// Null until the desktop has a tray.

@@ -26,8 +26,10 @@ QString decimal(double value)
 
 } // namespace
 
-RecordingPillWindowController::RecordingPillWindowController(ViewEngine &engine)
+RecordingPillWindowController::RecordingPillWindowController(ViewEngine &engine,
+                                                             ScreenFrames &screenFrames)
     : m_engine(engine)
+    , m_screenFrames(screenFrames)
 {
 }
 
@@ -96,7 +98,7 @@ void RecordingPillWindowController::positionWindow()
         return;
     }
     m_window->setPosition(WindowPlacement::pillOrigin(pointer, m_window->size(),
-                                                      screen->availableGeometry())
+                                                      m_screenFrames.visibleFrame(*screen))
                               .toPoint());
 }
 

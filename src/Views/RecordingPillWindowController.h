@@ -16,8 +16,8 @@ namespace Velloro {
 class RecordingPillWindowController : public RecordingPill
 {
 public:
-    /// `engine` outlives the controller.
-    explicit RecordingPillWindowController(ViewEngine &engine);
+    /// Both outlive the controller.
+    RecordingPillWindowController(ViewEngine &engine, ScreenFrames &screenFrames);
     ~RecordingPillWindowController() override;
 
     void show(AppState &appState) override;
@@ -31,6 +31,7 @@ private:
     void positionWindow();
 
     ViewEngine &m_engine;
+    ScreenFrames &m_screenFrames;
     std::unique_ptr<RecordingPillModel> m_model;
     std::unique_ptr<FramelessView> m_window;
 };

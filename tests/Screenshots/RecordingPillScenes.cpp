@@ -13,7 +13,7 @@ QImage pill(Stage &stage, TranscriptionState state, const QString &streamed = {}
     stage.appState.setRecordingDuration(83.4);
     stage.appState.setAudioLevel(0.5F);
     stage.appState.setTranscriptionState(state);
-    RecordingPillWindowController controller(stage.engine);
+    RecordingPillWindowController controller(stage.engine, *stage.memory.platform.screenFrames);
     controller.show(stage.appState);
     return controller.window() ? Stage::picture(*controller.window()) : QImage();
 }

@@ -13,6 +13,7 @@
 #include "Support/InMemoryLoginItem.h"
 #include "Support/InMemoryPasteboard.h"
 #include "Support/InMemoryProcessInfo.h"
+#include "Support/InMemoryScreenFrames.h"
 #include "Support/InMemorySystemSettings.h"
 #include "Support/InMemorySystemSounds.h"
 #include "Support/InMemoryTrayHost.h"
@@ -59,6 +60,7 @@ public:
         make(platform.appearance, appearance);
         make(platform.workspace, workspace);
         make(platform.userNotifications, userNotifications);
+        platform.screenFrames = std::make_unique<InMemoryScreenFrames>();
         make(platform.systemSettings, systemSettings);
         make(platform.systemSounds, systemSounds);
         platform.trayHost = std::make_unique<InMemoryTrayHost>();

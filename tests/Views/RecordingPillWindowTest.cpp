@@ -74,7 +74,7 @@ protected:
     InMemoryPlatform memory;
     AppState appState{memory.platform};
     ViewEngine engine{*memory.appearance};
-    RecordingPillWindowController controller{engine};
+    RecordingPillWindowController controller{engine, *memory.platform.screenFrames};
     xcb_connection_t *xcb = nullptr;
 };
 

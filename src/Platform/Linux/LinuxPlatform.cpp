@@ -17,6 +17,7 @@
 #include "Platform/Linux/X11/X11HotkeyRegistration.h"
 #include "Platform/Linux/X11/X11KeyboardEvents.h"
 #include "Platform/Linux/X11/X11Pasteboard.h"
+#include "Platform/Linux/X11/X11ScreenFrames.h"
 #include "Platform/Linux/X11/X11Workspace.h"
 #include "Platform/Linux/XdgLoginItem.h"
 
@@ -53,6 +54,7 @@ Platform makeLinuxPlatform()
     platform.hotkeyRegistration = std::make_unique<X11HotkeyRegistration>(display);
     platform.keyEventMonitor = std::make_unique<WindowKeyEvents>();
     platform.systemSettings = std::make_unique<DesktopSettings>();
+    platform.screenFrames = std::make_unique<X11ScreenFrames>(display);
     platform.workspace = std::make_unique<X11Workspace>(display);
     platform.accessibility = std::move(accessibility);
     platform.pasteboard = std::move(pasteboard);
