@@ -138,6 +138,9 @@ TEST_F(OnboardingWindowTest, AFailedDownloadSaysWhyAndIsTriedAgain)
     EXPECT_EQ(lastTask(), 2);
     EXPECT_EQ(text(u"title"_qs), u"Setting Up Your Voice Assistant");
     EXPECT_TRUE(appState.isDownloadingModel());
+    finishDownload();
+    ASSERT_TRUE(waitUntil([this] { return canProceed(); }));
+    EXPECT_EQ(probe().focusedName(), u"Continue") << "the button that was pressed has gone";
 }
 
 TEST_F(OnboardingWindowTest, ADownloadGoesOnWhileTheStepOrTheWindowIsGone)
