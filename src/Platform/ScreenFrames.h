@@ -1,8 +1,7 @@
 #pragma once
 
 #include <QRect>
-
-class QScreen;
+#include <optional>
 
 namespace Velloro {
 
@@ -12,8 +11,11 @@ class ScreenFrames
 public:
     virtual ~ScreenFrames() = default;
 
-    /// The screen without the desktop's panels and docks, in the desktop's logical pixels.
-    [[nodiscard]] virtual QRect visibleFrame(const QScreen &screen) const = 0;
+    /// The screen with this frame without the desktop's panels and docks; nothing where the toolkit
+    /// knows them. Frames are in the desktop's logical pixels, `pixelRatio` of the server's each.
+    [[nodiscard]] virtual std::optional<QRect> visibleFrame(const QRect &screen,
+                                                            double pixelRatio) const
+        = 0;
 };
 
 } // namespace Velloro

@@ -192,7 +192,8 @@ ActionList {
                 id: trash
                 objectName: "trash"
                 focus: true
-                focusPolicy: pane.policyOf(row.index)
+                // What has the keyboard can't cease to be a stop, not even while its row goes.
+                focusPolicy: activeFocus ? Qt.StrongFocus : pane.policyOf(row.index)
                 symbol: "trash"
                 symbolSize: Math.round(Theme.caption.pixelSize * 1.2)
                 color: Theme.red

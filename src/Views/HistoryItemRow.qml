@@ -58,7 +58,7 @@ FocusScope {
             objectName: "copy"
             Layout.alignment: Qt.AlignTop
             focus: true
-            focusPolicy: row.policy
+            focusPolicy: activeFocus ? Qt.StrongFocus : row.policy
             padding: 3
             symbol: row.copied ? "checkmark" : "doc.on.doc"
             symbolSize: Math.round(Theme.caption.pixelSize * 1.2)

@@ -131,7 +131,7 @@ void MenuBarExtra::openPanel()
 QRect MenuBarExtra::cornerOfScreen() const
 {
     const QScreen *screen = WindowPlacement::screenAt(QCursor::pos());
-    const QRect frame = screen ? m_screenFrames.visibleFrame(*screen) : QRect();
+    const QRect frame = screen ? WindowPlacement::visibleFrame(*screen, m_screenFrames) : QRect();
     return {frame.topRight(), QSize(1, 1)};
 }
 
@@ -184,9 +184,9 @@ void MenuBarExtra::placePanel()
     if (!screen)
         return;
     m_panel->setScreen(screen);
+    const QRectF frame = WindowPlacement::visibleFrame(*screen, m_screenFrames);
     m_panel->setPosition(
-        WindowPlacement::panelOrigin(m_anchor, m_panel->size(), m_screenFrames.visibleFrame(*screen))
-            .toPoint());
+        WindowPlacement::panelOrigin(m_anchor, m_panel->size(), frame).toPoint());
 }
 
 bool MenuBarExtra::eventFilter(QObject *watched, QEvent *event)

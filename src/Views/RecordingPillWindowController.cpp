@@ -97,9 +97,9 @@ void RecordingPillWindowController::positionWindow()
         log(QStringLiteral("ERROR: No screen available"));
         return;
     }
-    m_window->setPosition(WindowPlacement::pillOrigin(pointer, m_window->size(),
-                                                      m_screenFrames.visibleFrame(*screen))
-                              .toPoint());
+    const QRectF frame = WindowPlacement::visibleFrame(*screen, m_screenFrames);
+    m_window->setPosition(
+        WindowPlacement::pillOrigin(pointer, m_window->size(), frame).toPoint());
 }
 
 } // namespace Velloro

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Core/RecordingPill.h"
+#include "Platform/ScreenFrames.h"
 #include "Views/FramelessView.h"
 #include "Views/RecordingPillModel.h"
 #include "Views/ViewEngine.h"

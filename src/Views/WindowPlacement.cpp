@@ -1,5 +1,7 @@
 #include "Views/WindowPlacement.h"
 
+#include "Platform/ScreenFrames.h"
+
 #include <QGuiApplication>
 #include <QScreen>
 #include <algorithm>
@@ -54,6 +56,12 @@ QPointF panelOrigin(const QRectF &anchor, QSizeF size, const QRectF &visibleFram
                  visibleFrame.right() - size.width() - panelMargin),
             kept(y, visibleFrame.top() + panelMargin,
                  visibleFrame.bottom() - size.height() - panelMargin)};
+}
+
+QRect visibleFrame(const QScreen &screen, const ScreenFrames &frames)
+{
+    return frames.visibleFrame(screen.geometry(), screen.devicePixelRatio())
+        .value_or(screen.availableGeometry());
 }
 
 QScreen *screenAt(QPointF point)

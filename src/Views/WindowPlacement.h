@@ -8,6 +8,8 @@ class QScreen;
 
 namespace Velloro {
 
+class ScreenFrames;
+
 /// Where the program's floating windows go. Coordinates are the desktop's: logical pixels, y grows
 /// downwards. `visibleFrame` is a screen without its docks and panels.
 namespace WindowPlacement {
@@ -19,6 +21,9 @@ namespace WindowPlacement {
 /// A panel that belongs to `anchor` (the tray icon): centred under it, or above it where there is
 /// no room below, or beside it where the tray is upright; wholly inside the frame where it fits.
 [[nodiscard]] QPointF panelOrigin(const QRectF &anchor, QSizeF size, const QRectF &visibleFrame);
+
+/// The screen without the desktop's panels and docks.
+[[nodiscard]] QRect visibleFrame(const QScreen &screen, const ScreenFrames &frames);
 
 /// The screen that holds this point, or is nearest to it; null when there is no screen.
 [[nodiscard]] QScreen *screenAt(QPointF point);

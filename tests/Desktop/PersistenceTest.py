@@ -69,6 +69,36 @@ class PersistenceTest(DesktopCase):
                      if path != self.velloro.settings_file]
         self.assertEqual(leftovers, [])
 
+    def test_a_damaged_settings_file_is_set_aside_and_what_is_whole_in_it_stays(self):
+        self.velloro.set_up(model=self.model, model_file=self.present[self.model],
+                            **CHOSEN | {f"unknown {number}": number for number in range(1000)})
+        damaged = (self.velloro.settings_file.read_bytes()[:-1]
+                   + b', "velloro.playSounds": "\xff", "number": 1e999, "velloro.sele')
+        self.velloro.settings_file.write_bytes(damaged)
+        self.velloro.start()
+        self.velloro.wait_for("[WhisperManager] Loaded model: ")
+        self.velloro.wait_for(f"[UserDefaults] {self.velloro.settings_file} is damaged ")
+        self.assert_kept()
+        self.assertEqual(self.velloro.settings()["unknown 999"], 999)
+        self.assertEqual(self.velloro.stop(), 0)
+
+        mark = self.velloro.mark()
+        self.velloro.start()
+        self.velloro.stop()
+        self.assertFalse([line for line in self.velloro.lines[mark:] if "damaged" in line])
+        aside, = self.velloro.settings_file.parent.glob("settings.json.damaged-*")
+        self.assertEqual(aside.read_bytes(), damaged)
+
+        # Nor does what is no file at all keep it from its work, or go.
+        self.velloro.settings_file.unlink()
+        (self.velloro.settings_file / "something").mkdir(parents=True)
+        mark = self.velloro.mark()
+        self.velloro.start()
+        self.velloro.wait_for(f"[UserDefaults] {self.velloro.settings_file} is not a file",
+                              since=mark)
+        self.assertEqual(self.velloro.stop(), 0)
+        self.assertTrue((self.velloro.settings_file / "something").exists())
+
     def test_signals_end_it_cleanly(self):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
             with self.subTest(signal=number.name):

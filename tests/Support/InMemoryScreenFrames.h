@@ -2,15 +2,17 @@
 
 #include "Platform/ScreenFrames.h"
 
-#include <QScreen>
-
 namespace Velloro {
 
-/// Frames as the toolkit knows them.
+/// Knows no more than the toolkit.
 class InMemoryScreenFrames : public ScreenFrames
 {
 public:
-    QRect visibleFrame(const QScreen &screen) const override { return screen.availableGeometry(); }
+    std::optional<QRect> visibleFrame(const QRect & /*screen*/,
+                                      double /*pixelRatio*/) const override
+    {
+        return std::nullopt;
+    }
 };
 
 } // namespace Velloro

@@ -148,6 +148,13 @@ TEST_F(OnboardingWindowTest, AFailedDownloadSaysWhyAndIsTriedAgain)
     probe().press(Qt::Key_Return);
     EXPECT_THAT(text(u"failure"_qs).toStdString(), ::testing::HasSubstr("unheard-of"));
     EXPECT_TRUE(canProceed());
+
+    appState.setModelId(u"small-q8_0"_qs, ModelPreset::medium);
+    ASSERT_TRUE(probe().tabTo(u"Download Now"_qs));
+    probe().press(Qt::Key_Return);
+    finishDownload();
+    ASSERT_TRUE(waitUntil([this] { return canProceed(); }));
+    EXPECT_EQ(probe().focusedName(), u"Continue") << "the button that was pressed has gone";
 }
 
 TEST_F(OnboardingWindowTest, ADownloadGoesOnWhileTheStepOrTheWindowIsGone)

@@ -120,10 +120,10 @@ FocusScope {
                 text: view.model.currentStep === OnboardingModel.Done ? qsTr("Get Started")
                                                                       : qsTr("Continue")
                 onClicked: view.model.proceed()
-                // A control that has gone may have left the keyboard to nobody.
+                // A control that has gone leaves the keyboard to nobody.
                 onEnabledChanged: {
                     const holder = view.Window.activeFocusItem
-                    if (enabled && (!holder || !holder.activeFocusOnTab))
+                    if (enabled && (!holder || !holder.activeFocusOnTab || !holder.visible))
                         forceActiveFocus(Qt.TabFocusReason)
                 }
             }

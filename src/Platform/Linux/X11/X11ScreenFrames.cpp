@@ -3,7 +3,6 @@
 #include "Platform/Linux/X11/XcbReply.h"
 
 #include <QGuiApplication>
-#include <QScreen>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -42,18 +41,16 @@ X11ScreenFrames::X11ScreenFrames(std::shared_ptr<X11Connection> connection)
 {
 }
 
-QRect X11ScreenFrames::visibleFrame(const QScreen &screen) const
+std::optional<QRect> X11ScreenFrames::visibleFrame(const QRect &screen, double pixelRatio) const
 {
     if (!m_connection || !m_connection->isAlive() || QGuiApplication::screens().size() < 2)
-        return screen.availableGeometry();
+        return std::nullopt;
     // A screen's origin is the server's; its size is scaled.
-    const QRect logical = screen.geometry();
-    const double ratio = screen.devicePixelRatio();
-    const QRect monitor(logical.topLeft(), QSize(int(std::lround(logical.width() * ratio)),
-                                                 int(std::lround(logical.height() * ratio))));
+    const QRect monitor(screen.topLeft(), QSize(int(std::lround(screen.width() * pixelRatio)),
+                                                int(std::lround(screen.height() * pixelRatio))));
     const QRect visible = withoutPanels(monitor, panels());
-    const auto scaled = [&](int pixels) { return int(std::ceil(pixels / ratio)); };
-    return logical.adjusted(
+    const auto scaled = [&](int pixels) { return int(std::ceil(pixels / pixelRatio)); };
+    return screen.adjusted(
         scaled(visible.left() - monitor.left()), scaled(visible.top() - monitor.top()),
         -scaled(monitor.right() - visible.right()), -scaled(monitor.bottom() - visible.bottom()));
 }

@@ -16,10 +16,11 @@ namespace Velloro {
 class X11ScreenFrames final : public ScreenFrames
 {
 public:
-    /// With a null connection frames are the toolkit's.
+    /// A null connection knows no frame.
     explicit X11ScreenFrames(std::shared_ptr<X11Connection> connection);
 
-    [[nodiscard]] QRect visibleFrame(const QScreen &screen) const override;
+    [[nodiscard]] std::optional<QRect> visibleFrame(const QRect &screen,
+                                                    double pixelRatio) const override;
 
     /// A monitor without the panels that reserve parts of the edges of the desktop, all in the
     /// server's pixels. A reservation that would leave nothing of it is another monitor's.
