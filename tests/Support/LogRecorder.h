@@ -26,7 +26,8 @@ public:
     [[nodiscard]] QStringList lines() const
     {
         const std::lock_guard lock(m_mutex);
-        return m_lines;
+        // A list of its own: no other thread's next line meets the sharing of this one.
+        return {m_lines.cbegin(), m_lines.cend()};
     }
 
     /// The messages of one component, in order, without its tag.
