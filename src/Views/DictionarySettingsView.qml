@@ -5,6 +5,7 @@ import Velloro
 /// The dictionary pane: adding words, suggestions and the words themselves.
 ActionList {
     id: pane
+    objectName: "words"
 
     required property DictionarySettingsModel dictionary
 

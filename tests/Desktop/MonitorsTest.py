@@ -13,7 +13,7 @@ SIZE = (260, 48)
 
 
 class MonitorsTest(DesktopCase):
-    components = ["xdotool", "xrandr"]
+    components = ["xdotool", "xrandr", "trayer"]
 
     def use_two_monitors(self):
         for name, (x, y, width, height), output in (("left", LEFT, "screen"),
@@ -66,6 +66,16 @@ class MonitorsTest(DesktopCase):
             for pointer, monitor in (((300, 500), LEFT), ((0, 0), LEFT), ((639, 799), LEFT),
                                      ((640, 400), RIGHT), ((1279, 599), RIGHT)):
                 self.assert_pill_above(pointer, monitor, scale)
+            # A panel at the upper edge of the left monitor alone.
+            panel = self.desktop.start(
+                ["trayer", "--edge", "top", "--align", "left", "--widthtype", "pixel", "--width",
+                 "300", "--heighttype", "pixel", "--height", "40", "--SetDockType", "true",
+                 "--SetPartialStrut", "true"], log="trayer")
+            wait_for(lambda: self.user.windows("panel"), "the panel")
+            self.assert_pill_above((0, 0), (0, 40, 640, 760), scale)
+            self.assert_pill_above((700, 0), RIGHT, scale)
+            panel.terminate()
+            panel.wait()
             self.velloro.stop()
 
     def test_the_panel_is_on_the_monitor_of_the_pointer(self):

@@ -4,7 +4,6 @@
 #include "Views/SettingsWindowController.h"
 #include "Views/WindowProbe.h"
 
-#include <QElapsedTimer>
 #include <gmock/gmock.h>
 
 namespace Velloro {
@@ -28,6 +27,11 @@ protected:
     {
         QQuickItem *item = probe().item(name);
         return item && item->property("checked").toBool();
+    }
+    /// How many rows of a list are there, whether in sight or not.
+    [[nodiscard]] qsizetype rowCount(const QString &list) const
+    {
+        return probe().item(list)->property("contentItem").value<QQuickItem *>()->childItems().size();
     }
 
     InMemoryPlatform memory;
@@ -176,21 +180,18 @@ TEST_F(SettingsWindowTest, LongListsAreScrolledThroughAtOnce)
     probe().press(Qt::Key_Right);
     probe().press(Qt::Key_Right);
     ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"Remove word 0"_qs); }));
-    QElapsedTimer clock;
-    clock.start();
     probe().press(Qt::Key_End);
     EXPECT_EQ(probe().focusedName(), u"Remove word 9999");
     for (int count = 0; count < 100; ++count)
         probe().press(Qt::Key_Up);
     EXPECT_EQ(probe().focusedName(), u"Remove word 9899");
-    EXPECT_LT(clock.elapsed(), 5000);
+    EXPECT_LT(rowCount(u"words"_qs), 100) << "rows far out of sight are not there";
 
     probe().press(Qt::Key_Tab, Qt::ControlModifier);
     ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"Copy"_qs); }));
-    clock.restart();
     probe().press(Qt::Key_End);
     probe().press(Qt::Key_Space);
-    EXPECT_LT(clock.elapsed(), 1000);
+    EXPECT_LT(rowCount(u"entries"_qs), 40);
     ASSERT_TRUE(memory.pasteboard->content);
     EXPECT_TRUE(memory.pasteboard->content->startsWith(u"0 lorem"));
     EXPECT_EQ(probe().focusedName(), u"Copied");
