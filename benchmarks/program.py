@@ -175,7 +175,8 @@ def dictations(program, model, path, repetitions, recording_seconds):
     with PrivateDesktop() as desktop:
         user = User(desktop)
         phrase = desktop.folder / "phrase.wav"
-        desktop.run(["sox", str(RECORDING), str(phrase), "trim", "3.2", "2.2"])
+        # Understood at once: a second attempt with more decoders would cost 37 MB at the peak.
+        desktop.run(["sox", str(RECORDING), str(phrase), "trim", "7.9", "2.9"])
         user.prepare_speech(phrase)
         user.prepare_speech(RECORDING)
         velloro = Velloro(desktop, program, on_line)
