@@ -290,11 +290,11 @@ TEST_F(DictationControllerTest, ModelOfThePresetIsTheOneThatIsUsed)
     ASSERT_TRUE(waitForModel("base"));
 
     // A load that was overtaken by a dictation's is made up for, one by the user's choice is not.
-    addModel(u"medium"_qs);
+    addModel(u"small"_qs);
     {
         FakeWhisper::Hold hold(FakeWhisper::Point::load);
         state->setSelectedModel(ModelPreset::medium);
-        manager.loadModel(WhisperModelType::medium);
+        manager.loadModel(WhisperModelType::small);
     }
     ASSERT_TRUE(waitForModel("small-q8_0"));
     state->setSelectedModel(ModelPreset::small);
