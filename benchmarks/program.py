@@ -77,7 +77,7 @@ def tray_only(program, seconds):
         velloro = Velloro(desktop, program)
         velloro.set_up()
         velloro.start()
-        time.sleep(5)  # what the start has begun comes to rest
+        time.sleep(15)  # what the start has begun comes to rest; a desktop without a tray is told of it
         before = wake_ups(velloro.process)
         time.sleep(seconds)
         woken = wake_ups(velloro.process) - before
@@ -179,7 +179,7 @@ def dictations(program, model, path, repetitions, recording_seconds):
         desktop.run(["sox", str(RECORDING), str(phrase), "trim", "7.9", "2.9"])
         user.prepare_speech(phrase)
         user.prepare_speech(RECORDING)
-        velloro = Velloro(desktop, program, on_line)
+        velloro = Velloro(desktop, program, on_line=on_line)
         velloro.set_up(model=model, model_file=path)
         velloro.start()
         velloro.wait_for("[WhisperManager] Loaded model: ")
