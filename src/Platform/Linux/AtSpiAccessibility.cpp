@@ -64,8 +64,8 @@ AtSpiAccessibility::copyAttributeValue(const AccessibilityElementRef &element,
     if (attribute == focusedElementAttribute) {
         Result<AtSpiReference> focused = tl::unexpected(AccessibilityError::attributeUnsupported);
         const bool isOfDesktop = std::holds_alternative<AtSpiElement::Desktop>(target->target);
-        if (isOfDesktop && m_beforeAccess)
-            m_beforeAccess();
+        if (isOfDesktop && m_beforeAccess && !m_beforeAccess())
+            return tl::unexpected(AccessibilityError::cannotComplete);
         if (isOfDesktop)
             focused = m_focus.focused();
         else if (const auto *process = std::get_if<pid_t>(&target->target))

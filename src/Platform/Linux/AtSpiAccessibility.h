@@ -33,8 +33,9 @@ public:
                                                  const AccessibilityValue &value) override;
 
     /// Called, if set, whenever the desktop's focused element is asked for: whatever was sent to
-    /// it by other ways must have arrived before it is read.
-    void setBeforeAccess(std::function<void()> hook) { m_beforeAccess = std::move(hook); }
+    /// it by other ways must have arrived before it is read. Where that returns false, it has not,
+    /// and the element can't be had: what is written now would come before it.
+    void setBeforeAccess(std::function<bool()> hook) { m_beforeAccess = std::move(hook); }
 
     /// Whether the focused element is a terminal; false where that can't be known.
     [[nodiscard]] bool isTerminalFocused();
@@ -44,7 +45,7 @@ private:
     Result<AtSpiReference> objectOf(const AccessibilityElementRef &element);
     AtSpiText &textOf(const AtSpiReference &object);
 
-    std::function<void()> m_beforeAccess;
+    std::function<bool()> m_beforeAccess;
     AtSpiBus m_bus;
     AtSpiFocusTracker m_focus;
     /// What is known about the text that was used last, for the rest of the event loop's turn.

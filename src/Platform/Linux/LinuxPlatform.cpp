@@ -49,7 +49,7 @@ Platform makeLinuxPlatform()
             .awaitPaste = [board = pasteboard.get()] { board->awaitPaste(); },
         });
     // A text field is read and written when the backspaces before have done their work.
-    accessibility->setBeforeAccess([strokes = keyboard.get()] { strokes->awaitReceipt(); });
+    accessibility->setBeforeAccess([strokes = keyboard.get()] { return strokes->awaitReceipt(); });
     platform.keyboardEvents = std::move(keyboard);
     platform.hotkeyRegistration = std::make_unique<X11HotkeyRegistration>(display);
     platform.keyEventMonitor = std::make_unique<WindowKeyEvents>();

@@ -85,13 +85,13 @@ bool X11KeyboardEvents::press(uint32_t keyCode, uint64_t flags)
     return true;
 }
 
-void X11KeyboardEvents::awaitReceipt()
+bool X11KeyboardEvents::awaitReceipt()
 {
     if (!std::exchange(m_hasUnconfirmedStrokes, false) || !m_connection->isAlive())
-        return;
+        return true;
     const xcb_window_t window = othersWindow();
     if (window == XCB_WINDOW_NONE || !m_workspace->answersPings(window))
-        return;
+        return true;
 
     // The window takes its events in order and sends a ping on to the root window.
     xcb_connection_t *xcb = m_connection->xcb();
@@ -116,6 +116,7 @@ void X11KeyboardEvents::awaitReceipt()
                                 QDeadlineTimer(receiptPatience));
     selectRootEvents(XCB_EVENT_MASK_NO_EVENT);
     m_connection->flush();
+    return m_isPingAnswered;
 }
 
 xcb_window_t X11KeyboardEvents::othersWindow()

@@ -46,8 +46,9 @@ public:
     void pause(std::chrono::microseconds duration) override;
 
     /// Waits until the active window has taken the strokes that were sent to it, for half a second
-    /// at most; not at all where nothing was sent, or it can't tell.
-    void awaitReceipt();
+    /// at most; not at all where nothing was sent, or it can't tell. False when it has not taken
+    /// them in that time: they are still to come.
+    bool awaitReceipt();
 
 private:
     /// Keys that are pressed together, the modifiers first.
