@@ -185,6 +185,7 @@ ActionList {
             ThemedText {
                 Layout.fillWidth: true
                 text: row.word.replace(/[\r\n\u2028\u2029]+/g, " ")
+                horizontalAlignment: Text.AlignLeft
                 font: Theme.bodyMedium
                 elide: Text.ElideRight
                 maximumLineCount: 1

@@ -199,6 +199,7 @@ TEST_F(SettingsWindowTest, LongListsAreScrolledThroughAtOnce)
     probe().press(Qt::Key_Return);
     EXPECT_TRUE(appState.transcriptionHistory().isEmpty());
     EXPECT_FALSE(probe().item(u"entries"_qs)->isVisible());
+    EXPECT_EQ(probe().focusedName(), u"History") << "the button has gone";
 }
 
 } // namespace

@@ -86,6 +86,10 @@ FileSystem::Result LinuxFileSystem::removeItem(const QString &path)
 
 FileSystem::Result LinuxFileSystem::moveItem(const QString &from, const QString &to)
 {
+    // A link that leads nowhere is no file that could be lost.
+    const QFileInfo destination(to);
+    if (destination.isSymLink() && !destination.exists())
+        std::remove(QFile::encodeName(to).constData());
     if (renameExclusively(QFile::encodeName(from), QFile::encodeName(to)))
         return {};
     return tl::unexpected(

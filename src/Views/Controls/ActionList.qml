@@ -23,7 +23,9 @@ ListView {
 
     currentIndex: -1
     // Where the user has scrolled to, the keyboard goes on.
-    onMovementEnded: {
+    onMovementEnded: followSight()
+
+    function followSight() {
         const index = indexAt(width / 2, contentY + height / 2)
         if (index >= 0 && !itemAtIndex(row))
             row = index
@@ -66,6 +68,7 @@ ListView {
         padding: 2
         visible: size < 1
         minimumSize: 0.1
+        onPressedChanged: if (!pressed) list.followSight()
         focusPolicy: Qt.NoFocus
         contentItem: Rectangle {
             implicitWidth: 6

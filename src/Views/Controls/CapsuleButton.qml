@@ -33,6 +33,12 @@ T.AbstractButton {
     Accessible.name: text
     Accessible.onPressAction: clicked()
 
+    // A button that goes passes the keyboard on.
+    onVisibleChanged: {
+        if (!visible && activeFocus)
+            nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason)
+    }
+
     Keys.onReturnPressed: clicked()
     Keys.onEnterPressed: clicked()
 

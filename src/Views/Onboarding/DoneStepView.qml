@@ -46,7 +46,7 @@ StepPage {
             spacing: 6
             Symbol {
                 name: "waveform"
-                size: 18
+                size: Math.round(18 * Theme.textScale)
                 color: Theme.primary
             }
             ThemedText {

@@ -67,7 +67,7 @@ T.RadioButton {
         Symbol {
             visible: card.isSelected
             name: "checkmark.circle.fill"
-            size: 18
+            size: Math.round(18 * Theme.textScale)
             color: Theme.onAccent
         }
     }

@@ -74,11 +74,6 @@ Rectangle {
             text: qsTr("Enable")
             Accessible.description: card.title
             onClicked: card.action()
-            // What has been granted leaves the keyboard to the next control.
-            onVisibleChanged: {
-                if (!visible && focus)
-                    nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason)
-            }
         }
     }
 }

@@ -78,7 +78,7 @@ StepPage {
             spacing: 8
             Symbol {
                 name: "sparkles"
-                size: 16
+                size: Math.round(16 * Theme.textScale)
                 color: Theme.orange
             }
             Note {
