@@ -2,7 +2,6 @@
 
 #include "Core/Log.h"
 #include "Managers/AudioProcessing.h"
-#include "Managers/CaptureProcessor.h"
 
 #include <QCoroFuture>
 #include <QLocale>
@@ -17,6 +16,9 @@ namespace Velloro {
 namespace {
 
 constexpr uint32_t tapBufferSize = 4096;
+// The display's pace. Of Qt's coarse timers, those of 50 ms all fire together.
+constexpr auto pollInterval = 50ms;
+constexpr unsigned pollsPerDuration = 2;
 
 // The shortest decimal form that reads back to the same number, always with a fractional part.
 QString rateText(double rate)
@@ -40,15 +42,13 @@ AudioCaptureManager::AudioCaptureManager(Platform &platform, QObject *parent)
     : QObject(parent)
     , m_platform(platform)
 {
-    m_durationTimer.setInterval(100ms);
-    connect(&m_durationTimer, &QTimer::timeout, this, [this] {
-        setRecordingDuration(static_cast<double>(m_recordingStartTime.nsecsElapsed()) / 1e9);
-    });
+    m_pollTimer.setInterval(pollInterval);
+    connect(&m_pollTimer, &QTimer::timeout, this, &AudioCaptureManager::poll);
 }
 
 AudioCaptureManager::~AudioCaptureManager()
 {
-    // The audio thread reports to this object as long as the engine lives.
+    // The audio thread runs as long as the engine lives.
     m_audioEngine.reset();
 }
 
@@ -81,11 +81,8 @@ AudioCaptureManager::startRecording(StreamingCallback streamingCallback)
         return tl::unexpected(CaptureStartError(AudioCaptureError::engineNotInitialized));
 
     const AudioFormat format = m_audioEngine->inputFormat();
-    m_processor = std::make_shared<CaptureProcessor>(
-        format.sampleRate, tapBufferSize, std::move(streamingCallback), [this] {
-            QMetaObject::invokeMethod(this, &AudioCaptureManager::deliverReport,
-                                      Qt::QueuedConnection);
-        });
+    m_processor = std::make_shared<CaptureProcessor>(format.sampleRate, tapBufferSize,
+                                                     std::move(streamingCallback));
 
     m_audioEngine->installTap(
         tapBufferSize, format,
@@ -95,12 +92,14 @@ AudioCaptureManager::startRecording(StreamingCallback streamingCallback)
         });
     if (auto started = m_audioEngine->start(); !started) {
         m_audioEngine->removeTap();
+        m_processor.reset();
         return tl::unexpected(CaptureStartError(std::move(started.error())));
     }
 
     m_isRecording = true;
     m_recordingStartTime.start();
-    m_durationTimer.start();
+    m_polls = 0;
+    m_pollTimer.start();
     Log::line(u"AudioCapture",
               QStringLiteral("Started recording at %1Hz, resampling to %2Hz")
                   .arg(rateText(format.sampleRate), rateText(AudioProcessing::targetSampleRate)));
@@ -111,15 +110,19 @@ AudioCaptureManager::startRecording(StreamingCallback streamingCallback)
 AudioCaptureManager::StartResult
 AudioCaptureManager::startRecordingWithAsyncStreaming(AsyncChunkHandler onChunk)
 {
-    const auto handler = std::make_shared<const AsyncChunkHandler>(std::move(onChunk));
-    return startRecording([this, handler](std::vector<float> chunk) {
-        QMetaObject::invokeMethod(
-            this,
-            [handler, chunk = std::move(chunk)]() mutable {
-                runChunkHandler(handler, std::move(chunk));
-            },
-            Qt::QueuedConnection);
-    });
+    if (m_isRecording)
+        return {};
+
+    m_chunkHandler = std::make_shared<const AsyncChunkHandler>(std::move(onChunk));
+    m_chunks = std::make_shared<ChunkQueue>();
+    // There is room: the processor hands off no more than the queue takes until the next poll.
+    auto started = startRecording(
+        [chunks = m_chunks](std::vector<float> chunk) { chunks->push(std::move(chunk)); });
+    if (!started) {
+        m_chunks.reset();
+        m_chunkHandler.reset();
+    }
+    return started;
 }
 
 std::vector<float> AudioCaptureManager::stopRecording()
@@ -130,8 +133,13 @@ std::vector<float> AudioCaptureManager::stopRecording()
     m_audioEngine->removeTap();
     m_audioEngine->stop();
     m_isRecording = false;
-    m_durationTimer.stop();
-    std::vector<float> recording = m_processor->finish();
+    m_pollTimer.stop();
+    collectChunks();
+    m_chunks.reset();
+    m_chunkHandler.reset();
+    const auto processor = std::exchange(m_processor, nullptr);
+    std::vector<float> recording = processor->finish();
+    deliver(processor->takeReport());
     Log::line(u"AudioCapture",
               QStringLiteral("Stopped recording, captured %1 samples").arg(recording.size()));
     setRecordingDuration(0);
@@ -152,9 +160,31 @@ void AudioCaptureManager::setupAudioEngineIfNeeded()
     });
 }
 
-void AudioCaptureManager::deliverReport()
+void AudioCaptureManager::poll()
 {
+    collectChunks();
+    m_processor->replenish();
     const auto report = m_processor->takeReport();
+    if (++m_polls % pollsPerDuration == 0)
+        setRecordingDuration(static_cast<double>(m_recordingStartTime.nsecsElapsed()) / 1e9);
+    deliver(report);
+}
+
+void AudioCaptureManager::collectChunks()
+{
+    // A handler runs in a turn of its own: it may stop the recording, and a stop waits for none.
+    while (auto chunk = m_chunks ? m_chunks->pop() : std::nullopt) {
+        QMetaObject::invokeMethod(
+            this,
+            [handler = m_chunkHandler, chunk = std::move(*chunk)]() mutable {
+                runChunkHandler(handler, std::move(chunk));
+            },
+            Qt::QueuedConnection);
+    }
+}
+
+void AudioCaptureManager::deliver(const CaptureProcessor::Report &report)
+{
     for (const float decibels : report.sampledDecibels) {
         Log::line(u"AudioCapture",
                   QString::asprintf("Audio Level: %.2f dB", static_cast<double>(decibels)));
