@@ -16,9 +16,6 @@ namespace Velloro {
 namespace {
 
 constexpr uint32_t tapBufferSize = 4096;
-// The display's pace. Of Qt's coarse timers, those of 50 ms all fire together.
-constexpr auto pollInterval = 50ms;
-constexpr unsigned pollsPerDuration = 2;
 
 // The shortest decimal form that reads back to the same number, always with a fractional part.
 QString rateText(double rate)
@@ -42,8 +39,11 @@ AudioCaptureManager::AudioCaptureManager(Platform &platform, QObject *parent)
     : QObject(parent)
     , m_platform(platform)
 {
-    m_pollTimer.setInterval(pollInterval);
-    connect(&m_pollTimer, &QTimer::timeout, this, &AudioCaptureManager::poll);
+    m_durationTimer.setInterval(100ms);
+    connect(&m_durationTimer, &QTimer::timeout, this, [this] {
+        setRecordingDuration(static_cast<double>(m_recordingStartTime.nsecsElapsed()) / 1e9);
+        refresh();
+    });
 }
 
 AudioCaptureManager::~AudioCaptureManager()
@@ -98,8 +98,7 @@ AudioCaptureManager::startRecording(StreamingCallback streamingCallback)
 
     m_isRecording = true;
     m_recordingStartTime.start();
-    m_polls = 0;
-    m_pollTimer.start();
+    m_durationTimer.start();
     Log::line(u"AudioCapture",
               QStringLiteral("Started recording at %1Hz, resampling to %2Hz")
                   .arg(rateText(format.sampleRate), rateText(AudioProcessing::targetSampleRate)));
@@ -115,7 +114,7 @@ AudioCaptureManager::startRecordingWithAsyncStreaming(AsyncChunkHandler onChunk)
 
     m_chunkHandler = std::make_shared<const AsyncChunkHandler>(std::move(onChunk));
     m_chunks = std::make_shared<ChunkQueue>();
-    // There is room: the processor hands off no more than the queue takes until the next poll.
+    // There is room: the processor hands off no more than the queue takes until the next refresh.
     auto started = startRecording(
         [chunks = m_chunks](std::vector<float> chunk) { chunks->push(std::move(chunk)); });
     if (!started) {
@@ -133,7 +132,7 @@ std::vector<float> AudioCaptureManager::stopRecording()
     m_audioEngine->removeTap();
     m_audioEngine->stop();
     m_isRecording = false;
-    m_pollTimer.stop();
+    m_durationTimer.stop();
     collectChunks();
     m_chunks.reset();
     m_chunkHandler.reset();
@@ -147,6 +146,15 @@ std::vector<float> AudioCaptureManager::stopRecording()
     return recording;
 }
 
+void AudioCaptureManager::refresh()
+{
+    if (!m_processor)
+        return;
+    collectChunks();
+    m_processor->replenish();
+    deliver(m_processor->takeReport());
+}
+
 void AudioCaptureManager::setupAudioEngineIfNeeded()
 {
     if (m_audioEngine || !m_platform.makeAudioEngine)
@@ -158,16 +166,6 @@ void AudioCaptureManager::setupAudioEngineIfNeeded()
         if (m_isRecording)
             Q_EMIT captureInterrupted();
     });
-}
-
-void AudioCaptureManager::poll()
-{
-    collectChunks();
-    m_processor->replenish();
-    const auto report = m_processor->takeReport();
-    if (++m_polls % pollsPerDuration == 0)
-        setRecordingDuration(static_cast<double>(m_recordingStartTime.nsecsElapsed()) / 1e9);
-    deliver(report);
 }
 
 void AudioCaptureManager::collectChunks()

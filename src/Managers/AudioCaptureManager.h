@@ -17,7 +17,8 @@ namespace Velloro {
 
 /// Records the default microphone, one dictation at a time, as mono 32-bit float samples at
 /// 16,000 Hz, and meters its level. Public operations are called on the main thread; buffers are
-/// processed on the engine's audio thread, which the main thread asks for news 20 times a second.
+/// processed on the engine's audio thread, which the main thread asks for news: at every refresh of
+/// the duration, and whenever `refresh` is called.
 class AudioCaptureManager : public QObject
 {
     Q_OBJECT
@@ -49,6 +50,10 @@ public:
     /// Ends the recording and returns it whole; empty when nothing was recording.
     std::vector<float> stopRecording();
 
+    /// Brings the level up to date and has the chunks that are ready handled, both of which happens
+    /// 10 times a second anyway. For a display that wants it more often.
+    void refresh();
+
     /// True from a successful start until the stop.
     [[nodiscard]] bool isRecording() const { return m_isRecording; }
     /// Level of the most recent input buffer, 0.0 (-60 dBFS and below) to 1.0 (0 dBFS).
@@ -65,10 +70,10 @@ Q_SIGNALS:
     void captureInterrupted();
 
 private:
-    using ChunkQueue = HandOffQueue<std::vector<float>, CaptureProcessor::maximumChunksPerReplenish>;
+    using ChunkQueue =
+        HandOffQueue<std::vector<float>, CaptureProcessor::maximumChunksPerReplenish>;
 
     void setupAudioEngineIfNeeded();
-    void poll();
     void collectChunks();
     void deliver(const CaptureProcessor::Report &report);
     void setRecordingDuration(double seconds);
@@ -85,9 +90,7 @@ private:
     float m_audioLevel = 0;
     double m_recordingDuration = 0;
     QElapsedTimer m_recordingStartTime;
-    QTimer m_pollTimer;
-    // Polls since the start.
-    unsigned m_polls = 0;
+    QTimer m_durationTimer;
 };
 
 } // namespace Velloro
