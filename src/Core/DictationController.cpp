@@ -50,10 +50,11 @@ DictationController::DictationController(AppState &appState, Platform &platform,
     , m_hotkeyManager(HotkeyManager::shared())
     , m_makePill(std::move(makePill))
 {
+    // Coarse, which at 50 ms is exact on average and fires together with the capture's own timer.
     m_recordingTimer.setInterval(recordingTick);
-    m_recordingTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_recordingTimer, &QTimer::timeout, this, [this] {
         m_appState.setRecordingDuration(m_appState.recordingDuration() + 0.05);
+        m_audioCaptureManager.refresh();
         m_appState.setAudioLevel(m_audioCaptureManager.audioLevel());
     });
     // A microphone that vanishes ends the dictation with what was said until then.

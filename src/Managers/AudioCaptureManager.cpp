@@ -2,7 +2,6 @@
 
 #include "Core/Log.h"
 #include "Managers/AudioProcessing.h"
-#include "Managers/CaptureProcessor.h"
 
 #include <QCoroFuture>
 #include <QLocale>
@@ -43,12 +42,13 @@ AudioCaptureManager::AudioCaptureManager(Platform &platform, QObject *parent)
     m_durationTimer.setInterval(100ms);
     connect(&m_durationTimer, &QTimer::timeout, this, [this] {
         setRecordingDuration(static_cast<double>(m_recordingStartTime.nsecsElapsed()) / 1e9);
+        refresh();
     });
 }
 
 AudioCaptureManager::~AudioCaptureManager()
 {
-    // The audio thread reports to this object as long as the engine lives.
+    // The audio thread runs as long as the engine lives.
     m_audioEngine.reset();
 }
 
@@ -81,11 +81,8 @@ AudioCaptureManager::startRecording(StreamingCallback streamingCallback)
         return tl::unexpected(CaptureStartError(AudioCaptureError::engineNotInitialized));
 
     const AudioFormat format = m_audioEngine->inputFormat();
-    m_processor = std::make_shared<CaptureProcessor>(
-        format.sampleRate, tapBufferSize, std::move(streamingCallback), [this] {
-            QMetaObject::invokeMethod(this, &AudioCaptureManager::deliverReport,
-                                      Qt::QueuedConnection);
-        });
+    m_processor = std::make_shared<CaptureProcessor>(format.sampleRate, tapBufferSize,
+                                                     std::move(streamingCallback));
 
     m_audioEngine->installTap(
         tapBufferSize, format,
@@ -95,6 +92,7 @@ AudioCaptureManager::startRecording(StreamingCallback streamingCallback)
         });
     if (auto started = m_audioEngine->start(); !started) {
         m_audioEngine->removeTap();
+        m_processor.reset();
         return tl::unexpected(CaptureStartError(std::move(started.error())));
     }
 
@@ -111,15 +109,19 @@ AudioCaptureManager::startRecording(StreamingCallback streamingCallback)
 AudioCaptureManager::StartResult
 AudioCaptureManager::startRecordingWithAsyncStreaming(AsyncChunkHandler onChunk)
 {
-    const auto handler = std::make_shared<const AsyncChunkHandler>(std::move(onChunk));
-    return startRecording([this, handler](std::vector<float> chunk) {
-        QMetaObject::invokeMethod(
-            this,
-            [handler, chunk = std::move(chunk)]() mutable {
-                runChunkHandler(handler, std::move(chunk));
-            },
-            Qt::QueuedConnection);
-    });
+    if (m_isRecording)
+        return {};
+
+    m_chunkHandler = std::make_shared<const AsyncChunkHandler>(std::move(onChunk));
+    m_chunks = std::make_shared<ChunkQueue>();
+    // There is room: the processor hands off no more than the queue takes until the next refresh.
+    auto started = startRecording(
+        [chunks = m_chunks](std::vector<float> chunk) { chunks->push(std::move(chunk)); });
+    if (!started) {
+        m_chunks.reset();
+        m_chunkHandler.reset();
+    }
+    return started;
 }
 
 std::vector<float> AudioCaptureManager::stopRecording()
@@ -131,12 +133,26 @@ std::vector<float> AudioCaptureManager::stopRecording()
     m_audioEngine->stop();
     m_isRecording = false;
     m_durationTimer.stop();
-    std::vector<float> recording = m_processor->finish();
+    collectChunks();
+    m_chunks.reset();
+    m_chunkHandler.reset();
+    const auto processor = std::exchange(m_processor, nullptr);
+    std::vector<float> recording = processor->finish();
+    deliver(processor->takeReport());
     Log::line(u"AudioCapture",
               QStringLiteral("Stopped recording, captured %1 samples").arg(recording.size()));
     setRecordingDuration(0);
     Q_EMIT isRecordingChanged();
     return recording;
+}
+
+void AudioCaptureManager::refresh()
+{
+    if (!m_processor)
+        return;
+    collectChunks();
+    m_processor->replenish();
+    deliver(m_processor->takeReport());
 }
 
 void AudioCaptureManager::setupAudioEngineIfNeeded()
@@ -152,9 +168,21 @@ void AudioCaptureManager::setupAudioEngineIfNeeded()
     });
 }
 
-void AudioCaptureManager::deliverReport()
+void AudioCaptureManager::collectChunks()
 {
-    const auto report = m_processor->takeReport();
+    // A handler runs in a turn of its own: it may stop the recording, and a stop waits for none.
+    while (auto chunk = m_chunks ? m_chunks->pop() : std::nullopt) {
+        QMetaObject::invokeMethod(
+            this,
+            [handler = m_chunkHandler, chunk = std::move(*chunk)]() mutable {
+                runChunkHandler(handler, std::move(chunk));
+            },
+            Qt::QueuedConnection);
+    }
+}
+
+void AudioCaptureManager::deliver(const CaptureProcessor::Report &report)
+{
     for (const float decibels : report.sampledDecibels) {
         Log::line(u"AudioCapture",
                   QString::asprintf("Audio Level: %.2f dB", static_cast<double>(decibels)));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Managers/AudioCaptureError.h"
+#include "Managers/CaptureProcessor.h"
 #include "Platform/Platform.h"
 
 #include <QCoroTask>
@@ -14,11 +15,10 @@
 
 namespace Velloro {
 
-class CaptureProcessor;
-
 /// Records the default microphone, one dictation at a time, as mono 32-bit float samples at
 /// 16,000 Hz, and meters its level. Public operations are called on the main thread; buffers are
-/// processed on the engine's audio thread.
+/// processed on the engine's audio thread, which the main thread asks for news: at every refresh of
+/// the duration, and whenever `refresh` is called.
 class AudioCaptureManager : public QObject
 {
     Q_OBJECT
@@ -28,7 +28,8 @@ class AudioCaptureManager : public QObject
 
 public:
     using StartResult = tl::expected<void, CaptureStartError>;
-    /// Receives a fresh array of 16 kHz mono samples on the audio thread; must not block.
+    /// Receives a fresh array of 16 kHz mono samples on the audio thread; must neither block nor
+    /// allocate.
     using StreamingCallback = std::function<void(std::vector<float> chunk)>;
     /// Receives a chunk on the main thread; what it awaits is awaited by nobody else.
     using AsyncChunkHandler = std::function<QCoro::Task<void>(std::vector<float> chunk)>;
@@ -49,6 +50,10 @@ public:
     /// Ends the recording and returns it whole; empty when nothing was recording.
     std::vector<float> stopRecording();
 
+    /// Brings the level up to date and has the chunks that are ready handled, both of which happens
+    /// 10 times a second anyway. For a display that wants it more often.
+    void refresh();
+
     /// True from a successful start until the stop.
     [[nodiscard]] bool isRecording() const { return m_isRecording; }
     /// Level of the most recent input buffer, 0.0 (-60 dBFS and below) to 1.0 (0 dBFS).
@@ -65,14 +70,22 @@ Q_SIGNALS:
     void captureInterrupted();
 
 private:
+    using ChunkQueue =
+        HandOffQueue<std::vector<float>, CaptureProcessor::maximumChunksPerReplenish>;
+
     void setupAudioEngineIfNeeded();
-    void deliverReport();
+    void collectChunks();
+    void deliver(const CaptureProcessor::Report &report);
     void setRecordingDuration(double seconds);
 
     Platform &m_platform;
     std::unique_ptr<AudioEngine> m_audioEngine;
-    // The audio thread's half of the current or latest recording, shared with the tap.
+    // The audio thread's half of the recording, shared with the tap; null between recordings.
     std::shared_ptr<CaptureProcessor> m_processor;
+    // The rest of an asynchronous streaming recording, shared with its streaming callback and with
+    // the handlers that run; null in any other.
+    std::shared_ptr<ChunkQueue> m_chunks;
+    std::shared_ptr<const AsyncChunkHandler> m_chunkHandler;
     bool m_isRecording = false;
     float m_audioLevel = 0;
     double m_recordingDuration = 0;

@@ -2,31 +2,35 @@
 
 #include "Managers/AudioProcessing.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <utility>
 
 namespace Velloro {
 
 namespace {
 
-// More of them wait only when the main thread has been busy for minutes.
-constexpr size_t maximumSampledDecibels = 16;
+constexpr float noLevel = std::numeric_limits<float>::quiet_NaN();
+static_assert(std::atomic<float>::is_always_lock_free);
+
+size_t resampledSize(size_t frames, double ratio)
+{
+    return ratio > 0 ? static_cast<size_t>(static_cast<double>(frames) / ratio) : 0;
+}
 
 } // namespace
 
 CaptureProcessor::CaptureProcessor(double inputSampleRate, size_t bufferSize,
-                                   ChunkCallback streamingCallback,
-                                   std::function<void()> reportReady)
+                                   ChunkCallback streamingCallback)
     : m_resampleRatio(inputSampleRate / AudioProcessing::targetSampleRate)
-    , m_samplesPerBuffer(
-          m_resampleRatio > 0 ? static_cast<size_t>(bufferSize / m_resampleRatio) : 0)
-    , m_reportReady(std::move(reportReady))
+    , m_chunkCapacity(chunkSize + resampledSize(bufferSize, m_resampleRatio))
+    , m_streamingCallback(std::move(streamingCallback))
+    , m_level(noLevel)
 {
-    if (streamingCallback)
-        m_streamingCallback = std::make_shared<const ChunkCallback>(std::move(streamingCallback));
     m_mono.reserve(bufferSize);
-    m_resampled.reserve(m_samplesPerBuffer);
-    m_chunk = makeChunk();
-    m_report.sampledDecibels.reserve(maximumSampledDecibels);
+    m_resampled.reserve(resampledSize(bufferSize, m_resampleRatio));
+    addSpareChunks();
 }
 
 void CaptureProcessor::process(const AudioBuffer &buffer)
@@ -36,72 +40,63 @@ void CaptureProcessor::process(const AudioBuffer &buffer)
 
     AudioProcessing::mixDown(buffer, m_mono);
     AudioProcessing::resampleChunk(m_mono, m_resampleRatio, m_resampled);
-    const float decibels =
-        AudioProcessing::decibels({buffer.floatChannelData[0], buffer.frameLength});
-    const bool sampled = std::uniform_int_distribution(0, 50)(m_random) == 0;
+    m_recording.append(m_resampled);
 
-    bool report = false;
-    std::vector<float> chunk;
-    std::shared_ptr<const ChunkCallback> streamingCallback;
-    {
-        const std::lock_guard lock(m_mutex);
-        if (m_finished)
-            return;
-        m_recording.append(m_resampled);
-        m_chunk.insert(m_chunk.end(), m_resampled.begin(), m_resampled.end());
-        m_report.level = AudioProcessing::normalizedLevel(decibels);
-        if (sampled && m_report.sampledDecibels.size() < maximumSampledDecibels)
-            m_report.sampledDecibels.push_back(decibels);
-        report = !std::exchange(m_reportPending, true);
-        if (m_chunk.size() >= chunkSize) {
-            streamingCallback = m_streamingCallback;
-            if (streamingCallback)
-                chunk = std::exchange(m_chunk, makeChunk());
-            else
-                m_chunk.clear();
-        }
+    float decibels = AudioProcessing::decibels({buffer.floatChannelData[0], buffer.frameLength});
+    m_level.store(AudioProcessing::normalizedLevel(decibels), std::memory_order_relaxed);
+    if (std::uniform_int_distribution(0, 50)(m_random) == 0)
+        m_sampledDecibels.push(std::move(decibels));
+
+    if (m_streamingCallback)
+        handOffChunks();
+}
+
+void CaptureProcessor::handOffChunks()
+{
+    while (m_recording.size() - m_handedOff >= chunkSize) {
+        auto chunk = m_spareChunks.pop();
+        if (!chunk)
+            return; // the main thread is busy; the next buffer tries again
+        // All that there is, unless much has been waiting.
+        const size_t count = std::min(m_recording.size() - m_handedOff,
+                                      std::max(m_chunkCapacity, chunkSize + m_resampled.size()));
+        m_recording.copy(m_handedOff, count, *chunk);
+        m_handedOff += count;
+        m_streamingCallback(std::move(*chunk));
     }
-
-    if (report)
-        m_reportReady();
-    if (streamingCallback)
-        (*streamingCallback)(std::move(chunk));
 }
 
 CaptureProcessor::Report CaptureProcessor::takeReport()
 {
     Report report;
-    report.sampledDecibels.reserve(maximumSampledDecibels);
-    bool wantsBlock = false;
-    {
-        const std::lock_guard lock(m_mutex);
-        std::swap(report, m_report);
-        m_reportPending = false;
-        wantsBlock = !m_finished && m_recording.wantsSpareBlock();
-    }
-    if (wantsBlock) {
-        auto block = SampleStore::makeBlock();
-        const std::lock_guard lock(m_mutex);
-        m_recording.addSpareBlock(std::move(block));
+    while (const auto decibels = m_sampledDecibels.pop())
+        report.sampledDecibels.push_back(*decibels);
+    if (const float level = m_level.exchange(noLevel, std::memory_order_relaxed);
+        !std::isnan(level)) {
+        report.level = level;
     }
     return report;
 }
 
-std::vector<float> CaptureProcessor::finish()
+void CaptureProcessor::replenish()
 {
-    std::shared_ptr<const ChunkCallback> released;
-    const std::lock_guard lock(m_mutex);
-    m_finished = true;
-    m_chunk = {};
-    released.swap(m_streamingCallback);
-    return m_recording.take();
+    m_recording.replenish();
+    addSpareChunks();
 }
 
-std::vector<float> CaptureProcessor::makeChunk() const
+void CaptureProcessor::addSpareChunks()
 {
-    std::vector<float> chunk;
-    chunk.reserve(chunkSize + m_samplesPerBuffer);
-    return chunk;
+    // The audio thread may take them as fast as they come, so they are counted.
+    for (size_t i = 0; i < spareChunks && m_streamingCallback && !m_spareChunks.isFull(); ++i) {
+        std::vector<float> chunk;
+        chunk.reserve(m_chunkCapacity);
+        m_spareChunks.push(std::move(chunk));
+    }
+}
+
+std::vector<float> CaptureProcessor::finish()
+{
+    return m_recording.take();
 }
 
 } // namespace Velloro

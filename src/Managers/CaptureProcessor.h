@@ -1,21 +1,22 @@
 #pragma once
 
+#include "Core/HandOffQueue.h"
 #include "Managers/SampleStore.h"
 #include "Platform/AudioEngine.h"
 
+#include <atomic>
 #include <functional>
-#include <memory>
-#include <mutex>
 #include <optional>
 #include <random>
 #include <vector>
 
 namespace Velloro {
 
-/// The audio thread's half of one recording: mixes down, resamples, meters and stores.
+/// The audio thread's half of one recording: mixes down, resamples, meters, stores and cuts chunks.
 ///
-/// `process` is called on the audio thread, everything else on the main thread. The lock between
-/// the two is held for copying samples only.
+/// `process` is called on the audio thread, everything else on the main thread. There is no lock
+/// between the two, and nothing wakes the main thread: it asks with `takeReport`, and provides with
+/// `replenish` what `process` would otherwise have to allocate.
 class CaptureProcessor
 {
 public:
@@ -24,7 +25,7 @@ public:
     /// What the main thread has not heard of yet.
     struct Report
     {
-        /// Normalised level of the latest buffer.
+        /// Normalised level of the latest buffer, if there was one since the last report.
         std::optional<float> level;
         /// Levels in dBFS that the log is to have, oldest first.
         std::vector<float> sampledDecibels;
@@ -32,42 +33,50 @@ public:
 
     /// A chunk is handed off as soon as it holds this many samples, half a second.
     static constexpr size_t chunkSize = 8000;
+    /// So many chunks can be handed off without a `replenish`; what is more waits in the recording.
+    static constexpr size_t spareChunks = 8;
+    /// No more chunks than these are handed off between the beginnings of two calls of `replenish`.
+    static constexpr size_t maximumChunksPerReplenish = 2 * spareChunks;
 
-    /// `streamingCallback` may be empty. `reportReady` is called on the audio thread when there is
-    /// something to report, and not again before `takeReport`.
-    CaptureProcessor(double inputSampleRate, size_t bufferSize, ChunkCallback streamingCallback,
-                     std::function<void()> reportReady);
+    /// `streamingCallback` may be empty; it is called on the audio thread. Buffers hold at most
+    /// `bufferSize` frames; longer ones cost an allocation.
+    CaptureProcessor(double inputSampleRate, size_t bufferSize, ChunkCallback streamingCallback);
 
-    /// Takes one input buffer; one without float data or without frames is ignored.
+    /// Takes one input buffer; one without float data or without frames is ignored. Neither waits
+    /// nor allocates, see `SampleStore::append` for the exception.
     void process(const AudioBuffer &buffer);
 
     [[nodiscard]] Report takeReport();
 
-    /// Ends the recording and returns it: a buffer that comes later is ignored, an unfinished chunk
-    /// is dropped, and the callback is released.
+    /// Leaves memory for what comes next; to be called a few times a second.
+    void replenish();
+
+    /// Ends the recording and returns it: an unfinished chunk is dropped. `process` has returned
+    /// and is not called any more, nor is `replenish`.
     [[nodiscard]] std::vector<float> finish();
 
 private:
-    /// Fresh storage for a chunk; none when nobody is to receive it.
-    [[nodiscard]] std::vector<float> makeChunk() const;
+    void handOffChunks();
+    void addSpareChunks();
 
     const double m_resampleRatio;
-    const size_t m_samplesPerBuffer;
-    const std::function<void()> m_reportReady;
+    const size_t m_chunkCapacity;
+    const ChunkCallback m_streamingCallback;
 
     // The audio thread's own.
     std::vector<float> m_mono;
     std::vector<float> m_resampled;
     std::minstd_rand m_random{std::random_device{}()};
-
-    std::mutex m_mutex;
-    // Guarded by the mutex.
-    bool m_finished = false;
-    bool m_reportPending = false;
     SampleStore m_recording;
-    std::vector<float> m_chunk;
-    std::shared_ptr<const ChunkCallback> m_streamingCallback;
-    Report m_report;
+    // Of the recording, in samples.
+    size_t m_handedOff = 0;
+
+    // From the main thread.
+    HandOffQueue<std::vector<float>, spareChunks> m_spareChunks;
+    // To the main thread. More levels wait only when that has been busy for minutes.
+    HandOffQueue<float, 16> m_sampledDecibels;
+    // Not a number when there is no new one.
+    std::atomic<float> m_level;
 };
 
 } // namespace Velloro

@@ -5,19 +5,26 @@
 
 namespace Velloro {
 
+namespace {
+
+// A day's: the list of blocks grows on the audio thread.
+constexpr size_t reservedBlocks = 24 * 60;
+
+} // namespace
+
 SampleStore::SampleStore()
 {
-    m_blocks.reserve(64);
+    m_blocks.reserve(reservedBlocks);
     m_blocks.push_back(makeBlock());
+    replenish();
 }
 
 void SampleStore::append(std::span<const float> samples)
 {
     while (!samples.empty()) {
         if (m_blocks.back().size() == blockSize) {
-            if (m_spareBlock.capacity() < blockSize)
-                m_spareBlock = makeBlock();
-            m_blocks.push_back(std::exchange(m_spareBlock, {}));
+            auto spare = m_spareBlocks.pop();
+            m_blocks.push_back(spare ? std::move(*spare) : makeBlock());
         }
         auto &block = m_blocks.back();
         const auto part = samples.first(std::min(samples.size(), blockSize - block.size()));
@@ -26,9 +33,26 @@ void SampleStore::append(std::span<const float> samples)
     }
 }
 
-bool SampleStore::wantsSpareBlock() const
+void SampleStore::replenish()
 {
-    return m_spareBlock.capacity() < blockSize && m_blocks.back().size() > blockSize / 2;
+    if (!m_spareBlocks.isFull())
+        m_spareBlocks.push(makeBlock());
+}
+
+size_t SampleStore::size() const
+{
+    return (m_blocks.size() - 1) * blockSize + m_blocks.back().size();
+}
+
+void SampleStore::copy(size_t first, size_t count, std::vector<float> &target) const
+{
+    while (count > 0) {
+        const auto block = std::span(m_blocks[first / blockSize]).subspan(first % blockSize);
+        const auto part = block.first(std::min(count, block.size()));
+        target.insert(target.end(), part.begin(), part.end());
+        first += part.size();
+        count -= part.size();
+    }
 }
 
 std::vector<float> SampleStore::makeBlock()

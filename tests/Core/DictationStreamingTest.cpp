@@ -54,6 +54,16 @@ protected:
         ASSERT_TRUE(SerialExecutor::finishAll(std::chrono::seconds(20)));
     }
 
+    /// Speaks, and waits until the recogniser has been given what was said.
+    void speakAndWait(int samples)
+    {
+        // Another loudness than before, which shows that the microphone has been asked.
+        const float former = state->audioLevel();
+        memory.audioEngine->deliver({std::vector<float>(samples, former > 0.8F ? 0.1F : 0.5F)});
+        ASSERT_TRUE(waitUntil([&] { return state->audioLevel() != former; }));
+        QCoreApplication::processEvents();
+    }
+
     /// The count in the last line that tells one.
     [[nodiscard]] int64_t counted() const
     {
@@ -194,11 +204,9 @@ TEST_F(DictationStreamingTest, NothingIsTypedAfterTheStop)
     FakeWhisper::Hold hold;
     FakeWhisper::enqueueSegments({"so it goes on"});
     FakeWhisper::enqueueSegments({"So it goes."});
-    speak(passInterval);
-    QCoreApplication::processEvents();
+    speakAndWait(passInterval);
     ASSERT_TRUE(hold.waitUntilHeld());
-    speak(passInterval);
-    QCoreApplication::processEvents();
+    speakAndWait(passInterval);
     release();
     ASSERT_TRUE(waitForState(TranscriptionState::transcribing));
     segment("so it goes on and on", "more");
@@ -240,8 +248,7 @@ TEST_F(DictationStreamingTest, EndsIdleWhateverFails)
     pass("a b");
     pass("a b");
     state->whisperManager().unloadModel();
-    speak(2 * passInterval);
-    QCoreApplication::processEvents();
+    speakAndWait(2 * passInterval);
     EXPECT_EQ(field.text(), u"a b"_qs);
     release();
     ASSERT_TRUE(waitForState(TranscriptionState::idle));

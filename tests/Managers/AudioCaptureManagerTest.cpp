@@ -10,8 +10,10 @@
 #include <QCoroTimer>
 #include <QThread>
 #include <atomic>
+#include <cstdlib>
 #include <gmock/gmock.h>
 #include <limits>
+#include <new>
 #include <numeric>
 #include <thread>
 
@@ -20,6 +22,31 @@ using ::testing::ElementsAre;
 using ::testing::FloatEq;
 using ::testing::FloatNear;
 using ::testing::IsEmpty;
+
+namespace {
+
+thread_local size_t allocations = 0;
+
+} // namespace
+
+// Counted, thread by thread.
+void *operator new(size_t size)
+{
+    ++allocations;
+    if (void *memory = std::malloc(size))
+        return memory;
+    throw std::bad_alloc();
+}
+
+void operator delete(void *memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void *memory, size_t) noexcept
+{
+    std::free(memory);
+}
 
 namespace {
 
@@ -53,6 +80,24 @@ protected:
         platform.captureAuthorization = std::move(made);
     }
 
+    /// Delivers that many buffers of a ramp that goes on from call to call, in mono at 16 kHz, and
+    /// returns how often this thread allocated meanwhile.
+    size_t deliverRamp(size_t buffers)
+    {
+        Samples samples;
+        const float *channel = nullptr;
+        size_t allocated = 0;
+        for (size_t i = 0; i < buffers; ++i) {
+            // What a float counts exactly.
+            samples = ramp(4096, static_cast<float>(m_rampBuffers++ % 4000 * 4096));
+            channel = samples.data();
+            const size_t before = allocations;
+            engine.deliver(AudioBuffer{{&channel, 1}, 4096, {16000.0, 1}});
+            allocated += allocations - before;
+        }
+        return allocated;
+    }
+
     template <typename Signal>
     void count(Signal signal, int &counter)
     {
@@ -67,6 +112,9 @@ protected:
     Platform platform;
     LogRecorder log;
     AudioCaptureManager manager{platform};
+
+private:
+    size_t m_rampBuffers = 0;
 };
 
 } // namespace
@@ -140,11 +188,15 @@ TEST(SampleStoreTest, KeepsEverythingAcrossBlocks)
         const Samples piece = ramp(200'003, static_cast<float>(i));
         store.append(piece);
         expected.insert(expected.end(), piece.begin(), piece.end());
-        if (store.wantsSpareBlock() && i < 6) {
-            store.addSpareBlock(SampleStore::makeBlock());
-            EXPECT_FALSE(store.wantsSpareBlock());
-        }
+        EXPECT_EQ(store.size(), expected.size());
+        if (i < 6)
+            store.replenish();
     }
+    Samples copied{1};
+    const size_t first = SampleStore::blockSize - 2;
+    store.copy(first, SampleStore::blockSize + 4, copied);
+    EXPECT_TRUE(std::equal(copied.begin() + 1, copied.end(), expected.begin() + first));
+    EXPECT_EQ(copied.size(), SampleStore::blockSize + 5);
     EXPECT_EQ(store.take(), expected);
 }
 
@@ -264,6 +316,63 @@ TEST_F(AudioCaptureManagerTest, AsyncChunksArriveOnTheMainThreadInOrder)
     ASSERT_TRUE(waitUntil([&] { return ended.size() == 2; }));
     EXPECT_THAT(begun, ElementsAre(0.0F, 6.0F));
     EXPECT_THAT(ended, ElementsAre(0.5F, 6.5F));
+}
+
+// Past the first minute, that is past the first block of the recording.
+TEST_F(AudioCaptureManagerTest, AudioThreadAllocatesNothing)
+{
+    engine.format = {16000.0, 1};
+    Samples streamed;
+    std::atomic<size_t> received = 0;
+    ASSERT_TRUE(manager.startRecordingWithAsyncStreaming([&](Samples chunk) -> QCoro::Task<void> {
+        EXPECT_EQ(chunk.size(), 8192U);
+        streamed.insert(streamed.end(), chunk.begin(), chunk.end());
+        ++received;
+        co_return;
+    }));
+    size_t allocated = 0;
+    std::atomic<bool> isDone = false;
+    std::thread audio([&] {
+        for (size_t chunks = 8; chunks <= 144; chunks += 8) {
+            allocated += deliverRamp(16);
+            while (received < chunks)
+                std::this_thread::yield();
+        }
+        isDone = true;
+    });
+    EXPECT_TRUE(waitUntil([&] { return isDone.load(); }, std::chrono::seconds(60)));
+    audio.join();
+    EXPECT_EQ(allocated, 0U);
+    EXPECT_EQ(manager.stopRecording(), streamed);
+}
+
+TEST_F(AudioCaptureManagerTest, BusyMainThreadLosesAndDoublesNothing)
+{
+    engine.format = {16000.0, 1};
+    Samples streamed;
+    ASSERT_TRUE(manager.startRecordingWithAsyncStreaming([&](Samples chunk) -> QCoro::Task<void> {
+        EXPECT_GE(chunk.size(), 8000U);
+        EXPECT_LE(chunk.size(), 8000U + 4096U);
+        streamed.insert(streamed.end(), chunk.begin(), chunk.end());
+        co_return;
+    }));
+    std::thread([&] { EXPECT_EQ(deliverRamp(100), 0U); }).join();
+    EXPECT_THAT(streamed, IsEmpty());
+    ASSERT_TRUE(waitUntil([&] { return !streamed.empty(); }));
+    // What has waited follows with the next buffers, some chunks with each.
+    size_t buffers = 100;
+    while (streamed.size() + 8000 <= buffers * 4096) {
+        const size_t former = streamed.size();
+        std::thread([&] { EXPECT_EQ(deliverRamp(1), 0U); }).join();
+        ++buffers;
+        ASSERT_TRUE(waitUntil([&] { return streamed.size() > former; }));
+    }
+    EXPECT_LT(buffers, 120U);
+    const Samples recording = manager.stopRecording();
+    EXPECT_EQ(recording.size(), buffers * 4096);
+    QCoreApplication::processEvents();
+    ASSERT_LE(streamed.size(), recording.size());
+    EXPECT_TRUE(std::equal(streamed.begin(), streamed.end(), recording.begin()));
 }
 
 TEST_F(AudioCaptureManagerTest, SecondStartTouchesNothing)
