@@ -254,7 +254,7 @@ TEST_F(WhisperStreamingTest, TheWindowHoldsFifteenSeconds)
         FakeWhisper::enqueueSegments({"a"});
         feed(10, 0.3F);
 
-        EXPECT_THAT(passes(), ElementsAre(processed, 240'000, 240'000));
+        ASSERT_THAT(passes(), ElementsAre(processed, 240'000, 240'000));
         const std::vector<float> failed = FakeWhisper::calls()[1].samples;
         EXPECT_EQ(std::count(failed.begin(), failed.end(), 0.2F), std::min<size_t>(added, 240'000));
         EXPECT_EQ(failed.back(), 0.2F);
