@@ -154,6 +154,7 @@ QCoro::Task<void> DictationController::startRecordingInternal()
     m_lastInsertedText.clear();
     m_streamingInsertedCount = 0;
     m_isStreamingActive = streaming;
+    ++m_recordingNumber;
     m_appState.setPartialTranscript({});
 
     if (const auto context = m_appState.whisperManager().whisperContext()) {
@@ -221,8 +222,10 @@ QCoro::Task<AudioCaptureManager::StartResult> DictationController::startStreamin
 
 TranscriptionCallback DictationController::segmentHandler()
 {
-    return [controller = QPointer<DictationController>(this)](const TranscriptionSegment &segment) {
-        if (controller)
+    // A context that was replaced during a recording may deliver its last segment in the next one.
+    return [controller = QPointer<DictationController>(this),
+            recording = m_recordingNumber](const TranscriptionSegment &segment) {
+        if (controller && controller->m_recordingNumber == recording)
             controller->handleTranscriptionSegment(segment);
     };
 }

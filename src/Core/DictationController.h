@@ -19,8 +19,8 @@ namespace Velloro {
 /// timer, has the audio transcribed, cleans the text, types it and records it in the history.
 ///
 /// Main thread only. Asynchronous steps resume there; while they are suspended hotkey events are
-/// handled normally, and the checks of `AppState::transcriptionState` are the only guards against
-/// overlapping dictations.
+/// handled normally. The checks of `AppState::transcriptionState` guard against overlapping
+/// dictations, and between the check and the microphone's start `m_isStarting` does.
 class DictationController : public QObject
 {
     Q_OBJECT
@@ -93,6 +93,8 @@ private:
     bool m_isStreamingActive = false;
     /// A recording is about to begin.
     bool m_isStarting = false;
+    /// Counts the recordings, so that a segment of an earlier one is recognised.
+    uint64_t m_recordingNumber = 0;
 };
 
 } // namespace Velloro

@@ -171,7 +171,7 @@ void WhisperContext::Executor::release()
     m_context.reset();
     m_isStreaming = false;
     m_isModelLoaded = false;
-    m_audioBuffer = {};
+    m_audioBuffer = std::vector<float>();
     m_lastProcessedSamples = 0;
 }
 
@@ -229,7 +229,7 @@ void WhisperContext::Executor::stopStreaming()
     log(QStringLiteral("Streaming stopped"));
     m_isStreaming = false;
     m_transcriptionCallback = {};
-    m_audioBuffer = {};
+    m_audioBuffer = std::vector<float>();
     m_lastProcessedSamples = 0;
     m_previousWords.clear();
     m_confirmedWords.clear();
@@ -246,7 +246,7 @@ void WhisperContext::Executor::drain(const std::shared_ptr<Batch> &batch)
     }
     if (!dropped && m_isStreaming) {
         append(*batch);
-        batch->samples = {};
+        batch->samples = std::vector<float>();
         if (bufferCount() - m_lastProcessedSamples >= passInterval) {
             if (const auto segment = processCurrentBuffer()) {
                 deliver(*segment, batch);

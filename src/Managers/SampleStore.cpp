@@ -72,7 +72,8 @@ std::vector<float> SampleStore::take()
     whole.reserve(blocks.size() * blockSize);
     for (auto &block : blocks) {
         whole.insert(whole.end(), block.begin(), block.end());
-        block = {};
+        // `= {}` would keep the memory: the recording would be there twice.
+        block = std::vector<float>();
     }
     return whole;
 }

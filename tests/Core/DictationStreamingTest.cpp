@@ -2,9 +2,10 @@
 #include "Managers/TextCorrector.h"
 #include "Support/DictationControllerTestBase.h"
 #include "Support/InMemoryTextField.h"
+#include "Support/OutputJournal.h"
+#include "Support/RandomSpeech.h"
 
 #include <QRegularExpression>
-#include <random>
 
 using namespace Velloro;
 
@@ -62,6 +63,44 @@ protected:
         memory.audioEngine->deliver({std::vector<float>(samples, former > 0.8F ? 0.1F : 0.5F)});
         ASSERT_TRUE(waitUntil([&] { return state->audioLevel() != former; }));
         QCoreApplication::processEvents();
+    }
+
+    /// Releases the hotkey while a pass runs or its segment is on its way, and chunks may wait;
+    /// none of that reaches the field before the final text does.
+    void stopDuringPass(RandomSpeech &speech, const QByteArray &heard, const InMemoryTextField &field)
+    {
+        const QString standing = field.text();
+        const bool pending = speech.below(2) == 0;
+        const int waiting = speech.below(3);
+        size_t calls = FakeWhisper::calls().size() + 2;
+        FakeWhisper::Hold hold;
+        FakeWhisper::enqueueSegments({speech.nextPass()});
+        if (pending && waiting > 0) {
+            // A delivery on its way does not keep what waits from being the next pass.
+            FakeWhisper::enqueueSegments({speech.nextPass()});
+            ++calls;
+        }
+        FakeWhisper::enqueueSegments({heard});
+        speakAndWait(passInterval);
+        ASSERT_TRUE(hold.waitUntilHeld());
+        for (int chunk = 0; chunk < waiting; ++chunk)
+            speakAndWait(8000);
+        release();
+        if (pending) {
+            // The controller hears of the release when the segment is already on its way.
+            hold.letOneThrough();
+            ASSERT_TRUE(waiting > 0 ? hold.waitUntilHeld()
+                                    : SerialExecutor::finishAll(std::chrono::seconds(20)));
+        }
+        ASSERT_TRUE(waitForState(TranscriptionState::transcribing));
+        if (!pending || waiting > 0)
+            hold.letOneThrough();
+        // The final transcription is held.
+        ASSERT_TRUE(waitUntil([&] { return FakeWhisper::calls().size() == calls; }));
+        QCoreApplication::processEvents();
+        EXPECT_EQ(field.text(), standing);
+        hold.release();
+        ASSERT_TRUE(waitForState(TranscriptionState::idle));
     }
 
     /// The count in the last line that tells one.
@@ -158,6 +197,24 @@ TEST_F(DictationStreamingTest, TypesWhatIsConfirmedAndReplacesItByTheFinalText)
     }
 }
 
+TEST_F(DictationStreamingTest, DeletesThenPausesThenTypesTheFinalText)
+{
+    OutputJournal journal;
+    memory.platform.pasteboard = journal.makePasteboard();
+    memory.platform.keyboardEvents = journal.makeKeyboard();
+    memory.accessibility->trusted = false;
+    start();
+    segment("ab");
+    journal.entries.clear();
+    stop("Final.");
+    EXPECT_EQ(journal.entries,
+              strings({"51 down 0", "51 up 0", "pause 5000", "51 down 0", "51 up 0", "pause 5000",
+                       "pause 50000", "read", "clear", "write Final.", "9 down 100000",
+                       "9 up 100000"}));
+    // It restores the pasteboard in the end, which goes with the journal.
+    controller.reset();
+}
+
 TEST_F(DictationStreamingTest, LogsTheBeginningsInWholeCharacters)
 {
     const InMemoryTextField field(memory, {}, 0);
@@ -230,6 +287,31 @@ TEST_F(DictationStreamingTest, NothingIsTypedAfterTheStop)
     EXPECT_EQ(messages().last(), u"Streaming start: 'new' (3 chars)"_qs);
 }
 
+TEST_F(DictationStreamingTest, ALateSegmentOfAnEarlierRecordingIsIgnored)
+{
+    const InMemoryTextField field(memory, {}, 0);
+    start();
+    pass("the old");
+    FakeWhisper::Hold hold;
+    FakeWhisper::enqueueSegments({"the old"});
+    speakAndWait(passInterval);
+    ASSERT_TRUE(hold.waitUntilHeld());
+    // The model goes while it listens, and the next recording loads one anew.
+    state->whisperManager().unloadModel();
+    release();
+    ASSERT_TRUE(waitForState(TranscriptionState::idle));
+    start();
+    segment("new");
+
+    hold.release();
+    ASSERT_TRUE(SerialExecutor::finishAll(std::chrono::seconds(20)));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(field.text(), u"new"_qs);
+    EXPECT_EQ(state->partialTranscript(), u"new"_qs);
+    stop("New.");
+    EXPECT_EQ(field.text(), u"New."_qs);
+}
+
 TEST_F(DictationStreamingTest, EndsIdleWhateverFails)
 {
     const InMemoryTextField field(memory, {}, 0);
@@ -256,49 +338,6 @@ TEST_F(DictationStreamingTest, EndsIdleWhateverFails)
     EXPECT_EQ(messages().last(), u"Empty final transcription"_qs);
 }
 
-/// What a recogniser might hear of one speech, pass by pass: more at every pass, the last words
-/// doubtful, now and then something else altogether.
-class Speech
-{
-public:
-    explicit Speech(unsigned seed)
-        : m_random(seed)
-    {
-        for (int count = 3 + below(20); count > 0; --count)
-            m_words << word();
-    }
-
-    QByteArray nextPass()
-    {
-        m_heard = std::min<qsizetype>(m_words.size(), m_heard + below(5));
-        QStringList heard = m_words.mid(0, m_heard);
-        for (qsizetype at = std::max<qsizetype>(0, heard.size() - 3); at < heard.size(); ++at) {
-            if (below(3) == 0)
-                heard[at] = below(2) ? word() : heard[at].toUpper();
-        }
-        if (below(8) == 0)
-            heard = heard.mid(below(3));
-        return heard.join(below(4) ? u" "_qs : u" \t\u00a0"_qs).toUtf8();
-    }
-
-    QByteArray finalText() { return below(8) ? m_words.join(u' ').toUtf8() : QByteArray(); }
-
-    int below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
-
-private:
-    QString word()
-    {
-        static const QStringList words = strings(
-            {"the", "word", "Zażółć", "e\u0301te\u0301", "👍🏽", "👩‍👩‍👧‍👦", "🇵🇱", "你好", "こんにちは", "がぎ",
-             "שלום", "مَرْحَبًا", "नमस्ते", "ठीक", "한국어", "ff", "don't", "x\nb", "o\u0308\u0323", "…"});
-        return words.at(below(static_cast<int>(words.size())));
-    }
-
-    std::mt19937 m_random;
-    QStringList m_words;
-    qsizetype m_heard = 0;
-};
-
 TEST_F(DictationStreamingTest, WhatStandsIsWhatWasCounted)
 {
     launchWithModel();
@@ -307,7 +346,7 @@ TEST_F(DictationStreamingTest, WhatStandsIsWhatWasCounted)
     const QString after = u" efter"_qs;
     for (unsigned seed = 1; seed <= 25; ++seed) {
         SCOPED_TRACE(seed);
-        Speech speech(seed);
+        RandomSpeech speech(seed);
         const InMemoryTextField field(memory, before + after, Graphemes::count(before));
         state->setEnableTextCorrection(speech.below(2) == 0);
         start();
@@ -321,12 +360,19 @@ TEST_F(DictationStreamingTest, WhatStandsIsWhatWasCounted)
             EXPECT_EQ(Graphemes::count(now), counted());
             standing = now;
         }
+        // Confirmed words never change.
+        EXPECT_TRUE(messages().filter(u"Streaming edge"_qs).isEmpty());
         const QByteArray heard = speech.finalText();
-        stop(heard);
+        if (speech.below(3) == 0)
+            stop(heard);
+        else
+            stopDuringPass(speech, heard, field);
         const QString said = QString::fromUtf8(heard).trimmed();
-        const QString final =
-            state->enableTextCorrection() ? TextCorrector::correct(said, u"en"_qs) : said;
-        EXPECT_EQ(field.text(), before + final + after);
+        const QString final = before
+            + (state->enableTextCorrection() ? TextCorrector::correct(said, u"en"_qs) : said) + after;
+        EXPECT_EQ(field.text(), final);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(field.text(), final);
         if (HasFailure())
             break;
     }

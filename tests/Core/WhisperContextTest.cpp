@@ -19,6 +19,7 @@ TEST_F(WhisperContextTest, LoadsWithFlashAttentionAndSilencesTheLibrary)
     ASSERT_EQ(FakeWhisper::loads().size(), 1U);
     EXPECT_EQ(FakeWhisper::loads().front().path, modelPath());
     EXPECT_TRUE(FakeWhisper::loads().front().flashAttention);
+    EXPECT_TRUE(FakeWhisper::loads().front().othersUntouched);
     EXPECT_EQ(FakeWhisper::liveContexts(), 1);
     EXPECT_EQ(FakeWhisper::liveStates(), 1);
 }
@@ -166,6 +167,7 @@ TEST_F(WhisperContextTest, HandsTheRecordingToTheLibrary)
         EXPECT_TRUE(call.greedy);
         EXPECT_TRUE(call.noContext);
         EXPECT_TRUE(call.quiet);
+        EXPECT_TRUE(call.othersUntouched);
         EXPECT_TRUE(call.timingsReset);
     }
     EXPECT_THAT(calls[0].samples, ElementsAre(0.25F, -1.0F, 0.5F));

@@ -1,3 +1,4 @@
+#include "Support/RandomSpeech.h"
 #include "Support/WhisperContextTestBase.h"
 
 #include <QCoreApplication>
@@ -104,6 +105,7 @@ TEST_F(WhisperStreamingTest, ConfirmsWhatTwoPassesAgreeOn)
         EXPECT_TRUE(call.greedy);
         EXPECT_FALSE(call.noContext);
         EXPECT_TRUE(call.quiet);
+        EXPECT_TRUE(call.othersUntouched);
         EXPECT_TRUE(call.timingsReset);
         EXPECT_EQ(call.threads, 2);
         EXPECT_EQ(call.language, "en");
@@ -150,6 +152,30 @@ TEST_F(WhisperStreamingTest, AgreesWordByWord)
     }
 }
 
+TEST_F(WhisperStreamingTest, ConfirmedWordsStay)
+{
+    load();
+    qsizetype confirmed = 0;
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        SCOPED_TRACE(seed);
+        RandomSpeech speech(seed);
+        start();
+        segments.clear();
+        // Long enough for the window to lose its beginning.
+        for (int pass = 0; pass < 12; ++pass)
+            hear({speech.nextPass()});
+        ASSERT_THAT(segments, SizeIs(12));
+        QStringList before;
+        for (const TranscriptionSegment &segment : segments) {
+            const QStringList words = segment.text.split(u' ', Qt::SkipEmptyParts);
+            EXPECT_EQ(words.mid(0, before.size()), before);
+            before = words;
+        }
+        confirmed += before.size();
+    }
+    EXPECT_GT(confirmed, 40);
+}
+
 TEST_F(WhisperStreamingTest, LogsPrefixesAndNothingForSilence)
 {
     loadAndStart();
@@ -162,6 +188,20 @@ TEST_F(WhisperStreamingTest, LogsPrefixesAndNothingForSilence)
     EXPECT_EQ(takeLines().back(),
               line("Streaming: confirmed='abcdefghijabcdefghijabcdefghij...' "
                    "uncommitted='12345678901234567890...'"));
+
+    // Whole user-perceived characters.
+    const QByteArray family = "👩‍👩‍👧";
+    const QByteArray thumb = "👍🏽";
+    const QByteArray accented = "o\u0323\u0308";
+    start();
+    takeLines();
+    const QByteArray confirmed = family.repeated(25) + accented.repeated(10);
+    hear({confirmed});
+    hear({confirmed + ' ' + accented.repeated(15) + thumb.repeated(10)});
+    EXPECT_EQ(takeLines().back(),
+              line(QByteArray("Streaming: confirmed='" + family.repeated(25) + accented.repeated(5)
+                              + "...' uncommitted='" + accented.repeated(15) + thumb.repeated(5)
+                              + "...'")));
 }
 
 TEST_F(WhisperStreamingTest, APassComesWithEvery24000NewSamples)
@@ -200,20 +240,30 @@ TEST_F(WhisperStreamingTest, AFailedPassChangesNothingAndIsRepeated)
 TEST_F(WhisperStreamingTest, TheWindowHoldsFifteenSeconds)
 {
     loadAndStart();
-    feed(220'000, 0.1F);
-    // The trim happens, although the pass fails: what was processed moves with the window, so that
-    // a new pass is due at once.
-    FakeWhisper::enqueue({.code = 1});
-    feed(30'000, 0.2F);
-    FakeWhisper::enqueueSegments({"a"});
-    feed(4'000, 0.3F);
+    // The trim happens, although the second pass fails: what was processed moves with the window,
+    // or to its front if it is gone, so that a new pass is due at once.
+    for (const auto &[processed, added] :
+         {std::pair<size_t, size_t>{24'000, 244'000}, {220'000, 30'000}}) {
+        SCOPED_TRACE(processed);
+        FakeWhisper::reset();
+        segments.clear();
+        start();
+        feed(processed, 0.1F);
+        FakeWhisper::enqueue({.code = 1});
+        feed(added, 0.2F);
+        FakeWhisper::enqueueSegments({"a"});
+        feed(10, 0.3F);
 
-    EXPECT_THAT(passes(), ElementsAre(220'000, 240'000, 240'000));
-    EXPECT_EQ(FakeWhisper::calls()[1].samples.at(209'999), 0.1F);
-    EXPECT_EQ(FakeWhisper::calls()[1].samples.at(210'000), 0.2F);
-    EXPECT_THAT(segments, SizeIs(2));
-    EXPECT_DOUBLE_EQ(segments.back().startTime, 14'000 / 16'000.0);
-    EXPECT_DOUBLE_EQ(segments.back().endTime, 254'000 / 16'000.0);
+        ASSERT_THAT(passes(), ElementsAre(processed, 240'000, 240'000));
+        const std::vector<float> failed = FakeWhisper::calls()[1].samples;
+        EXPECT_EQ(std::count(failed.begin(), failed.end(), 0.2F), std::min<size_t>(added, 240'000));
+        EXPECT_EQ(failed.back(), 0.2F);
+        EXPECT_EQ(FakeWhisper::calls()[2].samples.back(), 0.3F);
+        ASSERT_THAT(segments, SizeIs(2));
+        const double total = static_cast<double>(processed + added + 10);
+        EXPECT_DOUBLE_EQ(segments.back().startTime, (total - 240'000) / 16'000);
+        EXPECT_DOUBLE_EQ(segments.back().endTime, total / 16'000);
+    }
     // Words stay when the audio before them goes, and positions do not move.
     FakeWhisper::enqueueSegments({"a"});
     feed(passInterval);

@@ -35,16 +35,20 @@ class StreamingTest(DesktopCase):
         return max((int(count[1]) for count in counts if count), default=0)
 
     def speak_and_watch(self, mark, read):
-        """Speaks, then holds the key until words stand in the application; the texts seen, one
-        after the other."""
+        """Speaks, then holds the key until words stand in the application and no more come; the
+        texts seen, one after the other."""
         seen = []
+        growth = time.monotonic()
         speech = self.user.start_speaking(JFK)
 
         def look():
+            nonlocal growth
             text = read()
             if text and (not seen or seen[-1] != text):
                 seen.append(text)
-            return speech.poll() is not None and text and len(text) == self.counted(mark)
+                growth = time.monotonic()
+            return (speech.poll() is not None and text and len(text) == self.counted(mark)
+                    and time.monotonic() > growth + 0.5)
         wait_for(look, "all that was counted in the application", timeout=60, interval=0.2)
         return seen
 
@@ -96,7 +100,10 @@ class StreamingTest(DesktopCase):
         copied = "what the user had copied"
         self.user.copy(copied)
         self.dictate_and_check(self.user.terminal_line)
-        self.assertEqual(self.user.clipboard().count("\n"), 0)
+        # Each paste put back what it found. They are further apart than the half second that this
+        # takes, for it was quiet before the last one.
+        wait_for(lambda: self.user.clipboard() == copied,
+                 "the user's own text on the clipboard again", timeout=5)
 
     def test_busy_applications_get_every_word_in_order(self):
         """They come round to what they are sent only now and then."""

@@ -5,6 +5,7 @@
 #include <array>
 #include <chrono>
 #include <condition_variable>
+#include <cstring>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -76,6 +77,37 @@ World &world()
 {
     static World *const instance = std::make_unique<World>().release();
     return *instance;
+}
+
+/// Compares every byte, which the defaults have all set: no field is forgotten.
+template <typename Parameters>
+bool same(const Parameters &one, const Parameters &other)
+{
+    return std::memcmp(&one, &other, sizeof one) == 0;
+}
+
+bool othersUntouched(whisper_full_params params)
+{
+    const whisper_full_params plain = whisper_full_default_params(params.strategy);
+    params.n_threads = plain.n_threads;
+    params.offset_ms = plain.offset_ms;
+    params.translate = plain.translate;
+    params.no_context = plain.no_context;
+    params.single_segment = plain.single_segment;
+    params.print_special = plain.print_special;
+    params.print_progress = plain.print_progress;
+    params.print_realtime = plain.print_realtime;
+    params.print_timestamps = plain.print_timestamps;
+    params.language = plain.language;
+    params.initial_prompt = plain.initial_prompt;
+    return same(params, plain);
+}
+
+bool othersUntouched(whisper_context_params params)
+{
+    const whisper_context_params plain = whisper_context_default_params();
+    params.flash_attn = plain.flash_attn;
+    return same(params, plain);
 }
 
 } // namespace
@@ -187,11 +219,13 @@ void Hold::release()
 
 extern "C" {
 
-// The fields that the program must set start out wrong, so that leaving one out shows.
+// The fields that the program must set start out wrong, so that leaving one out shows; those that
+// it might be tempted to set to nothing are not nothing, as in the library.
 
 whisper_context_params whisper_context_default_params()
 {
-    whisper_context_params params{};
+    whisper_context_params params;
+    std::memset(&params, 0, sizeof params);
     params.use_gpu = true;
     params.flash_attn = false;
     return params;
@@ -199,9 +233,11 @@ whisper_context_params whisper_context_default_params()
 
 whisper_full_params whisper_full_default_params(whisper_sampling_strategy strategy)
 {
-    whisper_full_params params{};
+    whisper_full_params params;
+    std::memset(&params, 0, sizeof params);
     params.strategy = strategy;
     params.n_threads = -1;
+    params.n_max_text_ctx = 16384;
     params.offset_ms = 1;
     params.translate = true;
     params.no_context = strategy != WHISPER_SAMPLING_GREEDY;
@@ -211,6 +247,12 @@ whisper_full_params whisper_full_default_params(whisper_sampling_strategy strate
     params.print_realtime = true;
     params.print_timestamps = true;
     params.language = "xx";
+    params.suppress_blank = true;
+    params.temperature_inc = 0.2F;
+    params.entropy_thold = 2.4F;
+    params.logprob_thold = -1.0F;
+    params.no_speech_thold = 0.6F;
+    params.greedy.best_of = 5;
     return params;
 }
 
@@ -218,7 +260,7 @@ whisper_context *whisper_init_from_file_with_params(const char *path, whisper_co
 {
     std::unique_lock lock(world().mutex);
     const QString name = QFile::decodeName(path);
-    world().loads.push_back({.path = name, .flashAttention = params.flash_attn});
+    world().loads.push_back({.path = name, .flashAttention = params.flash_attn, .othersUntouched = othersUntouched(params)});
     world().passGate(lock, Point::load);
     if (!QFileInfo::exists(name) || (world().loadScript && !world().loadScript(name)))
         return nullptr;
@@ -291,6 +333,7 @@ int whisper_full(whisper_context *context, whisper_full_params params, const flo
          .prompt = params.initial_prompt ? std::optional<QByteArray>(params.initial_prompt)
                                          : std::nullopt,
          .quiet = quiet,
+         .othersUntouched = othersUntouched(params),
          .timingsReset = std::exchange(context->timingsReset, false)});
     Result result{.segments = {QByteArrayLiteral(" Hello world.")}};
     if (!world().results.empty()) {

@@ -36,6 +36,8 @@ struct Call
     /// Offset, translation, single segment and the four print flags, which have other defaults
     /// here than in the library, are all zero.
     bool quiet = false;
+    /// Every other field has the library's default.
+    bool othersUntouched = false;
     bool timingsReset = false;
 };
 
@@ -44,6 +46,8 @@ struct Load
 {
     QString path;
     bool flashAttention = false;
+    /// Every other field has the library's default.
+    bool othersUntouched = false;
 };
 
 /// Forgets scripts and records, and opens what is held. Live models stay counted.
