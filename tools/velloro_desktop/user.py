@@ -212,7 +212,12 @@ class User:
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def clipboard(self):
-        return self.desktop.run(["xclip", "-selection", "clipboard", "-out"])
+        """The text on the clipboard, or None."""
+        try:
+            return self.desktop.run(["xclip", "-selection", "clipboard", "-out"],
+                                    stderr=subprocess.DEVNULL)
+        except subprocess.CalledProcessError:
+            return None  # nobody has it, or not as text
 
     # --- notifications --------------------------------------------------------------------------
 
