@@ -20,6 +20,8 @@ constexpr double cornerRadius = 10;
 constexpr auto trayPatience = 10s;
 /// A click on the icon takes the focus from the panel this long before it is reported, at most.
 constexpr qint64 sameClickMilliseconds = 400;
+/// While a panel opens, window managers pass the focus round; one without it for so long has lost it.
+constexpr auto focusPatience = 100ms;
 
 } // namespace
 
@@ -193,8 +195,10 @@ bool MenuBarExtra::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_panel.get() && event->type() == QEvent::FocusOut && m_panel->isVisible()) {
         m_closedByFocus.start();
-        // After the event has been dealt with: hiding takes the window's native side away.
-        QTimer::singleShot(0, this, &MenuBarExtra::closePanel);
+        QTimer::singleShot(focusPatience, this, [this] {
+            if (!m_panel->isActive())
+                closePanel();
+        });
     }
     return QObject::eventFilter(watched, event);
 }
