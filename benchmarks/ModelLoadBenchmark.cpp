@@ -17,7 +17,7 @@ const char *modelPath()
 
 void loadModel(benchmark::State &state)
 {
-    const Velloro::LinuxProcessInfo processInfo;
+    const auto processInfo = std::make_shared<const Velloro::LinuxProcessInfo>();
     const QString path = QFile::decodeName(modelPath());
     for ([[maybe_unused]] auto iteration : state) {
         Velloro::WhisperContext context(processInfo);

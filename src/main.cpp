@@ -1,4 +1,3 @@
-#include "Core/SerialExecutor.h"
 #include "Managers/HotkeyManager.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/Linux/SingleInstance.h"
@@ -7,10 +6,8 @@
 
 #include <QApplication>
 #include <QLocale>
-#include <QScopeGuard>
 #include <QStandardPaths>
 #include <QTranslator>
-#include <chrono>
 #include <csignal>
 
 using namespace Velloro;
@@ -37,9 +34,6 @@ int main(int argc, char **argv)
         return 0;
 
     Platform platform = makeLinuxPlatform();
-    // Unloading a model, which goes on in the background, still asks the platform for the stack.
-    const auto finishWork =
-        qScopeGuard([] { SerialExecutor::finishAll(std::chrono::milliseconds(500)); });
     const std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(platform);
     VelloroApp velloro(platform);
 

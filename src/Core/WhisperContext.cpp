@@ -2,10 +2,12 @@
 
 #include "Core/WhisperContextExecutor.h"
 
+#include <utility>
+
 namespace Velloro {
 
-WhisperContext::WhisperContext(const ProcessInfo &processInfo)
-    : m_executor(std::make_shared<Executor>(processInfo))
+WhisperContext::WhisperContext(std::shared_ptr<const ProcessInfo> processInfo)
+    : m_executor(std::make_shared<Executor>(std::move(processInfo)))
 {
 }
 

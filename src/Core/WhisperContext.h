@@ -25,9 +25,9 @@ class WhisperContext
 public:
     using LoadResult = tl::expected<void, WhisperContextError>;
 
-    /// Silences whisper.cpp's own log for the whole process. `processInfo` outlives the context
-    /// and the work that it has begun.
-    explicit WhisperContext(const ProcessInfo &processInfo);
+    /// Silences whisper.cpp's own log for the whole process. `processInfo` is kept until the work that
+    /// the context has begun is done.
+    explicit WhisperContext(std::shared_ptr<const ProcessInfo> processInfo);
     ~WhisperContext();
     WhisperContext(const WhisperContext &) = delete;
     WhisperContext &operator=(const WhisperContext &) = delete;

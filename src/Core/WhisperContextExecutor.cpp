@@ -10,6 +10,7 @@
 #include <exception>
 #include <limits>
 #include <new>
+#include <utility>
 #include <whisper.h>
 
 namespace Velloro {
@@ -79,9 +80,9 @@ void WhisperContext::Executor::StateDeleter::operator()(whisper_state *state) co
     whisper_free_state(state);
 }
 
-WhisperContext::Executor::Executor(const ProcessInfo &processInfo)
-    : m_processInfo(processInfo)
-    , m_threads(std::clamp(processInfo.processorCount() - 2, 1, 8))
+WhisperContext::Executor::Executor(std::shared_ptr<const ProcessInfo> processInfo)
+    : m_processInfo(std::move(processInfo))
+    , m_threads(std::clamp(m_processInfo->processorCount() - 2, 1, 8))
 {
     silenceLibrary();
 }
@@ -159,8 +160,9 @@ WhisperContext::LoadResult WhisperContext::Executor::loadModel(const QString &pa
 void WhisperContext::Executor::unloadModel()
 {
     release();
+    SerialExecutor::checkpoint();
     log(QStringLiteral("Model unloaded. Stack trace:"));
-    const QStringList stack = m_processInfo.callStackSymbols().mid(0, stackLines);
+    const QStringList stack = m_processInfo->callStackSymbols().mid(0, stackLines);
     for (const QString &frame : stack)
         log(frame);
 }

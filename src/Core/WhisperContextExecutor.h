@@ -21,7 +21,7 @@ namespace Velloro {
 class WhisperContext::Executor : public std::enable_shared_from_this<Executor>
 {
 public:
-    explicit Executor(const ProcessInfo &processInfo);
+    explicit Executor(std::shared_ptr<const ProcessInfo> processInfo);
 
     /// Queues `work`, called with this object on the executor; the future has what it returns.
     template <typename Work>
@@ -75,7 +75,7 @@ private:
     [[nodiscard]] QByteArrayList segmentTexts() const;
     [[nodiscard]] qsizetype bufferCount() const { return std::ssize(m_audioBuffer); }
 
-    const ProcessInfo &m_processInfo;
+    std::shared_ptr<const ProcessInfo> m_processInfo;
     const int m_threads;
 
     // On the executor only. The decoding state goes before the context that it belongs to.

@@ -137,7 +137,7 @@ QCoro::Task<WhisperManager::LoadResult> WhisperManager::loadModel(QString modelI
 
 QCoro::Task<WhisperManager::LoadResult> WhisperManager::load(const WhisperModelInfo &row)
 {
-    const auto context = std::make_shared<WhisperContext>(*m_platform.processInfo);
+    const auto context = std::make_shared<WhisperContext>(m_platform.processInfo);
     m_whisperContext = context;
     const QPointer<WhisperManager> self = this;
     const WhisperContext::LoadResult loaded = co_await context->loadModel(modelURL(row.id));

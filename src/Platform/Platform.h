@@ -52,7 +52,8 @@ struct Platform
     std::unique_ptr<TrayHost> trayHost;
     std::unique_ptr<UserDefaults> userDefaults;
     std::unique_ptr<FileSystem> fileSystem;
-    std::unique_ptr<ProcessInfo> processInfo;
+    /// Shared with recognition, whose work may outlast the rest when the program ends.
+    std::shared_ptr<const ProcessInfo> processInfo;
     std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<Updater> updater;
 };

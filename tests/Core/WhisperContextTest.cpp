@@ -39,9 +39,9 @@ TEST_F(WhisperContextTest, AMissingFileLeavesTheLoadedModelUsable)
 
 TEST_F(WhisperContextTest, LoadingAgainUnloadsFirstAndLogsTheStack)
 {
-    processInfo.stack.clear();
+    processInfo->stack.clear();
     for (int frame = 0; frame < 12; ++frame)
-        processInfo.stack += u"frame %1"_qs.arg(frame);
+        processInfo->stack += u"frame %1"_qs.arg(frame);
     load();
     takeLines();
 
@@ -144,7 +144,7 @@ TEST_F(WhisperContextTest, ThreadsFollowTheProcessorCores)
 {
     for (const auto &[cores, threads] : std::initializer_list<std::pair<int, int>>{
              {1, 1}, {2, 1}, {3, 1}, {4, 2}, {9, 7}, {10, 8}, {12, 8}, {64, 8}}) {
-        processInfo.cores = cores;
+        processInfo->cores = cores;
         context = std::make_unique<WhisperContext>(processInfo);
         load();
         await(context->transcribe({0.5F}));

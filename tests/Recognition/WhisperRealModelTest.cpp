@@ -102,9 +102,9 @@ protected:
     /// The samples of the voice, 16-bit, mono, 16 kHz.
     QByteArray recording;
     /// One thread: several spin while they wait for each other, and starve on a busy machine.
-    InMemoryProcessInfo processInfo = [] {
-        InMemoryProcessInfo info;
-        info.cores = 2;
+    std::shared_ptr<const ProcessInfo> processInfo = [] {
+        auto info = std::make_shared<InMemoryProcessInfo>();
+        info->cores = 2;
         return info;
     }();
 };

@@ -66,7 +66,7 @@ public:
         platform.trayHost = std::make_unique<InMemoryTrayHost>();
         make(platform.userDefaults, userDefaults);
         make(platform.fileSystem, fileSystem);
-        make(platform.processInfo, processInfo);
+        platform.processInfo = std::make_shared<InMemoryProcessInfo>();
         make(platform.loginItem, loginItem);
         make(platform.updater, updater);
     }
@@ -92,7 +92,6 @@ public:
     InMemorySystemSounds *systemSounds = nullptr;
     InMemoryUserDefaults *userDefaults = nullptr;
     InMemoryFileSystem *fileSystem = nullptr;
-    InMemoryProcessInfo *processInfo = nullptr;
     InMemoryLoginItem *loginItem = nullptr;
     InMemoryUpdater *updater = nullptr;
 

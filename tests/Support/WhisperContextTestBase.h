@@ -71,7 +71,7 @@ protected:
 
     LogRecorder log;
     QTemporaryDir directory;
-    InMemoryProcessInfo processInfo;
+    std::shared_ptr<InMemoryProcessInfo> processInfo = std::make_shared<InMemoryProcessInfo>();
     std::unique_ptr<WhisperContext> context = std::make_unique<WhisperContext>(processInfo);
 };
 
