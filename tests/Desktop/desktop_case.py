@@ -66,6 +66,8 @@ class DesktopCase(unittest.TestCase):
         outcome = self._outcome.result
         if any(test is self for test, _ in outcome.failures + outcome.errors):
             print("Velloro's output:", *self.velloro.lines, sep="\n  ")
+        elif any(re.search(r"Sanitizer: |runtime error: ", line) for line in self.velloro.lines):
+            self.fail("a sanitizer reports:\n" + "\n".join(self.velloro.lines))
 
     def start_velloro(self, **settings):
         """Starts it and waits until the model is loaded."""
