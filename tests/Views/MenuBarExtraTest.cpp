@@ -1,33 +1,29 @@
 #include "Views/MenuBarExtra.h"
 
-#include "Support/InMemoryPlatform.h"
 #include "Support/WaitUntil.h"
+#include "Views/WindowTestBase.h"
 
-#include <QAccessible>
 #include <QLineEdit>
-#include <QQuickItem>
 #include <QScreen>
 #include <QSignalSpy>
-#include <QTest>
 #include <gmock/gmock.h>
 
 namespace Velloro {
 
 namespace {
 
-class MenuBarExtraTest : public ::testing::Test
+/// The panel as the window that it is.
+class Panel : public MenuBarExtra
+{
+public:
+    using MenuBarExtra::MenuBarExtra;
+    void open() { openPanel(); }
+    [[nodiscard]] QQuickWindow *window() const { return panel(); }
+};
+
+class MenuBarExtraTest : public WindowTestBase<Panel>
 {
 protected:
-    void open()
-    {
-        extra.openPanel();
-        ASSERT_TRUE(extra.panel());
-        ASSERT_TRUE(QTest::qWaitForWindowActive(extra.panel()));
-    }
-    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-    {
-        QTest::keyClick(extra.panel(), key, modifiers);
-    }
     /// The item and everything in it.
     static void collect(QQuickItem *item, QList<QQuickItem *> &items)
     {
@@ -39,46 +35,27 @@ protected:
     {
         return QAccessible::queryAccessibleInterface(item);
     }
-    [[nodiscard]] QString focusedName() const
-    {
-        QAccessibleInterface *interface = accessible(extra.panel()->activeFocusItem());
-        return interface ? interface->text(QAccessible::Name) : QString();
-    }
-    [[nodiscard]] QString text(const char *name) const
-    {
-        return extra.panel()
-            ->contentItem()
-            ->findChild<QQuickItem *>(QLatin1StringView(name))
-            ->property("text")
-            .toString();
-    }
-
-    InMemoryPlatform memory;
-    AppState appState{memory.platform};
-    std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
-    ViewEngine engine{*memory.appearance};
-    MenuBarExtra extra{memory.platform, appState, *hotkeyManager, engine};
 };
 
 TEST_F(MenuBarExtraTest, NothingOfThePanelIsMadeBeforeItIsOpened)
 {
-    extra.show();
+    controller.show();
     appState.setTranscriptionState(TranscriptionState::listening);
     EXPECT_FALSE(engine.isMade());
-    EXPECT_FALSE(extra.panel());
+    EXPECT_FALSE(window());
 }
 
 TEST_F(MenuBarExtraTest, IsReachedAndClosedWithTheKeyboardAlone)
 {
     open();
-    EXPECT_EQ(extra.panel()->width(), 280);
-    const QRect frame = extra.panel()->screen()->availableGeometry();
-    EXPECT_TRUE(frame.contains(extra.panel()->geometry()));
+    EXPECT_EQ(window()->width(), 280);
+    const QRect frame = window()->screen()->availableGeometry();
+    EXPECT_TRUE(frame.contains(window()->geometry()));
 
     QStringList reached;
     for (int count = 0; count < 8; ++count) {
-        press(Qt::Key_Tab);
-        reached << focusedName();
+        probe().press(Qt::Key_Tab);
+        reached << probe().focusedName();
     }
     reached.sort();
     EXPECT_EQ(reached, QStringList({QStringLiteral("Download model"), QStringLiteral("Download model"),
@@ -88,30 +65,28 @@ TEST_F(MenuBarExtraTest, IsReachedAndClosedWithTheKeyboardAlone)
 
     for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return}) {
         appState.setSelectedModel(ModelPreset::medium);
-        for (int count = 0; count < 8 && focusedName() != u"Large, Accurate"; ++count)
-            press(Qt::Key_Tab);
-        press(key);
+        ASSERT_TRUE(probe().tabTo(u"Large, Accurate"_qs));
+        probe().press(key);
         EXPECT_EQ(appState.selectedModel(), ModelPreset::large) << key;
     }
-    press(Qt::Key_Tab);
-    ASSERT_EQ(focusedName(), u"Download model");
-    press(Qt::Key_Space);
+    probe().press(Qt::Key_Tab);
+    ASSERT_EQ(probe().focusedName(), u"Download model");
+    probe().press(Qt::Key_Space);
     ASSERT_EQ(memory.downloadSession->tasks.size(), 1);
     EXPECT_EQ(appState.selectedModel(), ModelPreset::large);
 
-    QSignalSpy settings(&extra, &MenuBarExtra::openSettingsRequested);
-    for (int count = 0; count < 8 && focusedName() != u"Settings..."; ++count)
-        press(Qt::Key_Tab);
-    press(Qt::Key_Return);
+    QSignalSpy settings(&controller, &MenuBarExtra::openSettingsRequested);
+    ASSERT_TRUE(probe().tabTo(u"Settings..."_qs));
+    probe().press(Qt::Key_Return);
     EXPECT_EQ(settings.count(), 1);
-    EXPECT_FALSE(extra.panel()->isVisible()) << "the settings take the panel's place";
+    EXPECT_FALSE(window()->isVisible()) << "the settings take the panel's place";
 
     open();
-    const QPoint place = extra.panel()->position();
-    extra.openPanel();
-    EXPECT_EQ(extra.panel()->position(), place) << "it is there already";
-    press(Qt::Key_Escape);
-    EXPECT_FALSE(extra.panel()->isVisible());
+    const QPoint place = window()->position();
+    controller.openPanel();
+    EXPECT_EQ(window()->position(), place) << "it is there already";
+    probe().press(Qt::Key_Escape);
+    EXPECT_FALSE(window()->isVisible());
 }
 
 TEST_F(MenuBarExtraTest, EveryControlHasANameAndARoleAndCanBePressed)
@@ -119,7 +94,7 @@ TEST_F(MenuBarExtraTest, EveryControlHasANameAndARoleAndCanBePressed)
     open();
     int controls = 0;
     QList<QQuickItem *> items;
-    collect(extra.panel()->contentItem(), items);
+    collect(window()->contentItem(), items);
     for (QQuickItem *item : items) {
         if (!item->isVisible() || !(item->activeFocusOnTab()))
             continue;
@@ -152,28 +127,37 @@ TEST_F(MenuBarExtraTest, ClosesWhenAnotherWindowTakesTheFocus)
     ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
     open();
     other.activateWindow();
-    EXPECT_TRUE(waitUntil([this] { return !extra.panel()->isVisible(); }));
+    EXPECT_TRUE(waitUntil([this] { return !window()->isVisible(); }));
+}
+
+TEST_F(MenuBarExtraTest, StaysWhenTheFocusOnlyPassesBy)
+{
+    open();
+    QFocusEvent away(QEvent::FocusOut);
+    QCoreApplication::sendEvent(window(), &away);
+    QTest::qWait(200);
+    EXPECT_TRUE(window()->isVisible());
 }
 
 TEST_F(MenuBarExtraTest, AnOpenPanelFollowsTheState)
 {
     open();
-    EXPECT_EQ(text("recordingModeText"), u"Hold to Talk");
-    const int height = extra.panel()->height();
+    EXPECT_EQ(text(u"recordingModeText"_qs), u"Hold to Talk");
+    const int height = window()->height();
     appState.setRecordingMode(RecordingMode::toggle);
     appState.setTranscriptionState(TranscriptionState::transcribing);
-    EXPECT_EQ(text("recordingModeText"), u"Toggle");
-    EXPECT_EQ(text("stateText"), u"Transcribing...");
+    EXPECT_EQ(text(u"recordingModeText"_qs), u"Toggle");
+    EXPECT_EQ(text(u"stateText"_qs), u"Transcribing...");
     memory.hotkeyRegistration->refusal = 10;
     hotkeyManager->updateHotkey(2, HotkeyManager::cmdKey);
-    EXPECT_THAT(text("hotkeyProblem").toStdString(), ::testing::HasSubstr("⌘D is taken"));
-    EXPECT_TRUE(waitUntil([&] { return extra.panel()->height() > height; }));
-    EXPECT_TRUE(extra.panel()->screen()->availableGeometry().contains(extra.panel()->geometry()));
+    EXPECT_THAT(text(u"hotkeyProblem"_qs).toStdString(), ::testing::HasSubstr("⌘D is taken"));
+    EXPECT_TRUE(waitUntil([&] { return window()->height() > height; }));
+    EXPECT_TRUE(window()->screen()->availableGeometry().contains(window()->geometry()));
 
     memory.appearance->dark = true;
     Q_EMIT memory.appearance->changed();
     EXPECT_TRUE(waitUntil([this] {
-        return extra.panel()->grabWindow().pixelColor(140, 10).lightness() < 80;
+        return window()->grabWindow().pixelColor(140, 10).lightness() < 80;
     }));
 }
 
@@ -181,11 +165,11 @@ TEST_F(MenuBarExtraTest, TellsOnceThatTheDesktopHasNoTray)
 {
     if (QSystemTrayIcon::isSystemTrayAvailable())
         GTEST_SKIP() << "this desktop has a tray";
-    extra.show();
+    controller.show();
     ASSERT_TRUE(waitUntil([this] { return !memory.userNotifications->delivered.empty(); },
                           std::chrono::seconds(20)));
-    extra.openPanel();
-    extra.closePanel();
+    controller.openPanel();
+    controller.closePanel();
     EXPECT_EQ(memory.userNotifications->delivered.size(), 1U);
     EXPECT_EQ(memory.userNotifications->seen.size(), 1) << "and not again at the next start";
 }

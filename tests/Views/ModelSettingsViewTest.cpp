@@ -1,7 +1,6 @@
-#include "Support/InMemoryPlatform.h"
 #include "Support/WaitUntil.h"
 #include "Views/SettingsWindowController.h"
-#include "Views/WindowProbe.h"
+#include "Views/WindowTestBase.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -11,22 +10,20 @@ namespace Velloro {
 namespace {
 
 /// The models pane in the settings window.
-class ModelSettingsViewTest : public ::testing::Test
+class ModelSettingsViewTest : public WindowTestBase<SettingsWindowController>
 {
 protected:
     void open()
     {
-        controller.open();
-        ASSERT_TRUE(controller.window());
-        ASSERT_TRUE(QTest::qWaitForWindowActive(controller.window()));
+        WindowTestBase::open();
+        ASSERT_TRUE(window());
         probe().item(u"tab0"_qs)->forceActiveFocus();
         probe().press(Qt::Key_Right);
     }
-    [[nodiscard]] WindowProbe probe() const { return WindowProbe(controller.window()); }
     /// Whether the ring of what has the keyboard is to be seen.
     [[nodiscard]] bool showsFocus() const
     {
-        QQuickItem *item = controller.window()->activeFocusItem();
+        QQuickItem *item = window()->activeFocusItem();
         return item && hasVisibleRing(*item);
     }
     [[nodiscard]] static bool hasVisibleRing(const QQuickItem &item)
@@ -48,12 +45,6 @@ protected:
     {
         return probe().item(u"menuEntries"_qs)->property("contentY").toDouble();
     }
-
-    InMemoryPlatform memory;
-    AppState appState{memory.platform};
-    std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
-    ViewEngine engine{*memory.appearance};
-    SettingsWindowController controller{memory.platform, appState, *hotkeyManager, engine};
 };
 
 TEST_F(ModelSettingsViewTest, AMenuOfModelsIsScrolledAndChosenFromWithTheKeyboard)

@@ -1,9 +1,8 @@
-#include "Support/InMemoryPlatform.h"
 #include "Support/LogRecorder.h"
 #include "Support/WaitUntil.h"
 #include "Views/Onboarding/OnboardingModel.h"
 #include "Views/Onboarding/OnboardingWindowController.h"
-#include "Views/WindowProbe.h"
+#include "Views/WindowTestBase.h"
 
 #include <QScreen>
 #include <QSignalSpy>
@@ -13,21 +12,9 @@ namespace Velloro {
 
 namespace {
 
-class OnboardingWindowTest : public ::testing::Test
+class OnboardingWindowTest : public WindowTestBase<OnboardingWindowController>
 {
 protected:
-    void open()
-    {
-        controller.open();
-        ASSERT_TRUE(controller.window());
-        ASSERT_TRUE(QTest::qWaitForWindowActive(controller.window()));
-    }
-    [[nodiscard]] WindowProbe probe() const { return WindowProbe(controller.window()); }
-    [[nodiscard]] QString text(const QString &name) const
-    {
-        QQuickItem *item = probe().item(name);
-        return item ? item->property("text").toString() : QStringLiteral("(none)");
-    }
     [[nodiscard]] bool canProceed() const { return probe().item(u"forward"_qs)->isEnabled(); }
     void proceed(int steps = 1)
     {
@@ -45,12 +32,6 @@ protected:
         memory.fileSystem->files.insert(u"/tmp/part"_qs);
         memory.downloadSession->delegate.downloadDidFinish(lastTask(), u"/tmp/part"_qs);
     }
-
-    InMemoryPlatform memory;
-    AppState appState{memory.platform};
-    std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
-    ViewEngine engine{*memory.appearance};
-    OnboardingWindowController controller{memory.platform, appState, *hotkeyManager, engine};
 };
 
 TEST_F(OnboardingWindowTest, LeadsThroughSixStepsWithTheKeyboardAlone)
@@ -59,8 +40,8 @@ TEST_F(OnboardingWindowTest, LeadsThroughSixStepsWithTheKeyboardAlone)
     memory.captureAuthorization->granted = false;
     memory.accessibility->trusted = false;
     open();
-    EXPECT_EQ(controller.window()->title(), u"Welcome to Velloro");
-    EXPECT_EQ(controller.window()->size(), QSize(500, 580));
+    EXPECT_EQ(window()->title(), u"Welcome to Velloro");
+    EXPECT_EQ(window()->size(), QSize(500, 580));
     EXPECT_FALSE(probe().item(u"back"_qs)->isVisible());
     EXPECT_EQ(probe().focusedName(), u"Continue");
     probe().press(Qt::Key_Return);
@@ -116,7 +97,7 @@ TEST_F(OnboardingWindowTest, LeadsThroughSixStepsWithTheKeyboardAlone)
     ASSERT_TRUE(probe().tabTo(u"Get Started"_qs));
     probe().press(Qt::Key_Return);
     EXPECT_TRUE(appState.hasCompletedOnboarding());
-    EXPECT_TRUE(waitUntil([this] { return !controller.window(); }));
+    EXPECT_TRUE(waitUntil([this] { return !window(); }));
 }
 
 TEST_F(OnboardingWindowTest, AFailedDownloadSaysWhyAndIsTriedAgain)
@@ -169,7 +150,7 @@ TEST_F(OnboardingWindowTest, ADownloadGoesOnWhileTheStepOrTheWindowIsGone)
     EXPECT_EQ(text(u"percent"_qs), u"42%") << "shown at once when the step is shown again";
 
     probe().press(Qt::Key_W, Qt::ControlModifier);
-    ASSERT_TRUE(waitUntil([this] { return !controller.window(); }));
+    ASSERT_TRUE(waitUntil([this] { return !window(); }));
     EXPECT_FALSE(appState.hasCompletedOnboarding());
     finishDownload();
     ASSERT_TRUE(waitUntil([this] { return !appState.isDownloadingModel(); }));

@@ -1,8 +1,7 @@
-#include "Support/InMemoryPlatform.h"
 #include "Support/LogRecorder.h"
 #include "Support/WaitUntil.h"
 #include "Views/SettingsWindowController.h"
-#include "Views/WindowProbe.h"
+#include "Views/WindowTestBase.h"
 
 #include <gmock/gmock.h>
 
@@ -10,19 +9,17 @@ namespace Velloro {
 
 namespace {
 
-class SettingsWindowTest : public ::testing::Test
+class SettingsWindowTest : public WindowTestBase<SettingsWindowController>
 {
 protected:
     void open()
     {
-        controller.open();
-        ASSERT_TRUE(controller.window());
-        ASSERT_TRUE(QTest::qWaitForWindowActive(controller.window()));
+        WindowTestBase::open();
+        ASSERT_TRUE(window());
         // From the tabs on, as the window is opened.
         if (QQuickItem *tab = probe().item(u"tab0"_qs))
             tab->forceActiveFocus();
     }
-    [[nodiscard]] WindowProbe probe() const { return WindowProbe(controller.window()); }
     [[nodiscard]] bool checked(const QString &name) const
     {
         QQuickItem *item = probe().item(name);
@@ -33,21 +30,15 @@ protected:
     {
         return probe().item(list)->property("contentItem").value<QQuickItem *>()->childItems().size();
     }
-
-    InMemoryPlatform memory;
-    AppState appState{memory.platform};
-    std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
-    ViewEngine engine{*memory.appearance};
-    SettingsWindowController controller{memory.platform, appState, *hotkeyManager, engine};
 };
 
 TEST_F(SettingsWindowTest, IsOneWindowThatTheKeyboardOpensTabByTab)
 {
     open();
-    QQuickWindow *window = controller.window();
-    EXPECT_EQ(window->size(), QSize(500, 400));
+    QQuickWindow *first = window();
+    EXPECT_EQ(first->size(), QSize(500, 400));
     controller.open();
-    EXPECT_EQ(controller.window(), window);
+    EXPECT_EQ(window(), first);
 
     QStringList tabs;
     for (int count = 0; count < 6; ++count) {
@@ -60,7 +51,7 @@ TEST_F(SettingsWindowTest, IsOneWindowThatTheKeyboardOpensTabByTab)
     EXPECT_TRUE(probe().item(u"newWord"_qs));
 
     probe().press(Qt::Key_Escape);
-    ASSERT_TRUE(waitUntil([this] { return !controller.window(); }));
+    ASSERT_TRUE(waitUntil([this] { return !window(); }));
     open();
     EXPECT_TRUE(probe().item(u"playSounds"_qs)) << "it starts with its first tab again";
 }
@@ -144,9 +135,9 @@ TEST_F(SettingsWindowTest, TheDictionaryIsKeptWithTheKeyboardAlone)
     probe().press(Qt::Key_Right);
     probe().press(Qt::Key_Right);
     ASSERT_TRUE(probe().tabTo(u"New word"_qs));
-    QTest::keyClick(controller.window(), 'x');
+    QTest::keyClick(window(), 'x');
     probe().press(Qt::Key_Return);
-    QTest::keyClick(controller.window(), 'y');
+    QTest::keyClick(window(), 'y');
     EXPECT_EQ(probe().item(u"newWord"_qs)->property("text"), u"y"_qs);
     ASSERT_TRUE(probe().tabTo(u"Add"_qs));
     probe().press(Qt::Key_Space);

@@ -1,4 +1,4 @@
-#include "Screenshots/Scene.h"
+#include "Scene.h"
 
 #include "Views/SettingsModel.h"
 

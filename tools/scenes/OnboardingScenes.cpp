@@ -1,4 +1,4 @@
-#include "Screenshots/Scene.h"
+#include "Scene.h"
 
 #include "Views/Onboarding/OnboardingModel.h"
 

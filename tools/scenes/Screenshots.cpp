@@ -1,6 +1,6 @@
 // Renders every view in every state to pictures: velloro_screenshots FOLDER light|dark [SCENE...]
 
-#include "Screenshots/Scene.h"
+#include "Scene.h"
 
 #include <QApplication>
 #include <QDir>

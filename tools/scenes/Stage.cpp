@@ -1,4 +1,4 @@
-#include "Screenshots/Scene.h"
+#include "Scene.h"
 
 #include "Support/WaitUntil.h"
 #include "Views/Controls/Theme.h"
