@@ -26,7 +26,7 @@ def tell(word):
 
 def load_press_key():
     loader = importlib.machinery.SourceFileLoader("press_key",
-                                                  str(ROOT / "tests/Desktop/press-key"))
+                                                  str(ROOT / "tools/velloro_desktop/press-key"))
     module = importlib.util.module_from_spec(importlib.util.spec_from_loader("press_key", loader))
     loader.exec_module(module)
     return module

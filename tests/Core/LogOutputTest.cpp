@@ -1,7 +1,6 @@
 #include "Core/LogOutput.h"
 
 #include <QList>
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <csignal>

@@ -1,7 +1,6 @@
 #include "Managers/TextInsertionManager.h"
 
-#include "Support/InMemoryAccessibility.h"
-#include "Support/OutputJournal.h"
+#include "Support/InMemoryPlatform.h"
 #include "Support/WaitUntil.h"
 
 #include <QElapsedTimer>
@@ -24,19 +23,9 @@ const QStringList pasteOf(const QString &text)
 class TextInsertionManagerTest : public testing::Test
 {
 protected:
-    TextInsertionManagerTest()
-    {
-        auto inMemory = std::make_unique<InMemoryAccessibility>();
-        accessibility = inMemory.get();
-        platform.accessibility = std::move(inMemory);
-        platform.pasteboard = journal.makePasteboard();
-        platform.keyboardEvents = journal.makeKeyboard();
-    }
-
-    OutputJournal journal;
-    InMemoryAccessibility *accessibility;
-    Platform platform;
-    TextInsertionManager manager{platform};
+    InMemoryPlatform memory;
+    InMemoryAccessibility *accessibility = memory.accessibility;
+    TextInsertionManager manager{memory.platform};
 };
 
 TEST_F(TextInsertionManagerTest, ReplacesTheSelectionWithinTheValue)
@@ -76,7 +65,7 @@ TEST_F(TextInsertionManagerTest, ReplacesTheSelectionWithinTheValue)
             writes.push_back({u"AXSelectedTextRange"_qs, TextRange{*each.caret, 0}});
         EXPECT_EQ(accessibility->writes, writes);
     }
-    EXPECT_THAT(journal.entries, IsEmpty());
+    EXPECT_THAT(memory.output, IsEmpty());
 }
 
 TEST_F(TextInsertionManagerTest, ACaretThatIsRefusedIsNoFailure)
@@ -84,7 +73,7 @@ TEST_F(TextInsertionManagerTest, ACaretThatIsRefusedIsNoFailure)
     accessibility->focusText(u"Hello"_qs, {5, 0}).refusesSelectedRange = true;
     EXPECT_TRUE(manager.insertText(u"!"_qs));
     EXPECT_EQ(accessibility->focused->value, AccessibilityValue(u"Hello!"_qs));
-    EXPECT_THAT(journal.entries, IsEmpty());
+    EXPECT_THAT(memory.output, IsEmpty());
 }
 
 TEST_F(TextInsertionManagerTest, FallsBackToTheSelectedTextAndThenToThePasteboard)
@@ -102,7 +91,7 @@ TEST_F(TextInsertionManagerTest, FallsBackToTheSelectedTextAndThenToThePasteboar
     for (const auto &[name, obstacle] : obstacles) {
         for (const bool refuses : {false, true}) {
             SCOPED_TRACE(testing::Message() << name << (refuses ? ", all refused" : ""));
-            journal.entries.clear();
+            memory.output.clear();
             accessibility->writes.clear();
             Element &field = accessibility->focusText(u"Hello"_qs, {5, 0});
             obstacle(field);
@@ -111,7 +100,7 @@ TEST_F(TextInsertionManagerTest, FallsBackToTheSelectedTextAndThenToThePasteboar
             ASSERT_FALSE(accessibility->writes.empty());
             EXPECT_EQ(accessibility->writes.back(),
                       (InMemoryAccessibility::Write{u"AXSelectedText"_qs, u"!"_qs}));
-            EXPECT_EQ(journal.entries, refuses ? pasteOf(u"!"_qs) : QStringList());
+            EXPECT_EQ(memory.output, refuses ? pasteOf(u"!"_qs) : QStringList());
         }
     }
 }
@@ -119,14 +108,14 @@ TEST_F(TextInsertionManagerTest, FallsBackToTheSelectedTextAndThenToThePasteboar
 TEST_F(TextInsertionManagerTest, PastesWithoutTrustOrFocus)
 {
     EXPECT_TRUE(manager.insertText(u"no focus"_qs));
-    EXPECT_EQ(journal.entries, pasteOf(u"no focus"_qs));
+    EXPECT_EQ(memory.output, pasteOf(u"no focus"_qs));
 
-    journal.entries.clear();
+    memory.output.clear();
     accessibility->focusText(u"Hello"_qs, {5, 0});
     accessibility->trusted = false;
     EXPECT_FALSE(manager.hasAccessibilityPermission());
     EXPECT_TRUE(manager.insertText(u"no trust"_qs));
-    EXPECT_EQ(journal.entries, pasteOf(u"no trust"_qs));
+    EXPECT_EQ(memory.output, pasteOf(u"no trust"_qs));
     EXPECT_THAT(accessibility->writes, IsEmpty());
 }
 
@@ -137,19 +126,19 @@ TEST_F(TextInsertionManagerTest, AnEmptyTextTouchesNothing)
     EXPECT_THAT(accessibility->writes, IsEmpty());
     accessibility->trusted = false;
     EXPECT_FALSE(manager.insertText(u""_qs));
-    EXPECT_THAT(journal.entries, IsEmpty());
+    EXPECT_THAT(memory.output, IsEmpty());
 }
 
 TEST_F(TextInsertionManagerTest, PutsThePasteboardBackHalfASecondLater)
 {
-    journal.clipboard = u"mine"_qs;
+    memory.pasteboard->content = u"mine"_qs;
     QElapsedTimer timer;
     timer.start();
     manager.insertText(u"dictated"_qs);
-    EXPECT_EQ(journal.clipboard, u"dictated"_qs);
-    ASSERT_TRUE(waitUntil([&] { return journal.clipboard == u"mine"_qs; }));
+    EXPECT_EQ(memory.pasteboard->content, u"dictated"_qs);
+    ASSERT_TRUE(waitUntil([&] { return memory.pasteboard->content == u"mine"_qs; }));
     EXPECT_GE(timer.elapsed(), 500);
-    EXPECT_EQ(journal.entries,
+    EXPECT_EQ(memory.output,
               pasteOf(u"dictated"_qs) + (QStringList{u"clear"_qs, u"write mine"_qs}));
 }
 
@@ -159,41 +148,41 @@ TEST_F(TextInsertionManagerTest, LeavesTheTextOnAPasteboardThatHeldNone)
     QElapsedTimer timer;
     timer.start();
     (void)waitUntil([&] { return timer.elapsed() > 700; });
-    EXPECT_EQ(journal.entries, pasteOf(u"dictated"_qs));
-    EXPECT_EQ(journal.clipboard, u"dictated"_qs);
+    EXPECT_EQ(memory.output, pasteOf(u"dictated"_qs));
+    EXPECT_EQ(memory.pasteboard->content, u"dictated"_qs);
 }
 
 TEST_F(TextInsertionManagerTest, TwoPastesWithinHalfASecondEachPutBackWhatTheyRead)
 {
-    journal.clipboard = u"mine"_qs;
+    memory.pasteboard->content = u"mine"_qs;
     manager.insertText(u"first"_qs);
     manager.insertText(u"second"_qs);
-    const qsizetype sent = journal.entries.size();
-    ASSERT_TRUE(waitUntil([&] { return journal.entries.size() == sent + 4; }));
-    EXPECT_EQ(journal.entries.mid(sent),
+    const qsizetype sent = memory.output.size();
+    ASSERT_TRUE(waitUntil([&] { return memory.output.size() == sent + 4; }));
+    EXPECT_EQ(memory.output.mid(sent),
               (QStringList{u"clear"_qs, u"write mine"_qs, u"clear"_qs, u"write first"_qs}));
 }
 
 TEST_F(TextInsertionManagerTest, AnEndBeforeThatGivesTheUsersOwnTextBack)
 {
     accessibility->trusted = false;
-    journal.clipboard = u"of the user"_qs;
+    memory.pasteboard->content = u"of the user"_qs;
     {
-        TextInsertionManager ending(platform);
+        TextInsertionManager ending(memory.platform);
         ending.insertText(u"one"_qs);
         ending.insertText(u"two"_qs);
     }
-    EXPECT_EQ(journal.clipboard, u"of the user"_qs);
+    EXPECT_EQ(memory.pasteboard->content, u"of the user"_qs);
 }
 
 TEST_F(TextInsertionManagerTest, KeysThatCannotBeMadeAreSkipped)
 {
-    journal.refusesKeys = true;
+    memory.keyboardEvents->refuses = true;
     EXPECT_TRUE(manager.insertText(u"text"_qs));
-    EXPECT_EQ(journal.clipboard, u"text"_qs);
-    journal.entries.clear();
+    EXPECT_EQ(memory.pasteboard->content, u"text"_qs);
+    memory.output.clear();
     manager.deleteBackwards(2);
-    EXPECT_THAT(journal.entries, ElementsAre(u"pause 5000"_qs, u"pause 5000"_qs));
+    EXPECT_THAT(memory.output, ElementsAre(u"pause 5000"_qs, u"pause 5000"_qs));
 }
 
 TEST_F(TextInsertionManagerTest, DeletesBackwardsByPacedStrokesWithoutModifiers)
@@ -201,11 +190,11 @@ TEST_F(TextInsertionManagerTest, DeletesBackwardsByPacedStrokesWithoutModifiers)
     manager.deleteBackwards(0);
     manager.deleteBackwards(-3);
     manager.deleteBackwards(std::numeric_limits<int64_t>::min());
-    EXPECT_THAT(journal.entries, IsEmpty());
+    EXPECT_THAT(memory.output, IsEmpty());
 
     manager.deleteBackwards(3);
     const QStringList stroke{u"51 down 0"_qs, u"51 up 0"_qs, u"pause 5000"_qs};
-    EXPECT_EQ(journal.entries, stroke + stroke + stroke);
+    EXPECT_EQ(memory.output, stroke + stroke + stroke);
 }
 
 } // namespace

@@ -2,13 +2,13 @@
 
 #include "Managers/TextInsertionManager.h"
 #include "Platform/Linux/AtSpiRole.h"
-#include "Support/OutputJournal.h"
+#include "Support/InMemoryPlatform.h"
 #include "Support/WaitUntil.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusReply>
+#include <QDBusVariant>
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -135,8 +135,6 @@ protected:
     {
         if (!QDBusConnection::sessionBus().isConnected() || qEnvironmentVariableIsEmpty("DISPLAY"))
             GTEST_SKIP() << "needs a desktop with an accessibility bus";
-        platform.pasteboard = journal.makePasteboard();
-        platform.keyboardEvents = journal.makeKeyboard();
     }
 
     /// Makes the service under test.
@@ -170,13 +168,13 @@ protected:
     }
     bool insert(const QString &text)
     {
-        journal.entries.clear();
+        memory.output.clear();
         return TextInsertionManager(platform).insertText(text);
     }
-    bool pasted() const { return !journal.entries.isEmpty(); }
+    bool pasted() const { return !memory.output.isEmpty(); }
 
-    OutputJournal journal;
-    Platform platform;
+    InMemoryPlatform memory;
+    Platform &platform = memory.platform;
 };
 
 class AtSpiToolkitTest : public AtSpiTest, public testing::WithParamInterface<const char *>

@@ -86,7 +86,6 @@ public:
     }
 
     [[nodiscard]] xcb_window_t window() const { return m_window; }
-    [[nodiscard]] X11Connection &connection() { return *m_connection; }
 
     bool isReady = false;
 

@@ -1,6 +1,5 @@
 #include "Platform/Linux/LinuxFileSystem.h"
 
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <cerrno>

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <initializer_list>
-#include <optional>
 #include <string_view>
 #include <xcb/xcb.h>
 #include <xcb/xinput.h>
@@ -17,9 +16,9 @@ namespace Velloro {
 
 /// Keycodes by position.
 namespace Key {
-constexpr uint8_t escape = 9, v = 55, a = 38, k = 45, period = 60, backSpace = 22, space = 65,
-                  leftAlt = 64, leftShift = 50, leftControl = 37, leftSuper = 133, capsLock = 66,
-                  numLock = 77, scrollLock = 78, menu = 135, insert = 118, f5 = 71;
+constexpr uint8_t escape = 9, a = 38, k = 45, space = 65, leftAlt = 64, leftShift = 50,
+                  leftControl = 37, leftSuper = 133, capsLock = 66, numLock = 77, menu = 135,
+                  f5 = 71;
 } // namespace Key
 
 /// Gives the X server the layout with these arguments of setxkbmap, and no others' options.

@@ -11,13 +11,12 @@ public:
     bool dark = false;
     std::optional<uint32_t> accent;
     double scale = 1;
-    bool darkTray = false;
     bool compositing = true;
 
     bool prefersDark() const override { return dark; }
     std::optional<uint32_t> accentColor() const override { return accent; }
     double textScale() const override { return scale; }
-    bool isTrayDark() const override { return darkTray; }
+    bool isTrayDark() const override { return false; }
     bool isCompositing() const override { return compositing; }
 };
 

@@ -2,12 +2,13 @@
 
 #include "Platform/KeyboardEvents.h"
 
+#include <QStringList>
 #include <functional>
-#include <vector>
 
 namespace Velloro {
 
-/// Key strokes that are written down, and reach nobody but the receiver that the test names.
+/// Key strokes that reach nobody but the receiver that the test names. It notes them in `output`:
+/// "KEY down FLAGS", "KEY up FLAGS" (flags in hexadecimal) and "pause MICROSECONDS".
 class InMemoryKeyboardEvents : public KeyboardEvents
 {
 public:
@@ -20,9 +21,11 @@ public:
         friend bool operator==(const Event &, const Event &) = default;
     };
 
-    std::vector<Event> posted;
-    /// How long it would have waited altogether.
-    std::chrono::microseconds paused{0};
+    explicit InMemoryKeyboardEvents(QStringList &output)
+        : m_output(output)
+    {
+    }
+
     /// Events can't be created.
     bool refuses = false;
     /// The application that has the focus.
@@ -32,12 +35,21 @@ public:
     {
         if (refuses)
             return false;
-        posted.push_back({keyCode, keyDown, flags});
+        m_output << QStringLiteral("%1 %2 %3")
+                        .arg(keyCode)
+                        .arg(keyDown ? QStringLiteral("down") : QStringLiteral("up"))
+                        .arg(flags, 0, 16);
         if (receiver)
-            receiver(posted.back());
+            receiver({keyCode, keyDown, flags});
         return true;
     }
-    void pause(std::chrono::microseconds duration) override { paused += duration; }
+    void pause(std::chrono::microseconds duration) override
+    {
+        m_output << QStringLiteral("pause %1").arg(duration.count());
+    }
+
+private:
+    QStringList &m_output;
 };
 
 } // namespace Velloro

@@ -6,22 +6,37 @@
 
 namespace Velloro {
 
-/// A pasteboard of one test.
+/// A pasteboard of one test. It notes in `output` what is done with it: "read", "clear" and
+/// "write TEXT".
 class InMemoryPasteboard : public Pasteboard
 {
 public:
+    explicit InMemoryPasteboard(QStringList &output)
+        : m_output(output)
+    {
+    }
+
     /// What it holds now.
     std::optional<QString> content;
-    /// Every text that was put there.
-    QStringList written;
 
-    [[nodiscard]] std::optional<QString> string() override { return content; }
-    void clearContents() override { content.reset(); }
+    [[nodiscard]] std::optional<QString> string() override
+    {
+        m_output << QStringLiteral("read");
+        return content;
+    }
+    void clearContents() override
+    {
+        m_output << QStringLiteral("clear");
+        content.reset();
+    }
     void setString(const QString &text) override
     {
+        m_output << QStringLiteral("write ") + text;
         content = text;
-        written << text;
     }
+
+private:
+    QStringList &m_output;
 };
 
 } // namespace Velloro

@@ -27,9 +27,7 @@ namespace Velloro {
 class InMemoryUpdater : public Updater
 {
 public:
-    bool started = false;
-
-    void start() override { started = true; }
+    void start() override {}
 };
 
 /// A whole platform in memory, and its services by their own types, for scripting and asking.
@@ -55,8 +53,8 @@ public:
         make(platform.hotkeyRegistration, hotkeyRegistration);
         make(platform.accessibility, accessibility);
         make(platform.keyEventMonitor, keyEventMonitor);
-        make(platform.keyboardEvents, keyboardEvents);
-        make(platform.pasteboard, pasteboard);
+        make(platform.keyboardEvents, keyboardEvents, output);
+        make(platform.pasteboard, pasteboard, output);
         make(platform.appearance, appearance);
         make(platform.workspace, workspace);
         make(platform.userNotifications, userNotifications);
@@ -68,9 +66,11 @@ public:
         make(platform.fileSystem, fileSystem);
         platform.processInfo = std::make_shared<InMemoryProcessInfo>();
         make(platform.loginItem, loginItem);
-        make(platform.updater, updater);
+        platform.updater = std::make_unique<InMemoryUpdater>();
     }
 
+    /// What was done with the keyboard and the pasteboard, in its order.
+    QStringList output;
     Platform platform;
 
     // Script of the engine that is made at the first recording.
@@ -93,13 +93,12 @@ public:
     InMemoryUserDefaults *userDefaults = nullptr;
     InMemoryFileSystem *fileSystem = nullptr;
     InMemoryLoginItem *loginItem = nullptr;
-    InMemoryUpdater *updater = nullptr;
 
 private:
-    template <typename Service, typename InMemory>
-    static void make(std::unique_ptr<Service> &service, InMemory *&inMemory)
+    template <typename Service, typename InMemory, typename... Arguments>
+    static void make(std::unique_ptr<Service> &service, InMemory *&inMemory, Arguments &...arguments)
     {
-        auto made = std::make_unique<InMemory>();
+        auto made = std::make_unique<InMemory>(arguments...);
         inMemory = made.get();
         service = std::move(made);
     }

@@ -11,8 +11,6 @@
 #include <QProcess>
 #include <QSignalSpy>
 #include <QStandardPaths>
-#include <cmath>
-#include <cstring>
 #include <gmock/gmock.h>
 #include <xcb/xcb.h>
 

@@ -21,7 +21,6 @@ protected:
     {
         return *qobject_cast<EnhancedModelRowModel *>(model.rows().at(index));
     }
-    DownloadSessionDelegate &network() { return memory.downloadSession->delegate; }
 
     InMemoryPlatform memory;
     AppState appState{memory.platform};
@@ -84,29 +83,6 @@ TEST_F(MenuBarModelTest, PicksPresetsAndKnowsTheirModels)
                     ::testing::EndsWith("ggml-" + QString::fromUtf16(rows[index].modelId).toStdString()
                                         + ".bin"));
     }
-}
-
-TEST_F(MenuBarModelTest, ARowFollowsItsDownload)
-{
-    EnhancedModelRowModel &small = row(0);
-    EXPECT_EQ(small.state(), u"notDownloaded");
-    small.download();
-    network().downloadDidWriteData(1, 427, 1000);
-    EXPECT_EQ(small.state(), u"downloading");
-    EXPECT_EQ(small.percentText(), u"42%");
-    network().downloadDidWriteData(1, 999, 1000);
-    EXPECT_EQ(small.percentText(), u"99%");
-    network().downloadDidComplete(1, PlatformError{7, QStringLiteral("The network is unreachable")});
-    EXPECT_EQ(small.state(), u"failed");
-    EXPECT_EQ(small.detail(), u"The network is unreachable");
-    small.download();
-    memory.fileSystem->files.insert(QStringLiteral("/tmp/part"));
-    network().downloadDidFinish(2, QStringLiteral("/tmp/part"));
-    EXPECT_EQ(small.state(), u"downloaded");
-    EXPECT_EQ(small.detail(), u"");
-    EXPECT_EQ(row(1).state(), u"notDownloaded") << "the other rows have models of their own";
-    small.deleteModel();
-    EXPECT_EQ(small.state(), u"notDownloaded");
 }
 
 TEST_F(MenuBarModelTest, QuitsAfterATenthOfASecond)

@@ -120,6 +120,8 @@ TEST_F(ModelSettingsModelTest, ARowGoesFromDownloadOverSelectionToDeletion)
     memory.fileSystem->files.insert(QStringLiteral("/tmp/part"));
     network.downloadDidFinish(2, QStringLiteral("/tmp/part"));
     EXPECT_EQ(base.state(), u"downloaded");
+    EXPECT_EQ(base.detail(), u"");
+    EXPECT_EQ(row(QStringLiteral("Base Q5"))->state(), u"notDownloaded");
 
     EXPECT_FALSE(base.isSelected());
     const QString mapped = appState.modelId(ModelPreset::medium);

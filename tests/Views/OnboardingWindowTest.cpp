@@ -4,8 +4,6 @@
 #include "Views/Onboarding/OnboardingWindowController.h"
 #include "Views/WindowTestBase.h"
 
-#include <QScreen>
-#include <QSignalSpy>
 #include <gmock/gmock.h>
 
 namespace Velloro {

@@ -10,7 +10,7 @@ import sys
 from .desktop import DesktopError, wait_for
 
 HERE = pathlib.Path(__file__).resolve().parent
-PRESS_KEY = HERE.parent.parent / "tests/Desktop/press-key"
+PRESS_KEY = HERE / "press-key"
 HOTKEY = ["Alt_L", "space"]
 
 

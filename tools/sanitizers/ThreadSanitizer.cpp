@@ -2,7 +2,6 @@
 /// whatever is built with it, the program itself included.
 
 #include <QObject>
-#include <QThread>
 #include <cstdarg>
 #include <dlfcn.h>
 #include <sanitizer/tsan_interface.h>
