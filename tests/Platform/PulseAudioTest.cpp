@@ -481,4 +481,13 @@ TEST_F(PulseAudioTest, CuesAreHeard)
     }));
     sounds.reset();
     EXPECT_THAT(server.list(u"samples"_qs), IsEmpty());
+
+    // A server that answers after they have gone calls nobody.
+    sounds = std::make_unique<PulseSystemSounds>(connection);
+    sounds->play(u"Pop"_qs);
+    ASSERT_TRUE(waitUntil([&] { return !server.list(u"samples"_qs).isEmpty(); }));
+    server.suspend();
+    sounds.reset();
+    server.resume();
+    EXPECT_TRUE(waitUntil([&] { return server.list(u"samples"_qs).isEmpty(); }));
 }

@@ -75,37 +75,30 @@ PulseSystemSounds::~PulseSystemSounds()
 {
     const PulseConnection::Lock lock(*m_connection);
     m_connection->removeStateListener(m_listener);
-    bool isRemoving = false;
+    // The server keeps the samples until it is told, and the connection may be closed next.
+    struct Removals
+    {
+        PulseConnection &connection;
+        std::vector<PulseConnection::Operation> operations;
+        size_t answered = 0;
+    } removals{*m_connection, {}};
+    const auto removed = [](pa_context *, int, void *data) {
+        auto &removals = *static_cast<Removals *>(data);
+        ++removals.answered;
+        removals.connection.wake();
+    };
     for (auto &[name, cue] : m_cues) {
         cue.playing.reset();
         cue.upload.reset();
         if (cue.generation != m_connection->generation() || cue.generation == 0)
             continue;
         if (pa_operation *removal = pa_context_remove_sample(
-                m_connection->context(), cue.sampleName.constData(), nullptr, nullptr)) {
-            pa_operation_unref(removal);
-            isRemoving = true;
-        }
+                m_connection->context(), cue.sampleName.constData(), removed, &removals))
+            removals.operations.emplace_back(removal);
     }
-    if (!isRemoving)
-        return;
-    // The connection may be closed next, with what has not been sent.
-    bool isSent = false;
-    struct Notice
-    {
-        PulseConnection &connection;
-        bool &isSent;
-    } notice{*m_connection, isSent};
-    const PulseConnection::Operation drain(pa_context_drain(
-        m_connection->context(),
-        [](pa_context *, void *data) {
-            const auto &notice = *static_cast<Notice *>(data);
-            notice.isSent = true;
-            notice.connection.wake();
-        },
-        &notice));
-    if (drain)
-        m_connection->waitUntil([&] { return isSent; }, 100ms);
+    if (!removals.operations.empty())
+        m_connection->waitUntil(
+            [&] { return removals.answered == removals.operations.size(); }, 100ms);
 }
 
 void PulseSystemSounds::play(const QString &name)
