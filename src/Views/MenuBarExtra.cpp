@@ -7,7 +7,6 @@
 #include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
-#include <QTimer>
 
 using namespace std::chrono_literals;
 
@@ -18,10 +17,11 @@ namespace {
 constexpr double cornerRadius = 10;
 /// How long a desktop that is starting may take to bring its tray.
 constexpr auto trayPatience = 10s;
-/// A click on the icon takes the focus from the panel this long before it is reported, at most.
-constexpr qint64 sameClickMilliseconds = 400;
 /// While a panel opens, window managers pass the focus round; one without it for so long has lost it.
 constexpr auto focusPatience = 100ms;
+/// A click on the icon takes the focus from the panel, which closes this long before the click is
+/// reported, at most.
+constexpr qint64 sameClickMilliseconds = 300;
 
 } // namespace
 
@@ -47,6 +47,8 @@ MenuBarExtra::MenuBarExtra(Platform &platform, AppState &appState, HotkeyManager
     });
     connect(&m_model, &MenuBarModel::quitRequested, this, &MenuBarExtra::quitRequested);
     connect(&m_model, &MenuBarModel::closeRequested, this, &MenuBarExtra::closePanel);
+    m_focusLoss.setSingleShot(true);
+    connect(&m_focusLoss, &QTimer::timeout, this, &MenuBarExtra::closeWithoutFocus);
 }
 
 MenuBarExtra::~MenuBarExtra() = default;
@@ -142,6 +144,7 @@ void MenuBarExtra::openPanelBeside(const QRect &anchor)
     makePanel();
     if (!m_panel)
         return;
+    m_focusLoss.stop();
     if (!m_panel->isVisible()) {
         m_anchor = anchor;
         placePanel();
@@ -153,8 +156,17 @@ void MenuBarExtra::openPanelBeside(const QRect &anchor)
 
 void MenuBarExtra::closePanel()
 {
+    m_focusLoss.stop();
     if (m_panel)
         m_panel->hide();
+}
+
+void MenuBarExtra::closeWithoutFocus()
+{
+    if (m_panel->isActive())
+        return;
+    closePanel();
+    m_closedByFocus.start();
 }
 
 void MenuBarExtra::makePanel()
@@ -193,13 +205,8 @@ void MenuBarExtra::placePanel()
 
 bool MenuBarExtra::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_panel.get() && event->type() == QEvent::FocusOut && m_panel->isVisible()) {
-        m_closedByFocus.start();
-        QTimer::singleShot(focusPatience, this, [this] {
-            if (!m_panel->isActive())
-                closePanel();
-        });
-    }
+    if (watched == m_panel.get() && event->type() == QEvent::FocusOut && m_panel->isVisible())
+        m_focusLoss.start(focusPatience);
     return QObject::eventFilter(watched, event);
 }
 

@@ -11,6 +11,7 @@
 #include <QMenu>
 #include <QObject>
 #include <QSystemTrayIcon>
+#include <QTimer>
 #include <memory>
 
 namespace Velloro {
@@ -57,6 +58,7 @@ private:
     [[nodiscard]] QRect cornerOfScreen() const;
     void openPanelBeside(const QRect &anchor);
     void placePanel();
+    void closeWithoutFocus();
     void tellOfMissingTray();
 
     AppState &m_appState;
@@ -69,7 +71,9 @@ private:
     /// Null until the desktop has a tray.
     std::unique_ptr<QSystemTrayIcon> m_trayIcon;
     std::unique_ptr<FramelessView> m_panel;
-    /// Since the panel lost the focus: a click on the icon takes it away first.
+    /// Runs while an open panel is without the focus.
+    QTimer m_focusLoss;
+    /// Since that closed the panel: a click on the icon takes the focus away first.
     QElapsedTimer m_closedByFocus;
     /// What the panel was opened beside: its icon, or where the user clicked it, or a corner of the
     /// screen.
