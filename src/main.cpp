@@ -1,3 +1,5 @@
+#include "Core/Log.h"
+#include "Core/SerialExecutor.h"
 #include "Managers/HotkeyManager.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/Linux/SingleInstance.h"
@@ -9,10 +11,13 @@
 #include <QStandardPaths>
 #include <QTranslator>
 #include <csignal>
+#include <unistd.h>
 
 using namespace Velloro;
 
-int main(int argc, char **argv)
+namespace {
+
+int run(int argc, char **argv)
 {
     // Whoever reads the log may go away; dictation goes on.
     std::signal(SIGPIPE, SIG_IGN);
@@ -48,4 +53,16 @@ int main(int argc, char **argv)
 
     velloro.launch();
     return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const int status = run(argc, argv);
+    if (SerialExecutor::hasAbandoned()) {
+        Log::flush();
+        _exit(status);
+    }
+    return status;
 }

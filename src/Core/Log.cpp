@@ -47,6 +47,11 @@ void line(const QString &message)
     standardOutput().write(text.toUtf8() + '\n');
 }
 
+void flush()
+{
+    standardOutput().flush(LogOutput::endLimit);
+}
+
 void setSink(Sink newSink)
 {
     const std::lock_guard lock(mutex());

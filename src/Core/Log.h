@@ -19,6 +19,9 @@ void line(QStringView tag, const QString &message);
 /// The same without a component's tag.
 void line(const QString &message);
 
+/// Waits a little for a slow reader of standard output, as the end of the program does by itself.
+void flush();
+
 /// Sends the lines elsewhere, for tests; an empty sink restores standard output.
 void setSink(Sink sink);
 

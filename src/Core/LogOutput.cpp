@@ -22,8 +22,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto endLimit = 500ms;
-
 enum class Progress { complete, wouldBlock, failed };
 
 /// Writes to a descriptor without waiting. The descriptor's own flags are shared with whoever

@@ -16,6 +16,9 @@ namespace Velloro {
 class LogOutput
 {
 public:
+    /// How long the end waits for a slow reader.
+    static constexpr std::chrono::milliseconds endLimit{500};
+
     /// Does not own the descriptor, which stays blocking, and keeps at most `limit` bytes waiting.
     explicit LogOutput(int descriptor, size_t limit = 1024 * 1024);
     LogOutput(const LogOutput &) = delete;

@@ -102,6 +102,12 @@ bool SerialExecutor::finishAll(std::chrono::milliseconds limit)
     return finished;
 }
 
+bool SerialExecutor::hasAbandoned()
+{
+    const std::lock_guard lock(census().mutex);
+    return census().abandoned;
+}
+
 void SerialExecutor::checkpoint()
 {
     std::unique_lock lock(census().mutex);

@@ -27,6 +27,9 @@ public:
     /// jobs touch is still there; false when something was abandoned. The application object calls
     /// it when it is destroyed.
     static bool finishAll(std::chrono::milliseconds limit);
+    /// Whether something was. It may run on until the process ends, so the process must end without
+    /// the destruction of static objects, which it may use: by `_exit`.
+    [[nodiscard]] static bool hasAbandoned();
 
     /// For jobs, after a long call: does not return once the program has abandoned them.
     static void checkpoint();

@@ -148,6 +148,7 @@ WhisperContext::LoadResult WhisperContext::Executor::loadModel(const QString &pa
     }
 
     m_state.reset(whisper_init_state(m_context.get()));
+    SerialExecutor::checkpoint();
     if (!m_state) {
         m_context.reset();
         return tl::unexpected(WhisperContextError::modelLoadFailed);

@@ -51,7 +51,7 @@ protected:
 
     ~DictationControllerTestBase() override
     {
-        // What still runs on the executor uses the platform.
+        // What still runs on the executor uses the log and the scripted recogniser.
         controller.reset();
         state.reset();
         EXPECT_TRUE(SerialExecutor::finishAll(std::chrono::seconds(20)));

@@ -48,7 +48,7 @@ struct World
     bool logSilenced = false;
     std::set<whisper_context *> contexts;
     std::set<whisper_state *> states;
-    std::array<Gate, 2> gates;
+    std::array<Gate, 3> gates;
 
     Gate &gate(Point point) { return gates.at(static_cast<size_t>(point)); }
 
@@ -291,12 +291,13 @@ void whisper_free_state(whisper_state *state)
 
 void whisper_free(whisper_context *context)
 {
-    const std::lock_guard lock(world().mutex);
+    std::unique_lock lock(world().mutex);
     if (!context)
         return;
     world().require(context);
     if (context->busy)
         qFatal("whisper.cpp was told to free a model that is transcribing");
+    world().passGate(lock, Point::release);
     world().contexts.erase(context);
     const std::unique_ptr<whisper_context> freed(context);
 }

@@ -71,9 +71,9 @@ void enqueueSegments(const QList<QByteArray> &segments);
 [[nodiscard]] bool isLogSilenced();
 
 /// Where the recogniser can be held.
-enum class Point { load, transcription };
+enum class Point { load, transcription, release };
 
-/// Holds every load or transcription, as long as it lives, before it begins.
+/// Holds every load, transcription or freeing of a model, as long as it lives, before it begins.
 class Hold
 {
 public:
