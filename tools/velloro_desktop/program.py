@@ -98,6 +98,15 @@ class Velloro:
         self.process.send_signal(number)
         return self.wait_for_end(timeout)
 
+    def end(self):
+        """Ends it in order, if it runs, and returns its exit status. What does not end is killed,
+        and that fails."""
+        self.process.send_signal(signal.SIGCONT)
+        try:
+            return self.stop()
+        finally:
+            self.process.kill()
+
     def wait_for_end(self, timeout=10):
         try:
             status = self.process.wait(timeout)
