@@ -1,9 +1,10 @@
-/// What the leak checker has to be told about libraries; linked into whatever is built with the
-/// address sanitizer, the program itself included.
+/// What the leak checker has to be told about libraries; linked into all tests and into the program
+/// that they drive.
 
 /// Qt 6.4's radio and tab buttons tell assistive programs what they are while QML still makes them,
 /// which then gives them a second record and forgets the first. Its accessibility bridge, an event
-/// filter, forgets the copy of a key that closes the window that it was for.
+/// filter, forgets the copy of a key that closes the window that it was for; it has no name of its
+/// own, so what other filters of the whole application get is left out with it.
 extern "C" const char *__lsan_default_suppressions()
 {
     return "leak:QQmlData::createQQmlData\n"
