@@ -52,11 +52,13 @@ extern "C" const char *__tsan_default_options()
 }
 
 /// Qt's bus thread asks a receiver for its class while the receiver's own thread waits for it, by a
-/// futex. libdbus holds its own locks in either order.
+/// futex. libdbus holds its own locks in either order. ggml's threads wait for each other in loops of
+/// their own.
 extern "C" const char *__tsan_default_suppressions()
 {
     return "race:^Velloro::AtSpiBus::metaObject\n"
-           "deadlock:libdbus-1.so\n";
+           "deadlock:libdbus-1.so\n"
+           "race:^ggml_\n";
 }
 
 extern "C" {
@@ -64,8 +66,8 @@ extern "C" {
 void __tsan_read_range(const void *memory, size_t size);
 void __tsan_write_range(void *memory, size_t size);
 
-// The linker puts each of these in the place of the function that it is named after, in the
-// program's own code alone.
+// The linker puts each of these in the place of the function that it is named after: in the
+// program and in what is linked into it, but not in shared libraries.
 
 void *__real_memcpy(void *to, const void *from, size_t size);
 void *__wrap_memcpy(void *to, const void *from, size_t size)
