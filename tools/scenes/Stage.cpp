@@ -11,23 +11,30 @@
 
 namespace Velloro {
 
+namespace {
+
+/// Makes a view of a file of the module, of its own size unless one is given; a failure is told.
+bool load(QQuickView &view, const QString &file, const QVariantMap &initialProperties, QSize size)
+{
+    view.setResizeMode(size.isValid() ? QQuickView::SizeRootObjectToView
+                                      : QQuickView::SizeViewToRootObject);
+    if (size.isValid())
+        view.resize(size);
+    view.setInitialProperties(initialProperties);
+    view.setSource(ViewEngine::url(file));
+    for (const QQmlError &error : view.errors())
+        QTextStream(stderr) << error.toString() << '\n';
+    return view.status() == QQuickView::Ready;
+}
+
+} // namespace
+
 QImage Stage::picture(const QString &file, const QVariantMap &initialProperties, QSize size)
 {
     QQuickView view(&engine.engine(), nullptr);
     view.setColor(Qt::transparent);
-    if (size.isValid()) {
-        view.setResizeMode(QQuickView::SizeRootObjectToView);
-        view.resize(size);
-    } else {
-        view.setResizeMode(QQuickView::SizeViewToRootObject);
-    }
-    view.setInitialProperties(initialProperties);
-    view.setSource(ViewEngine::url(file));
-    if (view.status() != QQuickView::Ready) {
-        for (const QQmlError &error : view.errors())
-            QTextStream(stderr) << error.toString() << '\n';
+    if (!load(view, file, initialProperties, size))
         return {};
-    }
     return picture(view);
 }
 
@@ -76,17 +83,8 @@ QImage Stage::windowPicture(const QString &file, const QVariantMap &initialPrope
     QQuickView view(&engine.engine(), nullptr);
     view.setColor(
         engine.engine().singletonInstance<Theme *>(qmlTypeId("Velloro", 1, 0, "Theme"))->window());
-    view.setResizeMode(size.isValid() ? QQuickView::SizeRootObjectToView
-                                      : QQuickView::SizeViewToRootObject);
-    if (size.isValid())
-        view.resize(size);
-    view.setInitialProperties(initialProperties);
-    view.setSource(ViewEngine::url(file));
-    if (view.status() != QQuickView::Ready) {
-        for (const QQmlError &error : view.errors())
-            QTextStream(stderr) << error.toString() << '\n';
+    if (!load(view, file, initialProperties, size))
         return {};
-    }
     view.show();
     view.requestActivate();
     if (!waitUntil([&view] { return view.isExposed() && view.isActive(); }))
