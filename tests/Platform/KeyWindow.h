@@ -5,6 +5,7 @@
 #include "Support/WaitUntil.h"
 
 #include <QStringList>
+#include <functional>
 #include <string>
 #include <xcb/xcb_keysyms.h>
 #include <xkbcommon/xkbcommon.h>
@@ -13,7 +14,7 @@ namespace Velloro {
 
 /// Another program's window with the keyboard focus, which writes down the keys that reach it:
 /// "+Alt_L", "+a with Alt", "-a". The symbol is that of the first layout, without modifiers; a key
-/// without one is "none".
+/// without one is "none". A ping is "ping".
 class KeyWindow : public QObject
 {
 public:
@@ -85,7 +86,35 @@ public:
             m_connection->xcb(), xcb_get_input_focus(m_connection->xcb()), nullptr));
     }
 
+    /// Says that the window answers pings.
+    void promiseAnswersToPings()
+    {
+        const xcb_atom_t ping = m_connection->atom("_NET_WM_PING");
+        xcb_change_property(m_connection->xcb(), XCB_PROP_MODE_REPLACE, m_window,
+                            m_connection->atom("WM_PROTOCOLS"), XCB_ATOM_ATOM, 32, 1, &ping);
+        sync();
+    }
+    /// Says that its program, which is this one, runs on another machine.
+    void pretendToBeElsewhere()
+    {
+        xcb_change_property(m_connection->xcb(), XCB_PROP_MODE_REPLACE, m_window,
+                            XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, 8, 9, "elsewhere");
+        sync();
+    }
+    /// Answers a ping by sending it on to the root window.
+    void answer(xcb_client_message_event_t ping)
+    {
+        ping.window = m_connection->root();
+        xcb_send_event(m_connection->xcb(), 0, m_connection->root(),
+                       XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                       reinterpret_cast<const char *>(&ping));
+        m_connection->flush();
+    }
+
     [[nodiscard]] xcb_window_t window() const { return m_window; }
+
+    /// Called with each ping.
+    std::function<void(const xcb_client_message_event_t &)> pinged;
 
     bool isReady = false;
 
@@ -95,6 +124,13 @@ private:
         const uint8_t type = event->response_type & 0x7f;
         if (type == XCB_FOCUS_IN)
             m_hasFocus = true;
+        if (const auto *ping = reinterpret_cast<const xcb_client_message_event_t *>(event);
+            type == XCB_CLIENT_MESSAGE && ping->window == m_window
+            && ping->data.data32[0] == m_connection->atom("_NET_WM_PING")) {
+            m_keys << QStringLiteral("ping");
+            if (pinged)
+                pinged(*ping);
+        }
         if (type != XCB_KEY_PRESS && type != XCB_KEY_RELEASE)
             return;
         const auto *key = reinterpret_cast<const xcb_key_press_event_t *>(event);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Linux/X11/XcbKeyboardExtension.h"
 #include "Platform/Linux/X11/XcbReply.h"
 
 #include <QProcess>
@@ -18,7 +19,7 @@ namespace Velloro {
 namespace Key {
 constexpr uint8_t escape = 9, a = 38, k = 45, space = 65, leftAlt = 64, leftShift = 50,
                   leftControl = 37, leftSuper = 133, capsLock = 66, numLock = 77, menu = 135,
-                  f5 = 71;
+                  f5 = 71, backspace = 22, rightShift = 62;
 } // namespace Key
 
 /// Gives the X server the layout with these arguments of setxkbmap, and no others' options.
@@ -26,6 +27,24 @@ inline void setKeyboardLayout(const QStringList &arguments)
 {
     const QStringList reset{QStringLiteral("-option"), QString()};
     ASSERT_EQ(QProcess::execute(QStringLiteral("setxkbmap"), reset + arguments), 0);
+}
+
+/// Gives the X server the American layout with these statements in its symbols.
+inline void setKeySymbols(const QByteArray &statements)
+{
+    QProcess compiler;
+    compiler.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    compiler.start(QStringLiteral("xkbcomp"),
+                   {QStringLiteral("-w0"), QStringLiteral("-"), qEnvironmentVariable("DISPLAY")});
+    compiler.write(R"map(xkb_keymap {
+        xkb_keycodes { include "evdev+aliases(qwerty)" };
+        xkb_types { include "complete" };
+        xkb_compat { include "complete" };
+        xkb_symbols { include "pc+us+inet(evdev)" )map"
+                   + statements + " }; };");
+    compiler.closeWriteChannel();
+    ASSERT_TRUE(compiler.waitForFinished());
+    ASSERT_EQ(compiler.exitCode(), 0);
 }
 
 /// The virtual server's own keyboard, on which the test presses keys as a user does. What is still
@@ -70,6 +89,13 @@ public:
 
     [[nodiscard]] bool isThere() const { return m_device != 0; }
 
+    /// Gives this keyboard alone another layout, and uses it, so that the server knows.
+    void setLayout(QStringList arguments)
+    {
+        setKeyboardLayout(arguments << QStringLiteral("-device") << QString::number(m_device));
+        tap(Key::escape);
+    }
+
     void press(std::initializer_list<uint8_t> keycodes)
     {
         for (const uint8_t keycode : keycodes)
@@ -84,6 +110,15 @@ public:
     {
         press({keycode});
         release({keycode});
+    }
+
+    /// Unlocks what is locked: modifiers, and another than the first layout.
+    void unlock()
+    {
+        const XcbReply<xcb_xkb_use_extension_reply_t> used(xcb_xkb_use_extension_reply(
+            m_xcb, xcb_xkb_use_extension(m_xcb, 1, 0), nullptr));
+        xcb_xkb_latch_lock_state(m_xcb, XCB_XKB_ID_USE_CORE_KBD, 0xff, 0, 1, 0, 0, 0, 0);
+        sync();
     }
 
     /// Takes the keyboard away from the server, or gives it back.

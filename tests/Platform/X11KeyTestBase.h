@@ -22,7 +22,11 @@ protected:
             GTEST_SKIP() << "the X server has no keyboard of its own (Xvfb has)";
         setKeyboardLayout({u"us"_qs});
     }
-    void TearDown() override { setKeyboardLayout({u"us"_qs}); }
+    void TearDown() override
+    {
+        setKeyboardLayout({u"us"_qs});
+        keyboard.unlock();
+    }
 
     PhysicalKeyboard keyboard;
     std::shared_ptr<X11Connection> connection;

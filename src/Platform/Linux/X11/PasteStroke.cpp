@@ -28,6 +28,10 @@ constexpr KnownClass knownClasses[] = {
     {u"st", PasteStroke::shiftInsert},
     {u"st-256color", PasteStroke::shiftInsert},
     {u"stterm", PasteStroke::shiftInsert},
+    {u"pterm", PasteStroke::shiftInsert},
+    {u"putty", PasteStroke::shiftInsert},
+    {u"zutty", PasteStroke::shiftInsert},
+    {u"termit", PasteStroke::shiftInsert},
     // Control+V means something else in these editors.
     {u"emacs", PasteStroke::shiftInsert},
     {u"gvim", PasteStroke::shiftInsert},
@@ -36,6 +40,7 @@ constexpr KnownClass knownClasses[] = {
     {u"gnome-terminal-server", PasteStroke::controlShiftV},
     {u"kgx", PasteStroke::controlShiftV},
     {u"org.gnome.console", PasteStroke::controlShiftV},
+    {u"ptyxis", PasteStroke::controlShiftV},
     {u"org.gnome.ptyxis", PasteStroke::controlShiftV},
     {u"konsole", PasteStroke::controlShiftV},
     {u"yakuake", PasteStroke::controlShiftV},
@@ -61,6 +66,7 @@ constexpr KnownClass knownClasses[] = {
     {u"wezterm", PasteStroke::controlShiftV},
     {u"org.wezfurlong.wezterm", PasteStroke::controlShiftV},
     {u"com.mitchellh.ghostty", PasteStroke::controlShiftV},
+    {u"blackbox", PasteStroke::controlShiftV},
     {u"com.raggesilver.blackbox", PasteStroke::controlShiftV},
 };
 

@@ -46,15 +46,8 @@ X11Connection::X11Connection(xcb_connection_t *connection, int screen)
     if (const auto *xkb = xcb_get_extension_data(connection, &xcb_xkb_id); xkb && xkb->present) {
         const XcbReply<xcb_xkb_use_extension_reply_t> used(xcb_xkb_use_extension_reply(
             connection, xcb_xkb_use_extension(connection, 1, 0), nullptr));
-        if (used && used->supported) {
+        if (used && used->supported)
             m_keyboardEventBase = xkb->first_event;
-            constexpr uint16_t events =
-                XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
-            constexpr uint16_t parts = XCB_XKB_MAP_PART_KEY_TYPES | XCB_XKB_MAP_PART_KEY_SYMS
-                | XCB_XKB_MAP_PART_MODIFIER_MAP | XCB_XKB_MAP_PART_VIRTUAL_MODS;
-            xcb_xkb_select_events(connection, XCB_XKB_ID_USE_CORE_KBD, events, 0, events, parts,
-                                  parts, nullptr);
-        }
     }
 
     m_notifier = std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(connection),
@@ -126,6 +119,18 @@ void X11Connection::addInputEvents(uint16_t device, uint32_t mask)
 void X11Connection::removeInputEvents(uint16_t device, uint32_t mask)
 {
     selectInputEvents(device, m_inputEvents.value(device) & ~mask);
+}
+
+void X11Connection::addKeymapEvents(uint16_t device)
+{
+    if (m_keyboardEventBase == 0)
+        return;
+    constexpr uint16_t events =
+        XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
+    constexpr uint16_t parts = XCB_XKB_MAP_PART_KEY_TYPES | XCB_XKB_MAP_PART_KEY_SYMS
+        | XCB_XKB_MAP_PART_MODIFIER_MAP | XCB_XKB_MAP_PART_VIRTUAL_MODS;
+    xcb_xkb_select_events(xcb(), device, events, 0, events, parts, parts, nullptr);
+    flush();
 }
 
 void X11Connection::selectInputEvents(uint16_t device, uint32_t mask)

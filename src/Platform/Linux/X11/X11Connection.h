@@ -51,6 +51,8 @@ public:
     void addInputEvents(uint16_t device, uint32_t mask);
     /// Asks for them no longer.
     void removeInputEvents(uint16_t device, uint32_t mask);
+    /// Asks for the events of the XKB extension that tell of a new keymap on a device.
+    void addKeymapEvents(uint16_t device);
 
 Q_SIGNALS:
     /// An event, an error included; valid during the call only.

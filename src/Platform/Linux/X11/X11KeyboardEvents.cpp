@@ -28,8 +28,11 @@ X11KeyboardEvents::X11KeyboardEvents(std::shared_ptr<X11Connection> connection, 
 {
     if (!m_connection)
         return;
-    m_keymap = std::make_unique<X11Keymap>(m_connection);
     m_keyboards = std::make_unique<X11Keyboards>(m_connection);
+    m_keymapInForce = std::make_unique<X11Keymap>(m_connection);
+    const auto synthetic = m_keyboards->syntheticKeyboard();
+    m_keymap = synthetic ? std::make_unique<X11Keymap>(m_connection, *synthetic)
+                         : std::make_unique<X11Keymap>(m_connection);
     m_workspace = std::make_unique<X11Workspace>(m_connection);
     connect(m_connection.get(), &X11Connection::eventReceived, this,
             &X11KeyboardEvents::handleEvent);
@@ -49,7 +52,7 @@ bool X11KeyboardEvents::post(uint32_t keyCode, bool keyDown, uint64_t flags)
         return false;
     if (keyDown)
         return press(keyCode, flags);
-    if (m_pressed.empty() || m_pressedKeyCode != keyCode)
+    if (!m_pressed || m_pressedKeyCode != keyCode)
         return false;
     release();
     return true;
@@ -67,19 +70,20 @@ bool X11KeyboardEvents::press(uint32_t keyCode, uint64_t flags)
         m_hooks.awaitPaste();
     // A new layout may be known to the connection already.
     m_connection->dispatchPending();
-    const auto keys = chord(keyCode, flags);
-    if (!keys)
+    m_pressed = chord(keyCode, flags);
+    if (!m_pressed)
         return false;
 
     liftModifiers();
+    if (m_pressed->locks != 0)
+        m_keyboards->lockModifiers(m_pressed->locks, false);
     // A key that is down already would not go down again.
     const KeySet held = m_keyboards->logicallyHeld();
-    for (const uint8_t key : *keys) {
+    for (const uint8_t key : m_pressed->keys) {
         if (held[key])
             m_keyboards->fakeKey(key, false);
         m_keyboards->fakeKey(key, true);
     }
-    m_pressed = *keys;
     m_pressedKeyCode = keyCode;
     m_hasUnconfirmedStrokes = true;
     return true;
@@ -129,11 +133,13 @@ xcb_window_t X11KeyboardEvents::othersWindow()
 
 void X11KeyboardEvents::release()
 {
-    if (m_pressed.empty())
+    if (!m_pressed)
         return;
-    const Chord pressed = std::exchange(m_pressed, {});
-    for (const uint8_t key : std::views::reverse(pressed))
+    const Chord pressed = *std::exchange(m_pressed, std::nullopt);
+    for (const uint8_t key : std::views::reverse(pressed.keys))
         m_keyboards->fakeKey(key, false);
+    if (pressed.locks != 0)
+        m_keyboards->lockModifiers(pressed.locks, true);
     restoreModifiers();
 }
 
@@ -148,7 +154,7 @@ std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::chord(uint32_t keyCod
     if (!key)
         return std::nullopt;
 
-    Chord keys;
+    std::vector<uint16_t> masks;
     constexpr std::pair<uint64_t, uint32_t> modifiers[] = {
         {EventFlag::command, ClassicMask::command},
         {EventFlag::control, ClassicMask::control},
@@ -158,13 +164,28 @@ std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::chord(uint32_t keyCod
         if (!(flags & flag))
             continue;
         const auto mask = m_keymap->modifierMask(classic);
-        const auto modifier = mask ? m_keymap->modifierKey(*mask) : std::nullopt;
-        if (!modifier)
+        if (!mask)
             return std::nullopt;
-        keys.push_back(*modifier);
+        masks.push_back(*mask);
     }
-    keys.push_back(*key);
-    return keys;
+    return chord(masks, *key);
+}
+
+std::optional<X11KeyboardEvents::Chord>
+X11KeyboardEvents::chord(std::span<const uint16_t> modifiers, uint8_t key)
+{
+    const KeyboardLocks locks = m_keymap->locks();
+    // A locked Shift would be in every stroke, and Shift may be the key that ends Caps Lock.
+    const uint8_t inTheWay = locks.modifiers & ~m_keymap->lockModifiers();
+    const uint8_t capsLock = locks.modifiers & XCB_MOD_MASK_LOCK;
+    for (const uint8_t lifted : {inTheWay, static_cast<uint8_t>(inTheWay | capsLock)}) {
+        const uint8_t left = locks.modifiers & ~lifted;
+        if (auto keys = m_keymap->modifierKeys(modifiers, {left, locks.layout})) {
+            keys->push_back(key);
+            return Chord{std::move(*keys), lifted};
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::pasteChord()
@@ -173,40 +194,46 @@ std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::pasteChord()
         m_hooks.focusedElementIsTerminal && m_hooks.focusedElementIsTerminal();
     PasteStroke stroke =
         pasteStroke(m_workspace->activeWindowClass().value_or(WindowClass{}), isTerminal);
-
-    const auto control = m_keymap->modifierKey(XCB_MOD_MASK_CONTROL);
-    const auto shift = m_keymap->modifierKey(XCB_MOD_MASK_SHIFT);
-    const auto v =
-        m_keymap->keycodeFor(XKB_KEY_v, m_keymap->keycodeAt(keyV).value_or(0));
-    // Without a v on any layout no application knows the shortcut by its letter.
-    if (!v)
+    auto result = chord(stroke);
+    if (!result) {
+        // It has no letter, and its selections both hold the text.
         stroke = PasteStroke::shiftInsert;
-    const auto insert =
-        m_keymap->keycodeFor(XKB_KEY_Insert, m_keymap->keycodeAt(keyInsert).value_or(0));
-
-    Chord keys;
-    switch (stroke) {
-    case PasteStroke::controlV:
-        if (!control)
-            return std::nullopt;
-        keys = {*control, *v};
-        break;
-    case PasteStroke::controlShiftV:
-        if (!control || !shift)
-            return std::nullopt;
-        keys = {*control, *shift, *v};
-        break;
-    case PasteStroke::shiftInsert:
-        if (!shift || !insert)
-            return std::nullopt;
-        if (m_hooks.willPastePrimarySelection)
-            m_hooks.willPastePrimarySelection();
-        keys = {*shift, *insert};
-        break;
+        result = chord(stroke);
     }
+    if (!result)
+        return std::nullopt;
+    if (stroke == PasteStroke::shiftInsert && m_hooks.willPastePrimarySelection)
+        m_hooks.willPastePrimarySelection();
     if (const xcb_window_t window = othersWindow(); window != XCB_WINDOW_NONE && m_hooks.willPaste)
         m_hooks.willPaste(window);
-    return keys;
+    return result;
+}
+
+std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::chord(PasteStroke stroke)
+{
+    constexpr uint16_t control[] = {XCB_MOD_MASK_CONTROL};
+    constexpr uint16_t controlShift[] = {XCB_MOD_MASK_CONTROL, XCB_MOD_MASK_SHIFT};
+    constexpr uint16_t shift[] = {XCB_MOD_MASK_SHIFT};
+    const uint8_t usualV = m_keymap->keycodeAt(keyV).value_or(0);
+    std::optional<uint8_t> key;
+    std::span<const uint16_t> modifiers;
+    switch (stroke) {
+    case PasteStroke::controlV:
+        // With a layout that has no v, applications take the shortcut by another layout's.
+        key = m_keymap->keycodeFor(XKB_KEY_v, usualV);
+        modifiers = control;
+        break;
+    case PasteStroke::controlShiftV:
+        // Terminals do not all of them.
+        key = m_keymap->keycodeInLayout(XKB_KEY_v, usualV);
+        modifiers = controlShift;
+        break;
+    case PasteStroke::shiftInsert:
+        key = m_keymap->keycodeFor(XKB_KEY_Insert, m_keymap->keycodeAt(keyInsert).value_or(0));
+        modifiers = shift;
+        break;
+    }
+    return key ? chord(modifiers, *key) : std::nullopt;
 }
 
 void X11KeyboardEvents::tapMeaninglessKey()
@@ -218,7 +245,7 @@ void X11KeyboardEvents::tapMeaninglessKey()
 
 void X11KeyboardEvents::liftModifiers()
 {
-    const KeySet modifiers = m_keymap->heldModifierKeys();
+    const KeySet modifiers = m_keymapInForce->heldModifierKeys();
     m_lifted = m_keyboards->logicallyHeld() & modifiers;
     if (m_lifted.any())
         tapMeaninglessKey();
@@ -233,8 +260,10 @@ void X11KeyboardEvents::liftModifiers()
 void X11KeyboardEvents::restoreModifiers()
 {
     const KeySet lifted = std::exchange(m_lifted, {});
-    if (lifted.any())
-        m_restored = lifted & m_keyboards->physicallyHeld();
+    // A key may be something else on the device of synthetic strokes.
+    if (lifted.any()) {
+        m_restored = lifted & m_keyboards->physicallyHeld() & m_keymap->heldModifierKeys();
+    }
     for (size_t key = 0; key < m_restored.size(); ++key) {
         if (m_restored[key])
             m_keyboards->fakeKey(static_cast<uint8_t>(key), true);
@@ -279,7 +308,7 @@ void X11KeyboardEvents::handleEvent(const xcb_generic_event_t *event)
         return;
     const auto *generic = reinterpret_cast<const xcb_ge_generic_event_t *>(event);
     if (generic->extension == m_connection->inputOpcode()
-        && generic->event_type == XCB_INPUT_RAW_KEY_RELEASE && m_pressed.empty())
+        && generic->event_type == XCB_INPUT_RAW_KEY_RELEASE && !m_pressed)
         dropRestoredModifiers();
 }
 

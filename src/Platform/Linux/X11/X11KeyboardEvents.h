@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace Velloro {
@@ -51,11 +52,22 @@ public:
     bool awaitReceipt();
 
 private:
-    /// Keys that are pressed together, the modifiers first.
-    using Chord = std::vector<uint8_t>;
+    /// Keys that are pressed together.
+    struct Chord
+    {
+        /// The modifiers first.
+        std::vector<uint8_t> keys;
+        /// The locks that would make other keys of these; lifted meanwhile.
+        uint8_t locks = 0;
+    };
 
     [[nodiscard]] std::optional<Chord> chord(uint32_t keyCode, uint64_t flags);
+    /// The key together with these X modifiers, in the order in which they are pressed.
+    [[nodiscard]] std::optional<Chord> chord(std::span<const uint16_t> modifiers, uint8_t key);
     [[nodiscard]] std::optional<Chord> pasteChord();
+    /// What the paste stroke comes to on this keyboard; nothing where it can't be typed without
+    /// changing the layout.
+    [[nodiscard]] std::optional<Chord> chord(PasteStroke stroke);
     bool press(uint32_t keyCode, uint64_t flags);
     void release();
     /// Releases the modifiers that the applications see held, whoever holds them.
@@ -72,10 +84,14 @@ private:
 
     std::shared_ptr<X11Connection> m_connection;
     Hooks m_hooks;
-    std::unique_ptr<X11Keymap> m_keymap;
     std::unique_ptr<X11Keyboards> m_keyboards;
+    /// The keymap of the device of synthetic strokes. A layout of the real keyboard's own is not in
+    /// it, and the server makes it the one in force as soon as a stroke is sent.
+    std::unique_ptr<X11Keymap> m_keymap;
+    /// The keymap of the keyboard that was used last, which tells what the user's hands hold.
+    std::unique_ptr<X11Keymap> m_keymapInForce;
     std::unique_ptr<X11Workspace> m_workspace;
-    Chord m_pressed;
+    std::optional<Chord> m_pressed;
     uint32_t m_pressedKeyCode = 0;
     KeySet m_lifted;
     KeySet m_restored;

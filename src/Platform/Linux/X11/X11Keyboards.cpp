@@ -1,9 +1,11 @@
 #include "Platform/Linux/X11/X11Keyboards.h"
 
+#include "Platform/Linux/X11/XcbKeyboardExtension.h"
 #include "Platform/Linux/X11/XcbReply.h"
 
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
+#include <xkbcommon/xkbcommon-x11.h>
 
 namespace Velloro {
 
@@ -56,7 +58,7 @@ std::vector<X11Keyboards::Device> X11Keyboards::slaveKeyboards() const
         const bool isKeyboard = infos.data->type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD
             || (infos.data->type == XCB_INPUT_DEVICE_TYPE_FLOATING_SLAVE && hasKeys(infos.data));
         if (isKeyboard && infos.data->enabled)
-            devices.push_back({infos.data->deviceid, false});
+            devices.push_back({infos.data->deviceid, infos.data->attachment, false});
     }
 
     // The server marks the device of synthetic strokes by a property.
@@ -96,6 +98,19 @@ std::vector<uint16_t> X11Keyboards::masterKeyboards() const
             ids.push_back(infos.data->deviceid);
     }
     return ids;
+}
+
+std::optional<uint16_t> X11Keyboards::syntheticKeyboard() const
+{
+    if (!m_connection->isAlive() || m_connection->keyboardEventBase() == 0)
+        return std::nullopt;
+    // Each master keyboard has one of its own.
+    const int32_t master = xkb_x11_get_core_keyboard_device_id(m_connection->xcb());
+    for (const Device &device : slaveKeyboards()) {
+        if (device.isSynthetic && device.master == master)
+            return device.id;
+    }
+    return std::nullopt;
 }
 
 KeySet X11Keyboards::heldOn(const std::vector<uint16_t> &devices) const
@@ -152,6 +167,15 @@ void X11Keyboards::tap(uint8_t keycode)
 {
     fakeKey(keycode, true);
     fakeKey(keycode, false);
+}
+
+void X11Keyboards::lockModifiers(uint8_t modifiers, bool locked)
+{
+    if (!m_connection->isAlive() || m_connection->keyboardEventBase() == 0)
+        return;
+    xcb_xkb_latch_lock_state(m_connection->xcb(), XCB_XKB_ID_USE_CORE_KBD, modifiers,
+                             locked ? modifiers : 0, 0, 0, 0, 0, 0);
+    m_connection->flush();
 }
 
 } // namespace Velloro

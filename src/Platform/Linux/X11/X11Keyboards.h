@@ -3,6 +3,7 @@
 #include "Platform/Linux/X11/X11Keymap.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace Velloro {
@@ -22,6 +23,9 @@ public:
     /// The master keyboards, from which applications hear.
     [[nodiscard]] std::vector<uint16_t> masterKeyboards() const;
 
+    /// The device of synthetic strokes that reach the core keyboard's applications.
+    [[nodiscard]] std::optional<uint16_t> syntheticKeyboard() const;
+
     /// The keys that are down on any real keyboard.
     [[nodiscard]] KeySet physicallyHeld() const;
     /// The keys that are down on any keyboard, the one of synthetic strokes included.
@@ -33,11 +37,14 @@ public:
     void fakeKey(uint8_t keycode, bool down);
     /// Presses and releases it.
     void tap(uint8_t keycode);
+    /// Locks these X modifiers for all applications, or unlocks them.
+    void lockModifiers(uint8_t modifiers, bool locked);
 
 private:
     struct Device
     {
         uint16_t id = 0;
+        uint16_t master = 0;
         bool isSynthetic = false;
     };
 

@@ -6,7 +6,7 @@
 #include "Platform/ModifierKeys.h"
 
 #include <algorithm>
-#include <span>
+#include <ranges>
 #include <xkbcommon/xkbcommon-keysyms.h>
 #include <xkbcommon/xkbcommon-x11.h>
 
@@ -29,8 +29,15 @@ std::span<const xkb_keysym_t> symbols(xkb_keymap *keymap, uint8_t keycode, xkb_l
 } // namespace
 
 X11Keymap::X11Keymap(std::shared_ptr<X11Connection> connection)
-    : m_connection(std::move(connection))
+    : X11Keymap(std::move(connection), XCB_XKB_ID_USE_CORE_KBD)
 {
+}
+
+X11Keymap::X11Keymap(std::shared_ptr<X11Connection> connection, uint16_t device)
+    : m_connection(std::move(connection))
+    , m_device(device)
+{
+    m_connection->addKeymapEvents(device);
     connect(m_connection.get(), &X11Connection::eventReceived, this, &X11Keymap::handleEvent);
 }
 
@@ -56,30 +63,45 @@ bool X11Keymap::load()
         return false;
 
     xcb_connection_t *xcb = m_connection->xcb();
-    const auto modifierCookie = xcb_get_modifier_mapping(xcb);
     const std::unique_ptr<xkb_context, decltype(&xkb_context_unref)> context(
         xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES), &xkb_context_unref);
-    const int32_t device = xkb_x11_get_core_keyboard_device_id(xcb);
-    if (context && device >= 0) {
+    const int32_t device = m_device == XCB_XKB_ID_USE_CORE_KBD
+        ? xkb_x11_get_core_keyboard_device_id(xcb)
+        : m_device;
+    if (context && device >= 0 && loadModifierMap(static_cast<uint16_t>(device))) {
         m_keymap.reset(xkb_x11_keymap_new_from_device(context.get(), xcb, device,
                                                       XKB_KEYMAP_COMPILE_NO_FLAGS));
     }
-    const XcbReply<xcb_get_modifier_mapping_reply_t> mapping(
-        xcb_get_modifier_mapping_reply(xcb, modifierCookie, nullptr));
-    if (!m_keymap || !mapping) {
-        m_keymap.reset();
-        return false;
-    }
+    return m_keymap != nullptr;
+}
 
-    const uint8_t *keycodes = xcb_get_modifier_mapping_keycodes(mapping.get());
-    for (auto &keys : m_modifiers.keys) {
-        keys.clear();
-        for (int i = 0; i < mapping->keycodes_per_modifier; ++i, ++keycodes) {
-            if (*keycodes != 0)
-                keys.push_back(*keycodes);
-        }
-    }
+bool X11Keymap::loadModifierMap(uint16_t device)
+{
+    m_modifierMap = {};
+    const XcbReply<xcb_xkb_get_map_reply_t> reply(xcb_xkb_get_map_reply(
+        m_connection->xcb(),
+        xcb_xkb_get_map(m_connection->xcb(), device, XCB_XKB_MAP_PART_MODIFIER_MAP, 0, 0, 0, 0, 0,
+                        0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0),
+        nullptr));
+    if (!reply)
+        return false;
+    xcb_xkb_get_map_map_t map{};
+    xcb_xkb_get_map_map_unpack(xcb_xkb_get_map_map(reply.get()), reply->nTypes, reply->nKeySyms,
+                               reply->nKeyActions, reply->totalActions, reply->totalKeyBehaviors,
+                               reply->virtualMods, reply->totalKeyExplicit,
+                               reply->totalModMapKeys, reply->totalVModMapKeys, reply->present,
+                               &map);
+    for (const xcb_xkb_key_mod_map_t &key : std::span(map.modmap_rtrn, reply->totalModMapKeys))
+        m_modifierMap[key.keycode] = key.mods;
     return true;
+}
+
+std::vector<uint8_t> X11Keymap::keycodes() const
+{
+    const int first = std::max<int>(8, xkb_keymap_min_keycode(m_keymap.get()));
+    const int last = std::min<int>(255, xkb_keymap_max_keycode(m_keymap.get()));
+    const auto range = std::views::iota(first, last + 1);
+    return {range.begin(), range.end()};
 }
 
 bool X11Keymap::gives(uint8_t keycode, xkb_layout_index_t group, xkb_keysym_t keysym) const
@@ -113,29 +135,42 @@ std::optional<uint8_t> X11Keymap::keycodeAt(uint32_t virtualKeyCode)
     return named >= 8 && named <= 255 ? static_cast<uint8_t>(named) : usual;
 }
 
-std::optional<uint8_t> X11Keymap::keycodeFor(xkb_keysym_t keysym, uint8_t preferred)
+KeyboardLocks X11Keymap::locks()
 {
-    if (!load())
-        return std::nullopt;
     const XcbReply<xcb_xkb_get_state_reply_t> state(xcb_xkb_get_state_reply(
         m_connection->xcb(), xcb_xkb_get_state(m_connection->xcb(), XCB_XKB_ID_USE_CORE_KBD),
         nullptr));
+    return state ? KeyboardLocks{state->lockedMods, state->lockedGroup} : KeyboardLocks{};
+}
 
+std::optional<uint8_t> X11Keymap::keycodeInLayout(xkb_keysym_t keysym, uint8_t preferred)
+{
+    if (!load())
+        return std::nullopt;
+    const KeyboardSimulation keyboard(m_keymap.get(), locks());
+    const auto isIt = [&](uint8_t keycode) {
+        return gives(keycode, keyboard.layoutOf(keycode), keysym);
+    };
+    if (isIt(preferred))
+        return preferred;
+    const auto all = keycodes();
+    const auto found = std::ranges::find_if(all, isIt);
+    return found == all.end() ? std::nullopt : std::optional(*found);
+}
+
+std::optional<uint8_t> X11Keymap::keycodeFor(xkb_keysym_t keysym, uint8_t preferred)
+{
+    if (const auto keycode = keycodeInLayout(keysym, preferred))
+        return keycode;
+    if (!m_keymap)
+        return std::nullopt;
     const xkb_layout_index_t groups = xkb_keymap_num_layouts(m_keymap.get());
-    std::vector<xkb_layout_index_t> order;
-    if (state)
-        order.push_back(state->group);
-    for (xkb_layout_index_t group = 0; group < groups; ++group)
-        order.push_back(group);
-
-    const int first = std::max<int>(8, xkb_keymap_min_keycode(m_keymap.get()));
-    const int last = std::min<int>(255, xkb_keymap_max_keycode(m_keymap.get()));
-    for (const xkb_layout_index_t group : order) {
-        if (preferred != 0 && gives(preferred, group, keysym))
+    for (xkb_layout_index_t group = 0; group < groups; ++group) {
+        if (gives(preferred, group, keysym))
             return preferred;
-        for (int keycode = first; keycode <= last; ++keycode) {
-            if (gives(static_cast<uint8_t>(keycode), group, keysym))
-                return static_cast<uint8_t>(keycode);
+        for (const uint8_t keycode : keycodes()) {
+            if (gives(keycode, group, keysym))
+                return keycode;
         }
     }
     return std::nullopt;
@@ -144,11 +179,9 @@ std::optional<uint8_t> X11Keymap::keycodeFor(xkb_keysym_t keysym, uint8_t prefer
 uint16_t X11Keymap::modifiersOf(std::initializer_list<xkb_keysym_t> keysyms) const
 {
     uint16_t mask = 0;
-    for (int modifier = 0; modifier < 8; ++modifier) {
-        for (const uint8_t key : m_modifiers.keys[modifier]) {
-            if (hasAnySymbol(key, keysyms))
-                mask |= 1 << modifier;
-        }
+    for (const uint8_t keycode : keycodes()) {
+        if (m_modifierMap[keycode] != 0 && hasAnySymbol(keycode, keysyms))
+            mask |= m_modifierMap[keycode];
     }
     return mask;
 }
@@ -191,44 +224,79 @@ uint16_t X11Keymap::lockModifiers()
         & ~(XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_CONTROL);
 }
 
+bool X11Keymap::isHeldModifier(uint8_t keycode) const
+{
+    const xkb_layout_index_t groups = xkb_keymap_num_layouts(m_keymap.get());
+    for (xkb_layout_index_t group = 0; group < groups; ++group) {
+        KeyboardSimulation keyboard(m_keymap.get(), {0, group});
+        keyboard.press(keycode);
+        if (keyboard.holdsAny() && keyboard.isUndisturbed())
+            return true;
+    }
+    return false;
+}
+
 KeySet X11Keymap::heldModifierKeys()
 {
     KeySet keys;
     if (!load())
         return keys;
-    for (const auto &ofModifier : m_modifiers.keys) {
-        for (const uint8_t key : ofModifier) {
-            if (!hasAnySymbol(key, lockSymbols))
-                keys.set(key);
-        }
+    for (const uint8_t keycode : keycodes())
+        keys[keycode] = isHeldModifier(keycode);
+    return keys;
+}
+
+bool X11Keymap::addModifierKeys(std::vector<uint8_t> &keys, std::span<const uint16_t> modifiers,
+                                const KeyboardLocks &locks) const
+{
+    const auto pressed = [&] {
+        KeyboardSimulation keyboard(m_keymap.get(), locks);
+        for (const uint8_t key : keys)
+            keyboard.press(key);
+        return keyboard;
+    };
+    KeyboardSimulation before = pressed();
+    if (modifiers.empty()) {
+        for (const uint8_t key : std::views::reverse(keys))
+            before.release(key);
+        return before.isUndisturbed();
     }
+    const uint16_t wanted = modifiers.front();
+    for (const uint8_t keycode : keycodes()) {
+        keys.push_back(keycode);
+        const KeyboardSimulation after = pressed();
+        if (after.heldModifiers() == (before.heldModifiers() | wanted)
+            && after.modifiers() == (before.modifiers() | wanted)
+            && after.layout() == before.layout()
+            && addModifierKeys(keys, modifiers.subspan(1), locks))
+            return true;
+        keys.pop_back();
+    }
+    return false;
+}
+
+std::optional<std::vector<uint8_t>> X11Keymap::modifierKeys(std::span<const uint16_t> modifiers,
+                                                            const KeyboardLocks &locks)
+{
+    std::vector<uint8_t> keys;
+    if (!load() || !addModifierKeys(keys, modifiers, locks))
+        return std::nullopt;
     return keys;
 }
 
 std::optional<uint8_t> X11Keymap::modifierKey(uint16_t modifier)
 {
-    if (!load())
-        return std::nullopt;
-    for (int i = 0; i < 8; ++i) {
-        if (modifier != 1 << i)
-            continue;
-        for (const uint8_t key : m_modifiers.keys[i]) {
-            if (!hasAnySymbol(key, lockSymbols))
-                return key;
-        }
-    }
-    return std::nullopt;
+    const auto keys = modifierKeys({&modifier, 1}, locks());
+    return keys ? std::optional(keys->front()) : std::nullopt;
 }
 
 std::optional<uint8_t> X11Keymap::unassignedKeycode()
 {
     if (!load())
         return std::nullopt;
-    const int first = std::max<int>(8, xkb_keymap_min_keycode(m_keymap.get()));
-    const int last = std::min<int>(255, xkb_keymap_max_keycode(m_keymap.get()));
-    for (int keycode = last; keycode >= first; --keycode) {
+    for (const uint8_t keycode : std::views::reverse(keycodes())) {
         if (xkb_keymap_num_layouts_for_key(m_keymap.get(), keycode) == 0)
-            return static_cast<uint8_t>(keycode);
+            return keycode;
     }
     return std::nullopt;
 }
