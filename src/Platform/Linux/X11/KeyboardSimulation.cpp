@@ -36,11 +36,6 @@ uint8_t KeyboardSimulation::heldModifiers() const { return serialized(XKB_STATE_
 
 uint8_t KeyboardSimulation::modifiers() const { return serialized(XKB_STATE_MODS_EFFECTIVE); }
 
-xkb_layout_index_t KeyboardSimulation::layout() const
-{
-    return xkb_state_serialize_layout(m_state.get(), XKB_STATE_LAYOUT_EFFECTIVE);
-}
-
 xkb_layout_index_t KeyboardSimulation::layoutOf(uint8_t keycode) const
 {
     return xkb_state_key_get_layout(m_state.get(), keycode);

@@ -30,9 +30,7 @@ public:
     [[nodiscard]] uint8_t heldModifiers() const;
     /// The X modifiers of the next key, locked ones included.
     [[nodiscard]] uint8_t modifiers() const;
-    /// The layout of the next key.
-    [[nodiscard]] xkb_layout_index_t layout() const;
-    /// The layout in which this key works, which may have fewer of them than others.
+    /// The layout in which this key works; it may have fewer of them than others.
     [[nodiscard]] xkb_layout_index_t layoutOf(uint8_t keycode) const;
     /// What was there at first is unchanged, and nothing waits for the next key.
     [[nodiscard]] bool isUndisturbed() const;
