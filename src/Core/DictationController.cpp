@@ -48,6 +48,7 @@ DictationController::DictationController(AppState &appState, Platform &platform,
     , m_audioCaptureManager(platform)
     , m_textInsertionManager(platform)
     , m_hotkeyManager(HotkeyManager::shared())
+    , m_notices(*platform.userNotifications)
     , m_makePill(std::move(makePill))
 {
     // Coarse, which at 50 ms is exact on average and fires together with the capture's own timer.
@@ -75,6 +76,10 @@ void DictationController::setupHotkeyHandlers()
     m_hotkeyManager.setOnHotkeyReleased([controller] {
         if (controller)
             controller->handleHotkeyReleased();
+    });
+    connect(&m_hotkeyManager, &HotkeyManager::pressedWhilePaused, this, [this] {
+        m_notices.tell(DictationNotices::Cause::hotkeyTaken,
+                       m_hotkeyManager.hotkeyDisplayString());
     });
 }
 
@@ -119,6 +124,7 @@ QCoro::Task<void> DictationController::requestPermissionAndStart()
     m_appState.setHasMicrophonePermission(granted);
     if (!granted) {
         log(u"Permission denied by user"_qs);
+        m_notices.tell(DictationNotices::Cause::microphoneRefused);
         co_return;
     }
     log(u"Permission granted, starting recording..."_qs);
@@ -177,7 +183,9 @@ QCoro::Task<void> DictationController::startRecordingInternal()
         started = m_audioCaptureManager.startRecording();
     }
     if (!started) {
-        log(u"Failed to start recording: "_qs + localizedDescription(started.error()));
+        const QString reason = localizedDescription(started.error());
+        log(u"Failed to start recording: "_qs + reason);
+        m_notices.tell(DictationNotices::Cause::microphoneFailed, reason);
         co_return;
     }
     log(streaming ? u"Started recording with realtime streaming"_qs
@@ -192,15 +200,20 @@ QCoro::Task<void> DictationController::startRecordingInternal()
 
 QCoro::Task<bool> DictationController::loadModelJustInTime()
 {
+    const QPointer<DictationController> alive(this);
     log(u"Model not loaded, attempting to load selected model..."_qs);
     WhisperManager &manager = m_appState.whisperManager();
     const WhisperModelType type = modelType(m_appState.selectedModel());
     if (!manager.isModelDownloaded(type)) {
         log(u"Cannot start recording: model not downloaded."_qs);
+        tellOfMissingModel();
         co_return false;
     }
     if (const auto loaded = co_await manager.loadModel(type); !loaded) {
-        log(u"Failed to load model JIT: "_qs + localizedDescription(loaded.error()));
+        const QString reason = localizedDescription(loaded.error());
+        log(u"Failed to load model JIT: "_qs + reason);
+        if (alive)
+            m_notices.tell(DictationNotices::Cause::modelLoadFailed, reason);
         co_return false;
     }
     log(u"Successfully loaded model JIT"_qs);
@@ -344,6 +357,17 @@ void DictationController::showTextFieldNotification()
         u"Velloro"_qs,
         u"Please click on a text field before recording. You can disable this check in Settings."_qs);
     log(u"Text field not focused, showing notification"_qs);
+}
+
+void DictationController::tellOfMissingModel()
+{
+    const ModelPreset preset = m_appState.selectedModel();
+    const ModelDownloadState state
+        = m_appState.whisperManager().modelStates().value(m_appState.modelId(preset));
+    if (std::holds_alternative<ModelDownloadState::Downloading>(state.value))
+        m_notices.tell(DictationNotices::Cause::modelOnItsWay);
+    else
+        m_notices.tell(DictationNotices::Cause::modelMissing, rawValue(preset));
 }
 
 void DictationController::showRecordingPill()

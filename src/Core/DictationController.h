@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Core/AppState.h"
+#include "Core/DictationNotices.h"
 #include "Core/RecordingPill.h"
 #include "Managers/AudioCaptureManager.h"
 #include "Managers/HotkeyManager.h"
@@ -35,7 +36,7 @@ public:
                         QObject *parent = nullptr);
     ~DictationController() override;
 
-    /// Requests a dictation; may be refused, with a log line or the focus notification.
+    /// Requests a dictation; may be refused, with a log line and a notification.
     void startRecording();
     /// Ends the recording and has its text produced; ignored unless the state is `listening`.
     void stopRecording();
@@ -72,6 +73,7 @@ private:
     void insertFinalText(const QString &text);
     [[nodiscard]] bool isTextFieldFocused();
     void showTextFieldNotification();
+    void tellOfMissingModel();
     void showRecordingPill();
     void hideRecordingPill();
     void startRecordingTimer();
@@ -82,6 +84,7 @@ private:
     AudioCaptureManager m_audioCaptureManager;
     TextInsertionManager m_textInsertionManager;
     HotkeyManager &m_hotkeyManager;
+    DictationNotices m_notices;
     PillFactory m_makePill;
     std::unique_ptr<RecordingPill> m_pillWindowController;
     /// 0.05 s tick while recording.
