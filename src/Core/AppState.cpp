@@ -260,6 +260,8 @@ void AppState::clearHistory()
     m_unreadableHistory.reset();
     m_platform.userDefaults->removeValue(Key::unreadableHistory);
     saveHistory();
+    // After the save, which may have set a file aside.
+    m_platform.userDefaults->removeKeptCopies();
     if (changed)
         Q_EMIT transcriptionHistoryChanged();
 }

@@ -114,7 +114,8 @@ public:
     void setModelId(const QString &modelId, ModelPreset preset);
     /// Records a finished transcript, trimmed, unless fewer than 2 characters remain.
     void addToHistory(const QString &text);
-    /// Removes all history entries and stores the empty list.
+    /// Removes all history entries, stores the empty list, and has what the settings' store kept of
+    /// earlier contents removed as well.
     void clearHistory();
 
 Q_SIGNALS:

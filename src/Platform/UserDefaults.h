@@ -28,6 +28,9 @@ public:
     [[nodiscard]] virtual std::optional<DefaultsValue> value(const QString &key) const = 0;
     virtual void setValue(const QString &key, const DefaultsValue &value) = 0;
     virtual void removeValue(const QString &key) = 0;
+    /// Removes what the store has kept of its earlier contents beside the values, such as a file
+    /// that could not be read. What can't be removed is logged.
+    virtual void removeKeptCopies() = 0;
 
     /// The value stored under `key` when it is present and of type `T`.
     template <typename T>

@@ -255,7 +255,9 @@ TEST_F(AppStateTest, keepsTheLatestFiftyTranscripts)
     EXPECT_EQ(state->transcriptionHistory().last().text, u"text 2"_qs);
     EXPECT_EQ(storedAtSignal, 51) << "each entry is stored before anybody hears of it";
 
+    defaults().hasKeptCopies = true;
     state->clearHistory();
+    EXPECT_FALSE(defaults().hasKeptCopies) << "cleared from every file";
     EXPECT_TRUE(state->transcriptionHistory().isEmpty());
     EXPECT_EQ(defaults().get<QByteArray>(historyKey), QByteArray("[]"));
     EXPECT_EQ(state->lastTranscript(), u"text 51"_qs);

@@ -3,15 +3,19 @@
 #include "Support/LogRecorder.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QScopeGuard>
 #include <QSet>
 #include <QTemporaryDir>
+#include <csignal>
 #include <gtest/gtest.h>
 #include <limits>
+#include <random>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace Velloro {
@@ -302,6 +306,29 @@ TEST_F(JsonUserDefaultsTest, keepsTheFileInWhichAValueOfTheWrongTypeGivesWay)
     EXPECT_EQ(stored(u"flag"_qs), DefaultsValue(false));
 }
 
+TEST_F(JsonUserDefaultsTest, removesTheCopiesThatItKeptAndNothingElse)
+{
+    const QStringList others = {u"my.json.damaged-20260101-120000"_qs, u"settings.json"_qs,
+                                u"settings.json.damaged-20260101"_qs, u"settings.json.damaged-mine"_qs};
+    for (const QString &name : others + QStringList{u"settings.json.damaged-20260101-120000"_qs,
+                                                     u"settings.json.damaged-20260101-120000-2"_qs})
+        write(R"({"list":7)", u"Velloro/"_qs + name);
+    JsonUserDefaults defaults(path());
+    const auto replaceByAList = [&] {
+        defaults.setValue(u"list"_qs, int64_t(1));
+        defaults.setValue(u"list"_qs, QStringList{u"a"_qs});
+    };
+    replaceByAList();
+    ASSERT_EQ(entries().size(), others.size() + 4);
+    defaults.removeKeptCopies();
+    EXPECT_EQ(entries(), others);
+    EXPECT_EQ(stored(u"list"_qs), DefaultsValue(QStringList{u"a"_qs}));
+
+    replaceByAList();
+    EXPECT_EQ(entries().size(), others.size() + 1) << "the next one is kept again";
+    EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 3);
+}
+
 TEST_F(JsonUserDefaultsTest, setsAFileAsideThatItMayNotRead)
 {
     write(R"({"a":1})");
@@ -351,6 +378,85 @@ TEST_F(JsonUserDefaultsTest, keepsInMemoryWhatItCannotWriteAndTriesAgain)
     defaults.setValue(u"third"_qs, true);
     EXPECT_EQ(stored(u"second"_qs), DefaultsValue(QString(1000, u'x')));
     EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 2);
+}
+
+/// Stores one number after another in a process of its own, until that is killed.
+class KilledWriter
+{
+public:
+    KilledWriter(const QString &path, int64_t first)
+    {
+        int ends[2];
+        EXPECT_EQ(::pipe(ends), 0);
+        m_process = ::fork();
+        if (m_process == 0) {
+            JsonUserDefaults defaults(path);
+            for (int64_t number = first;; ++number) {
+                defaults.setValue(u"number"_qs, number);
+                if (::write(ends[1], &number, sizeof number) != sizeof number)
+                    ::_exit(1);
+            }
+        }
+        ::close(ends[1]);
+        m_stored = ends[0];
+    }
+    ~KilledWriter() { ::close(m_stored); }
+    Q_DISABLE_COPY_MOVE(KilledWriter)
+
+    /// The next number that has been stored, 0 when no more are.
+    [[nodiscard]] int64_t nextStored()
+    {
+        int64_t number = 0;
+        return ::read(m_stored, &number, sizeof number) == sizeof number ? number : 0;
+    }
+
+    /// Kills it, and returns the last number of which it said that it was stored.
+    [[nodiscard]] int64_t kill(int64_t last)
+    {
+        ::kill(m_process, SIGKILL);
+        int status = 0;
+        ::waitpid(m_process, &status, 0);
+        EXPECT_TRUE(WIFSIGNALED(status));
+        while (const int64_t number = nextStored())
+            last = number;
+        return last;
+    }
+
+private:
+    pid_t m_process = -1;
+    int m_stored = -1;
+};
+
+TEST_F(JsonUserDefaultsTest, aKillAtAnyMomentOfThousandsOfWritesLosesNothing)
+{
+    const QStringList others{QString(20'000, u'x'), u"日本語"_qs};
+    JsonUserDefaults(path()).setValue(u"others"_qs, others);
+    std::mt19937 random(1); // NOLINT: the same moments each time, as far as the machine allows
+    int64_t last = 0;
+    for (int kills = 0; kills < 60; ++kills) {
+        QElapsedTimer time;
+        KilledWriter writer(path(), last + 1);
+        (void)writer.nextStored();
+        time.start();
+        const int count = std::uniform_int_distribution(20, 60)(random);
+        for (int written = 0; written < count; ++written)
+            last = writer.nextStored();
+        // At any moment of the writes that follow, not when one has just ended.
+        const qint64 duration = time.nsecsElapsed() / count;
+        const qint64 moment = time.nsecsElapsed() + qint64(random() % 1000) * duration / 500;
+        while (time.nsecsElapsed() < moment) {
+        }
+        last = writer.kill(last);
+
+        const auto number = JsonUserDefaults(path()).get<int64_t>(u"number"_qs);
+        ASSERT_TRUE(number) << content().left(100).toStdString();
+        ASSERT_TRUE(*number == last || *number == last + 1) << *number << " after " << last;
+        ASSERT_EQ(stored(u"others"_qs), DefaultsValue(others));
+        ASSERT_EQ(entries(), QStringList{u"settings.json"_qs});
+        last = *number;
+    }
+    EXPECT_GT(last, 2000);
+    EXPECT_TRUE(m_log.lines().isEmpty());
 }
 
 } // namespace

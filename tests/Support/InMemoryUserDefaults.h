@@ -11,6 +11,8 @@ public:
     QMap<QString, DefaultsValue> values;
     /// The keys that were written, in order.
     QStringList written;
+    /// Whether something is kept of earlier contents.
+    bool hasKeptCopies = false;
 
     [[nodiscard]] std::optional<DefaultsValue> value(const QString &key) const override
     {
@@ -23,6 +25,7 @@ public:
         written << key;
     }
     void removeValue(const QString &key) override { values.remove(key); }
+    void removeKeptCopies() override { hasKeptCopies = false; }
 };
 
 } // namespace Velloro

@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <algorithm>
 #include <cerrno>
@@ -32,6 +33,8 @@ const QString dataTag = QStringLiteral("$data");
 const QString mapTag = QStringLiteral("$map");
 /// What follows the file's name in the names of temporary files; six random characters come after.
 const QString temporaryInfix = QStringLiteral(".part-");
+/// What follows it in the names of files that were set aside; the moment comes after.
+const QString asideInfix = QStringLiteral(".damaged-");
 /// Settings and 50 transcripts are far smaller; what is bigger is not ours.
 constexpr off_t maximumFileSize = 64 * 1024 * 1024;
 constexpr int maximumLinkDepth = 40;
@@ -205,18 +208,28 @@ int makeDirectories(const QString &path)
     return ::mkdir(encoded.constData(), 0700) == 0 || errno == EEXIST ? 0 : errno;
 }
 
+/// The paths of the files beside `target` whose names go on with `infix` and what `rest` matches.
+QStringList filesBeside(const QString &target, const QString &infix,
+                        const QString &rest = QStringLiteral(".*"))
+{
+    const QFileInfo info(target);
+    const QRegularExpression pattern(QRegularExpression::anchoredPattern(
+        QRegularExpression::escape(info.fileName() + infix) + rest));
+    const QDir directory(info.absolutePath());
+    QStringList paths;
+    for (const QString &name : directory.entryList(QDir::Files | QDir::Hidden | QDir::NoSymLinks)) {
+        if (pattern.match(name).hasMatch())
+            paths << directory.filePath(name);
+    }
+    return paths;
+}
+
 /// Removes what a killed process left beside `target`. A file that another process is writing at
 /// this moment is locked by it, and stays.
 void removeLeftovers(const QString &target)
 {
-    const QFileInfo info(target);
-    // The name is matched literally: it may hold what a wildcard pattern would take for its own.
-    const QString prefix = info.fileName() + temporaryInfix;
-    const QDir directory(info.absolutePath());
-    for (const QString &name : directory.entryList(QDir::Files | QDir::Hidden | QDir::NoSymLinks)) {
-        if (!name.startsWith(prefix))
-            continue;
-        const QByteArray path = QFile::encodeName(directory.filePath(name));
+    for (const QString &name : filesBeside(target, temporaryInfix)) {
+        const QByteArray path = QFile::encodeName(name);
         const Descriptor file(
             ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
         if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0)
@@ -270,7 +283,7 @@ int replaceFile(const QString &target, const QByteArray &content)
 tl::expected<QString, int> setAside(const QString &target, bool keep = false)
 {
     const QByteArray from = QFile::encodeName(target);
-    const QString base = target + QStringLiteral(".damaged-") +
+    const QString base = target + asideInfix +
                          QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss");
     for (int attempt = 1;; ++attempt) {
         const QString aside = attempt == 1 ? base : QStringLiteral("%1-%2").arg(base).arg(attempt);
@@ -336,6 +349,19 @@ void JsonUserDefaults::removeValue(const QString &key)
     m_object.remove(key);
     m_stored.reset();
     save();
+}
+
+void JsonUserDefaults::removeKeptCopies()
+{
+    const auto target = followLinks(m_path);
+    if (!target)
+        return;
+    const auto moment = QStringLiteral(R"(\d{8}-\d{6}(-\d+)?)");
+    for (const QString &path : filesBeside(*target, asideInfix, moment)) {
+        if (::unlink(QFile::encodeName(path).constData()) != 0)
+            Log::line(logTag, QStringLiteral("%1 can't be removed: %2").arg(path, errorText(errno)));
+    }
+    m_hasKept = false;
 }
 
 std::optional<JsonUserDefaults::FileStamp> JsonUserDefaults::stampOf(const QString &path)

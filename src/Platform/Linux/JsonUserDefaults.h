@@ -33,6 +33,7 @@ public:
     [[nodiscard]] std::optional<DefaultsValue> value(const QString &key) const override;
     void setValue(const QString &key, const DefaultsValue &value) override;
     void removeValue(const QString &key) override;
+    void removeKeptCopies() override;
 
 private:
     /// What tells one state of a file from another without reading it.
