@@ -1,6 +1,5 @@
 """What is kept, whatever happens; and how the program starts and ends."""
 
-import random
 import signal
 import stat
 import time
@@ -47,27 +46,6 @@ class PersistenceTest(DesktopCase):
         self.velloro.start()
         self.assert_kept()
         self.assertEqual(self.velloro.history(), [second, first])
-
-    def test_a_kill_at_any_moment_of_a_hundred_assignments(self):
-        # A start assigns every stored setting, more than ten of them, and writes the file where it
-        # is not as Velloro left it.
-        self.start_velloro(**CHOSEN)
-        self.velloro.stop()
-        stored = self.velloro.settings_file.read_bytes()
-        moment = random.Random(1)
-        for _ in range(12):
-            self.velloro.settings_file.write_bytes(b" " + stored)
-            mark = self.velloro.mark()
-            self.velloro.start(until="[")
-            time.sleep(moment.uniform(0, 0.03))  # any moment: nothing is awaited here
-            self.velloro.stop(signal.SIGKILL)
-            self.assertGreater(self.velloro.mark(), mark)
-            self.assert_kept()
-        self.velloro.start()
-        self.velloro.stop()
-        leftovers = [path.name for path in self.velloro.settings_file.parent.iterdir()
-                     if path != self.velloro.settings_file]
-        self.assertEqual(leftovers, [])
 
     def test_a_damaged_settings_file_is_set_aside_and_what_is_whole_in_it_stays(self):
         self.velloro.set_up(model=self.model, model_file=self.present[self.model],
