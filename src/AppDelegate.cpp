@@ -43,11 +43,9 @@ void AppDelegate::setupDictation()
     m_dictationController->updatePermissionStatus();
     m_appState.whisperManager().refreshModelStates();
     m_dictationController->updateAppStateFromWhisperManager();
-    m_dictationController->loadSelectedModelIfNeeded();
 
-    m_presetModelLoader = std::make_unique<PresetModelLoader>(
-        m_appState, m_dictationController->hotkeyManager());
-    m_presetModelLoader->loadPresetModel();
+    m_presetModelLoader = std::make_unique<PresetModelLoader>(m_appState, *m_dictationController);
+    m_presetModelLoader->loadAtLaunch();
 }
 
 void AppDelegate::bringOnboardingToFront()

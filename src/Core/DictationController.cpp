@@ -40,6 +40,28 @@ bool begins(const QString &text, const QString &start)
 
 } // namespace
 
+class DictationController::Start
+{
+public:
+    explicit Start(DictationController &controller)
+        : m_controller(&controller)
+    {
+        ++controller.m_startsUnderWay;
+    }
+    ~Start()
+    {
+        if (!m_controller)
+            return;
+        --m_controller->m_startsUnderWay;
+        m_controller->announceIdle();
+    }
+    Start(const Start &) = delete;
+    Start &operator=(const Start &) = delete;
+
+private:
+    QPointer<DictationController> m_controller;
+};
+
 DictationController::DictationController(AppState &appState, Platform &platform,
                                          PillFactory makePill, QObject *parent)
     : QObject(parent)
@@ -118,6 +140,7 @@ void DictationController::startRecording()
 QCoro::Task<void> DictationController::requestPermissionAndStart()
 {
     const QPointer<DictationController> alive(this);
+    const Start start(*this);
     const bool granted = co_await m_audioCaptureManager.requestPermission();
     if (!alive)
         co_return;
@@ -134,6 +157,7 @@ QCoro::Task<void> DictationController::requestPermissionAndStart()
 QCoro::Task<void> DictationController::startRecordingInternal()
 {
     const QPointer<DictationController> alive(this);
+    const Start start(*this);
 
     for (;;) {
         if (m_appState.transcriptionState() != TranscriptionState::idle) {
@@ -163,16 +187,10 @@ QCoro::Task<void> DictationController::startRecordingInternal()
     ++m_recordingNumber;
     m_appState.setPartialTranscript({});
 
-    if (const auto context = m_appState.whisperManager().whisperContext()) {
-        co_await context->setLanguage(rawValue(m_appState.selectedLanguage()));
-        if (!alive)
-            co_return;
-    }
-    if (const auto context = m_appState.whisperManager().whisperContext()) {
-        co_await context->setCustomDictionary(m_appState.customDictionary());
-        if (!alive)
-            co_return;
-    }
+    m_preparedContext.reset();
+    co_await prepareContext();
+    if (!alive)
+        co_return;
 
     AudioCaptureManager::StartResult started;
     if (streaming) {
@@ -200,24 +218,54 @@ QCoro::Task<void> DictationController::startRecordingInternal()
 
 QCoro::Task<bool> DictationController::loadModelJustInTime()
 {
-    const QPointer<DictationController> alive(this);
     log(u"Model not loaded, attempting to load selected model..."_qs);
+    const QPointer<DictationController> alive(this);
     WhisperManager &manager = m_appState.whisperManager();
-    const WhisperModelType type = modelType(m_appState.selectedModel());
-    if (!manager.isModelDownloaded(type)) {
-        log(u"Cannot start recording: model not downloaded."_qs);
-        tellOfMissingModel();
-        co_return false;
+    for (;;) {
+        const auto awaited = co_await manager.finishLoading();
+        if (!alive)
+            co_return false;
+        if (manager.isModelLoaded()) {
+            log(u"Successfully loaded model JIT"_qs);
+            co_return true;
+        }
+        const WhisperModelType type = modelType(m_appState.selectedModel());
+        if (!manager.isModelDownloaded(type)) {
+            if (awaited && !*awaited) {
+                reportFailedLoad(awaited->error());
+            } else {
+                log(u"Cannot start recording: model not downloaded."_qs);
+                tellOfMissingModel();
+            }
+            co_return false;
+        }
+        const auto loaded = co_await manager.loadModel(type);
+        if (!alive)
+            co_return false;
+        // A model that the user has chosen meanwhile is as good.
+        if (!loaded && !manager.isModelLoaded() && manager.loadingModelId().isEmpty()) {
+            reportFailedLoad(loaded.error());
+            co_return false;
+        }
     }
-    if (const auto loaded = co_await manager.loadModel(type); !loaded) {
-        const QString reason = localizedDescription(loaded.error());
-        log(u"Failed to load model JIT: "_qs + reason);
-        if (alive)
-            m_notices.tell(DictationNotices::Cause::modelLoadFailed, reason);
-        co_return false;
+}
+
+QCoro::Task<std::shared_ptr<WhisperContext>> DictationController::prepareContext()
+{
+    const QPointer<DictationController> alive(this);
+    // Another model may be chosen while this waits.
+    std::shared_ptr<WhisperContext> context = m_appState.whisperManager().whisperContext();
+    while (context && context != m_preparedContext.lock()) {
+        co_await context->setLanguage(rawValue(m_appState.selectedLanguage()));
+        if (!alive)
+            co_return std::shared_ptr<WhisperContext>();
+        co_await context->setCustomDictionary(m_appState.customDictionary());
+        if (!alive)
+            co_return std::shared_ptr<WhisperContext>();
+        m_preparedContext = context;
+        context = m_appState.whisperManager().whisperContext();
     }
-    log(u"Successfully loaded model JIT"_qs);
-    co_return true;
+    co_return context;
 }
 
 QCoro::Task<AudioCaptureManager::StartResult> DictationController::startStreamingCapture()
@@ -284,28 +332,52 @@ QCoro::Task<void> DictationController::transcribeAndFinish(std::vector<float> sa
                                                            bool wasStreaming, int64_t streamedCount)
 {
     const QPointer<DictationController> alive(this);
-    QString text;
-    if (const auto context = m_appState.whisperManager().whisperContext()) {
-        const QFuture<QString> transcription = context->transcribe(std::move(samples));
-        co_await qCoro(transcription).waitForFinished();
-        if (transcription.resultCount() > 0)
-            text = transcription.result();
-    }
+    const WhisperContext::TranscriptionResult heard = co_await transcribe(std::move(samples));
     if (alive)
-        finish(text, wasStreaming, streamedCount);
+        finish(heard, wasStreaming, streamedCount);
 }
 
-void DictationController::finish(const QString &text, bool wasStreaming, int64_t streamedCount)
+QCoro::Task<WhisperContext::TranscriptionResult>
+DictationController::transcribe(std::vector<float> samples)
 {
-    if (wasStreaming && streamedCount > 0) {
+    const QPointer<DictationController> alive(this);
+    WhisperContext::TranscriptionResult heard = tl::unexpected(WhisperContextError::notReady);
+    WhisperManager &manager = m_appState.whisperManager();
+    co_await manager.finishLoading();
+    if (!alive)
+        co_return heard;
+    // A model was chosen during the recording and can't be loaded: the one before serves again.
+    if (manager.whisperContext() && !manager.isModelLoaded()) {
+        co_await manager.loadModel(manager.selectedModelId());
+        if (!alive)
+            co_return heard;
+    }
+    const std::shared_ptr<WhisperContext> context = co_await prepareContext();
+    if (!context)
+        co_return heard;
+    const QFuture<WhisperContext::TranscriptionResult> transcription
+        = context->transcribe(std::move(samples));
+    co_await qCoro(transcription).waitForFinished();
+    if (transcription.resultCount() > 0)
+        heard = transcription.result();
+    co_return heard;
+}
+
+void DictationController::finish(const WhisperContext::TranscriptionResult &heard,
+                                 bool wasStreaming, int64_t streamedCount)
+{
+    if (heard && wasStreaming && streamedCount > 0) {
         log(u"Deleting %1 characters of streaming text"_qs.arg(streamedCount));
         m_textInsertionManager.deleteBackwards(streamedCount);
         m_platform.keyboardEvents->pause(pauseAfterDeletion);
     }
-    if (text.isEmpty())
-        log(u"Empty final transcription"_qs);
+    if (heard && !heard->isEmpty())
+        insertFinalText(*heard);
     else
-        insertFinalText(text);
+        log(u"Empty final transcription"_qs);
+    // What was streamed is then all that there is of the recording.
+    if (!heard)
+        m_appState.addToHistory(m_lastInsertedText);
 
     m_appState.setTranscriptionState(TranscriptionState::idle);
     m_appState.setPartialTranscript({});
@@ -313,6 +385,18 @@ void DictationController::finish(const QString &text, bool wasStreaming, int64_t
     hideRecordingPill();
     if (m_appState.playSounds())
         m_platform.systemSounds->play(u"Tink"_qs);
+    announceIdle();
+}
+
+bool DictationController::isBusy() const
+{
+    return m_startsUnderWay > 0 || m_appState.transcriptionState() != TranscriptionState::idle;
+}
+
+void DictationController::announceIdle()
+{
+    if (!isBusy())
+        Q_EMIT becameIdle();
 }
 
 void DictationController::insertFinalText(const QString &text)
@@ -357,6 +441,13 @@ void DictationController::showTextFieldNotification()
         u"Velloro"_qs,
         u"Please click on a text field before recording. You can disable this check in Settings."_qs);
     log(u"Text field not focused, showing notification"_qs);
+}
+
+void DictationController::reportFailedLoad(const ModelLoadError &error)
+{
+    const QString reason = localizedDescription(error);
+    log(u"Failed to load model JIT: "_qs + reason);
+    m_notices.tell(DictationNotices::Cause::modelLoadFailed, reason);
 }
 
 void DictationController::tellOfMissingModel()

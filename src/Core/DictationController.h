@@ -21,7 +21,8 @@ namespace Velloro {
 ///
 /// Main thread only. Asynchronous steps resume there; while they are suspended hotkey events are
 /// handled normally. The checks of `AppState::transcriptionState` guard against overlapping
-/// dictations, and between the check and the microphone's start `m_isStarting` does.
+/// dictations, and between the check and the microphone's start `m_isStarting` does. A press while a
+/// model is being loaded waits for that load; only when none is under way the controller starts one.
 class DictationController : public QObject
 {
     Q_OBJECT
@@ -55,13 +56,28 @@ public:
 
     [[nodiscard]] HotkeyManager &hotkeyManager() { return m_hotkeyManager; }
 
+    /// From a press until it has been refused, or until its dictation has ended. Meanwhile nobody
+    /// but the user replaces the model.
+    [[nodiscard]] bool isBusy() const;
+
+Q_SIGNALS:
+    /// A dictation or a refused press has come to its end, and nothing else is under way.
+    void becameIdle();
+
 private:
+    /// Keeps the controller busy for as long as it lives.
+    class Start;
+
     void setupHotkeyHandlers();
     void handleHotkeyPressed();
     void handleHotkeyReleased();
     QCoro::Task<void> requestPermissionAndStart();
     QCoro::Task<void> startRecordingInternal();
+    /// Has a model loaded; whether one is.
     QCoro::Task<bool> loadModelJustInTime();
+    /// Gives the current context language and dictionary, unless it has this recording's already.
+    /// The context that has them; null when there is none.
+    QCoro::Task<std::shared_ptr<WhisperContext>> prepareContext();
     QCoro::Task<AudioCaptureManager::StartResult> startStreamingCapture();
     [[nodiscard]] TranscriptionCallback segmentHandler();
     [[nodiscard]] AudioCaptureManager::AsyncChunkHandler chunkHandler();
@@ -69,10 +85,14 @@ private:
                                          std::vector<float> chunk);
     QCoro::Task<void> transcribeAndFinish(std::vector<float> samples, bool wasStreaming,
                                           int64_t streamedCount);
-    void finish(const QString &text, bool wasStreaming, int64_t streamedCount);
+    QCoro::Task<WhisperContext::TranscriptionResult> transcribe(std::vector<float> samples);
+    void finish(const WhisperContext::TranscriptionResult &heard, bool wasStreaming,
+                int64_t streamedCount);
+    void announceIdle();
     void insertFinalText(const QString &text);
     [[nodiscard]] bool isTextFieldFocused();
     void showTextFieldNotification();
+    void reportFailedLoad(const ModelLoadError &error);
     void tellOfMissingModel();
     void showRecordingPill();
     void hideRecordingPill();
@@ -96,6 +116,9 @@ private:
     bool m_isStreamingActive = false;
     /// A recording is about to begin.
     bool m_isStarting = false;
+    int m_startsUnderWay = 0;
+    /// The context that has been given language and dictionary for the recording.
+    std::weak_ptr<WhisperContext> m_preparedContext;
     /// Counts the recordings, so that a segment of an earlier one is recognised.
     uint64_t m_recordingNumber = 0;
 };

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "Core/AppState.h"
-#include "Managers/HotkeyManager.h"
+#include "Core/DictationController.h"
 
-#include <QCoroTask>
 #include <QObject>
 #include <QSet>
 
@@ -12,36 +10,36 @@ namespace Velloro {
 /// Sees to it that the model that the user chose for the selected preset is the one that is loaded.
 ///
 /// It acts at launch, when a preset is picked or reassigned, when the download of the selected
-/// preset's model ends, when a load for a dictation that overtook its own has ended, and when the
-/// hotkey is pressed while no model is loaded. A model is loaded only if its file is there, no
-/// recording is under way (else when it has ended) and it is not the loaded one already. Main thread
-/// only.
+/// preset's model ends, and when a dictation or a refused press has left no model loaded. From a
+/// press until the controller is idle again the models are the controller's: what falls into that
+/// time is made up for at its end. A model is loaded only if its file is there and it is neither
+/// loaded nor being loaded already. Main thread only.
 class PresetModelLoader : public QObject
 {
     Q_OBJECT
 
 public:
     /// Both outlive the loader.
-    PresetModelLoader(AppState &appState, HotkeyManager &hotkeyManager, QObject *parent = nullptr);
+    PresetModelLoader(AppState &appState, DictationController &controller,
+                      QObject *parent = nullptr);
 
+    /// Loads the one model that the launch reads: the selected preset's, else the one that the
+    /// controller looks for.
+    void loadAtLaunch();
     /// Loads the selected preset's model in the background if that is called for.
     void loadPresetModel();
 
 private:
+    /// Whether a model is loaded or on its way.
+    [[nodiscard]] bool hasModel() const;
+    void controllerBecameIdle();
     void modelStateChanged(const QString &modelId);
-    void hotkeyPressedChanged();
-    QCoro::Task<void> load(QString modelId);
-    void makeUpForOvertaken();
 
     AppState &m_appState;
-    HotkeyManager &m_hotkeyManager;
+    DictationController &m_controller;
     /// The models whose download has been seen under way.
     QSet<QString> m_downloading;
-    /// The model whose load is under way; empty when none is.
-    QString m_loadingModelId;
-    /// Our load gave way to another one, whose end it awaits.
-    bool m_wasOvertaken = false;
-    /// A load was called for while a recording was under way.
+    /// A load was called for while the controller was busy.
     bool m_isWaitingForIdle = false;
 };
 

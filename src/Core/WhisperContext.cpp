@@ -37,7 +37,7 @@ QFuture<void> WhisperContext::setCustomDictionary(const QStringList &words)
     return m_executor->run([words](Executor &executor) { executor.setCustomDictionary(words); });
 }
 
-QFuture<QString> WhisperContext::transcribe(std::vector<float> samples)
+QFuture<WhisperContext::TranscriptionResult> WhisperContext::transcribe(std::vector<float> samples)
 {
     return m_executor->run([samples = std::move(samples)](Executor &executor) {
         return executor.transcribe(samples);

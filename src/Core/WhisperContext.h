@@ -24,6 +24,7 @@ class WhisperContext
 {
 public:
     using LoadResult = tl::expected<void, WhisperContextError>;
+    using TranscriptionResult = tl::expected<QString, WhisperContextError>;
 
     /// Silences whisper.cpp's own log for the whole process. `processInfo` is kept until the work that
     /// the context has begun is done.
@@ -41,8 +42,9 @@ public:
     QFuture<void> setLanguage(const QString &code);
     /// The words that later passes are biased to.
     QFuture<void> setCustomDictionary(const QStringList &words);
-    /// The text of a whole recording, trimmed; empty on every failure.
-    QFuture<QString> transcribe(std::vector<float> samples);
+    /// The text of a whole recording, trimmed; empty when nothing was heard. Fails with `notReady`
+    /// without a model and with `transcriptionFailed` when the recogniser does.
+    QFuture<TranscriptionResult> transcribe(std::vector<float> samples);
 
     /// Begins streaming afresh. The callback is called on the main thread after each pass.
     QFuture<void> startStreaming(TranscriptionCallback callback);

@@ -190,24 +190,25 @@ void WhisperContext::Executor::setCustomDictionary(const QStringList &words)
     log(QStringLiteral("Custom dictionary set with %1 words").arg(words.size()));
 }
 
-QString WhisperContext::Executor::transcribe(const std::vector<float> &samples)
+WhisperContext::TranscriptionResult
+WhisperContext::Executor::transcribe(const std::vector<float> &samples)
 {
     if (!m_isModelLoaded || !m_context) {
         log(QStringLiteral("Cannot transcribe: model not loaded"));
-        return {};
+        return tl::unexpected(WhisperContextError::notReady);
     }
     if (samples.empty())
-        return {};
+        return QString();
     if (samples.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
         log(QStringLiteral("Cannot transcribe: %1 samples are too many").arg(samples.size()));
-        return {};
+        return tl::unexpected(WhisperContextError::transcriptionFailed);
     }
     log(QStringLiteral("Transcribing %1 samples in batch...").arg(samples.size()));
 
     const int code = recognise(samples, m_customDictionary.join(QStringLiteral(", ")), true);
     if (code != 0) {
         log(QStringLiteral("Batch transcription failed with code %1").arg(code));
-        return {};
+        return tl::unexpected(WhisperContextError::transcriptionFailed);
     }
     // Decoded as a whole: a character may begin in one segment and end in the next.
     const QString text = QString::fromUtf8(segmentTexts().join()).trimmed();

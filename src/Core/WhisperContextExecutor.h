@@ -38,7 +38,7 @@ public:
     void release();
     void setLanguage(const QString &code);
     void setCustomDictionary(const QStringList &words);
-    QString transcribe(const std::vector<float> &samples);
+    TranscriptionResult transcribe(const std::vector<float> &samples);
     void startStreaming(TranscriptionCallback callback);
     void stopStreaming();
 

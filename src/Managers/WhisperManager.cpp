@@ -163,6 +163,18 @@ QCoro::Task<WhisperManager::LoadResult> WhisperManager::loadModel(WhisperModelTy
     return loadModel(Velloro::modelId(type));
 }
 
+QCoro::Task<std::optional<WhisperManager::LoadResult>> WhisperManager::finishLoading()
+{
+    const QPointer<WhisperManager> self = this;
+    std::optional<LoadResult> outcome;
+    // One that takes the place of another is waited for in its turn.
+    while (self && m_pendingLoad) {
+        const std::shared_ptr<PendingLoad> pending = m_pendingLoad;
+        outcome = co_await pending->outcome.future();
+    }
+    co_return outcome;
+}
+
 void WhisperManager::unloadModel()
 {
     const auto context = std::exchange(m_whisperContext, nullptr);

@@ -45,6 +45,11 @@ public:
     [[nodiscard]] QString selectedModelId() const { return m_selectedModelId; }
     /// True while `whisperContext` holds a loaded model.
     [[nodiscard]] bool isModelLoaded() const { return m_isModelLoaded; }
+    /// The model whose load is under way; empty when none is.
+    [[nodiscard]] QString loadingModelId() const
+    {
+        return m_pendingLoad ? m_pendingLoad->modelId : QString();
+    }
     /// The current context, replaced at every load; null when there is none.
     [[nodiscard]] std::shared_ptr<WhisperContext> whisperContext() const { return m_whisperContext; }
     /// The models directory; empty when the platform has no application-support directory.
@@ -69,6 +74,8 @@ public:
     /// unless this model has come to be the loaded one after all.
     QCoro::Task<LoadResult> loadModel(QString modelId);
     QCoro::Task<LoadResult> loadModel(WhisperModelType type);
+    /// Waits until no load is under way any more. The outcome of the last one; absent when none was.
+    QCoro::Task<std::optional<LoadResult>> finishLoading();
     /// Drops the loaded model; its memory goes in the background.
     void unloadModel();
     /// Prepares the current context for streaming; does nothing without one.

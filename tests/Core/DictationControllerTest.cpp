@@ -1,6 +1,5 @@
 #include "Core/DictationController.h"
 
-#include "Core/PresetModelLoader.h"
 #include "Support/DictationControllerTestBase.h"
 
 using namespace Velloro;
@@ -171,26 +170,141 @@ TEST_F(DictationControllerTest, LoadsTheModelJustInTime)
     EXPECT_EQ(typed(), u"Hello world."_qs);
 }
 
+TEST_F(DictationControllerTest, APressWaitsForTheLoadThatIsUnderWay)
+{
+    // The file of the preset's type would be there, too.
+    addModel(u"small"_qs);
+    addModel(u"tiny"_qs);
+    addModel(u"base"_qs);
+    launch();
+    state->setSelectedLanguage(WhisperLanguage::polish);
+    state->setCustomDictionary(strings({"Kubernetes"}));
+    WhisperManager &manager = state->whisperManager();
+    {
+        FakeWhisper::Hold hold(FakeWhisper::Point::load);
+        manager.loadModel(u"tiny"_qs);
+        press();
+        release();
+        ASSERT_TRUE(waitForMessage(u"Model not loaded, attempting"_qs));
+        ASSERT_TRUE(hold.waitUntilHeld());
+        // The user thinks better of it.
+        manager.loadModel(u"base"_qs);
+        EXPECT_TRUE(controller->isBusy());
+    }
+    ASSERT_TRUE(waitForState(TranscriptionState::listening));
+    EXPECT_EQ(readModels(), strings({"tiny", "base"}));
+    EXPECT_EQ(messages(),
+              strings({"Model not loaded, attempting to load selected model...",
+                       "Successfully loaded model JIT", "Started recording in batch mode"}));
+    speak(4096);
+    press();
+    release();
+    ASSERT_TRUE(waitForState(TranscriptionState::idle));
+    EXPECT_EQ(FakeWhisper::calls().at(0).language, "pl");
+    EXPECT_EQ(FakeWhisper::calls().at(0).prompt, QByteArray("Kubernetes"));
+    EXPECT_FALSE(controller->isBusy());
+}
+
+TEST_F(DictationControllerTest, APressOutlivesTheFailureOfTheLoadItWaitsFor)
+{
+    launch();
+    addModel(u"tiny"_qs);
+    addModel(u"base"_qs);
+    WhisperManager &manager = state->whisperManager();
+    FakeWhisper::setLoadScript([](const QString &path) { return !path.contains(u"tiny"); });
+    const auto pressDuringLoadOf = [&](const QString &model, const QString &chosenMeanwhile) {
+        manager.unloadModel();
+        log.clear();
+        FakeWhisper::Hold hold(FakeWhisper::Point::load);
+        if (!model.isEmpty())
+            manager.loadModel(model);
+        press();
+        release();
+        ASSERT_TRUE(waitForMessage(u"Model not loaded, attempting"_qs));
+        ASSERT_TRUE(hold.waitUntilHeld());
+        if (!chosenMeanwhile.isEmpty())
+            manager.loadModel(chosenMeanwhile);
+    };
+
+    // Nothing else is there.
+    pressDuringLoadOf(u"tiny"_qs, {});
+    ASSERT_TRUE(waitForMessage(u"Failed to load model JIT: Failed to load whisper model"_qs));
+    EXPECT_EQ(state->transcriptionState(), TranscriptionState::idle);
+
+    // The file of the preset's type is.
+    addModel(u"small"_qs);
+    pressDuringLoadOf(u"tiny"_qs, {});
+    ASSERT_TRUE(waitForState(TranscriptionState::listening));
+    EXPECT_EQ(manager.selectedModelId(), u"small"_qs);
+    press();
+    release();
+    ASSERT_TRUE(waitForState(TranscriptionState::idle));
+
+    // Another model is chosen while that one is on its way.
+    pressDuringLoadOf({}, u"base"_qs);
+    ASSERT_TRUE(waitForState(TranscriptionState::listening));
+    EXPECT_EQ(manager.selectedModelId(), u"base"_qs);
+    EXPECT_EQ(readModels(), strings({"tiny", "tiny", "small", "small", "base"}));
+}
+
 TEST_F(DictationControllerTest, PressesDuringTheLoadStartOneRecording)
 {
     launch();
-    state->setSelectedModel(ModelPreset::large);
-    addModel(u"medium"_qs);
+    addModel(u"small"_qs);
+    FakeWhisper::Hold transcription;
     {
-        FakeWhisper::Hold hold(FakeWhisper::Point::load);
+        FakeWhisper::Hold load(FakeWhisper::Point::load);
         for (int presses = 1; presses <= 2; ++presses) {
             press();
             ASSERT_TRUE(waitUntil([&] { return messages().size() == presses; }));
             release();
         }
-        ASSERT_TRUE(hold.waitUntilHeld());
+        // Keeps the model busy, so that both are between their checks and the microphone.
+        state->whisperManager().whisperContext()->transcribe({0.5F});
     }
-    ASSERT_TRUE(waitForState(TranscriptionState::listening));
     ASSERT_TRUE(
         waitUntil([&] { return messages().count(u"Successfully loaded model JIT"_qs) == 2; }));
-    // The second finds the first one starting, or started.
+    transcription.release();
+    ASSERT_TRUE(waitForState(TranscriptionState::listening));
+    // In hold mode, too, a press in the middle starts nothing, and only a release ends it.
+    press();
+    ASSERT_TRUE(
+        waitForMessage(u"Cannot start recording: already recording (state: listening)"_qs));
+    release();
+    ASSERT_TRUE(waitForState(TranscriptionState::idle));
     EXPECT_EQ(messages().count(u"Started recording in batch mode"_qs), 1);
-    EXPECT_EQ(FakeWhisper::loads().size(), 1U);
+    EXPECT_EQ(readModels(), strings({"small"}));
+}
+
+TEST_F(DictationControllerTest, AModelChosenDuringTheRecordingLosesNoWord)
+{
+    addModel(u"tiny"_qs);
+    launchWithModel();
+    state->setSelectedLanguage(WhisperLanguage::polish);
+    state->setCustomDictionary(strings({"Kubernetes"}));
+    WhisperManager &manager = state->whisperManager();
+    for (const bool loads : {true, false}) {
+        SCOPED_TRACE(loads);
+        FakeWhisper::setLoadScript(
+            [=](const QString &path) { return loads || !path.contains(u"tiny"); });
+        manager.loadModel(WhisperModelType::small);
+        ASSERT_TRUE(waitForModel(u"small"_qs));
+        memory.accessibility->focusText(QString(), {0, 0});
+        press();
+        ASSERT_TRUE(waitForState(TranscriptionState::listening));
+        speak(4096);
+        {
+            FakeWhisper::Hold hold(FakeWhisper::Point::load);
+            manager.loadModel(u"tiny"_qs);
+            release();
+            ASSERT_TRUE(waitForState(TranscriptionState::transcribing));
+        }
+        ASSERT_TRUE(waitForState(TranscriptionState::idle));
+        EXPECT_EQ(typed(), u"Hello world."_qs);
+        EXPECT_EQ(manager.selectedModelId(), loads ? u"tiny"_qs : u"small"_qs);
+        EXPECT_EQ(FakeWhisper::calls().back().language, "pl");
+        EXPECT_EQ(FakeWhisper::calls().back().prompt, QByteArray("Kubernetes"));
+    }
 }
 
 TEST_F(DictationControllerTest, EndsIdleWhateverFails)
@@ -268,77 +382,6 @@ TEST_F(DictationControllerTest, ScansThePresetsThatHaveAFile)
         addModel(QString::fromLatin1(id));
     controller->updateAppStateFromWhisperManager();
     EXPECT_THAT(state->downloadedModels(), ElementsAre(ModelPreset::small, ModelPreset::medium));
-}
-
-TEST_F(DictationControllerTest, ModelOfThePresetIsTheOneThatIsUsed)
-{
-    addModel(u"small-q8_0"_qs);
-    addModel(u"base"_qs);
-    addModel(u"tiny"_qs);
-    launch();
-    WhisperManager &manager = state->whisperManager();
-    PresetModelLoader loader(*state, *hotkeys);
-    const auto waitForModel = [&](const char *id) {
-        return waitUntil([&] {
-            return manager.isModelLoaded() && manager.selectedModelId() == QString::fromLatin1(id);
-        });
-    };
-
-    loader.loadPresetModel();
-    ASSERT_TRUE(waitForModel("small-q8_0"));
-    state->setSelectedModel(ModelPreset::small);
-    ASSERT_TRUE(waitForModel("base"));
-
-    // A load that was overtaken by a dictation's is made up for, one by the user's choice is not.
-    addModel(u"small"_qs);
-    {
-        FakeWhisper::Hold hold(FakeWhisper::Point::load);
-        state->setSelectedModel(ModelPreset::medium);
-        manager.loadModel(WhisperModelType::small);
-    }
-    ASSERT_TRUE(waitForModel("small-q8_0"));
-    state->setSelectedModel(ModelPreset::small);
-    ASSERT_TRUE(waitForModel("base"));
-    {
-        FakeWhisper::Hold hold(FakeWhisper::Point::load);
-        state->setSelectedModel(ModelPreset::medium);
-        manager.loadModel(u"tiny"_qs);
-    }
-    ASSERT_TRUE(waitForModel("tiny"));
-    QCoreApplication::processEvents();
-    EXPECT_EQ(manager.selectedModelId(), u"tiny"_qs);
-    state->setSelectedModel(ModelPreset::small);
-    ASSERT_TRUE(waitForModel("base"));
-    state->setSelectedModel(ModelPreset::medium);
-    ASSERT_TRUE(waitForModel("small-q8_0"));
-    state->setSelectedModel(ModelPreset::small);
-    ASSERT_TRUE(waitForModel("base"));
-
-    // Not in the middle of a recording, but when it has ended.
-    press();
-    ASSERT_TRUE(waitForState(TranscriptionState::listening));
-    addModel(u"tiny-q5_1"_qs);
-    state->setModelId(u"tiny-q5_1"_qs, ModelPreset::small);
-    EXPECT_EQ(manager.selectedModelId(), u"base"_qs);
-    release();
-    ASSERT_TRUE(waitForModel("tiny-q5_1"));
-
-    // A download of the preset's model that ends.
-    state->setModelId(u"base-q5_1"_qs, ModelPreset::small);
-    EXPECT_EQ(manager.selectedModelId(), u"tiny-q5_1"_qs);
-    manager.downloadModel(u"base-q5_1"_qs);
-    addModel(u"base-q5_1"_qs);
-    manager.refreshModelStates();
-    ASSERT_TRUE(waitForModel("base-q5_1"));
-
-    // A file that was put there by hand: the press finds it.
-    manager.unloadModel();
-    state->setSelectedModel(ModelPreset::large);
-    state->setModelId(u"tiny"_qs, ModelPreset::large);
-    addModel(u"tiny"_qs);
-    press();
-    ASSERT_TRUE(waitForModel("tiny"));
-    release();
 }
 
 } // namespace

@@ -309,18 +309,38 @@ TEST_F(DictationStreamingTest, EndsIdleWhateverFails)
     EXPECT_EQ(state->transcriptionState(), TranscriptionState::idle);
     memory.audioEngine->startError.reset();
 
-    // The model goes in the middle: chunks are dropped, and what was typed gives way to nothing.
+    // Nothing was heard: what was typed gives way to nothing.
     start();
-    EXPECT_EQ(messages().first(), u"Started recording with realtime streaming"_qs);
-    pass("a b");
-    pass("a b");
-    state->whisperManager().unloadModel();
-    speakAndWait(2 * passInterval);
-    EXPECT_EQ(field.text(), u"a b"_qs);
-    release();
-    ASSERT_TRUE(waitForState(TranscriptionState::idle));
+    segment("a b");
+    stop("");
     EXPECT_EQ(field.text(), QString());
     EXPECT_EQ(messages().last(), u"Empty final transcription"_qs);
+    EXPECT_TRUE(state->transcriptionHistory().isEmpty());
+
+    // The recogniser fails, or the model goes in the middle and chunks are dropped: nothing better
+    // is to be had than what was typed.
+    for (const bool unloads : {false, true}) {
+        SCOPED_TRACE(unloads);
+        const InMemoryTextField newField(memory, {}, 0);
+        FakeWhisper::reset();
+        start();
+        EXPECT_EQ(messages().last(), u"Started recording with realtime streaming"_qs);
+        pass("a b");
+        pass("a b");
+        if (unloads)
+            state->whisperManager().unloadModel();
+        else
+            FakeWhisper::enqueue({.code = 3});
+        speakAndWait(100);
+        EXPECT_EQ(newField.text(), u"a b"_qs);
+        release();
+        ASSERT_TRUE(waitForState(TranscriptionState::idle));
+        EXPECT_EQ(newField.text(), u"a b"_qs);
+        EXPECT_EQ(messages().last(), u"Empty final transcription"_qs);
+        EXPECT_EQ(state->transcriptionHistory().size(), unloads ? 2 : 1);
+        EXPECT_EQ(state->transcriptionHistory().first().text, u"a b"_qs);
+        EXPECT_EQ(state->lastTranscript(), u"a b"_qs);
+    }
 }
 
 TEST_F(DictationStreamingTest, WhatStandsIsWhatWasCounted)

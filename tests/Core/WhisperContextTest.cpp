@@ -68,7 +68,7 @@ TEST_F(WhisperContextTest, ARefusedFileLeavesNoModel)
     EXPECT_THAT(takeLines(),
                 ElementsAre(line("Model unloaded. Stack trace:"), line("0 inner"), line("1 outer"),
                             line("Couldn't load model at ") + modelPath()));
-    EXPECT_EQ(await(context->transcribe({0.5F})), QString());
+    EXPECT_EQ(await(context->transcribe({0.5F})), tl::unexpected(WhisperContextError::notReady));
     EXPECT_THAT(takeLines(), ElementsAre(line("Cannot transcribe: model not loaded")));
 }
 
@@ -212,7 +212,7 @@ TEST_F(WhisperContextTest, CollectsAndTrimsTheText)
     }
 }
 
-TEST_F(WhisperContextTest, NothingToTranscribeAndAFailureGiveAnEmptyText)
+TEST_F(WhisperContextTest, NothingToTranscribeIsNoFailure)
 {
     load();
     takeLines();
@@ -221,7 +221,8 @@ TEST_F(WhisperContextTest, NothingToTranscribeAndAFailureGiveAnEmptyText)
     EXPECT_THAT(FakeWhisper::calls(), IsEmpty());
 
     FakeWhisper::enqueue({.segments = {" leftover"}, .code = -7});
-    EXPECT_EQ(await(context->transcribe({0.5F, 0.5F})), QString());
+    EXPECT_EQ(await(context->transcribe({0.5F, 0.5F})),
+              tl::unexpected(WhisperContextError::transcriptionFailed));
     EXPECT_THAT(takeLines(), ElementsAre(line("Transcribing 2 samples in batch..."),
                                          line("Batch transcription failed with code -7")));
 }
@@ -234,12 +235,12 @@ TEST_F(WhisperContextTest, OperationsRunInTheOrderOfTheirCalls)
     context->setLanguage(u"de"_qs);
     context->transcribe({0.2F});
     context->unloadModel();
-    const QFuture<QString> last = context->transcribe({0.3F});
+    const auto last = context->transcribe({0.3F});
     ASSERT_TRUE(hold.waitUntilHeld());
     EXPECT_EQ(FakeWhisper::calls().size(), 1U);
     hold.release();
 
-    EXPECT_EQ(await(last), QString());
+    EXPECT_FALSE(await(last));
     const auto calls = FakeWhisper::calls();
     ASSERT_EQ(calls.size(), 2U);
     EXPECT_EQ(calls[0].language, "en");
@@ -250,8 +251,8 @@ TEST_F(WhisperContextTest, DestructionWaitsForNothingAndFreesAfterTheWork)
 {
     load();
     FakeWhisper::Hold hold;
-    const QFuture<QString> running = context->transcribe({0.1F});
-    const QFuture<QString> queued = context->transcribe({0.2F});
+    const auto running = context->transcribe({0.1F});
+    const auto queued = context->transcribe({0.2F});
     ASSERT_TRUE(hold.waitUntilHeld());
 
     context.reset();

@@ -407,7 +407,7 @@ TEST_F(WhisperStreamingTest, AStopDropsTheBacklog)
     context->setLanguage(u"de"_qs);
     const QFuture<void> later = context->addAudioSamples(std::vector<float>(passInterval));
     const QFuture<void> stopped = context->stopStreaming();
-    const QFuture<QString> batch = context->transcribe(std::vector<float>(5));
+    const auto batch = context->transcribe(std::vector<float>(5));
     hold.release();
 
     EXPECT_EQ(await(batch), u"Hello world.");

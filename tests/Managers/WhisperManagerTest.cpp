@@ -428,20 +428,30 @@ TEST_F(WhisperManagerTest, LoadsOfTheSameModelAreOne)
                            requested, u"unloadModel called. Context exists: true"_qs, requested,
                            u"Loaded model: Tiny"_qs}));
 
-    // There and back again: the first call has what it asked for in the end.
-    Outcome first, second, third;
-    {
-        FakeWhisper::Hold hold(FakeWhisper::Point::load);
-        startLoad(tiny, first);
-        ASSERT_TRUE(hold.waitUntilHeld());
-        startLoad(small, second);
-        startLoad(tiny, third);
+    // There and back again, by another model or by none: the first call has what it asked for in
+    // the end.
+    for (const bool unloads : {false, true}) {
+        Outcome first, second, third;
+        {
+            FakeWhisper::Hold hold(FakeWhisper::Point::load);
+            startLoad(tiny, first);
+            ASSERT_TRUE(hold.waitUntilHeld());
+            if (unloads)
+                manager->unloadModel();
+            else
+                startLoad(small, second);
+            EXPECT_EQ(manager->loadingModelId(), unloads ? QString() : small);
+            startLoad(tiny, third);
+        }
+        ASSERT_TRUE(waitUntil([&] { return first && (unloads || second) && third; }));
+        EXPECT_TRUE(first->has_value());
+        EXPECT_TRUE(third->has_value());
+        EXPECT_EQ(manager->selectedModelId(), tiny);
+        EXPECT_TRUE(manager->isModelLoaded());
+        if (second) {
+            EXPECT_EQ(second->error(), ModelLoadError(WhisperError::modelNotLoaded));
+        }
     }
-    ASSERT_TRUE(waitUntil([&] { return first && second && third; }));
-    EXPECT_TRUE(first->has_value());
-    EXPECT_EQ(second->error(), ModelLoadError(WhisperError::modelNotLoaded));
-    EXPECT_TRUE(third->has_value());
-    EXPECT_EQ(manager->selectedModelId(), tiny);
 }
 
 TEST_F(WhisperManagerTest, UnloadOrEndDuringALoadLeavesNothingLoaded)
@@ -467,6 +477,49 @@ TEST_F(WhisperManagerTest, UnloadOrEndDuringALoadLeavesNothingLoaded)
         }
         EXPECT_TRUE(waitUntil([] { return FakeWhisper::liveContexts() == 0; }));
     }
+}
+
+TEST_F(WhisperManagerTest, WaitsForWhateverLoadIsUnderWay)
+{
+    placeModel(tiny);
+    placeModel(small);
+    makeManager();
+    std::optional<std::optional<WhisperManager::LoadResult>> awaited;
+    const auto wait = [&]() -> QCoro::Task<void> { awaited = co_await manager->finishLoading(); };
+    wait();
+    EXPECT_TRUE(awaited && !*awaited) << "none was";
+    Outcome first, second;
+    {
+        FakeWhisper::Hold hold(FakeWhisper::Point::load);
+        startLoad(tiny, first);
+        ASSERT_TRUE(hold.waitUntilHeld());
+        awaited.reset();
+        wait();
+        startLoad(small, second);
+        hold.letOneThrough();
+        ASSERT_TRUE(waitUntil([&] { return first || second; }));
+        QCoreApplication::processEvents();
+        EXPECT_EQ(awaited.has_value(), second.has_value());
+    }
+    ASSERT_TRUE(waitUntil([&] { return awaited.has_value(); }));
+    EXPECT_TRUE(*awaited && **awaited);
+    EXPECT_EQ(manager->selectedModelId(), small);
+    EXPECT_EQ(manager->loadingModelId(), QString());
+}
+
+TEST_F(WhisperManagerTest, StreamsInTheLanguageThatIsAskedFor)
+{
+    placeModel(tiny);
+    makeManager();
+    ASSERT_TRUE(load(tiny));
+    int segments = 0;
+    manager->startStreaming(u"pl"_qs, [&](const TranscriptionSegment &) { ++segments; });
+    // The start is a job of its own behind the language.
+    ASSERT_TRUE(waitUntil([&] {
+        manager->whisperContext()->addAudioSamples(std::vector<float>(24'000));
+        return segments > 0;
+    }));
+    EXPECT_EQ(FakeWhisper::calls().front().language, "pl");
 }
 
 TEST_F(WhisperManagerTest, UnloadsInTheBackground)

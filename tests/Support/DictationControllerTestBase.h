@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <gmock/gmock.h>
 
@@ -22,19 +23,21 @@ inline QStringList strings(std::initializer_list<const char *> texts)
     return result;
 }
 
-/// A pill that records when it is on screen.
+/// A pill that tells when it is on screen.
 class RecordedPill : public RecordingPill
 {
 public:
-    explicit RecordedPill(QStringList &calls)
-        : m_calls(calls)
+    using Listener = std::function<void(const QString &call)>;
+
+    explicit RecordedPill(Listener listener)
+        : m_listener(std::move(listener))
     {
     }
-    void show(AppState &) override { m_calls << QStringLiteral("show"); }
-    void hide() override { m_calls << QStringLiteral("hide"); }
+    void show(AppState &) override { m_listener(QStringLiteral("show")); }
+    void hide() override { m_listener(QStringLiteral("hide")); }
 
 private:
-    QStringList &m_calls;
+    Listener m_listener;
 };
 
 /// A controller on a desktop in memory: a focused text field, a microphone, the scripted
@@ -61,8 +64,9 @@ protected:
     {
         hotkeys = HotkeyManager::makeShared(memory.platform);
         state = std::make_unique<AppState>(memory.platform);
-        controller = std::make_unique<DictationController>(
-            *state, memory.platform, [this] { return std::make_unique<RecordedPill>(pill); });
+        controller = std::make_unique<DictationController>(*state, memory.platform, [this] {
+            return std::make_unique<RecordedPill>([this](const QString &call) { pill << call; });
+        });
         hotkeys->registerHotkey();
         controller->updatePermissionStatus();
         log.clear();
@@ -75,6 +79,20 @@ protected:
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         memory.fileSystem->files.insert(path);
+    }
+
+    /// The models that have been read so far, as far as reading them has begun.
+    [[nodiscard]] static QStringList readModels()
+    {
+        QStringList ids;
+        for (const FakeWhisper::Load &load : FakeWhisper::loads())
+            ids << QFileInfo(load.path).completeBaseName().mid(QStringLiteral("ggml-").size());
+        return ids;
+    }
+    [[nodiscard]] bool waitForModel(const QString &id)
+    {
+        const WhisperManager &manager = state->whisperManager();
+        return waitUntil([&] { return manager.isModelLoaded() && manager.selectedModelId() == id; });
     }
 
     /// Launches with the model of the selected preset loaded.
