@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <exception>
 #include <limits>
-#include <new>
 #include <utility>
 #include <whisper.h>
 
@@ -27,7 +26,11 @@ constexpr int stackLines = 10;
 /// The library mirrors the first 200 samples after the first one, without asking for their number.
 constexpr size_t samplesLookedAt = 201;
 /// A result code that the library does not give.
-constexpr int outOfMemory = -1000;
+constexpr int exceptionThrown = -1000;
+/// Of a prompt the library uses the last 224 tokens at most, which no text spreads over more bytes
+/// than these; but it splits the whole of it, and a word of some ten thousand letters takes more of
+/// the stack than there is.
+constexpr qsizetype promptLimit = 4000;
 
 void log(const QString &message)
 {
@@ -56,6 +59,22 @@ QStringList words(const QString &text)
     if (!word.isEmpty())
         words += word;
     return words;
+}
+
+/// The end of the prompt that the library can use, as UTF-8, from the beginning of a word where
+/// there is one.
+QByteArray usablePrompt(const QString &prompt)
+{
+    const QByteArray whole = prompt.toUtf8();
+    if (whole.size() <= promptLimit)
+        return whole;
+    qsizetype start = whole.indexOf(' ', whole.size() - promptLimit) + 1;
+    if (start == 0) {
+        start = whole.size() - promptLimit;
+        while ((whole.at(start) & 0xC0) == 0x80)
+            ++start;
+    }
+    return whole.sliced(start);
 }
 
 /// The words, from index `confirmed` on, of `heard` that `before` agrees on.
@@ -138,17 +157,17 @@ WhisperContext::LoadResult WhisperContext::Executor::loadModel(const QString &pa
         if (!ModelFile::isDamaged(path))
             m_context.reset(
                 whisper_init_from_file_with_params(path.toUtf8().constData(), parameters));
+        SerialExecutor::checkpoint();
+        if (m_context)
+            m_state.reset(whisper_init_state(m_context.get()));
     } catch (const std::exception &) {
-        // A model that is too large for the machine, or a header that claims so.
+        // The model is too large for the machine.
     }
     SerialExecutor::checkpoint();
     if (!m_context) {
         log(QStringLiteral("Couldn't load model at ") + path);
         return tl::unexpected(WhisperContextError::modelLoadFailed);
     }
-
-    m_state.reset(whisper_init_state(m_context.get()));
-    SerialExecutor::checkpoint();
     if (!m_state) {
         m_context.reset();
         return tl::unexpected(WhisperContextError::modelLoadFailed);
@@ -341,7 +360,7 @@ int WhisperContext::Executor::recognise(const std::vector<float> &samples, const
 {
     // The library reads both during the call.
     const QByteArray language = m_language.toUtf8();
-    const QByteArray initialPrompt = prompt.toUtf8();
+    const QByteArray initialPrompt = usablePrompt(prompt);
 
     whisper_full_params parameters = whisper_full_default_params(WHISPER_SAMPLING_GREEDY);
     parameters.n_threads = m_threads;
@@ -365,13 +384,13 @@ int WhisperContext::Executor::recognise(const std::vector<float> &samples, const
     }
 
     whisper_reset_timings(m_context.get());
-    int code = outOfMemory;
+    int code = exceptionThrown;
     try {
         code = whisper_full(m_context.get(), parameters,
                             lengthened.empty() ? samples.data() : lengthened.data(),
                             static_cast<int>(samples.size()));
-    } catch (const std::bad_alloc &) {
-        // A failure like the library's own.
+    } catch (const std::exception &) {
+        // Mostly for want of memory; a failure like the library's own.
     }
     SerialExecutor::checkpoint();
     return code;

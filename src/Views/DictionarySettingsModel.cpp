@@ -1,11 +1,22 @@
 #include "Views/DictionarySettingsModel.h"
 
+#include "Core/Graphemes.h"
+
 #include <algorithm>
 #include <utility>
 
 namespace Velloro {
 
 namespace {
+
+/// In user-perceived characters. The recogniser is told of some 200 short words at most; what is
+/// longer than this is no word but something pasted by mistake.
+constexpr int64_t maximumWordLength = 100;
+
+bool isTooLong(const QString &word)
+{
+    return Graphemes::count(word) > maximumWordLength;
+}
 
 bool isBlank(QChar character)
 {
@@ -38,7 +49,15 @@ void DictionarySettingsModel::setNewWord(const QString &word)
 
 bool DictionarySettingsModel::canAdd() const
 {
-    return !trimmed(m_newWord).isEmpty();
+    const QString word = trimmed(m_newWord);
+    return !word.isEmpty() && !isTooLong(word);
+}
+
+QString DictionarySettingsModel::problem() const
+{
+    if (!isTooLong(trimmed(m_newWord)))
+        return {};
+    return tr("A word can have %1 characters at most.").arg(maximumWordLength);
 }
 
 QString DictionarySettingsModel::title() const
@@ -74,7 +93,7 @@ void DictionarySettingsModel::quickAdd(const QString &word)
 bool DictionarySettingsModel::append(const QString &word)
 {
     QStringList words = m_appState.customDictionary();
-    if (word.isEmpty() || words.contains(word))
+    if (word.isEmpty() || isTooLong(word) || words.contains(word))
         return false;
     words << word;
     m_appState.setCustomDictionary(words);

@@ -16,8 +16,10 @@ class DictionarySettingsModel : public QAbstractListModel
     QML_UNCREATABLE("Made by the settings' model")
     /// What stands in the entry field.
     Q_PROPERTY(QString newWord READ newWord WRITE setNewWord NOTIFY newWordChanged)
-    /// Whether the entry field holds more than blanks.
+    /// Whether the entry field holds more than blanks, and not too much.
     Q_PROPERTY(bool canAdd READ canAdd NOTIFY newWordChanged)
+    /// What keeps the word in the entry field from being added; empty when nothing does.
+    Q_PROPERTY(QString problem READ problem NOTIFY newWordChanged)
     Q_PROPERTY(QString title READ title NOTIFY wordsChanged)
     Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY wordsChanged)
     Q_PROPERTY(QStringList suggestions READ suggestions CONSTANT)
@@ -33,13 +35,14 @@ public:
     [[nodiscard]] const QString &newWord() const { return m_newWord; }
     void setNewWord(const QString &word);
     [[nodiscard]] bool canAdd() const;
+    [[nodiscard]] QString problem() const;
     [[nodiscard]] QString title() const;
     [[nodiscard]] bool isEmpty() const { return m_words.isEmpty(); }
     [[nodiscard]] static QStringList suggestions();
     [[nodiscard]] QList<bool> suggestionsAvailable() const;
 
     /// Adds what stands in the entry field, without the blanks around it, and empties the field.
-    /// An empty word and one that is there already change nothing.
+    /// An empty word, one that is too long and one that is there already change nothing.
     Q_INVOKABLE void addWord();
     /// Adds a suggestion, unless it is there already.
     Q_INVOKABLE void quickAdd(const QString &word);

@@ -68,6 +68,14 @@ ActionList {
                 }
             }
             Note {
+                objectName: "problem"
+                Layout.fillWidth: true
+                visible: text !== ""
+                color: Theme.red
+                text: pane.dictionary.problem
+                Accessible.role: Accessible.AlertMessage
+            }
+            Note {
                 Layout.fillWidth: true
                 text: qsTr("Words you add help Whisper recognize brand names, technical terms, and proper nouns.")
             }

@@ -74,55 +74,73 @@ TEST_F(WhisperContextTest, ARefusedFileLeavesNoModel)
 
 TEST_F(WhisperContextTest, AFailedDecodingStateFreesTheModelWithoutAWord)
 {
-    FakeWhisper::setStateCreationFails(true);
-
-    EXPECT_EQ(await(context->loadModel(modelPath())),
-              tl::unexpected(WhisperContextError::modelLoadFailed));
-    EXPECT_EQ(FakeWhisper::liveContexts(), 0);
-    EXPECT_THAT(takeLines(), IsEmpty());
-}
-
-/// A model file of the least size: header, filters, vocabulary, two tensors.
-QByteArray smallModel()
-{
-    QByteArray bytes;
-    const auto number = [&bytes](uint32_t value) {
-        bytes.append(reinterpret_cast<const char *>(&value), sizeof value);
-    };
-    number(0x67676d6c);
-    for (const uint32_t field : {2, 8, 32, 1, 1, 8, 32, 1, 1, 2, 2009})
-        number(field);
-    number(2);
-    number(3);
-    bytes.append(2 * 3 * 4, '\1');
-    number(2);
-    for (const QByteArray &word : {QByteArray("a"), QByteArray("")}) {
-        number(static_cast<uint32_t>(word.size()));
-        bytes += word;
+    for (const auto outcome : {FakeWhisper::StateCreation::fails, FakeWhisper::StateCreation::throws}) {
+        FakeWhisper::setStateCreation(outcome);
+        EXPECT_EQ(await(context->loadModel(modelPath())),
+                  tl::unexpected(WhisperContextError::modelLoadFailed));
+        EXPECT_EQ(FakeWhisper::liveContexts(), 0);
+        EXPECT_THAT(takeLines(), IsEmpty());
     }
-    const auto tensor = [&](uint32_t type, qsizetype size) {
-        for (const uint32_t field : {2U, 4U, type, 32U, 2U})
-            number(field);
-        bytes += "name";
-        bytes.append(size, '\2');
-    };
-    tensor(0, 32 * 2 * 4);
-    tensor(7, 2 * 24);
-    return bytes;
 }
+
+/// A model file of the least size, and where its parts end.
+struct SmallModel
+{
+    static constexpr int filterBands = 80;
+    static constexpr int filterBins = 201;
+    /// Behind the format's mark: vocabulary; positions, width, heads and layers of the audio and of
+    /// the text half; mel bands; how the matrices are stored (q5_1).
+    std::vector<uint32_t> header = {51864, 1500, 384, 6, 1, 448, 384, 6, 1, filterBands, 2009};
+    uint32_t bins = filterBins;
+    uint32_t words = 2;
+    /// What header and layers make necessary.
+    int tensors = 11 + 15 + 24;
+    uint32_t matrixType = 7;
+    qsizetype filtersStart = 0;
+    qsizetype filtersEnd = 0;
+
+    QByteArray bytes()
+    {
+        QByteArray bytes;
+        const auto number = [&bytes](uint32_t value) {
+            bytes.append(reinterpret_cast<const char *>(&value), sizeof value);
+        };
+        number(0x67676d6c);
+        for (const uint32_t field : header)
+            number(field);
+        number(filterBands);
+        number(bins);
+        filtersStart = bytes.size();
+        bytes.append(filterBands * filterBins * 4, '\1');
+        filtersEnd = bytes.size();
+        number(words);
+        for (uint32_t word = 0; word < words; ++word) {
+            number(word % 2);
+            bytes.append(word % 2, 'a');
+        }
+        for (int tensor = 0; tensor < tensors; ++tensor) {
+            const bool isMatrix = tensor == 0;
+            for (const uint32_t field : {2U, 4U, isMatrix ? matrixType : 0U, isMatrix ? 32U : 1U, 1U})
+                number(field);
+            bytes += "name";
+            bytes.append(isMatrix ? 24 : 4, '\2');
+        }
+        return bytes;
+    }
+};
 
 TEST_F(WhisperContextTest, ADamagedModelNeverReachesTheLibrary)
 {
-    const QByteArray whole = smallModel();
+    SmallModel model;
+    const QByteArray whole = model.bytes();
     makeFile(modelPath(), whole);
     EXPECT_TRUE(await(context->loadModel(modelPath())));
 
-    const qsizetype firstTensorEnd = whole.size() - (5 * 4 + 4 + 2 * 24);
-    for (qsizetype size = 4; size < whole.size(); ++size) {
-        // How many tensors there must be is the library's knowledge.
-        if (size == firstTensorEnd)
+    QFile file(modelPath());
+    for (qsizetype size = whole.size() - 1; size >= 4; --size) {
+        if (size > model.filtersStart + 4 && size < model.filtersEnd - 4)
             continue;
-        makeFile(modelPath(), whole.first(size));
+        ASSERT_TRUE(file.resize(size));
         ASSERT_EQ(await(context->loadModel(modelPath())),
                   tl::unexpected(WhisperContextError::modelLoadFailed))
             << size;
@@ -135,6 +153,31 @@ TEST_F(WhisperContextTest, ADamagedModelNeverReachesTheLibrary)
         EXPECT_FALSE(await(context->loadModel(modelPath())));
     }
     EXPECT_EQ(FakeWhisper::loads().size(), 1U);
+}
+
+TEST_F(WhisperContextTest, AModelThatContradictsItselfNeverReachesTheLibrary)
+{
+    const auto expectRefused = [this](SmallModel model, const char *what) {
+        makeFile(modelPath(), model.bytes());
+        EXPECT_FALSE(await(context->loadModel(modelPath()))) << what;
+    };
+    const std::vector<uint32_t> wrong[] = {
+        {0, 51863, 60'000}, {0, 1499, 3000}, {0, 383, 512}, {0, 5, 7, 8}, {0, 2, 1U << 31},
+        {0, 447, 1500},     {0, 385, 512},   {0, 5, 12},    {0, 2},       {0, 79, 128},
+        {5, 8, 1008, 2040},
+    };
+    for (size_t field = 0; field < std::size(wrong); ++field) {
+        for (const uint32_t value : wrong[field]) {
+            SmallModel model;
+            model.header[field] = value;
+            expectRefused(model, qPrintable(u"field %1: %2"_qs.arg(field).arg(value)));
+        }
+    }
+    expectRefused({.bins = 200}, "frequency bins");
+    expectRefused({.words = 51865}, "more words than the vocabulary has");
+    expectRefused({.matrixType = 6}, "stored in another way than the header says");
+    expectRefused({.tensors = 51}, "a tensor too many");
+    EXPECT_THAT(FakeWhisper::loads(), IsEmpty());
 }
 
 TEST_F(WhisperContextTest, ThreadsFollowTheProcessorCores)
@@ -178,6 +221,40 @@ TEST_F(WhisperContextTest, HandsTheRecordingAndTheSettingsToTheLibrary)
     EXPECT_EQ(calls[1].prompt, QByteArray("Kubernetes, Größe"));
     EXPECT_THAT(takeLines(), ElementsAre(line("Transcribing 1 samples in batch..."),
                                          line("Batch transcription complete: 'Hello world....'")));
+}
+
+TEST_F(WhisperContextTest, AShortRecordingIsFollowedBySilence)
+{
+    // The library reads more than it is told of; here that would be something else.
+    std::vector<float> samples(300, 9.0F);
+    samples.resize(3);
+    load();
+    await(context->transcribe(std::move(samples)));
+    std::vector<float> expected(201, 0.0F);
+    std::fill_n(expected.begin(), 3, 9.0F);
+    EXPECT_EQ(FakeWhisper::calls().at(0).samplesRead, expected);
+    EXPECT_EQ(FakeWhisper::calls().at(0).samples.size(), 3U);
+}
+
+TEST_F(WhisperContextTest, OfAnEndlessPromptTheEndIsUsed)
+{
+    const QString endless(13'000, u'語');
+    const QString sentence = u"längere Wörter "_qs.repeated(1000);
+    const struct
+    {
+        QStringList words;
+        QString end;
+    } cases[] = {
+        {{endless}, QString(1333, u'語')},
+        {{endless, u"Größe"_qs}, u"Größe"_qs},
+        {{sentence + u"Ende"_qs}, u"längere Wörter "_qs.repeated(235) + u"Ende"_qs},
+    };
+    load();
+    for (const auto &[words, end] : cases) {
+        await(context->setCustomDictionary(words));
+        await(context->transcribe({0.5F}));
+        EXPECT_EQ(QString::fromUtf8(FakeWhisper::calls().back().prompt.value_or(QByteArray())), end);
+    }
 }
 
 TEST_F(WhisperContextTest, CollectsAndTrimsTheText)

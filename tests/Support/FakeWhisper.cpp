@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <condition_variable>
@@ -9,6 +10,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <set>
 #include <whisper.h>
 
@@ -41,7 +43,7 @@ struct World
     std::mutex mutex;
     std::condition_variable changed;
     std::function<bool(const QString &)> loadScript;
-    bool stateCreationFails = false;
+    StateCreation stateCreation = StateCreation::succeeds;
     std::deque<Result> results;
     std::vector<Call> calls;
     std::vector<Load> loads;
@@ -118,7 +120,7 @@ void reset()
 {
     const std::lock_guard lock(world().mutex);
     world().loadScript = {};
-    world().stateCreationFails = false;
+    world().stateCreation = StateCreation::succeeds;
     world().results.clear();
     world().calls.clear();
     world().loads.clear();
@@ -133,10 +135,10 @@ void setLoadScript(std::function<bool(const QString &)> script)
     world().loadScript = std::move(script);
 }
 
-void setStateCreationFails(bool fails)
+void setStateCreation(StateCreation outcome)
 {
     const std::lock_guard lock(world().mutex);
-    world().stateCreationFails = fails;
+    world().stateCreation = outcome;
 }
 
 void enqueue(Result result)
@@ -271,7 +273,9 @@ whisper_state *whisper_init_state(whisper_context *context)
 {
     const std::lock_guard lock(world().mutex);
     world().require(context);
-    if (world().stateCreationFails)
+    if (world().stateCreation == StateCreation::throws)
+        throw std::bad_alloc();
+    if (world().stateCreation == StateCreation::fails)
         return nullptr;
     auto state = std::make_unique<whisper_state>();
     state->context = context;
@@ -327,6 +331,7 @@ int whisper_full(whisper_context *context, whisper_full_params params, const flo
         && !params.print_timestamps;
     world().calls.push_back(
         {.samples = {samples, samples + count},
+         .samplesRead = {samples, samples + std::max(count, 201)},
          .threads = params.n_threads,
          .greedy = params.strategy == WHISPER_SAMPLING_GREEDY,
          .noContext = params.no_context,

@@ -27,6 +27,8 @@ struct Result
 struct Call
 {
     std::vector<float> samples;
+    /// All that the library reads of them: the first 201, however few there are.
+    std::vector<float> samplesRead;
     int threads = 0;
     bool greedy = false;
     bool noContext = false;
@@ -55,8 +57,9 @@ void reset();
 
 /// Decides by its path which existing file loads; an empty script restores the default.
 void setLoadScript(std::function<bool(const QString &path)> script);
-/// Whether creating a decoding state fails from now on.
-void setStateCreationFails(bool fails);
+/// What comes of creating a decoding state from now on: one, none, or an exception.
+enum class StateCreation { succeeds, fails, throws };
+void setStateCreation(StateCreation outcome);
 /// The results of the next transcriptions, in order; after them comes the default again.
 void enqueue(Result result);
 /// Shorthand for a successful transcription that hears these segments.

@@ -64,6 +64,22 @@ TEST_F(DictionarySettingsModelTest, TakesWordsWithoutTheBlanksAroundThemOnce)
     EXPECT_TRUE(model.canAdd());
 }
 
+TEST_F(DictionarySettingsModelTest, RefusesWhatIsTooLongForAWordAndSaysSo)
+{
+    const QString longest = u"👩‍👩‍👧"_qs.repeated(100);
+    type(u" %1 "_qs.arg(longest));
+    EXPECT_EQ(rows(), QStringList({longest}));
+    EXPECT_EQ(model.problem(), QString());
+
+    model.setNewWord(longest + u"a"_qs);
+    EXPECT_FALSE(model.canAdd());
+    EXPECT_EQ(model.problem(), u"A word can have 100 characters at most.");
+    model.addWord();
+    model.quickAdd(model.newWord());
+    EXPECT_EQ(rows(), QStringList({longest}));
+    EXPECT_EQ(model.newWord(), longest + u"a"_qs);
+}
+
 TEST_F(DictionarySettingsModelTest, SuggestionsAreOnOfferUntilTheyAreThere)
 {
     model.quickAdd(u"GPT-4"_qs);
