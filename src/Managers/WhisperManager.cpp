@@ -228,9 +228,13 @@ void WhisperManager::downloadDidFinish(DownloadTaskId task, const QString &locat
     const WhisperModelInfo *row = ModelCatalog::modelById(modelId);
     if (!row)
         return;
-    if (ModelFile::isForeign(location)) {
-        downloadDidComplete(task, PlatformError{0, QStringLiteral("The server sent something that "
-                                                                  "is not a speech model")});
+    // A server that does not tell the length can break off unnoticed.
+    const bool isForeign = ModelFile::isForeign(location);
+    if (isForeign || ModelFile::isDamaged(location)) {
+        downloadDidComplete(
+            task, PlatformError{0, isForeign ? QStringLiteral("The server sent something that is "
+                                                              "not a speech model")
+                                             : QStringLiteral("The download is incomplete")});
         return;
     }
 

@@ -259,20 +259,31 @@ TEST_F(WhisperManagerTest, FileThatCannotBeSavedIsAFailure)
     EXPECT_EQ(state(small), State::downloaded());
 }
 
-TEST_F(WhisperManagerTest, WhatIsNoModelIsNotSaved)
+TEST_F(WhisperManagerTest, WhatIsNoWholeModelIsNotSaved)
 {
     placeModel(tiny);
     makeManager();
-    const DownloadTaskId task = download(small);
-    // What `placeModel` writes does not begin as a model does.
-    session->delegate.downloadDidFinish(task, pathOf(tiny));
-    session->delegate.downloadDidComplete(task, std::nullopt);
-    EXPECT_EQ(state(small),
-              State::failed(u"The server sent something that is not a speech model"_qs));
-    EXPECT_FALSE(files->files.contains(pathOf(small)));
-    EXPECT_EQ(takeMessages(),
-              QStringList({u"Download failed: The server sent something that is not "
-                           "a speech model"_qs}));
+    const struct
+    {
+        QByteArray content;
+        QString problem;
+    } cases[] = {
+        {"weights", u"The server sent something that is not a speech model"_qs},
+        // Broken off by a server that had not told the length.
+        {"lmgg", u"The download is incomplete"_qs},
+    };
+    for (const auto &[content, problem] : cases) {
+        QFile file(pathOf(tiny));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+        file.close();
+        const DownloadTaskId task = download(small);
+        session->delegate.downloadDidFinish(task, pathOf(tiny));
+        session->delegate.downloadDidComplete(task, std::nullopt);
+        EXPECT_EQ(state(small), State::failed(problem));
+        EXPECT_FALSE(files->files.contains(pathOf(small)));
+        EXPECT_EQ(takeMessages(), QStringList({u"Download failed: "_qs + problem}));
+    }
 }
 
 TEST_F(WhisperManagerTest, DownloadsSeveralModelsAtOnce)
