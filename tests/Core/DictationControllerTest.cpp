@@ -10,40 +10,93 @@ namespace {
 
 using DictationControllerTest = DictationControllerTestBase;
 
+/// Cues that are told when they are played.
+class ToldSounds : public SystemSounds
+{
+public:
+    explicit ToldSounds(RecordedPill::Listener listener)
+        : m_listener(std::move(listener))
+    {
+    }
+    void play(const QString &name) override { m_listener(u"cue "_qs + name); }
+
+private:
+    RecordedPill::Listener m_listener;
+};
+
 TEST_F(DictationControllerTest, TypesWhatWasSaidWhileTheHotkeyWasHeld)
 {
     launchWithModel();
     state->setSelectedLanguage(WhisperLanguage::polish);
     state->setCustomDictionary(strings({"Kubernetes"}));
-    FakeWhisper::enqueueSegments({" dzień", " dobry"});
 
-    press();
-    ASSERT_TRUE(waitForState(TranscriptionState::listening));
-    EXPECT_THAT(pill, ElementsAre(u"show"_qs));
-    EXPECT_THAT(memory.systemSounds->played, ElementsAre(u"Pop"_qs));
-    ASSERT_TRUE(waitUntil([&] { return state->recordingDuration() > 0; }));
-    EXPECT_DOUBLE_EQ(state->recordingDuration(), 0.05);
+    QStringList events;
+    QString typedBefore;
+    const auto tell = [&](const QString &event) {
+        if (std::exchange(typedBefore, typed()) != typed())
+            events << u"type "_qs + typed();
+        events << event;
+    };
+    log.setListener([&](const QString &line) {
+        const QString tag = u"[Dictation] "_qs;
+        if (line.startsWith(tag))
+            tell(line.mid(tag.size()));
+    });
+    memory.platform.systemSounds
+        = std::make_unique<ToldSounds>([&](const QString &cue) { tell(cue); });
+    controller = std::make_unique<DictationController>(*state, memory.platform, [&] {
+        return std::make_unique<RecordedPill>([&](const QString &call) { tell(u"pill "_qs + call); });
+    });
+    QObject::connect(state.get(), &AppState::transcriptionStateChanged, controller.get(),
+                     [&] { tell(caseName(state->transcriptionState())); });
+    QObject::connect(state.get(), &AppState::transcriptionHistoryChanged, controller.get(),
+                     [&] { tell(u"history"_qs); });
+    QObject::connect(state.get(), &AppState::recordingDurationChanged, controller.get(), [&] {
+        if (state->recordingDuration() == 0)
+            tell(u"duration 0"_qs);
+    });
+    const QStringList start
+        = strings({"Started recording in batch mode", "listening", "pill show"});
+    const QStringList end = strings(
+        {"Stopped recording, got 4196 samples. Mode: batch", "transcribing",
+         "Text corrected: 'no dzień dobry' -> 'Dzień dobry'", "type Dzień dobry", "history",
+         "Final transcription: 'Dzień dobry'", "idle", "pill hide", "cue Tink"});
 
-    speak(4096);
-    speak(100);
-    release();
-    ASSERT_TRUE(waitForState(TranscriptionState::idle));
-
-    EXPECT_EQ(typed(), u"Dzień dobry"_qs);
+    for (const bool isFirst : {true, false}) {
+        SCOPED_TRACE(isFirst);
+        events.clear();
+        typedBefore.clear();
+        memory.accessibility->focusText(QString(), {0, 0});
+        FakeWhisper::enqueueSegments({" no dzień", " dobry"});
+        press();
+        ASSERT_TRUE(waitForState(TranscriptionState::listening));
+        ASSERT_TRUE(waitUntil([&] { return state->recordingDuration() > 0; }));
+        EXPECT_DOUBLE_EQ(state->recordingDuration(), 0.05);
+        speak(4096);
+        speak(100);
+        FakeWhisper::Hold hold;
+        release();
+        ASSERT_TRUE(waitForState(TranscriptionState::transcribing));
+        // The timer has stopped: it would have run out before this one does.
+        const double duration = state->recordingDuration();
+        bool isLater = false;
+        QTimer::singleShot(150, [&] { isLater = true; });
+        ASSERT_TRUE(waitUntil([&] { return isLater; }));
+        EXPECT_EQ(state->recordingDuration(), duration);
+        hold.release();
+        ASSERT_TRUE(waitForState(TranscriptionState::idle));
+        const QStringList reset = isFirst ? QStringList() : strings({"duration 0"});
+        EXPECT_EQ(events, start + reset + strings({"cue Pop"}) + end);
+    }
     EXPECT_EQ(state->lastTranscript(), u"Dzień dobry"_qs);
-    ASSERT_EQ(state->transcriptionHistory().size(), 1);
-    EXPECT_THAT(pill, ElementsAre(u"show"_qs, u"hide"_qs));
-    EXPECT_THAT(memory.systemSounds->played, ElementsAre(u"Pop"_qs, u"Tink"_qs));
-    EXPECT_EQ(messages(),
-              strings({"Started recording in batch mode",
-                       "Stopped recording, got 4196 samples. Mode: batch",
-                       "Text corrected: 'dzień dobry' -> 'Dzień dobry'",
-                       "Final transcription: 'Dzień dobry'"}));
+    EXPECT_EQ(state->transcriptionHistory().size(), 2);
     const auto calls = FakeWhisper::calls();
-    ASSERT_EQ(calls.size(), 1U);
+    ASSERT_EQ(calls.size(), 2U);
     EXPECT_EQ(calls[0].language, "pl");
     EXPECT_EQ(calls[0].prompt, QByteArray("Kubernetes"));
     EXPECT_EQ(calls[0].samples.size(), 4196U);
+    log.setListener({});
+    controller.reset();
 }
 
 TEST_F(DictationControllerTest, ToggleModeStopsAtTheSecondPressAndIsBusyMeanwhile)
@@ -83,6 +136,9 @@ TEST_F(DictationControllerTest, FocusCheckRefusesOnlyWhatIsNoTextFieldForSure)
     const Case cases[] = {
         {"text area", 7, true, u"AXTextArea"_qs, true, true},
         {"static text", 7, true, u"AXStaticText"_qs, true, true},
+        {"text field", 7, true, u"AXTextField"_qs, true, true},
+        {"search field", 7, true, u"AXSearchField"_qs, true, true},
+        {"combo box", 7, true, u"AXComboBox"_qs, true, true},
         {"button", 7, true, u"AXButton"_qs, true, false},
         {"other case", 7, true, u"axtextarea"_qs, true, false},
         {"button, check off", 7, true, u"AXButton"_qs, false, true},
@@ -132,6 +188,11 @@ TEST_F(DictationControllerTest, AsksForTheMicrophoneAndStartsOnceItIsGranted)
     release();
     EXPECT_FALSE(state->hasMicrophonePermission());
 
+    // Whatever has the focus: the question may have taken it.
+    memory.workspace->frontmost = RunningApplication{7};
+    auto button = std::make_shared<InMemoryAccessibility::Element>();
+    button->role = u"AXButton"_qs;
+    memory.accessibility->focusedOf[7] = button;
     memory.captureAuthorization->granted = true;
     press();
     ASSERT_TRUE(waitForState(TranscriptionState::listening));

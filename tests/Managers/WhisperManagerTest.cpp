@@ -175,12 +175,16 @@ TEST_F(WhisperManagerTest, DownloadsAModel)
 
     session->delegate.downloadDidWriteData(1, 50, 100);
     EXPECT_EQ(state(small), State::downloading(0.5));
+    // More than the server had told of.
+    session->delegate.downloadDidWriteData(1, 101, 100);
+    EXPECT_EQ(state(small), State::downloading(1.0));
     finish(1);
     EXPECT_EQ(state(small), State::downloaded());
     EXPECT_TRUE(files->files.contains(pathOf(small)));
-    EXPECT_EQ(progress, QList<double>({0.5}));
+    EXPECT_EQ(progress, QList<double>({0.5, 1.0}));
     EXPECT_EQ(takeMessages(),
-              QStringList({u"Downloading small-q8_0: 50%"_qs, u"Successfully saved Small Q8"_qs}));
+              QStringList({u"Downloading small-q8_0: 50%"_qs, u"Downloading small-q8_0: 100%"_qs,
+                           u"Successfully saved Small Q8"_qs}));
 
     manager->downloadModel(small);
     EXPECT_EQ(session->tasks.size(), 1);
@@ -224,13 +228,18 @@ TEST_F(WhisperManagerTest, FailedTransferCanBeStartedAfresh)
         if (state(small) == State::failed(u"Server is gone"_qs) && ++restarts == 2)
             manager->downloadModel(small);
     });
-    session->delegate.downloadDidComplete(download(small), gone);
+    int staleCalls = 0;
+    manager->downloadModel(small, [&](double) { ++staleCalls; });
+    takeMessages();
+    session->delegate.downloadDidComplete(1, gone);
     EXPECT_EQ(state(small), State::failed(u"Server is gone"_qs));
     EXPECT_EQ(takeMessages(), QStringList({u"Download failed: Server is gone (code 7)"_qs}));
 
     session->delegate.downloadDidComplete(download(small), gone);
     EXPECT_EQ(state(small), State::downloading(0.0));
     ASSERT_EQ(session->tasks.size(), 3);
+    session->delegate.downloadDidWriteData(3, 1, 2);
+    EXPECT_EQ(staleCalls, 0);
     finish(3);
     EXPECT_EQ(state(small), State::downloaded());
     // Reports of tasks that are over change nothing.

@@ -3,6 +3,7 @@
 #include "Core/Log.h"
 
 #include <QStringList>
+#include <functional>
 #include <mutex>
 #include <utility>
 
@@ -12,16 +13,31 @@ namespace Velloro {
 class LogRecorder
 {
 public:
+    using Listener = std::function<void(const QString &line)>;
+
     LogRecorder()
     {
         Log::setSink([this](const QString &line) {
-            const std::lock_guard lock(m_mutex);
-            m_lines << line;
+            Listener listener;
+            {
+                const std::lock_guard lock(m_mutex);
+                m_lines << line;
+                listener = m_listener;
+            }
+            if (listener)
+                listener(line);
         });
     }
     ~LogRecorder() { Log::setSink({}); }
     LogRecorder(const LogRecorder &) = delete;
     LogRecorder &operator=(const LogRecorder &) = delete;
+
+    /// Hears of each line when it is written, by the thread that writes it.
+    void setListener(Listener listener)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_listener = std::move(listener);
+    }
 
     [[nodiscard]] QStringList lines() const
     {
@@ -53,6 +69,7 @@ public:
 private:
     mutable std::mutex m_mutex;
     QStringList m_lines;
+    Listener m_listener;
 };
 
 } // namespace Velloro
