@@ -17,6 +17,17 @@ struct HotkeyIdentifier
     friend bool operator==(const HotkeyIdentifier &, const HotkeyIdentifier &) = default;
 };
 
+/// What the statuses of refusals say, on every system. There are others, without a known meaning.
+namespace HotkeyStatus {
+inline constexpr int32_t
+    /// The system has no hotkeys for this program.
+    unavailable = 1,
+    /// The key or a modifier is on no keyboard here, or there is no keyboard.
+    notOnKeyboard = 2,
+    /// Another program holds the combination.
+    taken = 10;
+} // namespace HotkeyStatus
+
 /// System-wide key combinations, seen whichever application has the keyboard focus.
 ///
 /// Key codes are virtual key codes (positions on the keyboard, independent of its layout; 49 is
@@ -27,7 +38,7 @@ class HotkeyRegistration
 public:
     /// A registration that is in force; 0 is none.
     using Reference = uint64_t;
-    /// A numeric status other than 0: why the system refused.
+    /// A numeric status other than 0: why the system refused (see `HotkeyStatus`).
     using Status = int32_t;
     /// Receives the identifier of the combination; nothing when it could not be read.
     using Handler = std::function<void(const HotkeyIdentifier *)>;

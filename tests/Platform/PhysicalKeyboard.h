@@ -47,12 +47,16 @@ inline void setKeySymbols(const QByteArray &statements)
     ASSERT_EQ(compiler.exitCode(), 0);
 }
 
+/// The device from which programs press keys: an on-screen keyboard's keys come from there.
+constexpr std::string_view onScreenKeyboard = "Virtual core XTEST keyboard";
+
 /// The virtual server's own keyboard, on which the test presses keys as a user does. What is still
 /// down at the end is released.
 class PhysicalKeyboard
 {
 public:
-    explicit PhysicalKeyboard(const char *display = nullptr)
+    explicit PhysicalKeyboard(const char *display = nullptr,
+                              std::string_view deviceName = "Xvfb keyboard")
         : m_xcb(xcb_connect(display, nullptr))
     {
         const auto *input = xcb_get_extension_data(m_xcb, &xcb_input_id);
@@ -70,7 +74,7 @@ public:
             const std::string_view name(
                 xcb_input_xi_device_info_name(infos.data),
                 static_cast<size_t>(xcb_input_xi_device_info_name_length(infos.data)));
-            if (name == "Xvfb keyboard")
+            if (name == deviceName)
                 m_device = static_cast<uint8_t>(infos.data->deviceid);
         }
     }

@@ -1,6 +1,7 @@
 #include "Platform/Linux/X11/X11HotkeyRegistration.h"
 
 #include "Platform/KeyWindow.h"
+#include "Platform/Linux/X11/XcbKeyboardExtension.h"
 #include "Platform/X11KeyTestBase.h"
 #include "Support/WaitUntil.h"
 
@@ -13,6 +14,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 using namespace ClassicMask;
 
@@ -71,6 +73,17 @@ protected:
         const XcbReply<xcb_set_modifier_mapping_reply_t> set(xcb_set_modifier_mapping_reply(
             xcb, xcb_set_modifier_mapping(xcb, width, keycodes), nullptr));
         ASSERT_TRUE(set && set->status == XCB_MAPPING_STATUS_SUCCESS);
+    }
+
+    /// Whether a modifier that is tapped holds for the next key.
+    void setStickyKeys(bool sticky)
+    {
+        constexpr uint32_t control = XCB_XKB_BOOL_CTRL_STICKY_KEYS;
+        constexpr uint8_t repeats[32] = {};
+        xcb_xkb_set_controls(connection->xcb(), XCB_XKB_ID_USE_CORE_KBD, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                             0, 0, control, sticky ? control : 0, XCB_XKB_CONTROL_CONTROLS_ENABLED,
+                             0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, repeats);
+        take();
     }
 
     HotkeyRegistration::Reference registerOptionSpace()
@@ -177,9 +190,63 @@ TEST_F(X11HotkeyTest, theModifierMayGoUpFirst)
     EXPECT_FALSE(window.isAnyKeyDown());
 
     // The application saw no tap on Alt alone, which would open its menu, and no space.
-    EXPECT_EQ(window.take(), "+Alt_L, +none with Alt, -none, -Alt_L");
+    EXPECT_EQ(window.take(), "+Alt_L, +Control_L with Alt, -Control_L, -Alt_L");
     keyboard.tap(Key::a);
     EXPECT_EQ(window.take(), "+a, -a");
+}
+
+TEST_F(X11HotkeyTest, noMenuOpensAndControlIsTappedOnlyWhereThatIsAll)
+{
+    KeyWindow window;
+    ASSERT_TRUE(window.isReady);
+    registerOptionSpace();
+    const auto seen = [&](const QStringList &layout) {
+        setKeyboardLayout(layout);
+        take();
+        window.take();
+        keyboard.press({Key::leftAlt, Key::space});
+        EXPECT_EQ(take(), "press");
+        keyboard.release({Key::space, Key::leftAlt});
+        EXPECT_EQ(take(), "release");
+        return window.take();
+    };
+    EXPECT_EQ(seen({u"us"_qs}), "+Alt_L, +Control_L with Alt, -Control_L, -Alt_L");
+    // Beside Alt the left one switches the layout, or either one.
+    EXPECT_EQ(seen({u"us,ru"_qs, u"-option"_qs, u"grp:lctrl_lalt_toggle"_qs}),
+              "+Alt_L, +Control_R with Alt, -Control_R, -Alt_L");
+    EXPECT_EQ(seen({u"us,ru"_qs, u"-option"_qs, u"grp:ctrl_alt_toggle"_qs}),
+              "+Alt_L, +none with Alt, -none, -Alt_L");
+
+    // A tapped Control would hold for the next key.
+    setStickyKeys(true);
+    EXPECT_EQ(seen({u"us"_qs}), "+Alt_L, +none with Alt, -none, -Alt_L");
+    setStickyKeys(false);
+}
+
+TEST_F(X11HotkeyTest, theKeysOfTheCombinationMayBeOnDifferentKeyboards)
+{
+    KeyWindow window;
+    ASSERT_TRUE(window.isReady);
+    PhysicalKeyboard other(nullptr, onScreenKeyboard);
+    ASSERT_TRUE(other.isThere());
+    registerOptionSpace();
+    ASSERT_TRUE(hotkeys->registerHotkey(spaceBar, control, {1, 8}));
+    const std::pair<PhysicalKeyboard *, PhysicalKeyboard *> cases[] = {
+        {&keyboard, &other}, {&other, &keyboard}, {&other, &other}};
+    for (const auto &[modifiers, key] : cases) {
+        modifiers->press({Key::leftAlt});
+        key->press({Key::space});
+        EXPECT_EQ(take(), "press");
+        // Both keyboards have the key now.
+        PhysicalKeyboard &second = key == &keyboard ? other : keyboard;
+        second.tap(Key::space);
+        EXPECT_EQ(take(), "");
+        key->release({Key::space});
+        EXPECT_EQ(take(), "release");
+        modifiers->release({Key::leftAlt});
+        EXPECT_THAT(window.take(), Not(HasSubstr("space")));
+        EXPECT_FALSE(window.isAnyKeyDown());
+    }
 }
 
 TEST_F(X11HotkeyTest, anotherProgramsCombinationIsTaken)

@@ -58,6 +58,9 @@ Q_SIGNALS:
     /// An event, an error included; valid during the call only.
     void eventReceived(const xcb_generic_event_t *event);
     void ended();
+    /// This program is about to press a key of its own, or has just released it.
+    void syntheticKeyComing(uint8_t keycode);
+    void syntheticKeyGone(uint8_t keycode);
 
 private:
     struct Disconnect

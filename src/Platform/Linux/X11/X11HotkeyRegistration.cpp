@@ -1,5 +1,6 @@
 #include "Platform/Linux/X11/X11HotkeyRegistration.h"
 
+#include "Platform/Linux/X11/X11ModifierTap.h"
 #include "Platform/Linux/X11/XcbReply.h"
 
 #include <algorithm>
@@ -7,6 +8,9 @@
 #include <xcb/xinput.h>
 
 namespace Velloro {
+
+static_assert(HotkeyStatus::unavailable == XCB_REQUEST && HotkeyStatus::notOnKeyboard == XCB_VALUE
+              && HotkeyStatus::taken == XCB_ACCESS);
 
 X11HotkeyRegistration::X11HotkeyRegistration(std::shared_ptr<X11Connection> connection)
     : m_connection(std::move(connection))
@@ -18,6 +22,10 @@ X11HotkeyRegistration::X11HotkeyRegistration(std::shared_ptr<X11Connection> conn
     connect(m_connection.get(), &X11Connection::eventReceived, this,
             &X11HotkeyRegistration::handleEvent);
     connect(m_connection.get(), &X11Connection::ended, this, &X11HotkeyRegistration::endPress);
+    connect(m_connection.get(), &X11Connection::syntheticKeyComing, this,
+            &X11HotkeyRegistration::letOwnKeyPass);
+    connect(m_connection.get(), &X11Connection::syntheticKeyGone, this,
+            &X11HotkeyRegistration::regrabAfterOwnKey);
 
     // One change of the layout is told in many events, and typing alone makes some.
     m_keymapChange.setSingleShot(true);
@@ -130,6 +138,11 @@ HotkeyRegistration::Status X11HotkeyRegistration::grabOnAllKeyboards(const Grab 
         else
             failure = result;
     }
+    // An on-screen keyboard alone is none that the user could be told to use.
+    for (const uint16_t device : m_keyboards->syntheticKeyboards()) {
+        if (grabOn(device, grab) == XCB_ACCESS)
+            refusal = XCB_ACCESS;
+    }
     if (refusal != 0)
         return refusal;
     // Beside others, a keyboard that was unplugged since it was listed is no failure.
@@ -156,6 +169,8 @@ void X11HotkeyRegistration::ungrabOnAllKeyboards(const Grab &grab)
     if (grab.modifierStates.empty())
         return;
     for (const uint16_t device : m_keyboards->physicalKeyboards())
+        ungrabOn(device, grab);
+    for (const uint16_t device : m_keyboards->syntheticKeyboards())
         ungrabOn(device, grab);
     // The server has done it when it answers what was asked after it.
     xcb_connection_t *const xcb = m_connection->xcb();
@@ -205,14 +220,19 @@ void X11HotkeyRegistration::handleEvent(const xcb_generic_event_t *event)
     case XCB_INPUT_KEY_PRESS: {
         const auto *press = reinterpret_cast<const xcb_input_key_press_event_t *>(event);
         if (!(press->flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT)) {
-            handleKeyPress(press->deviceid, static_cast<uint8_t>(press->detail),
-                           press->mods.effective);
+            handleKeyPress(press->deviceid, static_cast<uint8_t>(press->detail));
         }
         break;
     }
     case XCB_INPUT_KEY_RELEASE: {
         const auto *release = reinterpret_cast<const xcb_input_key_release_event_t *>(event);
         handleKeyRelease(release->deviceid, static_cast<uint8_t>(release->detail));
+        break;
+    }
+    case XCB_INPUT_RAW_KEY_RELEASE: {
+        const auto *release = reinterpret_cast<const xcb_input_raw_key_release_event_t *>(event);
+        if (m_press && m_press->isSynthetic)
+            handleKeyRelease(release->deviceid, static_cast<uint8_t>(release->detail));
         break;
     }
     case XCB_INPUT_HIERARCHY:
@@ -223,30 +243,46 @@ void X11HotkeyRegistration::handleEvent(const xcb_generic_event_t *event)
     }
 }
 
-void X11HotkeyRegistration::handleKeyPress(uint16_t device, uint8_t keycode, uint32_t modifierState)
+const X11HotkeyRegistration::Registrations::value_type *
+X11HotkeyRegistration::registrationOf(uint8_t keycode) const
+{
+    const auto hasKey = [&](const auto &entry) { return entry.second.grab.keycode == keycode; };
+    const auto first = std::ranges::find_if(m_registrations, hasKey);
+    if (first == m_registrations.end())
+        return nullptr;
+    // The server has compared the modifiers already, those of all keyboards together; the event
+    // names only its own keyboard's. They matter where the key is in several combinations.
+    if (std::ranges::count_if(m_registrations, hasKey) > 1) {
+        const uint8_t state = m_keyboards->modifierState();
+        const auto exact = std::ranges::find_if(m_registrations, [&](const auto &entry) {
+            return hasKey(entry) && std::ranges::count(entry.second.grab.modifierStates, state) > 0;
+        });
+        if (exact != m_registrations.end())
+            return &*exact;
+    }
+    return &*first;
+}
+
+void X11HotkeyRegistration::handleKeyPress(uint16_t device, uint8_t keycode)
 {
     // The same combination on a second keyboard, while it is held on the first, is no new press;
     // neither is another key on the keyboard that is grabbed.
     if (m_press)
         return;
-    const auto matches = [&](const auto &entry) {
-        const Grab &grab = entry.second.grab;
-        return grab.keycode == keycode
-            && std::ranges::count(grab.modifierStates, modifierState & 0xff) > 0;
-    };
-    const auto found = std::ranges::find_if(m_registrations, matches);
-    if (found == m_registrations.end())
+    const auto *const found = registrationOf(keycode);
+    if (!found)
         return;
 
     const auto &[reference, registration] = *found;
-    m_press = Press{reference, registration.identifier, device, keycode};
+    const bool isSynthetic = std::ranges::count(m_keyboards->syntheticKeyboards(), device) > 0;
+    m_press = Press{reference, registration.identifier, device, keycode, isSynthetic};
+    // The grab of that device ends when we type ourselves, before the release.
+    if (isSynthetic)
+        m_connection->addInputEvents(device, XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE);
 
-    // The application saw Alt or Super go down but not the key, and would take their release for
-    // a tap on that modifier, which moves the focus to a menu. A key without meaning prevents it.
-    if (registration.modifiers & (ClassicMask::option | ClassicMask::command)) {
-        if (const auto meaningless = m_keymap->unassignedKeycode())
-            m_keyboards->tap(*meaningless);
-    }
+    // The application saw the modifiers go down but not the key.
+    if (registration.modifiers & (ClassicMask::option | ClassicMask::command))
+        breakModifierTap(*m_keymap, *m_keyboards);
     if (m_pressed)
         m_pressed(&m_press->identifier);
 }
@@ -263,6 +299,8 @@ void X11HotkeyRegistration::endPress()
     if (!m_press)
         return;
     const Press ended = *std::exchange(m_press, std::nullopt);
+    if (ended.isSynthetic && m_connection->isAlive())
+        m_connection->removeInputEvents(ended.device, XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE);
     if (m_released)
         m_released(&ended.identifier);
 }
@@ -274,6 +312,31 @@ void X11HotkeyRegistration::passOnReleases()
     for (size_t keycode = 0; stuck.any() && keycode < stuck.size(); ++keycode) {
         if (stuck[keycode])
             m_keyboards->fakeKey(static_cast<uint8_t>(keycode), false);
+    }
+}
+
+void X11HotkeyRegistration::letOwnKeyPass(uint8_t keycode)
+{
+    // While the grab of a press is active, all keys of its device come here.
+    if (m_press && m_press->isSynthetic)
+        xcb_input_xi_ungrab_device(m_connection->xcb(), XCB_CURRENT_TIME, m_press->device);
+    forEachSyntheticGrab(keycode, &X11HotkeyRegistration::ungrabOn);
+}
+
+void X11HotkeyRegistration::regrabAfterOwnKey(uint8_t keycode)
+{
+    forEachSyntheticGrab(keycode, &X11HotkeyRegistration::grabOn);
+}
+
+template <typename Result>
+void X11HotkeyRegistration::forEachSyntheticGrab(
+    uint8_t keycode, Result (X11HotkeyRegistration::*change)(uint16_t, const Grab &))
+{
+    for (const auto &[reference, registration] : m_registrations) {
+        if (registration.grab.keycode != keycode || registration.grab.modifierStates.empty())
+            continue;
+        for (const uint16_t device : m_keyboards->syntheticKeyboards())
+            (void)(this->*change)(device, registration.grab);
     }
 }
 

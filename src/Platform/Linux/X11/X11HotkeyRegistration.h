@@ -14,15 +14,15 @@
 
 namespace Velloro {
 
-/// System-wide key combinations on an X server, as passive grabs on each real keyboard.
+/// System-wide key combinations on an X server, as passive grabs on each keyboard.
 ///
 /// A grab on a master keyboard would keep synthetic strokes from the application until the key is
 /// released; one on the keyboard itself leaves them alone, and dictation can type while the user
-/// holds the combination. Such a grab is not refused where another program holds the combination
+/// holds the combination. The device of synthetic strokes is grabbed as well, for on-screen
+/// keyboards; what this program sends from there itself is let pass. Such a grab is not refused where another program holds the combination
 /// on the master, so that is asked first.
 ///
-/// The statuses are the X error codes: 10 when another program holds the combination, 2 when the
-/// key or modifier is on no keyboard here or there is no keyboard, 1 without a usable X server.
+/// The statuses are the X error codes; those with a known meaning are the ones of `HotkeyStatus`.
 class X11HotkeyRegistration final : public QObject, public HotkeyRegistration
 {
     Q_OBJECT
@@ -58,6 +58,7 @@ private:
         /// 0 while it is in force.
         Status status = 0;
     };
+    using Registrations = std::map<Reference, Registration>;
     /// What is known of registrations after a change, to be told once that is over.
     using Statuses = std::vector<std::pair<Reference, Status>>;
     /// The combination that is down.
@@ -67,6 +68,8 @@ private:
         HotkeyIdentifier identifier;
         uint16_t device = 0;
         uint8_t keycode = 0;
+        /// From the device of synthetic strokes.
+        bool isSynthetic = false;
     };
 
     [[nodiscard]] std::optional<Grab> makeGrab(uint32_t keyCode, uint32_t modifiers);
@@ -82,10 +85,19 @@ private:
     void ungrabOnAllKeyboards(const Grab &grab);
 
     void handleEvent(const xcb_generic_event_t *event);
-    void handleKeyPress(uint16_t device, uint8_t keycode, uint32_t modifierState);
+    /// The registration whose grab a press of this key has made active; null for another key.
+    [[nodiscard]] const Registrations::value_type *registrationOf(uint8_t keycode) const;
+    void handleKeyPress(uint16_t device, uint8_t keycode);
     void handleKeyRelease(uint16_t device, uint8_t keycode);
     void handleHierarchyChange(const xcb_generic_event_t *event);
     void handleKeymapChange();
+    /// A key that this program sends itself is no press, and goes to the application.
+    void letOwnKeyPass(uint8_t keycode);
+    void regrabAfterOwnKey(uint8_t keycode);
+    /// Grabs or ungrabs what has this key on the devices of synthetic strokes.
+    template <typename Result>
+    void forEachSyntheticGrab(uint8_t keycode,
+                              Result (X11HotkeyRegistration::*change)(uint16_t, const Grab &));
     /// Tells the changes, and that what was refused may be tried again.
     void tellStatuses(const Statuses &statuses);
     /// Delivers the release of what is down, if anything is.
@@ -100,7 +112,7 @@ private:
     Handler m_released;
     StatusHandler m_status;
     Reference m_lastReference = 0;
-    std::map<Reference, Registration> m_registrations;
+    Registrations m_registrations;
     std::optional<Press> m_press;
     QTimer m_keymapChange;
 };

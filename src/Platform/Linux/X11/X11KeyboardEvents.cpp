@@ -1,6 +1,7 @@
 #include "Platform/Linux/X11/X11KeyboardEvents.h"
 
 #include "Platform/Linux/X11/PasteStroke.h"
+#include "Platform/Linux/X11/X11ModifierTap.h"
 
 #include <algorithm>
 #include <ranges>
@@ -236,19 +237,12 @@ std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::chord(PasteStroke str
     return key ? chord(modifiers, *key) : std::nullopt;
 }
 
-void X11KeyboardEvents::tapMeaninglessKey()
-{
-    // Alt or Super going up with nothing between would be a tap on them, which opens menus.
-    if (const auto meaningless = m_keymap->unassignedKeycode())
-        m_keyboards->tap(*meaningless);
-}
-
 void X11KeyboardEvents::liftModifiers()
 {
     const KeySet modifiers = m_keymapInForce->heldModifierKeys();
     m_lifted = m_keyboards->logicallyHeld() & modifiers;
     if (m_lifted.any())
-        tapMeaninglessKey();
+        breakModifierTap(*m_keymap, *m_keyboards);
     // The restored ones are pressed on the device of synthetic strokes, whoever else holds them.
     const KeySet released = m_lifted | std::exchange(m_restored, {});
     for (size_t key = 0; key < released.size(); ++key) {
@@ -273,7 +267,7 @@ void X11KeyboardEvents::restoreModifiers()
                                         XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE);
         return;
     }
-    tapMeaninglessKey();
+    breakModifierTap(*m_keymap, *m_keyboards);
     m_connection->addInputEvents(XCB_INPUT_DEVICE_ALL, XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE);
     // The user may have let go in between; then nobody else would release it.
     dropRestoredModifiers();

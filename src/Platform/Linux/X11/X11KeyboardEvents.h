@@ -78,7 +78,6 @@ private:
     /// device of synthetic strokes.
     void dropRestoredModifiers();
     void handleEvent(const xcb_generic_event_t *event);
-    void tapMeaninglessKey();
     /// The active window, unless it is this program's own, which can't answer while we wait.
     [[nodiscard]] xcb_window_t othersWindow();
 

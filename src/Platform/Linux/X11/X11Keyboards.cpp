@@ -76,11 +76,15 @@ std::vector<X11Keyboards::Device> X11Keyboards::slaveKeyboards() const
     return devices;
 }
 
-std::vector<uint16_t> X11Keyboards::physicalKeyboards() const
+std::vector<uint16_t> X11Keyboards::physicalKeyboards() const { return keyboards(false); }
+
+std::vector<uint16_t> X11Keyboards::syntheticKeyboards() const { return keyboards(true); }
+
+std::vector<uint16_t> X11Keyboards::keyboards(bool areSynthetic) const
 {
     std::vector<uint16_t> ids;
     for (const Device &device : slaveKeyboards()) {
-        if (!device.isSynthetic)
+        if (device.isSynthetic == areSynthetic)
             ids.push_back(device.id);
     }
     return ids;
@@ -154,12 +158,36 @@ KeySet X11Keyboards::logicallyHeld() const
     return reply ? keySet(reply->keys) : KeySet{};
 }
 
+uint8_t X11Keyboards::modifierState() const
+{
+    if (!m_connection->isAlive() || m_connection->keyboardEventBase() == 0)
+        return 0;
+    const XcbReply<xcb_xkb_get_state_reply_t> state(xcb_xkb_get_state_reply(
+        m_connection->xcb(), xcb_xkb_get_state(m_connection->xcb(), XCB_XKB_ID_USE_CORE_KBD),
+        nullptr));
+    return state ? state->mods : 0;
+}
+
+bool X11Keyboards::hasStickyKeys() const
+{
+    if (!m_connection->isAlive() || m_connection->keyboardEventBase() == 0)
+        return false;
+    const XcbReply<xcb_xkb_get_controls_reply_t> controls(xcb_xkb_get_controls_reply(
+        m_connection->xcb(), xcb_xkb_get_controls(m_connection->xcb(), XCB_XKB_ID_USE_CORE_KBD),
+        nullptr));
+    return controls && controls->enabledControls & XCB_XKB_BOOL_CTRL_STICKY_KEYS;
+}
+
 void X11Keyboards::fakeKey(uint8_t keycode, bool down)
 {
     if (!m_connection->isAlive() || !m_connection->hasXTest())
         return;
+    if (down)
+        Q_EMIT m_connection->syntheticKeyComing(keycode);
     xcb_test_fake_input(m_connection->xcb(), down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, keycode,
                         XCB_CURRENT_TIME, m_connection->root(), 0, 0, 0);
+    if (!down)
+        Q_EMIT m_connection->syntheticKeyGone(keycode);
     m_connection->flush();
 }
 

@@ -20,6 +20,9 @@ public:
     /// The devices of real keyboards: all but the one of synthetic strokes. A keyboard whose grab is
     /// active is among them.
     [[nodiscard]] std::vector<uint16_t> physicalKeyboards() const;
+    /// The devices of synthetic strokes, from which other programs' come as well: an on-screen
+    /// keyboard's, those of remote access.
+    [[nodiscard]] std::vector<uint16_t> syntheticKeyboards() const;
     /// The master keyboards, from which applications hear.
     [[nodiscard]] std::vector<uint16_t> masterKeyboards() const;
 
@@ -32,6 +35,11 @@ public:
     [[nodiscard]] KeySet heldOnAnyKeyboard() const;
     /// The keys that are down for the applications.
     [[nodiscard]] KeySet logicallyHeld() const;
+
+    /// The X modifiers that are in force for the applications, whichever keyboard they come from.
+    [[nodiscard]] uint8_t modifierState() const;
+    /// Whether modifiers that were tapped hold for the next key, as the user has set it.
+    [[nodiscard]] bool hasStickyKeys() const;
 
     /// Presses or releases a key on the device of synthetic strokes.
     void fakeKey(uint8_t keycode, bool down);
@@ -49,6 +57,7 @@ private:
     };
 
     [[nodiscard]] std::vector<Device> slaveKeyboards() const;
+    [[nodiscard]] std::vector<uint16_t> keyboards(bool areSynthetic) const;
     [[nodiscard]] KeySet heldOn(const std::vector<uint16_t> &devices) const;
 
     std::shared_ptr<X11Connection> m_connection;

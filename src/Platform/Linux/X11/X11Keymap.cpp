@@ -6,7 +6,9 @@
 #include "Platform/ModifierKeys.h"
 
 #include <algorithm>
+#include <iterator>
 #include <ranges>
+#include <span>
 #include <xkbcommon/xkbcommon-keysyms.h>
 #include <xkbcommon/xkbcommon-x11.h>
 
@@ -24,6 +26,19 @@ std::span<const xkb_keysym_t> symbols(xkb_keymap *keymap, uint8_t keycode, xkb_l
     const xkb_keysym_t *found = nullptr;
     const int count = xkb_keymap_key_get_syms_by_level(keymap, keycode, group, level, &found);
     return {found, static_cast<size_t>(std::max(count, 0))};
+}
+
+/// Those of every group and level.
+std::vector<xkb_keysym_t> allSymbols(xkb_keymap *keymap, uint8_t keycode)
+{
+    std::vector<xkb_keysym_t> all;
+    const auto groups = xkb_keymap_num_layouts_for_key(keymap, keycode);
+    for (xkb_layout_index_t group = 0; group < groups; ++group) {
+        const auto levels = xkb_keymap_num_levels_for_key(keymap, keycode, group);
+        for (xkb_level_index_t level = 0; level < levels; ++level)
+            std::ranges::copy(symbols(keymap, keycode, group, level), std::back_inserter(all));
+    }
+    return all;
 }
 
 } // namespace
@@ -112,17 +127,16 @@ bool X11Keymap::gives(uint8_t keycode, xkb_layout_index_t group, xkb_keysym_t ke
 
 bool X11Keymap::hasAnySymbol(uint8_t keycode, std::initializer_list<xkb_keysym_t> keysyms) const
 {
-    const auto groups = xkb_keymap_num_layouts_for_key(m_keymap.get(), keycode);
-    for (xkb_layout_index_t group = 0; group < groups; ++group) {
-        const auto levels = xkb_keymap_num_levels_for_key(m_keymap.get(), keycode, group);
-        for (xkb_level_index_t level = 0; level < levels; ++level) {
-            for (const xkb_keysym_t symbol : symbols(m_keymap.get(), keycode, group, level)) {
-                if (std::ranges::count(keysyms, symbol) > 0)
-                    return true;
-            }
-        }
-    }
-    return false;
+    return std::ranges::any_of(allSymbols(m_keymap.get(), keycode), [&](xkb_keysym_t symbol) {
+        return std::ranges::count(keysyms, symbol) > 0;
+    });
+}
+
+bool X11Keymap::hasOnlySymbols(uint8_t keycode, std::initializer_list<xkb_keysym_t> keysyms) const
+{
+    return std::ranges::all_of(allSymbols(m_keymap.get(), keycode), [&](xkb_keysym_t symbol) {
+        return std::ranges::count(keysyms, symbol) > 0;
+    });
 }
 
 std::optional<uint8_t> X11Keymap::keycodeAt(uint32_t virtualKeyCode)
@@ -287,6 +301,27 @@ std::optional<uint8_t> X11Keymap::modifierKey(uint16_t modifier)
 {
     const auto keys = modifierKeys({&modifier, 1}, locks());
     return keys ? std::optional(keys->front()) : std::nullopt;
+}
+
+KeySet X11Keymap::modifierKeys(uint16_t modifiers)
+{
+    KeySet keys;
+    if (!load())
+        return keys;
+    for (size_t key = 0; key < m_modifierMap.size(); ++key)
+        keys[key] = (m_modifierMap[key] & modifiers) != 0;
+    return keys;
+}
+
+std::optional<uint8_t> X11Keymap::plainControlKey()
+{
+    const KeySet controls = modifierKeys(XCB_MOD_MASK_CONTROL);
+    for (size_t key = 0; key < controls.size(); ++key) {
+        const auto keycode = static_cast<uint8_t>(key);
+        if (controls[key] && hasOnlySymbols(keycode, {XKB_KEY_Control_L, XKB_KEY_Control_R}))
+            return keycode;
+    }
+    return std::nullopt;
 }
 
 std::optional<uint8_t> X11Keymap::unassignedKeycode()

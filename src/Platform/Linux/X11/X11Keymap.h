@@ -60,6 +60,12 @@ public:
     /// One key that sets this X modifier, as things stand.
     [[nodiscard]] std::optional<uint8_t> modifierKey(uint16_t modifier);
 
+    /// All keys that set one of these X modifiers.
+    [[nodiscard]] KeySet modifierKeys(uint16_t modifiers);
+
+    /// A key that is Control whatever else is held, and switches no layout.
+    [[nodiscard]] std::optional<uint8_t> plainControlKey();
+
     /// A keycode that gives nothing at all.
     [[nodiscard]] std::optional<uint8_t> unassignedKeycode();
 
@@ -86,6 +92,7 @@ private:
                                        std::span<const uint16_t> modifiers,
                                        const KeyboardLocks &locks) const;
     [[nodiscard]] bool hasAnySymbol(uint8_t keycode, std::initializer_list<xkb_keysym_t> keysyms) const;
+    [[nodiscard]] bool hasOnlySymbols(uint8_t keycode, std::initializer_list<xkb_keysym_t> keysyms) const;
     [[nodiscard]] uint16_t modifiersOf(std::initializer_list<xkb_keysym_t> keysyms) const;
 
     std::shared_ptr<X11Connection> m_connection;
