@@ -83,6 +83,8 @@ DictationController::DictationController(AppState &appState, Platform &platform,
     // A microphone that vanishes ends the dictation with what was said until then.
     connect(&m_audioCaptureManager, &AudioCaptureManager::captureInterrupted, this,
             &DictationController::stopRecording);
+    connect(platform.screenLock.get(), &ScreenLock::locked, this,
+            &DictationController::stopRecording);
     setupHotkeyHandlers();
 }
 
@@ -125,6 +127,10 @@ void DictationController::handleHotkeyReleased()
 
 void DictationController::startRecording()
 {
+    if (!hasKeyboard()) {
+        tellWhoHasKeyboard();
+        return;
+    }
     if (!m_appState.hasMicrophonePermission()) {
         log(u"Microphone permission not granted, requesting..."_qs);
         requestPermissionAndStart();
@@ -180,6 +186,12 @@ QCoro::Task<void> DictationController::startRecordingInternal()
             alive->m_isStarting = false;
     });
 
+    // The screen may have been locked while the model was loaded.
+    if (m_platform.screenLock->isLocked()) {
+        tellWhoHasKeyboard();
+        co_return;
+    }
+
     const bool streaming = m_appState.enableRealtimeStreaming();
     m_lastInsertedText.clear();
     m_streamingInsertedCount = 0;
@@ -214,6 +226,9 @@ QCoro::Task<void> DictationController::startRecordingInternal()
     startRecordingTimer();
     if (m_appState.playSounds())
         m_platform.systemSounds->play(u"Pop"_qs);
+    // Locked since the check above: nobody would stop it.
+    if (m_platform.screenLock->isLocked())
+        stopRecording();
 }
 
 QCoro::Task<bool> DictationController::loadModelJustInTime()
@@ -366,13 +381,14 @@ DictationController::transcribe(std::vector<float> samples)
 void DictationController::finish(const WhisperContext::TranscriptionResult &heard,
                                  bool wasStreaming, int64_t streamedCount)
 {
-    if (heard && wasStreaming && streamedCount > 0) {
+    const bool isTyped = hasKeyboard();
+    if (heard && isTyped && wasStreaming && streamedCount > 0) {
         log(u"Deleting %1 characters of streaming text"_qs.arg(streamedCount));
         m_textInsertionManager.deleteBackwards(streamedCount);
         m_platform.keyboardEvents->pause(pauseAfterDeletion);
     }
     if (heard && !heard->isEmpty())
-        insertFinalText(*heard);
+        insertFinalText(*heard, isTyped);
     else
         log(u"Empty final transcription"_qs);
     // What was streamed is then all that there is of the recording.
@@ -399,7 +415,7 @@ void DictationController::announceIdle()
         Q_EMIT becameIdle();
 }
 
-void DictationController::insertFinalText(const QString &text)
+void DictationController::insertFinalText(const QString &text, bool isTyped)
 {
     QString final = text;
     if (m_appState.enableTextCorrection()) {
@@ -407,7 +423,10 @@ void DictationController::insertFinalText(const QString &text)
         if (final != text)
             log(u"Text corrected: '"_qs + text + u"' -> '"_qs + final + u"'"_qs);
     }
-    m_textInsertionManager.insertText(final);
+    if (isTyped)
+        m_textInsertionManager.insertText(final);
+    else
+        tellWhereWordsAre();
     m_appState.setLastTranscript(final);
     m_appState.addToHistory(final);
     log(u"Final transcription: '"_qs + final + u"'"_qs);
@@ -461,6 +480,32 @@ void DictationController::tellOfMissingModel()
         m_notices.tell(DictationNotices::Cause::modelMissing, rawValue(preset));
 }
 
+bool DictationController::hasKeyboard()
+{
+    return !m_platform.screenLock->isLocked() && !m_platform.screenLock->isKeyboardTaken();
+}
+
+void DictationController::tellWhoHasKeyboard()
+{
+    if (m_platform.screenLock->isLocked()) {
+        log(u"Cannot start recording: the screen is locked"_qs);
+        return;
+    }
+    log(u"Cannot start recording: another program has taken the keyboard"_qs);
+    m_platform.userNotifications->deliver(
+        u"Velloro"_qs,
+        u"Another program has taken the keyboard. Close its menu or prompt before recording."_qs);
+}
+
+void DictationController::tellWhereWordsAre()
+{
+    log(u"Keeping the transcription in the history: its field has lost the keyboard"_qs);
+    m_platform.userNotifications->deliver(
+        u"Velloro"_qs,
+        u"Your words could not be typed, because the screen was locked or another program had "
+        "taken the keyboard. They are in the history."_qs);
+}
+
 void DictationController::showRecordingPill()
 {
     if (!m_pillWindowController)
@@ -490,7 +535,8 @@ void DictationController::handleTranscriptionSegment(const TranscriptionSegment 
     shown.removeAll(QString());
     m_appState.setPartialTranscript(shown.join(u' '));
 
-    if (!confirmed.isEmpty() && confirmed != m_lastInsertedText) {
+    // What can't be typed now comes with a later segment.
+    if (!confirmed.isEmpty() && confirmed != m_lastInsertedText && hasKeyboard()) {
         typeStreamedText(confirmed);
         m_lastInsertedText = confirmed;
     }

@@ -39,7 +39,8 @@ public:
 
     /// Requests a dictation; may be refused, with a log line and a notification.
     void startRecording();
-    /// Ends the recording and has its text produced; ignored unless the state is `listening`.
+    /// Ends the recording and has its text produced; ignored unless the state is `listening`. A
+    /// locked screen ends it as well: the text goes to the history alone then.
     void stopRecording();
     /// Refreshes the two permission flags of the state.
     void updatePermissionStatus();
@@ -89,11 +90,16 @@ private:
     void finish(const WhisperContext::TranscriptionResult &heard, bool wasStreaming,
                 int64_t streamedCount);
     void announceIdle();
-    void insertFinalText(const QString &text);
+    /// Types the text unless `isTyped` is false, and records it.
+    void insertFinalText(const QString &text, bool isTyped);
     [[nodiscard]] bool isTextFieldFocused();
     void showTextFieldNotification();
     void reportFailedLoad(const ModelLoadError &error);
     void tellOfMissingModel();
+    /// Whether what is typed reaches the window in front, not a screen locker or the like.
+    [[nodiscard]] bool hasKeyboard();
+    void tellWhoHasKeyboard();
+    void tellWhereWordsAre();
     void showRecordingPill();
     void hideRecordingPill();
     void startRecordingTimer();

@@ -13,6 +13,7 @@
 #include "Platform/Pasteboard.h"
 #include "Platform/ProcessInfo.h"
 #include "Platform/ScreenFrames.h"
+#include "Platform/ScreenLock.h"
 #include "Platform/SystemSettings.h"
 #include "Platform/SystemSounds.h"
 #include "Platform/TrayHost.h"
@@ -47,6 +48,7 @@ struct Platform
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<UserNotifications> userNotifications;
     std::unique_ptr<ScreenFrames> screenFrames;
+    std::unique_ptr<ScreenLock> screenLock;
     std::unique_ptr<SystemSettings> systemSettings;
     std::unique_ptr<SystemSounds> systemSounds;
     std::unique_ptr<TrayHost> trayHost;

@@ -177,6 +177,52 @@ TEST_F(DictationControllerTest, FocusCheckRefusesOnlyWhatIsNoTextFieldForSure)
               "check in Settings."_qs);
 }
 
+TEST_F(DictationControllerTest, RecordsNothingWhereNoFieldHasTheKeyboard)
+{
+    launchWithModel();
+    InMemoryScreenLock &screen = *memory.screenLock;
+    screen.isScreenLocked = true;
+    press();
+    ASSERT_TRUE(waitForMessage(u"Cannot start recording: the screen is locked"_qs));
+    EXPECT_TRUE(memory.userNotifications->delivered.empty()) << "nobody is there";
+    screen.isScreenLocked = false;
+    screen.isTaken = true;
+    press();
+    ASSERT_TRUE(
+        waitForMessage(u"Cannot start recording: another program has taken the keyboard"_qs));
+    EXPECT_EQ(memory.userNotifications->delivered.size(), 1U);
+    EXPECT_THAT(pill, IsEmpty());
+    EXPECT_EQ(memory.audioEngine, nullptr);
+}
+
+TEST_F(DictationControllerTest, ALockEndsTheRecordingAndItsWordsGoToTheHistoryAlone)
+{
+    launchWithModel();
+    InMemoryScreenLock &screen = *memory.screenLock;
+    const auto expectKept = [&](qsizetype count) {
+        ASSERT_TRUE(waitForState(TranscriptionState::idle));
+        EXPECT_EQ(typed(), u""_qs);
+        EXPECT_EQ(state->transcriptionHistory().size(), count);
+        EXPECT_EQ(memory.userNotifications->delivered.size(), size_t(count));
+        screen.isScreenLocked = screen.isTaken = false;
+    };
+    press();
+    ASSERT_TRUE(waitForState(TranscriptionState::listening));
+    speak(4096);
+    screen.lock();
+    EXPECT_EQ(state->transcriptionState(), TranscriptionState::transcribing);
+    expectKept(1);
+    release();
+
+    // A locker that only takes the keyboard.
+    press();
+    ASSERT_TRUE(waitForState(TranscriptionState::listening));
+    speak(4096);
+    screen.isTaken = true;
+    release();
+    expectKept(2);
+}
+
 TEST_F(DictationControllerTest, AsksForTheMicrophoneAndStartsOnceItIsGranted)
 {
     memory.captureAuthorization->status = AuthorizationStatus::denied;

@@ -115,6 +115,24 @@ protected:
     }
 };
 
+TEST_F(DictationStreamingTest, NothingIsTypedOrDeletedWhileTheFieldHasLostTheKeyboard)
+{
+    start();
+    segment("Here");
+    EXPECT_EQ(typed(), u"Here"_qs);
+    memory.screenLock->isTaken = true;
+    segment("Here it");
+    EXPECT_EQ(typed(), u"Here"_qs);
+    memory.screenLock->isTaken = false;
+    segment("Here it is");
+    EXPECT_EQ(typed(), u"Here it is"_qs);
+
+    memory.screenLock->isTaken = true;
+    stop(" Here it is.");
+    EXPECT_EQ(typed(), u"Here it is"_qs);
+    EXPECT_EQ(state->lastTranscript(), u"Here it is."_qs);
+}
+
 TEST_F(DictationStreamingTest, TypesWhatIsConfirmedAndReplacesItByTheFinalText)
 {
     struct Case

@@ -14,6 +14,7 @@
 #include "Support/InMemoryPasteboard.h"
 #include "Support/InMemoryProcessInfo.h"
 #include "Support/InMemoryScreenFrames.h"
+#include "Support/InMemoryScreenLock.h"
 #include "Support/InMemorySystemSettings.h"
 #include "Support/InMemorySystemSounds.h"
 #include "Support/InMemoryTrayHost.h"
@@ -59,6 +60,7 @@ public:
         make(platform.workspace, workspace);
         make(platform.userNotifications, userNotifications);
         platform.screenFrames = std::make_unique<InMemoryScreenFrames>();
+        make(platform.screenLock, screenLock);
         make(platform.systemSettings, systemSettings);
         make(platform.systemSounds, systemSounds);
         platform.trayHost = std::make_unique<InMemoryTrayHost>();
@@ -88,6 +90,7 @@ public:
     InMemoryAppearance *appearance = nullptr;
     InMemoryWorkspace *workspace = nullptr;
     InMemoryUserNotifications *userNotifications = nullptr;
+    InMemoryScreenLock *screenLock = nullptr;
     InMemorySystemSettings *systemSettings = nullptr;
     InMemorySystemSounds *systemSounds = nullptr;
     InMemoryUserDefaults *userDefaults = nullptr;

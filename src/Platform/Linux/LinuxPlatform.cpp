@@ -8,11 +8,13 @@
 #include "Platform/Linux/JsonUserDefaults.h"
 #include "Platform/Linux/LinuxFileSystem.h"
 #include "Platform/Linux/LinuxProcessInfo.h"
+#include "Platform/Linux/LinuxScreenLock.h"
 #include "Platform/Linux/NetworkDownloadSession.h"
 #include "Platform/Linux/PackagedUpdater.h"
 #include "Platform/Linux/PulseAudioEngine.h"
 #include "Platform/Linux/PulseCaptureAuthorization.h"
 #include "Platform/Linux/PulseSystemSounds.h"
+#include "Platform/Linux/SessionBus.h"
 #include "Platform/Linux/WindowKeyEvents.h"
 #include "Platform/Linux/X11/X11HotkeyRegistration.h"
 #include "Platform/Linux/X11/X11KeyboardEvents.h"
@@ -56,6 +58,8 @@ Platform makeLinuxPlatform()
     platform.systemSettings = std::make_unique<DesktopSettings>();
     platform.screenFrames = std::make_unique<X11ScreenFrames>(display);
     platform.workspace = std::make_unique<X11Workspace>(display);
+    platform.screenLock = std::make_unique<LinuxScreenLock>(
+        std::make_unique<DBusLockState>(SessionBus::connection()), display);
     platform.accessibility = std::move(accessibility);
     platform.pasteboard = std::move(pasteboard);
 

@@ -1,0 +1,187 @@
+#include "Platform/Linux/LinuxScreenLock.h"
+
+#include "Platform/Linux/X11/X11HotkeyRegistration.h"
+#include "Platform/X11KeyTestBase.h"
+#include "Support/WaitUntil.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
+#include <QSignalSpy>
+
+namespace Velloro {
+namespace {
+
+/// Screen savers and a login manager on a connection of their own, which answer as the test wants.
+class Desktop : public QDBusVirtualObject
+{
+public:
+    Desktop()
+    {
+        bus.registerVirtualObject(u"/"_qs, this, QDBusConnection::SubPath);
+    }
+    ~Desktop() override
+    {
+        bus = QDBusConnection(QString());
+        QDBusConnection::disconnectFromBus(u"velloro-test-lock"_qs);
+    }
+
+    QString introspect(const QString &) const override { return {}; }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
+    {
+        if (!isAnswering)
+            return true;
+        QVariant answer;
+        if (message.member() == u"GetActive")
+            answer = isActive;
+        else if (message.member() == u"GetSession" && message.arguments() == QVariantList{u"7"_qs})
+            answer = QVariant::fromValue(QDBusObjectPath(sessionPath));
+        else if (message.arguments().value(1).toString() == u"Id")
+            answer = QVariant::fromValue(QDBusVariant(u"7"_qs));
+        else if (message.arguments().value(1).toString() == u"LockedHint" && message.path() == sessionPath)
+            answer = QVariant::fromValue(QDBusVariant(isHinted));
+        ++answers;
+        connection.send(answer.isValid() ? message.createReply(answer)
+                                         : message.createErrorReply(QDBusError::UnknownMethod, u""_qs));
+        return true;
+    }
+
+    void tellActive(const QString &name, bool active)
+    {
+        QDBusMessage signal = QDBusMessage::createSignal(u"/somewhere"_qs, name, u"ActiveChanged"_qs);
+        signal << active;
+        bus.send(signal);
+    }
+    void tellHint(const QString &path, bool hint)
+    {
+        QDBusMessage signal = QDBusMessage::createSignal(
+            path, u"org.freedesktop.DBus.Properties"_qs, u"PropertiesChanged"_qs);
+        signal << u"org.freedesktop.login1.Session"_qs << QVariantMap{{u"LockedHint"_qs, hint}}
+               << QStringList();
+        bus.send(signal);
+    }
+
+    const QString sessionPath = u"/org/freedesktop/login1/session/_37"_qs;
+    QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus,
+                                                        u"velloro-test-lock"_qs);
+    bool isAnswering = true;
+    bool isActive = false;
+    bool isHinted = false;
+    int answers = 0;
+};
+
+class DBusLockStateTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!QDBusConnection::sessionBus().isConnected())
+            GTEST_SKIP() << "needs a session bus";
+        ASSERT_TRUE(desktop.bus.registerService(gnome));
+        ASSERT_TRUE(desktop.bus.registerService(u"org.freedesktop.login1"_qs));
+    }
+    /// One bus is both.
+    void start()
+    {
+        state = std::make_unique<DBusLockState>(QDBusConnection::sessionBus(),
+                                                qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"));
+        locks = std::make_unique<QSignalSpy>(state.get(), &DBusLockState::locked);
+    }
+    bool becomes(bool isLocked)
+    {
+        return waitUntil([&] { return state->isLocked() == isLocked; });
+    }
+
+    const QString gnome = u"org.gnome.ScreenSaver"_qs;
+    Desktop desktop;
+    std::unique_ptr<DBusLockState> state;
+    std::unique_ptr<QSignalSpy> locks;
+};
+
+TEST_F(DBusLockStateTest, followsScreenSaversAndTheLoginManager)
+{
+    start();
+    ASSERT_TRUE(waitUntil([&] { return desktop.answers == 4; })) << "all have been asked";
+    EXPECT_FALSE(state->isLocked());
+    int times = 0;
+    for (const char *name : {"org.gnome.ScreenSaver", "org.freedesktop.ScreenSaver",
+                             "org.cinnamon.ScreenSaver", "org.mate.ScreenSaver",
+                             "org.xfce.ScreenSaver"}) {
+        for (const bool active : {true, false}) {
+            desktop.tellActive(QString::fromLatin1(name), active);
+            EXPECT_TRUE(becomes(active)) << name;
+        }
+        EXPECT_EQ(locks->count(), ++times);
+    }
+
+    desktop.tellHint(desktop.sessionPath, true);
+    EXPECT_TRUE(becomes(true));
+    // Two say so; another user's session says nothing about this one.
+    desktop.tellActive(gnome, true);
+    desktop.tellHint(u"/org/freedesktop/login1/session/_38"_qs, false);
+    desktop.tellHint(desktop.sessionPath, false);
+    EXPECT_EQ(locks->count(), ++times);
+    // One that ends holds no lock.
+    EXPECT_TRUE(state->isLocked());
+    desktop.bus.unregisterService(gnome);
+    EXPECT_TRUE(becomes(false));
+    desktop.isActive = true;
+    desktop.bus.registerService(gnome);
+    EXPECT_TRUE(becomes(true));
+}
+
+TEST_F(DBusLockStateTest, knowsWhatWasLockedBefore)
+{
+    for (bool Desktop::*lock : {&Desktop::isActive, &Desktop::isHinted}) {
+        desktop.*lock = true;
+        start();
+        EXPECT_TRUE(becomes(true));
+        desktop.*lock = false;
+    }
+}
+
+using X11ScreenLockTest = X11KeyTestBase;
+
+TEST_F(X11ScreenLockTest, tellsWhetherTheKeyboardIsTaken)
+{
+    X11KeyboardGrab grab(connection);
+    EXPECT_FALSE(grab.isHeldByAnother());
+    const auto locker = X11Connection::open();
+    const auto sync = [&] { (void)X11Keyboards(locker).logicallyHeld(); };
+    const XcbReply<xcb_grab_keyboard_reply_t> taken(xcb_grab_keyboard_reply(
+        locker->xcb(),
+        xcb_grab_keyboard(locker->xcb(), 0, locker->root(), XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC,
+                          XCB_GRAB_MODE_ASYNC),
+        nullptr));
+    ASSERT_EQ(taken->status, XCB_GRAB_STATUS_SUCCESS);
+    EXPECT_TRUE(grab.isHeldByAnother());
+
+    // At a press of the hotkey, too, whose own grab does not hide it.
+    X11HotkeyRegistration hotkeys(connection);
+    std::vector<bool> answers;
+    hotkeys.setPressedHandler([&](auto) { answers.push_back(grab.isHeldByAnother()); });
+    ASSERT_TRUE(hotkeys.registerHotkey(49, ClassicMask::command, {1, 1}));
+    const auto press = [&] {
+        keyboard.press({Key::leftSuper, Key::space});
+        const size_t count = answers.size();
+        EXPECT_TRUE(waitUntil([&] { return answers.size() > count; }));
+        keyboard.release({Key::space, Key::leftSuper});
+    };
+    press();
+    xcb_ungrab_keyboard(locker->xcb(), XCB_CURRENT_TIME);
+    sync();
+    press();
+    // A desktop that waits for a tap on Super has the keyboard only while Super is held.
+    xcb_grab_key(locker->xcb(), 1, locker->root(), XCB_MOD_MASK_ANY, Key::leftSuper,
+                 XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    sync();
+    press();
+    EXPECT_EQ(answers, (std::vector<bool>{true, false, false}));
+    EXPECT_FALSE(grab.isHeldByAnother());
+    EXPECT_TRUE(X11Keyboards(connection).logicallyHeld().none());
+}
+
+} // namespace
+} // namespace Velloro
