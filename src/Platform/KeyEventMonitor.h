@@ -18,6 +18,8 @@ struct KeyEvent
     uint32_t keyCode = 0;
     /// The modifiers that are held, after a change of them: bits of `EventFlag`. Other bits may be set.
     uint32_t modifierFlags = 0;
+    /// A modifier is held that is none of `EventFlag`, such as AltGr. Locks are not held.
+    bool hasOtherModifier = false;
 
     friend bool operator==(const KeyEvent &, const KeyEvent &) = default;
 };

@@ -1,5 +1,7 @@
 #include "Views/HotkeyRecorderModel.h"
 
+#include "Views/HotkeyProblem.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -46,10 +48,10 @@ HotkeyRecorderModel::~HotkeyRecorderModel()
 
 QString HotkeyRecorderModel::problem() const
 {
-    if (!m_hotkeyManager.registrationStatus())
-        return {};
-    return tr("%1 is taken by another program. Choose another combination.")
-        .arg(m_hotkeyManager.hotkeyDisplayString());
+    if (m_isKeyRefused)
+        return tr("AltGr can't be part of a hotkey, only Control, Alt, Shift and Super.");
+    return hotkeyProblem(m_hotkeyManager.registrationStatus(),
+                         m_hotkeyManager.hotkeyDisplayString(), HotkeyProblemPlace::recorder);
 }
 
 void HotkeyRecorderModel::toggle()
@@ -63,6 +65,7 @@ void HotkeyRecorderModel::toggle()
 void HotkeyRecorderModel::start()
 {
     setTempDisplayString({});
+    setIsKeyRefused(false);
     m_hotkeyManager.setIsPaused(true);
     m_monitor = m_keyEventMonitor.addLocalMonitor(
         [this](const KeyEvent &event) { return handle(event); });
@@ -75,6 +78,7 @@ void HotkeyRecorderModel::stop()
         return;
     m_hotkeyManager.setIsPaused(false);
     m_monitor.reset();
+    setIsKeyRefused(false);
     Q_EMIT isRecordingChanged();
 }
 
@@ -83,6 +87,9 @@ bool HotkeyRecorderModel::handle(const KeyEvent &event)
     const uint32_t flags = deviceIndependent(event.modifierFlags);
     if (event.type == KeyEvent::Type::flagsChanged)
         setTempDisplayString(HotkeyManager::string(0, flags));
+    else if (event.hasOtherModifier)
+        // Without that modifier it would be another combination, perhaps a key needed for typing.
+        setIsKeyRefused(true);
     else if (!std::ranges::count(modifierKeyCodes, event.keyCode))
         accept(event.keyCode, HotkeyManager::nsEventToCarbonModifiers(flags));
     return true;
@@ -93,6 +100,12 @@ void HotkeyRecorderModel::accept(uint32_t keyCode, uint32_t modifiers)
     m_hotkeyManager.updateHotkey(keyCode, modifiers);
     // Not now: the monitor is calling.
     QMetaObject::invokeMethod(this, &HotkeyRecorderModel::stop, Qt::QueuedConnection);
+}
+
+void HotkeyRecorderModel::setIsKeyRefused(bool refused)
+{
+    if (std::exchange(m_isKeyRefused, refused) != refused)
+        Q_EMIT problemChanged();
 }
 
 void HotkeyRecorderModel::setTempDisplayString(const QString &text)

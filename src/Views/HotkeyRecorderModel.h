@@ -22,7 +22,7 @@ class HotkeyRecorderModel : public QObject
     Q_PROPERTY(QString tempDisplayString READ tempDisplayString NOTIFY tempDisplayStringChanged)
     /// The combination in force, or that was asked for and could not be had.
     Q_PROPERTY(QString displayString READ displayString NOTIFY displayStringChanged)
-    /// That the combination can't be had, and what to do; else empty.
+    /// Why the combination does not work, or why the last key is none, and what to do; else empty.
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
 
 public:
@@ -51,12 +51,15 @@ private:
     void start();
     bool handle(const KeyEvent &event);
     void accept(uint32_t keyCode, uint32_t modifiers);
+    void setIsKeyRefused(bool refused);
     void setTempDisplayString(const QString &text);
 
     HotkeyManager &m_hotkeyManager;
     KeyEventMonitor &m_keyEventMonitor;
     std::unique_ptr<KeyEventMonitor::Monitor> m_monitor;
     QString m_tempDisplayString;
+    /// The last key came with a modifier that no combination can have.
+    bool m_isKeyRefused = false;
 };
 
 } // namespace Velloro

@@ -1,6 +1,7 @@
 #include "Views/MenuBarModel.h"
 
 #include "Views/EnhancedModelRowModel.h"
+#include "Views/HotkeyProblem.h"
 #include "Views/StatusText.h"
 
 #include <QTimer>
@@ -38,9 +39,8 @@ QString MenuBarModel::hotkeyText() const
 
 QString MenuBarModel::hotkeyProblem() const
 {
-    if (!m_hotkeyManager.registrationStatus())
-        return {};
-    return tr("%1 is taken. Choose another hotkey in Settings.").arg(hotkeyText());
+    return Velloro::hotkeyProblem(m_hotkeyManager.registrationStatus(), hotkeyText(),
+                                  HotkeyProblemPlace::panel);
 }
 
 QString MenuBarModel::recordingModeText() const

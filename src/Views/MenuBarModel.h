@@ -17,7 +17,7 @@ class MenuBarModel : public QObject
     QML_UNCREATABLE("Made by the menu bar extra")
     Q_PROPERTY(QString stateText READ stateText NOTIFY stateTextChanged)
     Q_PROPERTY(QString hotkeyText READ hotkeyText NOTIFY hotkeyTextChanged)
-    /// That another program holds the hotkey, and what to do; else empty.
+    /// Why the hotkey does not work, and what to do; else empty.
     Q_PROPERTY(QString hotkeyProblem READ hotkeyProblem NOTIFY hotkeyTextChanged)
     Q_PROPERTY(QString recordingModeText READ recordingModeText NOTIFY recordingModeTextChanged)
     /// One `EnhancedModelRowModel` per preset.

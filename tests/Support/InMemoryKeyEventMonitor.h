@@ -13,13 +13,13 @@ public:
     [[nodiscard]] int monitorCount() const { return int(m_monitors.size()); }
 
     /// Presses a key, or changes the modifiers; true when somebody swallowed the event.
-    bool keyDown(uint32_t keyCode, uint32_t modifierFlags = 0)
+    bool keyDown(uint32_t keyCode, uint32_t modifierFlags = 0, bool hasOtherModifier = false)
     {
-        return deliver({KeyEvent::Type::keyDown, keyCode, modifierFlags});
+        return deliver({KeyEvent::Type::keyDown, keyCode, modifierFlags, hasOtherModifier});
     }
     bool flagsChanged(uint32_t modifierFlags)
     {
-        return deliver({KeyEvent::Type::flagsChanged, 0, modifierFlags});
+        return deliver({KeyEvent::Type::flagsChanged, 0, modifierFlags, false});
     }
 
     [[nodiscard]] std::unique_ptr<Monitor> addLocalMonitor(Handler handler) override

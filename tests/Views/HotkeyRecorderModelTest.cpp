@@ -120,6 +120,38 @@ TEST_F(HotkeyRecorderModelTest, TakesTheCombinationInForceAlthoughNoWindowSeesIt
     EXPECT_EQ(presses, 1) << "it starts no dictation";
 }
 
+TEST_F(HotkeyRecorderModelTest, RefusesAKeyWithAnotherModifierAndGoesOn)
+{
+    model->toggle();
+    EXPECT_TRUE(keyboard.keyDown(49, 0, true));
+    EXPECT_TRUE(model->isRecording());
+    EXPECT_EQ(hotkeyManager->currentModifiers(), 2048U);
+    EXPECT_THAT(model->problem().toStdString(), ::testing::HasSubstr("AltGr"));
+    keyboard.keyDown(96);
+    ASSERT_TRUE(hasStopped());
+    EXPECT_EQ(model->displayString(), u"F5");
+    EXPECT_EQ(model->problem(), u"");
+}
+
+TEST_F(HotkeyRecorderModelTest, SaysWhyTheCombinationDoesNotWork)
+{
+    const struct
+    {
+        int status;
+        const char16_t *text;
+    } cases[] = {
+        {10, u"⌥Space is taken by another program. Choose another combination."},
+        {2, u"No connected keyboard has ⌥Space. Choose another combination."},
+        {1, u"Hotkeys need an X11 session. Log in to one to use ⌥Space."},
+        {3, u"⌥Space could not be registered (error 3). Choose another combination."},
+    };
+    for (const auto &c : cases) {
+        memory.hotkeyRegistration->refusal = c.status;
+        hotkeyManager->registerHotkey();
+        EXPECT_EQ(model->problem(), c.text);
+    }
+}
+
 TEST_F(HotkeyRecorderModelTest, SaysWhatIsTakenUntilAnotherIsChosen)
 {
     EXPECT_EQ(model->problem(), u"");

@@ -1,6 +1,7 @@
 #include "Views/HotkeyRecorderModel.h"
 
 #include "Platform/Linux/WindowKeyEvents.h"
+#include "Platform/Linux/X11/X11Connection.h"
 #include "Platform/PhysicalKeyboard.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/WaitUntil.h"
@@ -67,7 +68,7 @@ protected:
 
     InMemoryPlatform memory;
     std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
-    WindowKeyEvents keyEvents;
+    WindowKeyEvents keyEvents{X11Connection::open()};
     HotkeyRecorderModel model{*hotkeyManager, keyEvents};
     ViewEngine engine{*memory.appearance};
     QQuickView view{&engine.engine(), nullptr};
@@ -102,6 +103,25 @@ TEST_P(HotkeyRecorderTest, GoesByPositionInAnyLayout)
     setKeyboardLayout({QStringLiteral("ru")});
     EXPECT_EQ(record({Key::leftSuper, Key::a}, u"⌘A"), "⌘") << "the key at code 0 has no name";
     EXPECT_EQ(hotkeyManager->currentKeyCode(), 0U);
+}
+
+TEST_P(HotkeyRecorderTest, RefusesAKeyWithAltGrButNotWithALock)
+{
+    constexpr uint8_t altGr = 108;
+    setKeyboardLayout({QStringLiteral("de")});
+    start();
+    keyboard.press({altGr});
+    keyboard.tap(Key::space);
+    keyboard.release({altGr});
+    EXPECT_TRUE(waitUntil([this] { return model.problem().contains(QStringLiteral("AltGr")); }));
+    EXPECT_TRUE(model.isRecording());
+    EXPECT_EQ(hotkeyManager->currentModifiers(), 2048U);
+
+    for (const uint8_t lock : {Key::numLock, Key::capsLock})
+        keyboard.tap(lock);
+    EXPECT_EQ(record({Key::f5}, u"F5"), "F5");
+    for (const uint8_t lock : {Key::numLock, Key::capsLock})
+        keyboard.tap(lock);
 }
 
 TEST_P(HotkeyRecorderTest, ShowsTheHeldModifiersAndItsPrompt)

@@ -52,7 +52,12 @@ TEST_F(MenuBarModelTest, FollowsStateModeAndHotkey)
     hotkeyManager->updateHotkey(2, HotkeyManager::cmdKey | HotkeyManager::shiftKey);
     EXPECT_GE(hotkeys.count(), 1);
     EXPECT_EQ(model.hotkeyText(), u"⌘⇧D");
-    EXPECT_THAT(model.hotkeyProblem().toStdString(), ::testing::HasSubstr("⌘⇧D is taken"));
+    EXPECT_EQ(model.hotkeyProblem(),
+              u"⌘⇧D is taken by another program. Choose another hotkey in Settings.");
+    memory.hotkeyRegistration->refusal = 2;
+    hotkeyManager->registerHotkey();
+    EXPECT_EQ(model.hotkeyProblem(),
+              u"No connected keyboard has ⌘⇧D. Choose another hotkey in Settings.");
     memory.hotkeyRegistration->refusal = 0;
     hotkeyManager->updateHotkey(49, HotkeyManager::optionKey);
     EXPECT_EQ(model.hotkeyProblem(), u"");

@@ -54,7 +54,7 @@ Platform makeLinuxPlatform()
     accessibility->setBeforeAccess([strokes = keyboard.get()] { return strokes->awaitReceipt(); });
     platform.keyboardEvents = std::move(keyboard);
     platform.hotkeyRegistration = std::make_unique<X11HotkeyRegistration>(display);
-    platform.keyEventMonitor = std::make_unique<WindowKeyEvents>();
+    platform.keyEventMonitor = std::make_unique<WindowKeyEvents>(display);
     platform.systemSettings = std::make_unique<DesktopSettings>();
     platform.screenFrames = std::make_unique<X11ScreenFrames>(display);
     platform.workspace = std::make_unique<X11Workspace>(display);

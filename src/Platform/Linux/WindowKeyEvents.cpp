@@ -1,6 +1,7 @@
 #include "Platform/Linux/WindowKeyEvents.h"
 
 #include "Platform/Linux/X11/VirtualKeyMap.h"
+#include "Platform/Linux/X11/X11Keymap.h"
 #include "Platform/ModifierKeys.h"
 
 #include <QGuiApplication>
@@ -57,8 +58,9 @@ uint32_t flags(Qt::KeyboardModifiers modifiers)
 class KeyEventFilter final : public QObject, public KeyEventMonitor::Monitor
 {
 public:
-    explicit KeyEventFilter(KeyEventMonitor::Handler handler)
+    KeyEventFilter(KeyEventMonitor::Handler handler, std::shared_ptr<X11Keymap> keymap)
         : m_handler(std::move(handler))
+        , m_keymap(std::move(keymap))
     {
         qGuiApp->installEventFilter(this);
         connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &KeyEventFilter::grab);
@@ -93,6 +95,10 @@ protected:
             if (told) {
                 if (told->type == KeyEvent::Type::flagsChanged)
                     told->modifierFlags |= heldByOtherKeys(keyEvent);
+                else
+                    told->hasOtherModifier = m_keymap
+                        && m_keymap->holdsOtherModifier(
+                            static_cast<uint8_t>(keyEvent.nativeModifiers()));
                 return m_handler(*told);
             }
             // A key without a known position can't be had as a combination.
@@ -132,6 +138,7 @@ private:
     }
 
     KeyEventMonitor::Handler m_handler;
+    std::shared_ptr<X11Keymap> m_keymap;
     QPointer<QWindow> m_window;
     /// The modifier keys that were pressed and are down, by their place, and their flags.
     QHash<quint32, uint32_t> m_heldModifiers;
@@ -139,9 +146,17 @@ private:
 
 } // namespace
 
+WindowKeyEvents::WindowKeyEvents(std::shared_ptr<X11Connection> connection)
+    : m_connection(std::move(connection))
+    , m_keymap(m_connection ? std::make_shared<X11Keymap>(m_connection) : nullptr)
+{
+}
+
+WindowKeyEvents::~WindowKeyEvents() = default;
+
 std::unique_ptr<KeyEventMonitor::Monitor> WindowKeyEvents::addLocalMonitor(Handler handler)
 {
-    return std::make_unique<KeyEventFilter>(std::move(handler));
+    return std::make_unique<KeyEventFilter>(std::move(handler), m_keymap);
 }
 
 std::optional<KeyEvent> WindowKeyEvents::keyEvent(const QKeyEvent &event)
@@ -153,11 +168,11 @@ std::optional<KeyEvent> WindowKeyEvents::keyEvent(const QKeyEvent &event)
     uint32_t held = flags(event.QInputEvent::modifiers());
     if (const auto flag = modifierFlag(event.nativeVirtualKey())) {
         held = isPress ? held | *flag : held & ~*flag;
-        return KeyEvent{KeyEvent::Type::flagsChanged, keyCode, held};
+        return KeyEvent{KeyEvent::Type::flagsChanged, keyCode, held, false};
     }
     if (!isPress || !VirtualKeyMap::virtualKeyCode(event.nativeScanCode()))
         return std::nullopt;
-    return KeyEvent{KeyEvent::Type::keyDown, keyCode, held};
+    return KeyEvent{KeyEvent::Type::keyDown, keyCode, held, false};
 }
 
 } // namespace Velloro

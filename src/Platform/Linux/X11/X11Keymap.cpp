@@ -250,6 +250,20 @@ bool X11Keymap::isHeldModifier(uint8_t keycode) const
     return false;
 }
 
+bool X11Keymap::holdsOtherModifier(uint8_t state)
+{
+    if (!load())
+        return false;
+    const XcbReply<xcb_xkb_get_state_reply_t> now(xcb_xkb_get_state_reply(
+        m_connection->xcb(), xcb_xkb_get_state(m_connection->xcb(), XCB_XKB_ID_USE_CORE_KBD),
+        nullptr));
+    uint16_t known = XCB_MOD_MASK_LOCK | (now ? now->lockedMods : 0);
+    for (const uint32_t modifier : {ClassicMask::command, ClassicMask::shift, ClassicMask::option,
+                                    ClassicMask::control})
+        known |= modifierMask(modifier).value_or(0);
+    return (state & ~known) != 0;
+}
+
 KeySet X11Keymap::heldModifierKeys()
 {
     KeySet keys;

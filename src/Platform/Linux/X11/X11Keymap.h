@@ -48,6 +48,10 @@ public:
     /// Lock and their like.
     [[nodiscard]] uint16_t lockModifiers();
 
+    /// Whether a state of the X modifiers has one that no classic mask comes to, such as that of
+    /// AltGr, and that is held or latched, not locked.
+    [[nodiscard]] bool holdsOtherModifier(uint8_t state);
+
     /// The keys that act as modifiers while they are held, in any layout; the locking ones are not
     /// among them.
     [[nodiscard]] KeySet heldModifierKeys();
