@@ -229,8 +229,8 @@ TEST_F(X11HotkeyTest, theKeysOfTheCombinationMayBeOnDifferentKeyboards)
     ASSERT_TRUE(window.isReady);
     PhysicalKeyboard other(nullptr, onScreenKeyboard);
     ASSERT_TRUE(other.isThere());
-    registerOptionSpace();
     ASSERT_TRUE(hotkeys->registerHotkey(spaceBar, control, {1, 8}));
+    registerOptionSpace();
     const std::pair<PhysicalKeyboard *, PhysicalKeyboard *> cases[] = {
         {&keyboard, &other}, {&other, &keyboard}, {&other, &other}};
     for (const auto &[modifiers, key] : cases) {
