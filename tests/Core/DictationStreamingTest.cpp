@@ -131,6 +131,7 @@ TEST_F(DictationStreamingTest, NothingIsTypedOrDeletedWhileTheFieldHasLostTheKey
     stop(" Here it is.");
     EXPECT_EQ(typed(), u"Here it is"_qs);
     EXPECT_EQ(state->lastTranscript(), u"Here it is."_qs);
+    EXPECT_EQ(memory.output, QStringList()) << "no strokes, no pasteboard";
 }
 
 TEST_F(DictationStreamingTest, TypesWhatIsConfirmedAndReplacesItByTheFinalText)
