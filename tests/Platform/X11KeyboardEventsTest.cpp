@@ -209,8 +209,6 @@ TEST_F(X11KeyboardEventsTest, takesTheBackspaceFromWhereItIs)
         std::string keys;
     } const cases[] = {
         {"key <BKSP> {[Delete]}; key <CAPS> {[BackSpace]};", "+BackSpace, -BackSpace"},
-        // The key at the usual place rather than another one.
-        {"key <ESC> {[BackSpace]}; key <BKSP> {[BackSpace, F13]};", "+BackSpace, -BackSpace"},
         {"key <BKSP> {[Delete]};", ""},
     };
     for (const auto &c : cases) {
@@ -337,6 +335,13 @@ TEST_F(X11KeyboardEventsTest, pastesWithEveryMeaningOfTheModifierKeys)
         EXPECT_TRUE(isEverythingReleased());
         EXPECT_EQ(keymap.locks(), KeyboardLocks{});
     }
+}
+
+TEST_F(X11KeyboardEventsTest, pressesNoKeyThatWorksBeyondItsRelease)
+{
+    setKeySymbols("key <LFSH> {[ISO_Level2_Latch]}; modifier_map Shift {<LFSH>};");
+    window->setClass(QByteArray("xterm\0XTerm\0", 12));
+    EXPECT_EQ(pasted(), "+Shift_R, +Insert with Shift, -Insert, -Shift_R");
 }
 
 TEST_F(X11KeyboardEventsTest, sendsKeysOfTheDeviceThatTheyAreSentFrom)

@@ -34,8 +34,6 @@ KeyboardLocks KeyboardSimulation::locks() const
 
 uint8_t KeyboardSimulation::heldModifiers() const { return serialized(XKB_STATE_MODS_DEPRESSED); }
 
-uint8_t KeyboardSimulation::modifiers() const { return serialized(XKB_STATE_MODS_EFFECTIVE); }
-
 xkb_layout_index_t KeyboardSimulation::layoutOf(uint8_t keycode) const
 {
     return xkb_state_key_get_layout(m_state.get(), keycode);

@@ -28,8 +28,6 @@ public:
 
     /// The X modifiers that keys hold now.
     [[nodiscard]] uint8_t heldModifiers() const;
-    /// The X modifiers of the next key, locked ones included.
-    [[nodiscard]] uint8_t modifiers() const;
     /// The layout in which this key works; it may have fewer of them than others.
     [[nodiscard]] xkb_layout_index_t layoutOf(uint8_t keycode) const;
     /// What was there at first is unchanged, and nothing waits for the next key.

@@ -197,7 +197,7 @@ std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::pasteChord()
         pasteStroke(m_workspace->activeWindowClass().value_or(WindowClass{}), isTerminal);
     auto result = chord(stroke);
     if (!result) {
-        // It has no letter, and its selections both hold the text.
+        // Shift+Insert needs no letter, and both selections hold the text then.
         stroke = PasteStroke::shiftInsert;
         result = chord(stroke);
     }
@@ -225,7 +225,7 @@ std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::chord(PasteStroke str
         modifiers = control;
         break;
     case PasteStroke::controlShiftV:
-        // Terminals do not all of them.
+        // Some terminals do not.
         key = m_keymap->keycodeInLayout(XKB_KEY_v, usualV);
         modifiers = controlShift;
         break;

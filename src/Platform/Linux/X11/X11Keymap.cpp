@@ -294,7 +294,6 @@ bool X11Keymap::addModifierKeys(std::vector<uint8_t> &keys, std::span<const uint
         keys.push_back(keycode);
         const KeyboardSimulation after = pressed();
         if (after.heldModifiers() == (before.heldModifiers() | wanted)
-            && after.modifiers() == (before.modifiers() | wanted)
             && addModifierKeys(keys, modifiers.subspan(1), locks))
             return true;
         keys.pop_back();
