@@ -328,7 +328,7 @@ TEST_F(DictationStreamingTest, EndsIdleWhateverFails)
     EXPECT_EQ(state->transcriptionState(), TranscriptionState::idle);
     memory.audioEngine->startError.reset();
 
-    // Nothing was heard: what was typed gives way to nothing.
+    // Nothing was heard: what was typed is taken back.
     start();
     segment("a b");
     stop("");
