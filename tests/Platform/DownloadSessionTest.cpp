@@ -81,10 +81,12 @@ protected:
         makeSession();
     }
 
-    void makeSession(std::chrono::milliseconds stallTimeout = 30s)
+    void makeSession(std::chrono::milliseconds answerTimeout = 30s,
+                     std::chrono::milliseconds stallTimeout = 30s)
     {
-        session =
-            std::make_unique<NetworkDownloadSession>(receiver, directory.path(), stallTimeout);
+        receiver.downloads.clear(); // A session counts its tasks from the beginning.
+        session = std::make_unique<NetworkDownloadSession>(receiver, directory.path(),
+                                                           answerTimeout, stallTimeout);
     }
 
     DownloadTaskId start(const QUrl &url)
@@ -183,13 +185,13 @@ TEST_F(DownloadSessionTest, EverythingElseIsAnErrorThatLeavesNothing)
         {"redirect to nowhere", Server::bytes(withLength("", 0, "302 Found")),
          u"The server answered: 302 Found"},
         {"short body", Server::bytes(withLength(body.chopped(3), length)),
-         u"The connection ended after 700000 of 700003 bytes"},
+         u"The connection ended early, after 700 kB of 700 kB"},
         {"no body", Server::bytes(withLength("", length)),
-         u"The connection ended after 0 of 700003 bytes"},
+         u"The connection ended early, after 0 bytes of 700 kB"},
         {"long body", Server::bytes(withLength(body + "more", length)),
-         u"The server sent more than the 700003 bytes that it promised"},
+         u"The server sent more than the 700 kB that it promised"},
         {"long body in chunks", Server::bytes(overfullChunks),
-         u"The server sent more than the 700003 bytes that it promised"},
+         u"The server sent more than the 700 kB that it promised"},
         {"length that is none", Server::bytes("HTTP/1.1 200 OK\r\nContent-Length: -1\r\n\r\nab"),
          u"The server's answer makes no sense: Content-Length: -1"},
         {"encoded", Server::bytes(zipped),
@@ -241,11 +243,22 @@ TEST_F(DownloadSessionTest, FollowsRedirectsToWhatIsThere)
 
 TEST_F(DownloadSessionTest, StalledConnectionsFail)
 {
-    makeSession(300ms);
-    for (const QByteArray &response : {QByteArray(), withLength(body.first(1000), body.size())}) {
+    const struct
+    {
+        QByteArray response;
+        bool hasBegun;
+        const char16_t *description;
+    } cases[] = {
+        {"", false, u"The server does not answer"},
+        {withLength("", 9, "404 Not Found"), false, u"The server answered: 404 Not Found"},
+        {withLength("", body.size()), true, u"The server stopped answering"},
+        {withLength(body.first(1000), body.size()), true, u"The server stopped answering"},
+    };
+    for (const auto &[response, hasBegun, description] : cases) {
+        makeSession(hasBegun ? 1h : 300ms, hasBegun ? 300ms : 1h);
         const auto download = fetchResponse(LocalHttpServer::bytesThenSilence(response));
         ASSERT_TRUE(download.error.has_value());
-        EXPECT_EQ(download.error->localizedDescription, u"The server stopped answering"_qs);
+        EXPECT_EQ(download.error->localizedDescription, QString::fromUtf16(description));
         EXPECT_EQ(leftFiles(), QStringList());
     }
 }

@@ -1,5 +1,7 @@
 #include "Platform/Linux/HttpTransfer.h"
 
+#include <QLocale>
+
 namespace Velloro {
 
 namespace {
@@ -9,11 +11,18 @@ using namespace std::chrono_literals;
 constexpr auto reportInterval = 100ms;
 constexpr long redirectLimit = 10;
 
+/// "75 MB", "1.5 GB"; in the manner of the error texts, whatever the user's locale is.
+QString sizeText(int64_t bytes)
+{
+    constexpr int64_t gigabyte = 1'000'000'000;
+    return QLocale::c().formattedDataSize(bytes, bytes < gigabyte ? 0 : 1,
+                                          QLocale::DataSizeSIFormat);
+}
+
 PlatformError lengthError(int64_t received, int64_t promised)
 {
-    return {0, QStringLiteral("The connection ended after %1 of %2 bytes")
-                   .arg(received)
-                   .arg(promised)};
+    return {0, QStringLiteral("The connection ended early, after %1 of %2")
+                   .arg(sizeText(received), sizeText(promised))};
 }
 
 } // namespace
@@ -72,13 +81,20 @@ HttpTransfer::Outcome HttpTransfer::finish(CURLcode code)
 {
     if (m_error)
         return tl::unexpected(*m_error);
+    const bool isOverdue = code == CURLE_OPERATION_TIMEDOUT;
+    constexpr int firstErrorStatus = 400;
     // The body of an error page was refused, which the library takes for a failed write.
-    if (!isSuccess() && (code == CURLE_OK || code == CURLE_WRITE_ERROR)) {
+    if (!isSuccess()
+        && (code == CURLE_OK || code == CURLE_WRITE_ERROR
+            || (isOverdue && m_status >= firstErrorStatus))) {
         return tl::unexpected(PlatformError{
             m_status, QStringLiteral("The server answered: ") + QString::fromLatin1(m_statusText)});
     }
-    if (code == CURLE_OPERATION_TIMEDOUT && !isComplete())
-        return tl::unexpected(PlatformError{code, QStringLiteral("The server stopped answering")});
+    if (isOverdue && !isComplete()) {
+        return tl::unexpected(PlatformError{
+            code, hasBegun() ? QStringLiteral("The server stopped answering")
+                             : QStringLiteral("The server does not answer")});
+    }
     if (code != CURLE_OK && !isComplete()) {
         if (m_promised >= 0 && m_file->size() > 0)
             return tl::unexpected(lengthError(m_file->size(), m_promised));
@@ -130,8 +146,8 @@ bool HttpTransfer::bodyData(std::span<const char> bytes)
     if (!isSuccess())
         return false; // What an error page says is of no interest.
     if (m_promised >= 0 && m_file->size() + static_cast<int64_t>(bytes.size()) > m_promised) {
-        return fail({0, QStringLiteral("The server sent more than the %1 bytes that it promised")
-                            .arg(m_promised)});
+        return fail({0, QStringLiteral("The server sent more than the %1 that it promised")
+                            .arg(sizeText(m_promised))});
     }
     if (const auto written = m_file->append(bytes); !written)
         return fail(written.error());

@@ -31,6 +31,8 @@ public:
 
     /// For the loop that drives it; owned by the transfer.
     [[nodiscard]] CURL *handle() const { return m_handle.get(); }
+    /// Whether a server has begun to send the file.
+    [[nodiscard]] bool hasBegun() const { return isSuccess(); }
     /// How long nothing has been received.
     [[nodiscard]] Clock::duration silence() const { return Clock::now() - m_lastActivity; }
     /// Whether all that was promised is there, whatever the connection does then.

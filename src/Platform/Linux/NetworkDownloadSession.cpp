@@ -32,9 +32,11 @@ struct NetworkDownloadSession::Running
 
 NetworkDownloadSession::NetworkDownloadSession(DownloadSessionDelegate &delegate,
                                                const QString &temporaryDirectory,
+                                               std::chrono::milliseconds answerTimeout,
                                                std::chrono::milliseconds stallTimeout)
     : m_delegate(delegate)
     , m_temporaryDirectory(temporaryDirectory)
+    , m_answerTimeout(answerTimeout)
     , m_stallTimeout(stallTimeout)
 {
     initializeLibrary();
@@ -113,17 +115,17 @@ void NetworkDownloadSession::run()
         for (const Running &running : transfers)
             running.transfer->reportProgressIfDue();
         std::erase_if(transfers, [this](Running &running) {
-            const bool isOverdue = running.transfer->isComplete()
-                ? running.transfer->silence() >= closingTime
-                : running.transfer->silence() >= m_stallTimeout;
+            const bool isOverdue
+                = running.transfer->silence() >= patienceWith(*running.transfer);
             if (isOverdue)
                 end(running, CURLE_OPERATION_TIMEDOUT);
             return isOverdue;
         });
 
-        const auto limit = transfers.empty() ? std::chrono::milliseconds(1h)
-                                             : std::min<std::chrono::milliseconds>(
-                                                   500ms, m_stallTimeout / 2);
+        const auto limit = transfers.empty()
+            ? std::chrono::milliseconds(1h)
+            : std::min<std::chrono::milliseconds>(
+                {500ms, m_answerTimeout / 2, m_stallTimeout / 2});
         curl_multi_poll(m_multi.get(), nullptr, 0, static_cast<int>(limit.count()), nullptr);
     }
     for (const Running &running : transfers)
@@ -174,6 +176,13 @@ void NetworkDownloadSession::end(Running &running, CURLcode code)
                 m_delegate.downloadDidComplete(task, std::nullopt);
         },
         Qt::QueuedConnection);
+}
+
+std::chrono::milliseconds NetworkDownloadSession::patienceWith(const HttpTransfer &transfer) const
+{
+    if (transfer.isComplete())
+        return closingTime;
+    return transfer.hasBegun() ? m_stallTimeout : m_answerTimeout;
 }
 
 void NetworkDownloadSession::reportCompletion(DownloadTaskId task, const PlatformError &error)

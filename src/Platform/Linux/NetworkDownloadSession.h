@@ -22,8 +22,10 @@ class HttpTransfer;
 class NetworkDownloadSession : public QObject, public DownloadSession
 {
 public:
-    /// A transfer on which nothing arrives for `stallTimeout` fails.
+    /// A transfer fails when no server begins to send the file for `answerTimeout`, and when
+    /// nothing more of it arrives for `stallTimeout`.
     NetworkDownloadSession(DownloadSessionDelegate &delegate, const QString &temporaryDirectory,
+                           std::chrono::milliseconds answerTimeout = std::chrono::seconds(20),
                            std::chrono::milliseconds stallTimeout = std::chrono::seconds(60));
     /// Waits for the thread, which may have to finish a write to the disk.
     ~NetworkDownloadSession() override;
@@ -47,10 +49,13 @@ private:
     void run();
     void begin(const Request &request, std::vector<Running> &transfers);
     void end(Running &running, CURLcode code);
+    /// How long a transfer may be silent in the state in which it is.
+    [[nodiscard]] std::chrono::milliseconds patienceWith(const HttpTransfer &transfer) const;
     void reportCompletion(DownloadTaskId task, const PlatformError &error);
 
     DownloadSessionDelegate &m_delegate;
     const QString m_temporaryDirectory;
+    const std::chrono::milliseconds m_answerTimeout;
     const std::chrono::milliseconds m_stallTimeout;
 
     // Main thread.
