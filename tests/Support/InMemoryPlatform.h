@@ -63,7 +63,7 @@ public:
         make(platform.screenLock, screenLock);
         make(platform.systemSettings, systemSettings);
         make(platform.systemSounds, systemSounds);
-        platform.trayHost = std::make_unique<InMemoryTrayHost>();
+        make(platform.trayHost, trayHost);
         make(platform.userDefaults, userDefaults);
         make(platform.fileSystem, fileSystem);
         platform.processInfo = std::make_shared<InMemoryProcessInfo>();
@@ -93,6 +93,7 @@ public:
     InMemoryScreenLock *screenLock = nullptr;
     InMemorySystemSettings *systemSettings = nullptr;
     InMemorySystemSounds *systemSounds = nullptr;
+    InMemoryTrayHost *trayHost = nullptr;
     InMemoryUserDefaults *userDefaults = nullptr;
     InMemoryFileSystem *fileSystem = nullptr;
     InMemoryLoginItem *loginItem = nullptr;

@@ -4,11 +4,19 @@
 
 namespace Velloro {
 
-/// A desktop without a tray.
+/// A desktop without a tray, until one is said to have come.
 class InMemoryTrayHost : public TrayHost
 {
 public:
-    bool isPresent() const override { return false; }
+    bool isPresent() const override { return m_isPresent; }
+    void appear()
+    {
+        m_isPresent = true;
+        Q_EMIT appeared();
+    }
+
+private:
+    bool m_isPresent = false;
 };
 
 } // namespace Velloro

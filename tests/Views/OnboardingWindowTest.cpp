@@ -14,9 +14,20 @@ class OnboardingWindowTest : public WindowTestBase<OnboardingWindowController>
 {
 protected:
     [[nodiscard]] bool canProceed() const { return probe().item(u"forward"_qs)->isEnabled(); }
+    /// Everything that the item and those in it say.
+    [[nodiscard]] static QString allText(const QQuickItem *item)
+    {
+        QString text = item->property("text").toString();
+        for (const QQuickItem *child : item->childItems())
+            text += u'\n' + allText(child);
+        return text;
+    }
+    [[nodiscard]] bool isShown(const QString &name) const { return probe().item(name)->isVisible(); }
     void proceed(int steps = 1)
     {
         for (; steps > 0; --steps) {
+            EXPECT_THAT(allText(window()->contentItem()).toStdString(),
+                        ::testing::Not(::testing::ContainsRegex("Mac|menu bar")));
             ASSERT_TRUE(probe().tabTo(u"Continue"_qs));
             probe().press(Qt::Key_Return);
         }
@@ -111,6 +122,11 @@ TEST_F(OnboardingWindowTest, AFailedDownloadSaysWhyAndIsTriedAgain)
               QStringList({u"Download failed: The network is unreachable"_qs}));
     EXPECT_EQ(text(u"title"_qs), u"Download Voice Model");
     EXPECT_THAT(text(u"failure"_qs).toStdString(), ::testing::HasSubstr("network is unreachable"));
+    EXPECT_THAT(text(u"advice"_qs).toStdString(),
+                ::testing::AllOf(::testing::HasSubstr("internet connection"),
+                                 ::testing::HasSubstr("ggml-small-q8_0.bin"),
+                                 ::testing::HasSubstr("/home/user/.local/share/Velloro/Models")));
+    EXPECT_THAT(text(u"explanation"_qs).toStdString(), ::testing::HasSubstr("(~252 MB)"));
     EXPECT_TRUE(canProceed());
     ASSERT_TRUE(probe().tabTo(u"Download Now"_qs));
     probe().press(Qt::Key_Return);
@@ -128,12 +144,55 @@ TEST_F(OnboardingWindowTest, AFailedDownloadSaysWhyAndIsTriedAgain)
     EXPECT_THAT(text(u"failure"_qs).toStdString(), ::testing::HasSubstr("unheard-of"));
     EXPECT_TRUE(canProceed());
 
-    appState.setModelId(u"small-q8_0"_qs, ModelPreset::medium);
+    appState.setModelId(u"tiny-q5_1"_qs, ModelPreset::medium);
+    EXPECT_THAT(text(u"explanation"_qs).toStdString(), ::testing::HasSubstr("(~31 MB)"));
     ASSERT_TRUE(probe().tabTo(u"Download Now"_qs));
     probe().press(Qt::Key_Return);
     finishDownload();
     ASSERT_TRUE(waitUntil([this] { return canProceed(); }));
     EXPECT_EQ(probe().focusedName(), u"Continue") << "the button that was pressed has gone";
+}
+
+TEST_F(OnboardingWindowTest, AFileThatWasPutIntoTheFolderByHandServes)
+{
+    open();
+    proceed(2);
+    ASSERT_TRUE(waitUntil([this] { return appState.isDownloadingModel(); }));
+    memory.downloadSession->delegate.downloadDidComplete(lastTask(), PlatformError{7, u"No"_qs});
+    ASSERT_TRUE(waitUntil([this] { return !appState.isDownloadingModel(); }));
+    memory.fileSystem->files.insert(u"/home/user/.local/share/Velloro/Models/ggml-small-q8_0.bin"_qs);
+    ASSERT_TRUE(probe().tabTo(u"Download Now"_qs));
+    probe().press(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([this] { return text(u"title"_qs) == u"Voice Model Ready!"; }));
+    EXPECT_EQ(lastTask(), 1) << "nothing is fetched for it";
+}
+
+TEST_F(OnboardingWindowTest, TheLastStepSaysWhatIsStillToBeDoneAndWhereTheProgramIs)
+{
+    open();
+    proceed(2);
+    ASSERT_TRUE(waitUntil([this] { return appState.isDownloadingModel(); }));
+    memory.downloadSession->delegate.downloadDidComplete(lastTask(), PlatformError{7, u"No"_qs});
+    ASSERT_TRUE(waitUntil([this] { return canProceed(); }));
+    proceed(3);
+    const auto mark = [this] { return probe().item(u"mark"_qs)->property("name").toString(); };
+    EXPECT_EQ(text(u"title"_qs), u"Almost There");
+    EXPECT_NE(mark(), u"checkmark.circle.fill");
+    EXPECT_THAT(text(u"unfinished"_qs).toStdString(), ::testing::HasSubstr("Settings"));
+    appState.whisperManager().downloadModel(u"small-q8_0"_qs);
+    memory.downloadSession->delegate.downloadDidWriteData(lastTask(), 420, 1000);
+    EXPECT_THAT(text(u"unfinished"_qs).toStdString(), ::testing::HasSubstr("42%"));
+    finishDownload();
+    EXPECT_EQ(text(u"title"_qs), u"You're All Set!");
+    EXPECT_EQ(mark(), u"checkmark.circle.fill");
+    EXPECT_FALSE(isShown(u"unfinished"_qs));
+
+    EXPECT_TRUE(isShown(u"noTray"_qs));
+    EXPECT_FALSE(isShown(u"tray"_qs));
+    memory.trayHost->appear();
+    EXPECT_FALSE(isShown(u"noTray"_qs));
+    EXPECT_TRUE(isShown(u"tray"_qs));
+    EXPECT_EQ(text(u"tray"_qs), u"icon in your tray");
 }
 
 TEST_F(OnboardingWindowTest, ADownloadGoesOnWhileTheStepOrTheWindowIsGone)

@@ -1,12 +1,15 @@
 #include "Scene.h"
 
+#include "Support/WaitUntil.h"
 #include "Views/Onboarding/OnboardingModel.h"
 
 namespace Velloro {
 
 namespace {
 
-QImage step(Stage &stage, int steps)
+const QString firstModel = QStringLiteral("small-q8_0");
+
+QImage step(Stage &stage, int steps, const QString &failure = {})
 {
     PermissionsManager permissions(stage.memory.platform, stage.appState);
     ModelDownloadStepModel download(stage.appState);
@@ -18,6 +21,11 @@ QImage step(Stage &stage, int steps)
     stage.appState.setIsDownloadingModel(false);
     for (; steps > 0; --steps)
         model.proceed();
+    if (!failure.isEmpty()) {
+        download.startDownload();
+        stage.setModelState(firstModel, ModelDownloadState::failed(failure));
+        (void)waitUntil([&] { return !stage.appState.isDownloadingModel(); });
+    }
     stage.appState.setHasMicrophonePermission(hasMicrophone);
     stage.appState.setIsDownloadingModel(isDownloading);
     return stage.picture(QStringLiteral("Onboarding/OnboardingView.qml"),
@@ -38,6 +46,10 @@ QList<Scene> onboardingScenes()
         {QStringLiteral("onboarding-2-permissions-granted"),
          [](Stage &stage) { return step(stage, 1); }},
         {QStringLiteral("onboarding-3-download"), [](Stage &stage) { return step(stage, 2); }},
+        {QStringLiteral("onboarding-3-failed"),
+         [](Stage &stage) {
+             return step(stage, 2, QStringLiteral("Could not resolve host: huggingface.co"));
+         }},
         {QStringLiteral("onboarding-3-downloading"),
          [](Stage &stage) {
              stage.appState.setIsDownloadingModel(true);
@@ -58,7 +70,14 @@ QList<Scene> onboardingScenes()
          }},
         {QStringLiteral("onboarding-4-hotkey"), [](Stage &stage) { return step(stage, 3); }},
         {QStringLiteral("onboarding-5-showcase"), [](Stage &stage) { return step(stage, 4); }},
-        {QStringLiteral("onboarding-6-done"), [](Stage &stage) { return step(stage, 5); }},
+        {QStringLiteral("onboarding-6-done"),
+         [](Stage &stage) {
+             stage.setModelState(firstModel, ModelDownloadState::downloaded());
+             stage.memory.trayHost->appear();
+             return step(stage, 5);
+         }},
+        {QStringLiteral("onboarding-6-no-model-no-tray"),
+         [](Stage &stage) { return step(stage, 5); }},
     };
     for (int index = 0; index < 6; ++index) {
         scenes << Scene{QStringLiteral("onboarding-%1-large-text").arg(index + 1),

@@ -2,25 +2,35 @@ import QtQuick
 import QtQuick.Layouts
 import Velloro
 
-/// The last step: how to dictate.
+/// The last step: how to dictate, and what is still to be done before.
 StepPage {
     id: page
 
     required property OnboardingModel model
 
+    readonly property bool isFinished: model.unfinished === ""
+
     spacing: 24
-    Accessible.name: qsTr("You're All Set!")
+    Accessible.name: title.text
 
     Symbol {
+        objectName: "mark"
         Layout.alignment: Qt.AlignHCenter
-        name: "checkmark.circle.fill"
+        name: page.isFinished ? "checkmark.circle.fill" : "arrow.down.circle"
         size: 96
-        color: Theme.green
+        color: page.isFinished ? Theme.green : Theme.blue
     }
     StepText {
-        text: qsTr("You're All Set!")
+        id: title
+        objectName: "title"
+        text: page.isFinished ? qsTr("You're All Set!") : qsTr("Almost There")
         font: Theme.weighted(Theme.largeTitle, Font.Bold)
         Accessible.role: Accessible.Heading
+    }
+    StepText {
+        objectName: "unfinished"
+        visible: !page.isFinished
+        text: page.model.unfinished
     }
     StepText {
         objectName: "instruction"
@@ -34,15 +44,17 @@ StepPage {
         text: page.model.hotkey.problem
     }
     ColumnLayout {
-        Layout.alignment: Qt.AlignHCenter
+        Layout.fillWidth: true
         Layout.topMargin: Theme.padding
         spacing: 8
         StepText {
+            visible: page.model.hasTray
             text: qsTr("Look for the")
             color: Theme.secondary
         }
         RowLayout {
             Layout.alignment: Qt.AlignHCenter
+            visible: page.model.hasTray
             spacing: 6
             Symbol {
                 name: "waveform"
@@ -50,9 +62,16 @@ StepPage {
                 color: Theme.primary
             }
             ThemedText {
-                text: qsTr("icon in your menu bar")
+                objectName: "tray"
+                text: qsTr("icon in your tray")
                 font: Theme.bodyMedium
             }
+        }
+        StepText {
+            objectName: "noTray"
+            visible: !page.model.hasTray
+            text: qsTr("This desktop has no tray for Velloro's icon. Start Velloro again to open its panel.")
+            color: Theme.secondary
         }
     }
 }

@@ -2,6 +2,8 @@
 
 #include "Core/Log.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QPointer>
 #include <utility>
 
@@ -27,6 +29,8 @@ ModelDownloadStepModel::ModelDownloadStepModel(AppState &appState, QObject *pare
             &ModelDownloadStepModel::isDownloadingChanged);
     connect(&appState, &AppState::downloadProgressChanged, this,
             &ModelDownloadStepModel::progressChanged);
+    connect(&appState, &AppState::presetMappingsChanged, this,
+            &ModelDownloadStepModel::explanationChanged);
 }
 
 bool ModelDownloadStepModel::isReady() const
@@ -37,6 +41,26 @@ bool ModelDownloadStepModel::isReady() const
 QString ModelDownloadStepModel::percentText() const
 {
     return QStringLiteral("%1%").arg(int(progress() * 100));
+}
+
+QString ModelDownloadStepModel::explanation() const
+{
+    const WhisperModelInfo *model
+        = ModelCatalog::modelById(m_appState.modelId(ModelPreset::medium));
+    const QString size = model ? QStringLiteral(" (~%1)").arg(model->fileSizeFormatted()) : QString();
+    return tr("Velloro needs to download a voice model to transcribe your speech. This is a "
+              "one-time download%1.")
+        .arg(size);
+}
+
+QString ModelDownloadStepModel::advice() const
+{
+    const QFileInfo file(m_appState.whisperManager().modelURL(m_modelId));
+    if (m_failure.isEmpty() || file.filePath().isEmpty())
+        return {};
+    return tr("Check your internet connection and press \"Download Now\" again. You can also put "
+              "the file %1 into the folder %2 yourself before you press it.")
+        .arg(file.fileName(), QDir::toNativeSeparators(file.path()));
 }
 
 void ModelDownloadStepModel::shown()
@@ -54,6 +78,7 @@ void ModelDownloadStepModel::startDownload()
     m_appState.setDownloadProgress(0);
     m_modelId = m_appState.modelId(ModelPreset::medium);
     m_watcher.start();
+    m_appState.whisperManager().refreshModelStates();
     m_appState.whisperManager().downloadModel(
         m_modelId, [state = QPointer<AppState>(&m_appState)](double progress) {
             if (state)

@@ -40,11 +40,12 @@ StepPage {
         Accessible.role: Accessible.Heading
     }
     StepText {
+        objectName: "explanation"
         Layout.leftMargin: page.isWaiting ? 20 : 0
         Layout.rightMargin: page.isWaiting ? 20 : 0
         text: page.model.isReady ? qsTr("The Balanced model is installed and ready to use")
             : page.isDownloading ? qsTr("Downloading the voice recognition model...")
-            : qsTr("Velloro needs to download a voice model to transcribe your speech. This is a one-time download (~75MB).")
+            : page.model.explanation
         font: Theme.subheadline
         color: Theme.secondary
     }
@@ -78,6 +79,16 @@ StepPage {
             visible: page.model.failure !== ""
             text: qsTr("The download failed: %1").arg(page.model.failure)
             color: Theme.red
+            horizontalAlignment: Text.AlignHCenter
+        }
+        Note {
+            objectName: "advice"
+            Layout.fillWidth: true
+            Layout.leftMargin: 20
+            Layout.rightMargin: 20
+            visible: page.model.advice !== ""
+            text: page.model.advice
+            wrapMode: Text.Wrap
             horizontalAlignment: Text.AlignHCenter
         }
         CapsuleButton {

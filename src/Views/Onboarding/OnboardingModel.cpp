@@ -1,5 +1,7 @@
 #include "Views/Onboarding/OnboardingModel.h"
 
+#include "Core/DictationController.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -14,6 +16,7 @@ OnboardingModel::OnboardingModel(Platform &platform, AppState &appState,
     , m_hotkeyManager(hotkeyManager)
     , m_permissionsManager(permissionsManager)
     , m_download(download)
+    , m_trayHost(*platform.trayHost)
     , m_hotkey(hotkeyManager, *platform.keyEventMonitor)
 {
     connect(&appState, &AppState::hasMicrophonePermissionChanged, this,
@@ -28,6 +31,15 @@ OnboardingModel::OnboardingModel(Platform &platform, AppState &appState,
             &OnboardingModel::instructionChanged);
     connect(&hotkeyManager, &HotkeyManager::hotkeyDisplayStringChanged, this,
             &OnboardingModel::instructionChanged);
+    const WhisperManager &manager = appState.whisperManager();
+    connect(&manager, &WhisperManager::isModelLoadedChanged, this,
+            &OnboardingModel::unfinishedChanged);
+    connect(&manager, &WhisperManager::modelStatesChanged, this,
+            &OnboardingModel::unfinishedChanged);
+    connect(&appState, &AppState::selectedModelChanged, this, &OnboardingModel::unfinishedChanged);
+    connect(&appState, &AppState::presetMappingsChanged, this,
+            &OnboardingModel::unfinishedChanged);
+    connect(&m_trayHost, &TrayHost::appeared, this, &OnboardingModel::hasTrayChanged);
 }
 
 bool OnboardingModel::canProceed() const
@@ -54,6 +66,29 @@ QString OnboardingModel::instruction() const
     return (isHoldToTalk() ? tr("Press and hold %1 anywhere to dictate")
                            : tr("Press %1 anywhere to start dictating"))
         .arg(hotkey);
+}
+
+bool OnboardingModel::hasModel() const
+{
+    const WhisperManager &manager = m_appState.whisperManager();
+    const ModelPreset preset = m_appState.selectedModel();
+    return manager.isModelLoaded() || manager.isModelFilePresent(m_appState.modelId(preset))
+        || manager.isModelDownloaded(DictationController::modelType(preset));
+}
+
+QString OnboardingModel::unfinished() const
+{
+    if (hasModel())
+        return {};
+    const ModelDownloadState state = m_appState.whisperManager().modelStates().value(
+        m_appState.modelId(m_appState.selectedModel()));
+    if (const auto *downloading = std::get_if<ModelDownloadState::Downloading>(&state.value)) {
+        return tr("The voice model is still being downloaded (%1%). You can dictate as soon as it "
+                  "has arrived.")
+            .arg(int(downloading->progress * 100));
+    }
+    return tr("A voice model is still missing. Go back to download it, or do so later in Settings, "
+              "under Model.");
 }
 
 QString OnboardingModel::microphoneProblem() const

@@ -29,6 +29,10 @@ class OnboardingModel : public QObject
     Q_PROPERTY(bool isHoldToTalk READ isHoldToTalk NOTIFY instructionChanged)
     /// How a dictation is started, for the mode and the hotkey chosen.
     Q_PROPERTY(QString instruction READ instruction NOTIFY instructionChanged)
+    /// What keeps a dictation from starting when the flow ends; empty when all is there.
+    Q_PROPERTY(QString unfinished READ unfinished NOTIFY unfinishedChanged)
+    /// Whether the desktop has a place for the program's icon.
+    Q_PROPERTY(bool hasTray READ hasTray NOTIFY hasTrayChanged)
     /// Why a microphone that was asked for is not there; else empty.
     Q_PROPERTY(QString microphoneProblem READ microphoneProblem NOTIFY microphoneProblemChanged)
 
@@ -48,6 +52,8 @@ public:
     [[nodiscard]] HotkeyRecorderModel *hotkey() { return &m_hotkey; }
     [[nodiscard]] bool isHoldToTalk() const;
     [[nodiscard]] QString instruction() const;
+    [[nodiscard]] QString unfinished() const;
+    [[nodiscard]] bool hasTray() const { return m_trayHost.isPresent(); }
     [[nodiscard]] QString microphoneProblem() const;
 
     Q_INVOKABLE void back();
@@ -65,16 +71,21 @@ Q_SIGNALS:
     void currentStepChanged();
     void canProceedChanged();
     void instructionChanged();
+    void unfinishedChanged();
+    void hasTrayChanged();
     void microphoneProblemChanged();
     void dismissRequested();
 
 private:
     void setCurrentStep(int step);
+    /// Whether a press of the hotkey finds a model to work with.
+    [[nodiscard]] bool hasModel() const;
 
     AppState &m_appState;
     HotkeyManager &m_hotkeyManager;
     PermissionsManager &m_permissionsManager;
     ModelDownloadStepModel &m_download;
+    TrayHost &m_trayHost;
     HotkeyRecorderModel m_hotkey;
     Step m_currentStep = Welcome;
     bool m_hasAskedForMicrophone = false;

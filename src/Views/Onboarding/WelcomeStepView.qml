@@ -32,7 +32,7 @@ StepPage {
         FeatureRow {
             icon: "lock.shield"
             title: qsTr("Runs on-device")
-            description: qsTr("Your voice never leaves your Mac")
+            description: qsTr("Your voice never leaves your computer")
         }
         FeatureRow {
             icon: "bolt"
