@@ -447,6 +447,7 @@ TEST_F(DictationControllerTest, MicrophoneThatVanishesEndsTheRecordingWithWhatWa
     release();
     dictate();
     EXPECT_EQ(state->transcriptionHistory().size(), 2);
+    EXPECT_EQ(pillsMade, 1) << "kept for the next recording";
 }
 
 TEST_F(DictationControllerTest, SilentSettingsAndOneLetterTexts)

@@ -1,6 +1,5 @@
 #include "Models/ModelCatalog.h"
 
-#include <QMap>
 #include <clocale>
 #include <gmock/gmock.h>
 
@@ -47,7 +46,6 @@ TEST(ModelCatalog, RowsKeepTheRules)
         }
         EXPECT_EQ(model.id, id);
         EXPECT_EQ(model.displayName, name);
-        EXPECT_EQ(model.fileName, u"ggml-%1.bin"_qs.arg(id));
         EXPECT_EQ(model.quantization == QuantizationType::none, !isQuantized);
         EXPECT_TRUE(!model.englishOnly || (isQuantized && model.size <= ModelSize::medium));
         if (isQuantized && model.quantization != QuantizationType::q8_0) {
@@ -86,20 +84,6 @@ TEST(WhisperModelInfo, FormatsSizes)
     }
     if (locale)
         std::setlocale(LC_NUMERIC, "C");
-}
-
-TEST(WhisperModelInfo, ThreeRowsHaveBadges)
-{
-    QMap<QString, QString> badges;
-    for (const WhisperModelInfo &model : ModelCatalog::allModels()) {
-        if (const auto badge = model.badgeText())
-            badges.insert(model.id, *badge);
-    }
-    EXPECT_EQ(badges, (QMap<QString, QString>{
-                          {u"small-q8_0"_qs, u"Recommended"_qs},
-                          {u"large-v3-turbo"_qs, u"Best Quality"_qs},
-                          {u"tiny-q5_1"_qs, u"Fastest"_qs},
-                      }));
 }
 
 } // namespace

@@ -65,6 +65,7 @@ protected:
         hotkeys = HotkeyManager::makeShared(memory.platform);
         state = std::make_unique<AppState>(memory.platform);
         controller = std::make_unique<DictationController>(*state, memory.platform, [this] {
+            ++pillsMade;
             return std::make_unique<RecordedPill>([this](const QString &call) { pill << call; });
         });
         hotkeys->registerHotkey();
@@ -143,6 +144,7 @@ protected:
     LogRecorder log;
     InMemoryPlatform memory;
     QStringList pill;
+    int pillsMade = 0;
     std::unique_ptr<HotkeyManager> hotkeys;
     std::unique_ptr<AppState> state;
     std::unique_ptr<DictationController> controller;
