@@ -1,6 +1,5 @@
 #include "Core/DictationController.h"
 
-#include "Core/Graphemes.h"
 #include "Core/Log.h"
 #include "Managers/TextCorrector.h"
 
@@ -26,16 +25,6 @@ const std::array textFieldRoles = {u"AXTextField", u"AXTextArea", u"AXComboBox",
 void log(const QString &message)
 {
     Log::line(u"Dictation", message);
-}
-
-/// Whether the text begins with these characters. A letter is not the beginning of one with an
-/// accent, and an accented one is the same however it is composed.
-bool begins(const QString &text, const QString &start)
-{
-    const QString head = Graphemes::prefix(text, Graphemes::count(start));
-    return head == start
-        || head.normalized(QString::NormalizationForm_C)
-        == start.normalized(QString::NormalizationForm_C);
 }
 
 } // namespace
@@ -69,6 +58,7 @@ DictationController::DictationController(AppState &appState, Platform &platform,
     , m_platform(platform)
     , m_audioCaptureManager(platform)
     , m_textInsertionManager(platform)
+    , m_streamedText(m_textInsertionManager)
     , m_hotkeyManager(HotkeyManager::shared())
     , m_notices(*platform.userNotifications)
     , m_makePill(std::move(makePill))
@@ -193,8 +183,8 @@ QCoro::Task<void> DictationController::startRecordingInternal()
     }
 
     const bool streaming = m_appState.enableRealtimeStreaming();
-    m_lastInsertedText.clear();
-    m_streamingInsertedCount = 0;
+    m_streamedText.clear();
+    m_confirmedText.clear();
     m_isStreamingActive = streaming;
     ++m_recordingNumber;
     m_appState.setPartialTranscript({});
@@ -327,7 +317,6 @@ void DictationController::stopRecording()
     if (m_appState.transcriptionState() != TranscriptionState::listening)
         return;
     const bool wasStreaming = m_isStreamingActive;
-    const int64_t streamedCount = m_streamingInsertedCount;
     m_isStreamingActive = false;
     m_recordingTimer.stop();
 
@@ -340,16 +329,15 @@ void DictationController::stopRecording()
             context->stopStreaming();
     }
     m_appState.setTranscriptionState(TranscriptionState::transcribing);
-    transcribeAndFinish(std::move(samples), wasStreaming, streamedCount);
+    transcribeAndFinish(std::move(samples));
 }
 
-QCoro::Task<void> DictationController::transcribeAndFinish(std::vector<float> samples,
-                                                           bool wasStreaming, int64_t streamedCount)
+QCoro::Task<void> DictationController::transcribeAndFinish(std::vector<float> samples)
 {
     const QPointer<DictationController> alive(this);
     const WhisperContext::TranscriptionResult heard = co_await transcribe(std::move(samples));
     if (alive)
-        finish(heard, wasStreaming, streamedCount);
+        finish(heard);
 }
 
 QCoro::Task<WhisperContext::TranscriptionResult>
@@ -378,26 +366,23 @@ DictationController::transcribe(std::vector<float> samples)
     co_return heard;
 }
 
-void DictationController::finish(const WhisperContext::TranscriptionResult &heard,
-                                 bool wasStreaming, int64_t streamedCount)
+void DictationController::finish(const WhisperContext::TranscriptionResult &heard)
 {
     const bool isTyped = hasKeyboard();
-    if (heard && isTyped && wasStreaming && streamedCount > 0) {
-        log(u"Deleting %1 characters of streaming text"_qs.arg(streamedCount));
-        m_textInsertionManager.deleteBackwards(streamedCount);
-        m_platform.keyboardEvents->pause(pauseAfterDeletion);
-    }
+    if (heard && isTyped)
+        deleteStreamedText();
     if (heard && !heard->isEmpty())
         insertFinalText(*heard, isTyped);
     else
         log(u"Empty final transcription"_qs);
-    // What was streamed is then all that there is of the recording.
+    // What was certain while streaming is then all that there is of the recording.
     if (!heard)
-        m_appState.addToHistory(m_lastInsertedText);
+        m_appState.addToHistory(m_confirmedText);
 
     m_appState.setTranscriptionState(TranscriptionState::idle);
     m_appState.setPartialTranscript({});
-    m_lastInsertedText.clear();
+    m_streamedText.clear();
+    m_confirmedText.clear();
     hideRecordingPill();
     if (m_appState.playSounds())
         m_platform.systemSounds->play(u"Tink"_qs);
@@ -413,6 +398,16 @@ void DictationController::announceIdle()
 {
     if (!isBusy())
         Q_EMIT becameIdle();
+}
+
+void DictationController::deleteStreamedText()
+{
+    const int64_t count = m_streamedText.removableCount();
+    if (count < 1)
+        return;
+    log(u"Deleting %1 characters of streaming text"_qs.arg(count));
+    m_textInsertionManager.deleteBackwards(count);
+    m_platform.keyboardEvents->pause(pauseAfterDeletion);
 }
 
 void DictationController::insertFinalText(const QString &text, bool isTyped)
@@ -536,35 +531,9 @@ void DictationController::handleTranscriptionSegment(const TranscriptionSegment 
     m_appState.setPartialTranscript(shown.join(u' '));
 
     // What can't be typed now comes with a later segment.
-    if (!confirmed.isEmpty() && confirmed != m_lastInsertedText && hasKeyboard()) {
-        typeStreamedText(confirmed);
-        m_lastInsertedText = confirmed;
-    }
-}
-
-void DictationController::typeStreamedText(const QString &confirmed)
-{
-    if (m_lastInsertedText.isEmpty()) {
-        m_textInsertionManager.insertText(confirmed);
-        m_streamingInsertedCount = Graphemes::count(confirmed);
-        log(u"Streaming start: '%1' (%2 chars)"_qs.arg(
-            Graphemes::prefix(confirmed, 40), QString::number(m_streamingInsertedCount)));
-    } else if (begins(confirmed, m_lastInsertedText)) {
-        const QString added = Graphemes::dropFirst(confirmed, Graphemes::count(m_lastInsertedText));
-        if (added.isEmpty())
-            return;
-        m_textInsertionManager.insertText(added);
-        m_streamingInsertedCount += Graphemes::count(added);
-        log(u"Confirmed: +'%1' (total: %2)"_qs.arg(
-            Graphemes::prefix(added, 25), QString::number(m_streamingInsertedCount)));
-    } else {
-        // What stands there already stays; the new wording follows it until the final text
-        // replaces both.
-        m_textInsertionManager.insertText(u' ' + confirmed);
-        m_streamingInsertedCount += Graphemes::count(confirmed) + 1;
-        log(u"Streaming edge: '%1' (total: %2)"_qs.arg(
-            Graphemes::prefix(confirmed, 30), QString::number(m_streamingInsertedCount)));
-    }
+    m_confirmedText = confirmed;
+    if (!confirmed.isEmpty() && hasKeyboard())
+        m_streamedText.type(confirmed);
 }
 
 void DictationController::updatePermissionStatus()

@@ -3,6 +3,7 @@
 #include "Core/AppState.h"
 #include "Core/DictationNotices.h"
 #include "Core/RecordingPill.h"
+#include "Core/StreamedText.h"
 #include "Managers/AudioCaptureManager.h"
 #include "Managers/HotkeyManager.h"
 #include "Managers/TextInsertionManager.h"
@@ -84,12 +85,11 @@ private:
     [[nodiscard]] AudioCaptureManager::AsyncChunkHandler chunkHandler();
     static QCoro::Task<void> feedContext(QPointer<DictationController> controller,
                                          std::vector<float> chunk);
-    QCoro::Task<void> transcribeAndFinish(std::vector<float> samples, bool wasStreaming,
-                                          int64_t streamedCount);
+    QCoro::Task<void> transcribeAndFinish(std::vector<float> samples);
     QCoro::Task<WhisperContext::TranscriptionResult> transcribe(std::vector<float> samples);
-    void finish(const WhisperContext::TranscriptionResult &heard, bool wasStreaming,
-                int64_t streamedCount);
+    void finish(const WhisperContext::TranscriptionResult &heard);
     void announceIdle();
+    void deleteStreamedText();
     /// Types the text unless `isTyped` is false, and records it.
     void insertFinalText(const QString &text, bool isTyped);
     [[nodiscard]] bool isTextFieldFocused();
@@ -103,23 +103,21 @@ private:
     void showRecordingPill();
     void hideRecordingPill();
     void startRecordingTimer();
-    void typeStreamedText(const QString &confirmed);
 
     AppState &m_appState;
     Platform &m_platform;
     AudioCaptureManager m_audioCaptureManager;
     TextInsertionManager m_textInsertionManager;
+    StreamedText m_streamedText;
     HotkeyManager &m_hotkeyManager;
     DictationNotices m_notices;
     PillFactory m_makePill;
     std::unique_ptr<RecordingPill> m_pillWindowController;
     /// 0.05 s tick while recording.
     QTimer m_recordingTimer;
-    /// The confirmed text typed so far while streaming.
-    QString m_lastInsertedText;
-    /// Characters typed so far while streaming, separating spaces included.
-    int64_t m_streamingInsertedCount = 0;
     bool m_isStreamingActive = false;
+    /// What a streaming recognition is certain of.
+    QString m_confirmedText;
     /// A recording is about to begin.
     bool m_isStarting = false;
     int m_startsUnderWay = 0;

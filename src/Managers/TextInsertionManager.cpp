@@ -66,22 +66,52 @@ bool TextInsertionManager::insertText(const QString &text)
     if (text.isEmpty())
         return false;
     m_lastInsertedText = text;
-    return insertViaAccessibility(text) || insertViaClipboard(text);
+    m_lastInsertionTarget.reset();
+    m_lastInsertionWindow = m_platform.workspace->frontmostWindow();
+    m_wasFetched = false;
+    m_wasWritten = insertViaAccessibility(text);
+    return m_wasWritten || insertViaClipboard(text);
+}
+
+bool TextInsertionManager::lastInsertionArrived()
+{
+    if (m_wasWritten)
+        return m_platform.accessibility->showsLastText();
+    m_wasFetched = m_wasFetched || m_platform.pasteboard->awaitPaste();
+    return m_wasFetched;
+}
+
+bool TextInsertionManager::isAtLastInsertion()
+{
+    const std::optional<uint64_t> window = m_platform.workspace->frontmostWindow();
+    if (window && m_lastInsertionWindow && *window != *m_lastInsertionWindow)
+        return false;
+    if (m_lastInsertionTarget) {
+        const AccessibilityElementRef element = focusedElement();
+        if (element && !element->isSameAs(*m_lastInsertionTarget))
+            return false;
+    }
+    return !m_wasWritten || m_platform.accessibility->showsLastText();
+}
+
+AccessibilityElementRef TextInsertionManager::focusedElement()
+{
+    Accessibility &accessibility = *m_platform.accessibility;
+    if (!accessibility.isProcessTrusted())
+        return nullptr;
+    return attribute<AccessibilityElementRef>(accessibility, accessibility.systemWideElement(),
+                                              QStringLiteral("AXFocusedUIElement"))
+        .value_or(nullptr);
 }
 
 bool TextInsertionManager::insertViaAccessibility(const QString &text)
 {
-    Accessibility &accessibility = *m_platform.accessibility;
-    if (!accessibility.isProcessTrusted())
+    const AccessibilityElementRef element = focusedElement();
+    if (!element)
         return false;
-
-    const auto focused = attribute<AccessibilityElementRef>(
-        accessibility, accessibility.systemWideElement(), QStringLiteral("AXFocusedUIElement"));
-    if (!focused || !*focused)
-        return false;
-    const AccessibilityElementRef element = *focused;
     m_lastInsertionTarget = element;
 
+    Accessibility &accessibility = *m_platform.accessibility;
     const auto content = attribute<QString>(accessibility, element, QStringLiteral("AXValue"));
     const auto range = content ? attribute<TextRange>(accessibility, element,
                                                       QStringLiteral("AXSelectedTextRange"))

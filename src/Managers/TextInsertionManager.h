@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <optional>
 
 namespace Velloro {
 
@@ -22,9 +23,16 @@ public:
 
     /// Whether this process may use the accessibility interface.
     [[nodiscard]] bool hasAccessibilityPermission() const;
-    /// Inserts the text over the selection or at the caret. False only for an empty text; whether
-    /// an application really pasted can't be known.
+    /// Inserts the text over the selection or at the caret. False only for an empty text.
     bool insertText(const QString &text);
+    /// Whether the text inserted last was seen to arrive: the application shows what was written,
+    /// or has fetched what it was to paste, which is waited for, for a bounded time. A text that is
+    /// written may be seen later than at first.
+    [[nodiscard]] bool lastInsertionArrived();
+    /// Whether what is typed now would come directly after the text inserted last, as far as that
+    /// can be known: the same window and the same element are in front, and where the text was
+    /// written, the caret still stands at its end.
+    [[nodiscard]] bool isAtLastInsertion();
     /// Sends that many backspace strokes, 5 ms apart, blocking meanwhile; nothing for a count
     /// below 1.
     ///
@@ -36,6 +44,7 @@ public:
     void deleteBackwards(int64_t count);
 
 private:
+    [[nodiscard]] AccessibilityElementRef focusedElement();
     bool insertViaAccessibility(const QString &text);
     bool insertViaClipboard(const QString &text);
     void restorePasteboard();
@@ -43,7 +52,12 @@ private:
 
     Platform &m_platform;
     QString m_lastInsertedText;
+    /// Where the latest insertion went, as far as it is known.
     AccessibilityElementRef m_lastInsertionTarget;
+    std::optional<uint64_t> m_lastInsertionWindow;
+    /// Whether the latest insertion was written rather than pasted.
+    bool m_wasWritten = false;
+    bool m_wasFetched = false;
     /// Texts that are to go back on the pasteboard, the first one first.
     QStringList m_displacedTexts;
 };

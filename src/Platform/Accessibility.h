@@ -24,6 +24,12 @@ class AccessibilityElement
 {
 public:
     virtual ~AccessibilityElement() = default;
+
+    /// Whether both stand for the same element of the same application.
+    [[nodiscard]] virtual bool isSameAs(const AccessibilityElement &other) const
+    {
+        return this == &other;
+    }
 };
 
 using AccessibilityElementRef = std::shared_ptr<const AccessibilityElement>;
@@ -71,6 +77,11 @@ public:
     [[nodiscard]] virtual Result<void> setAttributeValue(const AccessibilityElementRef &element,
                                                          const QString &attribute,
                                                          const AccessibilityValue &value) = 0;
+
+    /// Whether the text that was written last stands in its element now, with the caret where that
+    /// left it. Applications may be late to show what they were sent, so that the answer may change.
+    /// False when nothing was written, and where it can't be read.
+    [[nodiscard]] virtual bool showsLastText() = 0;
 };
 
 } // namespace Velloro

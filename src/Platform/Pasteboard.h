@@ -17,6 +17,10 @@ public:
     virtual void clearContents() = 0;
     /// Puts `text` on the pasteboard as its plain-text content.
     virtual void setString(const QString &text) = 0;
+
+    /// Waits, for a bounded time, until the application that was given the last paste stroke has
+    /// fetched the text; whether it has. False when that has been asked already.
+    [[nodiscard]] virtual bool awaitPaste() = 0;
 };
 
 } // namespace Velloro

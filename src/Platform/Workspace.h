@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <cstdint>
 #include <optional>
 #include <sys/types.h>
 
@@ -22,6 +23,9 @@ public:
 
     /// The application in front; nothing when no window is active or its process is not known.
     [[nodiscard]] virtual std::optional<RunningApplication> frontmostApplication() = 0;
+
+    /// A number that tells the active window from others; nothing when no window is active.
+    [[nodiscard]] virtual std::optional<uint64_t> frontmostWindow() = 0;
 };
 
 } // namespace Velloro

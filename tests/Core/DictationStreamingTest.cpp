@@ -219,6 +219,73 @@ TEST_F(DictationStreamingTest, DeletesThenPausesThenTypesTheFinalText)
                        "9 up 100000"}));
 }
 
+TEST_F(DictationStreamingTest, DeletesOnlyWhatWasSeenToArriveAndStillStandsBeforeTheCaret)
+{
+    struct Case
+    {
+        const char *what;
+        bool accessible;
+        std::function<void(InMemoryPlatform &)> afterFirst;
+        std::function<void(InMemoryPlatform &)> atEnd;
+        const char *standing;
+        const char *final;
+    };
+    const auto nothing = [](InMemoryPlatform &) {};
+    const auto unseen = [](InMemoryPlatform &memory) { memory.accessibility->showsWrites = false; };
+    const auto seen = [](InMemoryPlatform &memory) { memory.accessibility->showsWrites = true; };
+    const auto unfetched = [](InMemoryPlatform &memory) { memory.pasteboard->isFetched = false; };
+    const auto elsewhere = [](InMemoryPlatform &memory) { memory.workspace->window = 2; };
+    const auto back = [](InMemoryPlatform &memory) { memory.workspace->window = 1; };
+    const std::vector<Case> cases = {
+        {"pastes that nobody fetches any more", false, unfetched, nothing, "one two", "one End."},
+        {"the caret goes elsewhere", true, unseen, nothing, "one", "oneEnd."},
+        {"the caret is back at the end", true, unseen, seen, "one", "End."},
+        {"another window", true, elsewhere, nothing, "one", "oneEnd."},
+        {"another window, pasted into", false, elsewhere, nothing, "one", "oneEnd."},
+        {"and back", false, elsewhere, back, "one", "End."},
+        {"another window at the end alone", false, nothing, elsewhere, "one two three",
+         "one two threeEnd."},
+    };
+    for (const Case &item : cases) {
+        SCOPED_TRACE(item.what);
+        InMemoryTextField field(memory, u"mine "_qs, 5);
+        if (!item.accessible)
+            field.refuseAccessibility();
+        memory.workspace->window = 1;
+        memory.pasteboard->isFetched = memory.accessibility->showsWrites = true;
+        start();
+        segment("one");
+        item.afterFirst(memory);
+        segment("one two");
+        segment("one two three", "four");
+        EXPECT_EQ(field.text(), u"mine "_qs + QString::fromUtf8(item.standing));
+        EXPECT_EQ(state->partialTranscript(), u"one two three four"_qs);
+        item.atEnd(memory);
+        stop("End.");
+        EXPECT_TRUE(field.text().startsWith(u"mine "_qs)) << field.text().toStdString();
+        EXPECT_TRUE(field.text().endsWith(u"End."_qs)) << field.text().toStdString();
+        EXPECT_EQ(field.text(), u"mine "_qs + QString::fromUtf8(item.final));
+    }
+}
+
+TEST_F(DictationStreamingTest, TypesOnWhenALateTextIsSeen)
+{
+    const InMemoryTextField field(memory, {}, 0);
+    start();
+    memory.accessibility->showsWrites = false;
+    segment("one");
+    segment("one two");
+    EXPECT_EQ(field.text(), u"one"_qs);
+    memory.accessibility->showsWrites = true;
+    segment("one two three");
+    EXPECT_EQ(field.text(), u"one two three"_qs);
+    EXPECT_EQ(messages().mid(1),
+              strings({"Streaming held back: the typed text is not seen before the caret",
+                       "Streaming start: 'one' (3 chars)", "Confirmed: +' two three' (total: 13)"}));
+    stop("End.");
+    EXPECT_EQ(field.text(), u"End."_qs);
+}
+
 TEST_F(DictationStreamingTest, LogsTheBeginningsInWholeCharacters)
 {
     const InMemoryTextField field(memory, {}, 0);

@@ -129,6 +129,37 @@ TEST_F(TextInsertionManagerTest, AnEmptyTextTouchesNothing)
     EXPECT_THAT(memory.output, IsEmpty());
 }
 
+TEST_F(TextInsertionManagerTest, KnowsWhetherItsTextArrivedAndStillHasTheFocus)
+{
+    for (const bool refuses : {false, true}) {
+        SCOPED_TRACE(refuses ? "pasted" : "written");
+        memory.workspace->window = 1;
+        auto &field = accessibility->focusText(u"Hello"_qs, {5, 0});
+        const auto element = accessibility->focused;
+        field.refusesValue = field.refusesSelectedText = refuses;
+        memory.pasteboard->isFetched = accessibility->showsWrites = false;
+        manager.insertText(u"!"_qs);
+        EXPECT_FALSE(manager.lastInsertionArrived());
+        memory.pasteboard->isFetched = refuses;
+        accessibility->showsWrites = !refuses;
+        EXPECT_TRUE(manager.lastInsertionArrived());
+        memory.pasteboard->isFetched = false;
+        EXPECT_TRUE(manager.lastInsertionArrived()) << "a paste arrives once";
+
+        EXPECT_TRUE(manager.isAtLastInsertion());
+        accessibility->focusText(u"Hello!"_qs, {6, 0});
+        EXPECT_FALSE(manager.isAtLastInsertion()) << "another element";
+        accessibility->focused = element;
+        memory.workspace->window = 2;
+        EXPECT_FALSE(manager.isAtLastInsertion()) << "another window";
+        // What is not known is no other.
+        memory.workspace->window.reset();
+        EXPECT_TRUE(manager.isAtLastInsertion());
+        accessibility->focused.reset();
+        EXPECT_TRUE(manager.isAtLastInsertion());
+    }
+}
+
 TEST_F(TextInsertionManagerTest, PutsThePasteboardBackHalfASecondLater)
 {
     memory.pasteboard->content = u"mine"_qs;

@@ -32,6 +32,7 @@ TEST_F(X11WorkspaceTest, knowsWhoseTheActiveWindowIs)
         const RunningApplication here{getpid()};
         EXPECT_TRUE(waitUntil([&] { return workspace->frontmostApplication() == here; }));
         EXPECT_EQ(workspace->activeWindowClass(), (WindowClass{u"editor"_qs, u"Editor"_qs}));
+        EXPECT_EQ(workspace->frontmostWindow(), window.window());
 
         // What the window says of itself counts less than what the server knows; a window from
         // another machine has no process here.

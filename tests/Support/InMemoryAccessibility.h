@@ -37,6 +37,8 @@ public:
     std::shared_ptr<Element> focused;
     /// The focused elements of applications, by process; an application that is not here has none.
     std::map<pid_t, std::shared_ptr<Element>> focusedOf;
+    /// Whether what was written can be seen.
+    bool showsWrites = true;
 
     // What was asked.
     std::vector<Write> writes;
@@ -101,6 +103,8 @@ public:
             return tl::unexpected(AccessibilityError::attributeUnsupported);
         return {};
     }
+
+    bool showsLastText() override { return showsWrites; }
 
 private:
     struct Application : AccessibilityElement

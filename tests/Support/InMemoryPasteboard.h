@@ -18,6 +18,8 @@ public:
 
     /// What it holds now.
     std::optional<QString> content;
+    /// Whether applications fetch what they are told to paste.
+    bool isFetched = true;
 
     [[nodiscard]] std::optional<QString> string() override
     {
@@ -34,6 +36,7 @@ public:
         m_output << QStringLiteral("write ") + text;
         content = text;
     }
+    [[nodiscard]] bool awaitPaste() override { return isFetched; }
 
 private:
     QStringList &m_output;

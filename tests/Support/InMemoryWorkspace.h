@@ -9,11 +9,13 @@ class InMemoryWorkspace : public Workspace
 {
 public:
     std::optional<RunningApplication> frontmost;
+    std::optional<uint64_t> window;
 
     [[nodiscard]] std::optional<RunningApplication> frontmostApplication() override
     {
         return frontmost;
     }
+    [[nodiscard]] std::optional<uint64_t> frontmostWindow() override { return window; }
 };
 
 } // namespace Velloro

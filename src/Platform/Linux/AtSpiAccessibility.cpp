@@ -97,13 +97,23 @@ AtSpiAccessibility::setAttributeValue(const AccessibilityElementRef &element,
         return tl::unexpected(object.error());
     const auto *text = std::get_if<QString>(&value);
     const auto *range = std::get_if<TextRange>(&value);
+    AtSpiText &target = textOf(*object);
+    Result<void> result = tl::unexpected(AccessibilityError::attributeUnsupported);
     if (attribute == valueAttribute && text)
-        return textOf(*object).setContent(*text);
-    if (attribute == selectedTextAttribute && text)
-        return textOf(*object).replaceSelection(*text);
-    if (attribute == selectedTextRangeAttribute && range)
-        return textOf(*object).setSelection(*range);
-    return tl::unexpected(AccessibilityError::attributeUnsupported);
+        result = target.setContent(*text);
+    else if (attribute == selectedTextAttribute && text)
+        result = target.replaceSelection(*text);
+    else if (attribute == selectedTextRangeAttribute && range)
+        result = target.setSelection(*range);
+    m_written.reset();
+    if (target.lastInsertion())
+        m_written = Written{*object, *target.lastInsertion()};
+    return result;
+}
+
+bool AtSpiAccessibility::showsLastText()
+{
+    return m_written && textOf(m_written->object).shows(m_written->insertion);
 }
 
 bool AtSpiAccessibility::isTerminalFocused()
@@ -123,7 +133,8 @@ Accessibility::Result<AccessibilityValue> AtSpiAccessibility::role(const AtSpiRe
         return tl::unexpected(AccessibilityError::cannotComplete);
     QString name = AtSpiRole::attributeName(number.arguments().value(0).toUInt(),
                                             AtSpiStates::of(states));
-    if (name.isEmpty())
+    const bool isText = name == u"AXTextField" || name == u"AXTextArea";
+    if (name.isEmpty() || (!isText && m_activeWindowTakesText && m_activeWindowTakesText()))
         return tl::unexpected(AccessibilityError::noValue);
     if (name == u"AXTextField") {
         // A search field differs from others only by what pages and toolkits say of it besides.

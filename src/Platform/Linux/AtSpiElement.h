@@ -15,12 +15,19 @@ class AtSpiElement final : public AccessibilityElement
 public:
     struct Desktop
     {
+        friend bool operator==(const Desktop &, const Desktop &) = default;
     };
     using Target = std::variant<Desktop, pid_t, AtSpiReference>;
 
     explicit AtSpiElement(Target target)
         : target(std::move(target))
     {
+    }
+
+    [[nodiscard]] bool isSameAs(const AccessibilityElement &other) const override
+    {
+        const auto *element = dynamic_cast<const AtSpiElement *>(&other);
+        return element && element->target == target;
     }
 
     const Target target;

@@ -8,6 +8,7 @@
 #include <QDBusVariant>
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace Velloro {
 
@@ -76,6 +77,7 @@ AtSpiText::Result<QString> AtSpiText::content()
     else
         m_unit = unitByToolkit();
     m_content = text;
+    m_count = *count;
     return text;
 }
 
@@ -94,14 +96,17 @@ AtSpiText::Result<TextRange> AtSpiText::selection()
 
 AtSpiText::Result<void> AtSpiText::setContent(const QString &wanted)
 {
+    m_insertion.reset();
     const Result<QString> known = knownContent();
     if (!known)
         return failure(known.error());
     if (const Result<void> editable = requireEditable(); !editable)
         return editable;
     const QString current = *known;
-    if (current == wanted)
+    if (current == wanted) {
+        m_insertion = {0, 0, {}, lengthOf(current), 0};
         return {};
+    }
 
     const qsizetype shorter = std::min(current.size(), wanted.size());
     qsizetype prefix = 0;
@@ -141,14 +146,9 @@ AtSpiText::Result<void> AtSpiText::setSelection(const TextRange &range)
     const int start = toOffset(Graphemes::offsetOf(*content, first), *content);
     const int end = toOffset(Graphemes::offsetOf(*content, last), *content);
 
-    Answer answer = Answer::no;
-    if (start == end) {
-        answer = tell(textInterface, QStringLiteral("SetCaretOffset"), {start});
-    } else {
-        answer = tell(textInterface, QStringLiteral("SetSelection"), {0, start, end});
-        if (answer == Answer::no)
-            answer = tell(textInterface, QStringLiteral("AddSelection"), {start, end});
-    }
+    const Answer answer = select({start, end});
+    if (m_insertion)
+        m_insertion->caret = end;
     if (answer == Answer::yes)
         return {};
     return failure(answer == Answer::none ? AccessibilityError::cannotComplete
@@ -157,6 +157,7 @@ AtSpiText::Result<void> AtSpiText::setSelection(const TextRange &range)
 
 AtSpiText::Result<void> AtSpiText::replaceSelection(const QString &text)
 {
+    m_insertion.reset();
     const Result<bool> secret = isSecret();
     if (!secret)
         return failure(secret.error());
@@ -251,9 +252,12 @@ AtSpiText::Result<bool> AtSpiText::isSecret()
     return reply->arguments().value(0).toUInt() == AtSpiRole::passwordText;
 }
 
-/// Some toolkits answer that they wrote into a field that can't be written to.
+/// Some toolkits answer that they wrote into a field that can't be written to, and Gecko does so for
+/// every field and writes into none.
 AtSpiText::Result<void> AtSpiText::requireEditable()
 {
+    if (m_bus.toolkitOf(m_object.service) == u"Gecko")
+        return failure(AccessibilityError::attributeUnsupported);
     const auto reply = ask(accessibleInterface, QStringLiteral("GetState"));
     if (!reply)
         return failure(reply.error());
@@ -324,6 +328,17 @@ int AtSpiText::lengthOf(const QString &text) const
     return static_cast<int>(std::min<qsizetype>(text.size(), std::numeric_limits<int>::max()));
 }
 
+AtSpiText::Answer AtSpiText::select(const Offsets &range)
+{
+    if (range.start == range.end)
+        return tell(textInterface, QStringLiteral("SetCaretOffset"), {range.start});
+    const Answer answer =
+        tell(textInterface, QStringLiteral("SetSelection"), {0, range.start, range.end});
+    if (answer != Answer::no)
+        return answer;
+    return tell(textInterface, QStringLiteral("AddSelection"), {range.start, range.end});
+}
+
 AtSpiText::Answer AtSpiText::insert(int offset, const QString &text)
 {
     // The protocol does not say what the length is counted in. Qt cuts the text to so many code
@@ -339,18 +354,76 @@ AtSpiText::Answer AtSpiText::remove(const Offsets &range)
     return tell(editableTextInterface, QStringLiteral("DeleteText"), {range.start, range.end});
 }
 
+/// Whether the toolkit makes an edit before it answers. Others may make it later, and what is not
+/// there yet must not be inserted once more.
+bool AtSpiText::answersWhenDone()
+{
+    const QString toolkit = m_bus.toolkitOf(m_object.service);
+    return toolkit == u"gtk" || toolkit == u"Qt";
+}
+
+/// Whether the text certainly has this length and, where that is known, this content.
+bool AtSpiText::isUnchanged(int count, const std::optional<QString> &content)
+{
+    const Result<int> now = number(QStringLiteral("CharacterCount"));
+    if (!now || *now != count)
+        return false;
+    if (!content)
+        return true;
+    const auto reply = ask(textInterface, QStringLiteral("GetText"), {0, -1});
+    return reply && reply->arguments().value(0).toString() == *content;
+}
+
+bool AtSpiText::shows(const Insertion &insertion)
+{
+    const Result<int> count = number(QStringLiteral("CharacterCount"));
+    if (!count || *count != insertion.count)
+        return false;
+    if (!insertion.text.isEmpty()) {
+        const auto text = ask(textInterface, QStringLiteral("GetText"),
+                              {insertion.start, insertion.end});
+        if (!text || text->arguments().value(0).toString() != insertion.text)
+            return false;
+    }
+    const Result<Offsets> selected = selectionOffsets();
+    return selected && selected->start == insertion.caret && selected->end == insertion.caret;
+}
+
 AtSpiText::Result<void> AtSpiText::replace(const Offsets &range, const QString &removed,
                                            const QString &inserted)
 {
+    // Known where the content is.
+    const Result<int> count = m_content ? m_count : number(QStringLiteral("CharacterCount"));
+    if (!count)
+        return failure(count.error());
+    const std::optional<QString> before = std::exchange(m_content, std::nullopt);
+    std::optional<QString> rest = before;
+    if (rest)
+        rest->remove(toCodeUnits(range.start, *before), removed.size());
+    const int restCount = *count - (range.end - range.start);
+    const bool removes = range.start != range.end;
+
     // An edit that was sent to an application that has just answered, but that it does not confirm
     // in time, waits there in order: it counts as done, or it would be made twice.
-    if (range.start != range.end && remove(range) == Answer::no)
+    if (removes && remove(range) == Answer::no)
         return failure();
-    if (inserted.isEmpty() || insert(range.start, inserted) != Answer::no)
-        return {};
-    if (range.start != range.end)
-        (void)insert(range.start, removed);
-    return failure();
+    Answer answer = inserted.isEmpty() ? Answer::yes : insert(range.start, inserted);
+    if (answer == Answer::yes && !inserted.isEmpty() && answersWhenDone()) {
+        if (isUnchanged(*count, before))
+            return failure();
+        if (removes && isUnchanged(restCount, rest))
+            answer = Answer::no;
+    }
+    if (answer == Answer::no) {
+        if (removes && insert(range.start, removed) != Answer::no)
+            (void)select(range);
+        return failure();
+    }
+    const int length = lengthOf(inserted);
+    const int end = range.start + length;
+    m_count = restCount + length;
+    m_insertion = {range.start, end, before ? inserted : QString(), restCount + length, end};
+    return {};
 }
 
 } // namespace Velloro

@@ -16,6 +16,7 @@
 #include "Platform/Linux/PulseSystemSounds.h"
 #include "Platform/Linux/SessionBus.h"
 #include "Platform/Linux/WindowKeyEvents.h"
+#include "Platform/Linux/X11/PasteStroke.h"
 #include "Platform/Linux/X11/X11HotkeyRegistration.h"
 #include "Platform/Linux/X11/X11KeyboardEvents.h"
 #include "Platform/Linux/X11/X11Pasteboard.h"
@@ -48,7 +49,11 @@ Platform makeLinuxPlatform()
             .willPastePrimarySelection
             = [board = pasteboard.get()] { board->lendToPrimarySelection(); },
             .willPaste = [board = pasteboard.get()](uint32_t window) { board->beginPaste(window); },
-            .awaitPaste = [board = pasteboard.get()] { board->awaitPaste(); },
+            .awaitPaste = [board = pasteboard.get()] { (void)board->awaitPaste(); },
+        });
+    accessibility->setActiveWindowTakesText(
+        [workspace = std::make_shared<X11Workspace>(display)] {
+            return isKnownToPaste(workspace->activeWindowClass().value_or(WindowClass{}));
         });
     // A text field is read and written when the backspaces before have done their work.
     accessibility->setBeforeAccess([strokes = keyboard.get()] { return strokes->awaitReceipt(); });

@@ -91,4 +91,9 @@ PasteStroke pasteStroke(const WindowClass &windowClass, bool focusedElementIsTer
     return focusedElementIsTerminal ? PasteStroke::controlShiftV : PasteStroke::controlV;
 }
 
+bool isKnownToPaste(const WindowClass &windowClass)
+{
+    return strokeOf(windowClass.name) || strokeOf(windowClass.instance);
+}
+
 } // namespace Velloro

@@ -24,4 +24,8 @@ enum class PasteStroke {
 /// that are not known.
 [[nodiscard]] PasteStroke pasteStroke(const WindowClass &windowClass, bool focusedElementIsTerminal);
 
+/// Whether windows of this class are known here: a terminal or an editor, which takes text whatever
+/// else is said of it.
+[[nodiscard]] bool isKnownToPaste(const WindowClass &windowClass);
+
 } // namespace Velloro

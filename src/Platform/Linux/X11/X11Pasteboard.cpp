@@ -84,9 +84,11 @@ void X11Pasteboard::beginPaste(uint32_t window)
     withSelections([&](X11Selections &selections) { selections.beginPaste(window); });
 }
 
-void X11Pasteboard::awaitPaste()
+bool X11Pasteboard::awaitPaste()
 {
-    withSelections([](X11Selections &selections) { selections.awaitPaste(); });
+    bool served = false;
+    withSelections([&](X11Selections &selections) { served = selections.awaitPaste(); });
+    return served;
 }
 
 } // namespace Velloro

@@ -40,7 +40,7 @@ public:
     void beginPaste(uint32_t window);
     /// Waits until that application has been given the text, at most until a second after
     /// `beginPaste`. Key strokes that are sent to it afterwards come after the text.
-    void awaitPaste();
+    [[nodiscard]] bool awaitPaste() override;
 
 private:
     /// Runs `work` on the selections' thread and waits for it; nothing without an X server.

@@ -128,16 +128,18 @@ void X11Selections::beginPaste(xcb_window_t window)
         m_paste = {clientOf(window), *m_clipboard->text, QDeadlineTimer(pastePatience), false};
 }
 
-void X11Selections::awaitPaste()
+bool X11Selections::awaitPaste()
 {
     if (!m_connection->isAlive() || !m_paste)
-        return;
+        return false;
     m_connection->dispatchUntil([this] { return m_paste->served && m_transfers.empty(); },
                                 m_paste->deadline);
+    const bool served = m_paste->served;
     m_paste.reset();
     // The server has passed it on when it answers.
     const XcbReply<xcb_get_input_focus_reply_t> passedOn(xcb_get_input_focus_reply(
         m_connection->xcb(), xcb_get_input_focus(m_connection->xcb()), nullptr));
+    return served;
 }
 
 uint32_t X11Selections::clientOf(xcb_window_t window) const

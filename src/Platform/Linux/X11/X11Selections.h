@@ -42,9 +42,9 @@ public:
     /// that whenever it asks, although the clipboard may hold something else by then; once, and for
     /// a second at most.
     void beginPaste(xcb_window_t window);
-    /// Waits until that application has been given the text, for no longer than that second. What
-    /// is sent to it afterwards reaches it afterwards.
-    void awaitPaste();
+    /// Waits until that application has been given the text, for no longer than that second, and
+    /// says whether it has; once. What is sent to it afterwards reaches it afterwards.
+    [[nodiscard]] bool awaitPaste();
 
 private:
     /// A selection that we own. Without text it is empty, which differs from an empty text.

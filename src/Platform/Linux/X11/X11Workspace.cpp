@@ -37,6 +37,12 @@ std::optional<RunningApplication> X11Workspace::frontmostApplication()
     return RunningApplication{*process};
 }
 
+std::optional<uint64_t> X11Workspace::frontmostWindow()
+{
+    const xcb_window_t window = activeWindow();
+    return window == XCB_WINDOW_NONE ? std::nullopt : std::optional<uint64_t>(window);
+}
+
 std::optional<WindowClass> X11Workspace::activeWindowClass()
 {
     const xcb_window_t window = activeWindow();

@@ -17,6 +17,7 @@ public:
     explicit X11Workspace(std::shared_ptr<X11Connection> connection);
 
     [[nodiscard]] std::optional<RunningApplication> frontmostApplication() override;
+    [[nodiscard]] std::optional<uint64_t> frontmostWindow() override;
 
     /// The class of the active window; nothing when there is none, or it has no class.
     [[nodiscard]] std::optional<WindowClass> activeWindowClass();
