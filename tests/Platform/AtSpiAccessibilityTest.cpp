@@ -1,20 +1,12 @@
-#include "Platform/Linux/AtSpiAccessibility.h"
-
-#include "Managers/TextInsertionManager.h"
+#include "Platform/AtSpiTestBase.h"
 #include "Platform/Linux/AtSpiRole.h"
-#include "Support/InMemoryPlatform.h"
-#include "Support/WaitUntil.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QElapsedTimer>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QProcess>
 #include <QScopeGuard>
-#include <gmock/gmock.h>
 #include <csignal>
 
 namespace Velloro {
@@ -24,44 +16,13 @@ namespace {
 /// again.
 constexpr qint64 hangGuard = 10'000;
 
-/// An application on the desktop, ended with this object.
-class Application
-{
-public:
-    explicit Application(const QString &program, const QStringList &arguments)
-    {
-        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process.start(program, arguments);
-    }
-    ~Application()
-    {
-        if (process.state() == QProcess::NotRunning)
-            return;
-        process.kill();
-        process.waitForFinished();
-    }
-
-    pid_t pid() const { return static_cast<pid_t>(process.processId()); }
-
-    QProcess process;
-};
-
 /// The window of tests/Platform/text-window.
-class TextWindow : public Application
+class TextWindow : public CommandedApplication
 {
 public:
     explicit TextWindow(const QString &toolkit)
-        : Application(QStringLiteral(VELLORO_TESTS_DIR "/Platform/text-window"), {toolkit})
+        : CommandedApplication(QStringLiteral("text-window"), {toolkit})
     {
-    }
-
-    QJsonValue command(const QJsonArray &words)
-    {
-        process.write(QJsonDocument(words).toJson(QJsonDocument::Compact) + '\n');
-        if (!waitUntil([&] { return process.canReadLine(); }))
-            return {};
-        const QByteArray line = "[" + process.readLine() + "]";
-        return QJsonDocument::fromJson(line).array().at(0);
     }
 
     bool waitUntilActive()
@@ -123,59 +84,16 @@ TEST(AtSpiRoleTest, NamesTextFieldsAndNothingElseAsSuch)
         // A surface on which an application draws may well be its text.
         {AtSpiRole::drawingArea, {}, QString()},
         {AtSpiRole::unknown, {}, QString()},
+        // A container has the focus on behalf of what is in it.
+        {AtSpiRole::filler, {}, QString()},
+        {AtSpiRole::panel, {}, QString()},
+        {AtSpiRole::pageTab, {}, QString()},
+        {AtSpiRole::splitPane, {}, QString()},
+        {AtSpiRole::frame, {}, QString()},
     };
     for (const Case &each : cases)
         EXPECT_EQ(AtSpiRole::attributeName(each.role, each.states), each.name) << each.role;
 }
-
-class AtSpiTest : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        if (!QDBusConnection::sessionBus().isConnected() || qEnvironmentVariableIsEmpty("DISPLAY"))
-            GTEST_SKIP() << "needs a desktop with an accessibility bus";
-    }
-
-    /// Makes the service under test.
-    void connect()
-    {
-        platform.accessibility = std::make_unique<AtSpiAccessibility>();
-        ASSERT_TRUE(platform.accessibility->isProcessTrusted());
-    }
-
-    AccessibilityElementRef focused()
-    {
-        const auto value = platform.accessibility->copyAttributeValue(
-            platform.accessibility->systemWideElement(), u"AXFocusedUIElement"_qs);
-        return value ? std::get<AccessibilityElementRef>(*value) : nullptr;
-    }
-    AccessibilityElementRef focusedOf(pid_t process)
-    {
-        const auto value = platform.accessibility->copyAttributeValue(
-            platform.accessibility->applicationElement(process), u"AXFocusedUIElement"_qs);
-        return value ? std::get<AccessibilityElementRef>(*value) : nullptr;
-    }
-    QString text(const AccessibilityElementRef &element, const QString &attribute)
-    {
-        const auto value = platform.accessibility->copyAttributeValue(element, attribute);
-        const auto *text = value ? std::get_if<QString>(&*value) : nullptr;
-        return text ? *text : QString();
-    }
-    bool waitForRole(const QString &role)
-    {
-        return waitUntil([&] { return text(focused(), u"AXRole"_qs) == role; });
-    }
-    bool insert(const QString &text)
-    {
-        memory.output.clear();
-        return TextInsertionManager(platform).insertText(text);
-    }
-    bool pasted() const { return !memory.output.isEmpty(); }
-
-    InMemoryPlatform memory;
-    Platform &platform = memory.platform;
-};
 
 class AtSpiToolkitTest : public AtSpiTest, public testing::WithParamInterface<const char *>
 {

@@ -1,6 +1,7 @@
 #include "Platform/Linux/AtSpiFocusSearch.h"
 
 #include "Platform/Linux/AtSpiBus.h"
+#include "Platform/Linux/AtSpiRole.h"
 #include "Platform/Linux/AtSpiStates.h"
 
 #include <QDBusArgument>
@@ -93,6 +94,11 @@ void AtSpiFocusSearch::searchWindow(const AtSpiReference &window)
     lookAtWindow(window);
 }
 
+void AtSpiFocusSearch::searchApplication(const QString &service)
+{
+    lookAtApplication({service, QStringLiteral("/org/a11y/atspi/accessible/root")});
+}
+
 void AtSpiFocusSearch::searchDesktop()
 {
     const AtSpiReference desktop{QStringLiteral("org.a11y.atspi.Registry"),
@@ -104,9 +110,11 @@ void AtSpiFocusSearch::searchDesktop()
         });
 }
 
-void AtSpiFocusSearch::finish()
+void AtSpiFocusSearch::finish(std::chrono::milliseconds longest)
 {
-    while (!m_ended && !m_questions.empty()) {
+    QElapsedTimer total;
+    total.start();
+    while (!m_ended && !m_questions.empty() && total.elapsed() < longest.count()) {
         QDBusPendingCallWatcher *watcher = m_questions.front().watcher.get();
         const QString service = m_questions.front().service;
         QElapsedTimer timer;
@@ -168,14 +176,15 @@ void AtSpiFocusSearch::lookAtWindow(const AtSpiReference &window)
     ask(window, QStringLiteral("org.a11y.atspi.Collection"), QStringLiteral("GetMatches"),
         {QVariant::fromValue(FocusedRule()), static_cast<uint>(canonicalOrder), 0, true},
         [this, window](const QDBusMessage &reply) {
-            const QList<AtSpiReference> matches = references(reply);
-            if (!matches.isEmpty()) {
-                // The innermost comes last.
-                m_found = matches.last();
-                end();
-            } else if (reply.type() != QDBusMessage::ReplyMessage) {
-                // Not every toolkit has collections.
+            // Not every toolkit has collections.
+            if (reply.type() != QDBusMessage::ReplyMessage)
                 m_unvisited.append(window);
+            // The innermost comes last.
+            for (const AtSpiReference &match : references(reply)) {
+                ask(match, accessibleInterface, QStringLiteral("GetState"), {},
+                    [this, match](const QDBusMessage &state) {
+                        consider(match, AtSpiStates::of(state));
+                    });
             }
         });
 }
@@ -195,12 +204,9 @@ void AtSpiFocusSearch::visit(const AtSpiReference &object)
     ask(object, accessibleInterface, QStringLiteral("GetState"), {},
         [this, object](const QDBusMessage &reply) {
             const AtSpiStates states = AtSpiStates::of(reply);
-            if (object != m_window && states.contains(AtSpiStates::focused)) {
-                m_found = object;
-                end();
-                return;
-            }
-            if (!states.contains(AtSpiStates::showing)
+            if (object != m_window)
+                consider(object, states);
+            if (m_ended || !states.contains(AtSpiStates::showing)
                 || states.contains(AtSpiStates::managesDescendants))
                 return;
             ask(object, accessibleInterface, QStringLiteral("GetChildren"), {},
@@ -208,6 +214,32 @@ void AtSpiFocusSearch::visit(const AtSpiReference &object)
                     m_unvisited.append(references(children));
                 });
         });
+}
+
+void AtSpiFocusSearch::consider(const AtSpiReference &object, const AtSpiStates &states)
+{
+    if (!states.contains(AtSpiStates::focused))
+        return;
+    if (!states.contains(AtSpiStates::showing)) {
+        prefer(object, Claim::outOfSight);
+        return;
+    }
+    ask(object, accessibleInterface, QStringLiteral("GetRole"), {},
+        [this, object, states](const QDBusMessage &role) {
+            const bool takesText =
+                AtSpiRole::takesText(role.arguments().value(0).toUInt(), states);
+            prefer(object, takesText ? Claim::textField : Claim::inSight);
+        });
+}
+
+void AtSpiFocusSearch::prefer(const AtSpiReference &object, Claim claim)
+{
+    if (claim < m_claim)
+        return;
+    m_claim = claim;
+    m_found = object;
+    if (claim == Claim::textField)
+        end();
 }
 
 void AtSpiFocusSearch::end()

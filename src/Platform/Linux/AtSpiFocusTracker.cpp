@@ -2,10 +2,12 @@
 
 #include "Platform/Linux/AtSpiBus.h"
 #include "Platform/Linux/AtSpiFocusSearch.h"
+#include "Platform/Linux/AtSpiRole.h"
 #include "Platform/Linux/AtSpiStates.h"
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <algorithm>
 #include <chrono>
 #include <unistd.h>
 
@@ -18,6 +20,10 @@ using namespace std::chrono_literals;
 /// How long a newly active window has to tell of its focus by an event.
 constexpr auto searchDelay = 150ms;
 constexpr auto backgroundTimeout = 2s;
+/// What looking behind an announcement may take of the bus's allowance.
+constexpr auto longestLook = 150ms;
+
+const QString accessibleInterface = QStringLiteral("org.a11y.atspi.Accessible");
 
 } // namespace
 
@@ -54,6 +60,7 @@ void AtSpiFocusTracker::onFocusLost(const AtSpiReference &object)
 void AtSpiFocusTracker::onWindowActivated(const AtSpiReference &window)
 {
     m_activeWindow = window;
+    m_textField.reset();
     // The event that names the focused object may come before this one.
     if (m_focused && m_focused->service == window.service)
         return;
@@ -66,6 +73,7 @@ void AtSpiFocusTracker::onWindowDeactivated(const AtSpiReference &window)
 {
     // It may be the one that the search has found active.
     m_search.reset();
+    m_textField.reset();
     // Toolkits differ in whether an object keeps its focus in a window that is not active, and an
     // object may be of another process than the window that shows it.
     if (m_activeWindow == window) {
@@ -79,6 +87,7 @@ void AtSpiFocusTracker::onWindowDeactivated(const AtSpiReference &window)
 void AtSpiFocusTracker::onDisconnected()
 {
     m_focused.reset();
+    m_textField.reset();
     m_activeWindow.reset();
     m_searchDelay.stop();
     m_search.reset();
@@ -160,10 +169,8 @@ Accessibility::Result<AtSpiReference> AtSpiFocusTracker::confirmed(pid_t process
         return tl::unexpected(AccessibilityError::noValue);
     if (m_focused && m_bus.processOf(m_focused->service) == process) {
         const AtSpiReference object = *m_focused;
-        const QDBusMessage reply = m_bus.call(object, QStringLiteral("org.a11y.atspi.Accessible"),
-                                              QStringLiteral("GetState"));
-        if (AtSpiStates::of(reply).contains(AtSpiStates::focused))
-            return object;
+        if (const std::optional<bool> takesText = this->takesText(object))
+            return *takesText ? object : preferredTo(object);
         if (m_bus.isUnresponsive(object.service))
             return tl::unexpected(AccessibilityError::cannotComplete);
         m_focused.reset();
@@ -176,12 +183,50 @@ Accessibility::Result<AtSpiReference> AtSpiFocusTracker::confirmed(pid_t process
     AtSpiFocusSearch search(m_bus, m_bus.remaining());
     search.searchWindow(*m_activeWindow);
     search.finish();
-    m_focused = search.found();
+    if (search.hasEnded() || search.hasFoundTextField())
+        m_focused = search.found();
     if (m_focused)
         return *m_focused;
     return tl::unexpected(m_bus.isUnresponsive(m_activeWindow->service)
                               ? AccessibilityError::cannotComplete
                               : AccessibilityError::noValue);
+}
+
+/// Qt says "focused" of every widget that hands its focus on to another, and of the current cell of
+/// every list, and announces those, too: a text field may have the focus all the same.
+Accessibility::Result<AtSpiReference>
+AtSpiFocusTracker::preferredTo(const AtSpiReference &announced)
+{
+    const QString &service = announced.service;
+    if (m_bus.toolkitOf(service) != u"Qt")
+        return announced;
+    if (m_textField && m_textField->service == service && takesText(*m_textField).value_or(false))
+        return *m_textField;
+    m_textField.reset();
+
+    AtSpiFocusSearch search(m_bus, std::min<std::chrono::milliseconds>(longestLook,
+                                                                       m_bus.remaining()));
+    search.searchApplication(service);
+    search.finish(longestLook);
+    if (search.hasFoundTextField()) {
+        m_textField = search.found();
+        return *m_textField;
+    }
+    if (search.hasEnded())
+        return announced;
+    return tl::unexpected(AccessibilityError::cannotComplete);
+}
+
+std::optional<bool> AtSpiFocusTracker::takesText(const AtSpiReference &object)
+{
+    const AtSpiStates states =
+        AtSpiStates::of(m_bus.call(object, accessibleInterface, QStringLiteral("GetState")));
+    if (!states.contains(AtSpiStates::focused))
+        return std::nullopt;
+    if (AtSpiRole::takesText(AtSpiRole::unknown, states))
+        return true;
+    const QDBusMessage role = m_bus.call(object, accessibleInterface, QStringLiteral("GetRole"));
+    return AtSpiRole::takesText(role.arguments().value(0).toUInt(), states);
 }
 
 } // namespace Velloro

@@ -16,8 +16,9 @@ class AtSpiFocusSearch;
 
 /// Knows which object on the accessibility bus has the keyboard focus. The focus is followed by
 /// the events that applications send; where a window becomes active, or is active when the bus is
-/// reached, and no event names the focused object, it is searched for in the background. Main
-/// thread.
+/// reached, and no event names the focused object, it is searched for in the background. Where a
+/// toolkit has many objects claim the focus, and its events name any of them, the one counts into
+/// which text goes. Main thread.
 class AtSpiFocusTracker : public QObject
 {
     Q_OBJECT
@@ -46,10 +47,16 @@ private:
     void takePendingEvents();
     Accessibility::Result<AtSpiReference> known(pid_t process);
     Accessibility::Result<AtSpiReference> confirmed(pid_t process);
+    Accessibility::Result<AtSpiReference> preferredTo(const AtSpiReference &announced);
+    /// Whether text goes into the object, as it says now; nothing when it has not the focus.
+    std::optional<bool> takesText(const AtSpiReference &object);
     AtSpiFocusSearch &newSearch();
 
     AtSpiBus &m_bus;
+    /// What was announced or found last.
     std::optional<AtSpiReference> m_focused;
+    /// What was found to have the focus although something else was announced.
+    std::optional<AtSpiReference> m_textField;
     std::optional<AtSpiReference> m_activeWindow;
     QTimer m_searchDelay;
     std::unique_ptr<AtSpiFocusSearch> m_search;

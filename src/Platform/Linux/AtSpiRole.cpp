@@ -39,6 +39,22 @@ QString attributeName(uint32_t role, const AtSpiStates &states)
     case canvas:
     case drawingArea:
     case embedded:
+    case filler:
+    case focusTraversable:
+    case frame:
+    case glassPane:
+    case internalFrame:
+    case layeredPane:
+    case optionPane:
+    case pageTab:
+    case pageTabList:
+    case panel:
+    case rootPane:
+    case scrollPane:
+    case splitPane:
+    case viewport:
+    case window:
+    case application:
         return {};
     case label:
     case caption:
@@ -59,8 +75,6 @@ QString attributeName(uint32_t role, const AtSpiStates &states)
         return QStringLiteral("AXMenu");
     case menuItem:
         return QStringLiteral("AXMenuItem");
-    case pageTab:
-        return QStringLiteral("AXTab");
     case list:
     case listItem:
         return QStringLiteral("AXList");
@@ -78,6 +92,12 @@ QString attributeName(uint32_t role, const AtSpiStates &states)
     default:
         return QStringLiteral("AXGroup");
     }
+}
+
+bool takesText(uint32_t role, const AtSpiStates &states)
+{
+    return states.contains(AtSpiStates::showing)
+        && (states.contains(AtSpiStates::editable) || role == terminal);
 }
 
 } // namespace Velloro::AtSpiRole

@@ -17,17 +17,29 @@ enum Role : uint32_t {
     checkBox = 7,
     comboBox = 11,
     drawingArea = 18,
+    filler = 20,
+    focusTraversable = 21,
+    frame = 23,
+    glassPane = 24,
+    internalFrame = 28,
     label = 29,
+    layeredPane = 30,
     list = 31,
     listItem = 32,
     menu = 33,
     menuItem = 35,
+    optionPane = 36,
     pageTab = 37,
+    pageTabList = 38,
+    panel = 39,
     passwordText = 40,
     pushButton = 43,
     radioButton = 44,
+    rootPane = 46,
+    scrollPane = 49,
     slider = 51,
     spinButton = 52,
+    splitPane = 53,
     table = 55,
     tableCell = 56,
     terminal = 60,
@@ -36,6 +48,9 @@ enum Role : uint32_t {
     tree = 65,
     treeTable = 66,
     unknown = 67,
+    viewport = 68,
+    window = 69,
+    application = 75,
     embedded = 78,
     entry = 79,
     caption = 81,
@@ -48,8 +63,13 @@ enum Role : uint32_t {
 };
 
 /// The role's name as the focus check knows it; empty when the role says nothing about whether the
-/// object takes text, as of a surface on which an application draws by itself.
+/// object takes text, as of a surface on which an application draws by itself, or of a container
+/// that has the focus on behalf of what is in it.
 [[nodiscard]] QString attributeName(uint32_t role, const AtSpiStates &states);
+
+/// Whether an object that has the focus is where text goes, which a container of that object, or
+/// the current cell of a list beside it, may claim as well.
+[[nodiscard]] bool takesText(uint32_t role, const AtSpiStates &states);
 
 } // namespace AtSpiRole
 } // namespace Velloro

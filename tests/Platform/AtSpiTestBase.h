@@ -1,0 +1,106 @@
+#pragma once
+
+#include "Managers/TextInsertionManager.h"
+#include "Platform/Linux/AtSpiAccessibility.h"
+#include "Support/InMemoryPlatform.h"
+#include "Support/WaitUntil.h"
+
+#include <QDBusConnection>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QProcess>
+#include <gmock/gmock.h>
+
+namespace Velloro {
+
+/// An application on the desktop, ended with this object.
+class Application
+{
+public:
+    explicit Application(const QString &program, const QStringList &arguments)
+    {
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process.start(program, arguments);
+    }
+    ~Application()
+    {
+        if (process.state() == QProcess::NotRunning)
+            return;
+        process.kill();
+        process.waitForFinished();
+    }
+
+    pid_t pid() const { return static_cast<pid_t>(process.processId()); }
+
+    QProcess process;
+};
+
+/// One of the programs beside the tests that take commands, as JSON lists, and answer each.
+class CommandedApplication : public Application
+{
+public:
+    explicit CommandedApplication(const QString &name, const QStringList &arguments = {})
+        : Application(QStringLiteral(VELLORO_TESTS_DIR "/Platform/") + name, arguments)
+    {
+    }
+
+    QJsonValue command(const QJsonArray &words)
+    {
+        process.write(QJsonDocument(words).toJson(QJsonDocument::Compact) + '\n');
+        if (!waitUntil([&] { return process.canReadLine(); }))
+            return {};
+        const QByteArray line = "[" + process.readLine() + "]";
+        return QJsonDocument::fromJson(line).array().at(0);
+    }
+};
+
+class AtSpiTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!QDBusConnection::sessionBus().isConnected() || qEnvironmentVariableIsEmpty("DISPLAY"))
+            GTEST_SKIP() << "needs a desktop with an accessibility bus";
+    }
+
+    /// Makes the service under test.
+    void connect()
+    {
+        platform.accessibility = std::make_unique<AtSpiAccessibility>();
+        ASSERT_TRUE(platform.accessibility->isProcessTrusted());
+    }
+
+    AccessibilityElementRef focused()
+    {
+        const auto value = platform.accessibility->copyAttributeValue(
+            platform.accessibility->systemWideElement(), u"AXFocusedUIElement"_qs);
+        return value ? std::get<AccessibilityElementRef>(*value) : nullptr;
+    }
+    AccessibilityElementRef focusedOf(pid_t process)
+    {
+        const auto value = platform.accessibility->copyAttributeValue(
+            platform.accessibility->applicationElement(process), u"AXFocusedUIElement"_qs);
+        return value ? std::get<AccessibilityElementRef>(*value) : nullptr;
+    }
+    QString text(const AccessibilityElementRef &element, const QString &attribute)
+    {
+        const auto value = platform.accessibility->copyAttributeValue(element, attribute);
+        const auto *text = value ? std::get_if<QString>(&*value) : nullptr;
+        return text ? *text : QString();
+    }
+    bool waitForRole(const QString &role)
+    {
+        return waitUntil([&] { return text(focused(), u"AXRole"_qs) == role; });
+    }
+    bool insert(const QString &text)
+    {
+        memory.output.clear();
+        return TextInsertionManager(platform).insertText(text);
+    }
+    bool pasted() const { return !memory.output.isEmpty(); }
+
+    InMemoryPlatform memory;
+    Platform &platform = memory.platform;
+};
+
+} // namespace Velloro
