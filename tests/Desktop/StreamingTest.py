@@ -1,39 +1,16 @@
 """Words are typed while they are spoken, and give way to the final text."""
 
 import contextlib
-import re
 import signal
 import threading
 import time
 
-from desktop_case import BUSY, JFK, JFK_WORDS, DesktopCase, main, words
-from velloro_desktop import models, wait_for
-
-STARTED = "[Dictation] Started recording with realtime streaming"
-TYPED = re.compile(r"\[Dictation\] (?:Streaming start|Confirmed|Streaming edge): .*?"
-                   r"\((?:total: )?(\d+)(?: chars)?\)$")
+from desktop_case import BUSY, JFK, JFK_WORDS, main
+from streaming_case import STARTED, StreamingCase
+from velloro_desktop import wait_for
 
 
-class StreamingTest(DesktopCase):
-    def setUp(self):
-        super().setUp()
-        # What is quick comes first here.
-        self.model = models.choose(self.present, wanted="tiny.en-q5_1") or self.model
-
-    def start_streaming(self, **settings):
-        self.start_velloro(enableRealtimeStreaming=True, **settings)
-
-    def start_recording(self):
-        mark = self.velloro.mark()
-        self.user.press()
-        self.velloro.wait_for(STARTED, since=mark)
-        return mark
-
-    def counted(self, mark):
-        """How many characters have been typed."""
-        counts = [TYPED.match(line) for line in self.velloro.lines[mark:]]
-        return max((int(count[1]) for count in counts if count), default=0)
-
+class StreamingTest(StreamingCase):
     def speak_and_watch(self, mark, read):
         """Speaks, then holds the key until words stand in the application and no more come; the
         texts seen, one after the other."""
