@@ -211,6 +211,7 @@ QCoro::Task<void> DictationController::startRecordingInternal()
     log(streaming ? u"Started recording with realtime streaming"_qs
                   : u"Started recording in batch mode"_qs);
 
+    m_textInsertionManager.prepare();
     m_appState.setTranscriptionState(TranscriptionState::listening);
     showRecordingPill();
     startRecordingTimer();
@@ -378,6 +379,7 @@ void DictationController::finish(const WhisperContext::TranscriptionResult &hear
     // What was certain while streaming is then all that there is of the recording.
     if (!heard)
         m_appState.addToHistory(m_confirmedText);
+    m_textInsertionManager.finish();
 
     m_appState.setTranscriptionState(TranscriptionState::idle);
     m_appState.setPartialTranscript({});

@@ -2,7 +2,6 @@
 
 #include "Core/Graphemes.h"
 
-#include <QTimer>
 #include <algorithm>
 #include <chrono>
 #include <limits>
@@ -47,18 +46,32 @@ TextInsertionManager::TextInsertionManager(Platform &platform, QObject *parent)
     : QObject(parent)
     , m_platform(platform)
 {
+    m_pasteboardReturn.setSingleShot(true);
+    m_pasteboardReturn.setTimerType(Qt::PreciseTimer);
+    m_pasteboardReturn.setInterval(pasteboardRestoreDelay);
+    connect(&m_pasteboardReturn, &QTimer::timeout, this,
+            [this] { m_platform.pasteboard->giveBack(); });
 }
 
 TextInsertionManager::~TextInsertionManager()
 {
-    // The first is the user's own; what displaced later ones was ours.
-    if (!m_displacedTexts.isEmpty())
-        restorePasteboard();
+    if (m_pasteboardReturn.isActive())
+        m_platform.pasteboard->giveBack();
 }
 
 bool TextInsertionManager::hasAccessibilityPermission() const
 {
     return m_platform.accessibility->isProcessTrusted();
+}
+
+void TextInsertionManager::prepare()
+{
+    m_platform.pasteboard->follow();
+}
+
+void TextInsertionManager::finish()
+{
+    m_platform.pasteboard->unfollow();
 }
 
 bool TextInsertionManager::insertText(const QString &text)
@@ -134,23 +147,11 @@ bool TextInsertionManager::insertViaAccessibility(const QString &text)
 
 bool TextInsertionManager::insertViaClipboard(const QString &text)
 {
-    Pasteboard &pasteboard = *m_platform.pasteboard;
-    const std::optional<QString> previous = pasteboard.string();
-    pasteboard.clearContents();
-    pasteboard.setString(text);
+    m_platform.pasteboard->borrow(text);
     simulatePaste();
-    if (previous) {
-        m_displacedTexts << *previous;
-        QTimer::singleShot(pasteboardRestoreDelay, Qt::PreciseTimer, this,
-                           &TextInsertionManager::restorePasteboard);
-    }
+    // Half a second after the last of several.
+    m_pasteboardReturn.start();
     return true;
-}
-
-void TextInsertionManager::restorePasteboard()
-{
-    m_platform.pasteboard->clearContents();
-    m_platform.pasteboard->setString(m_displacedTexts.takeFirst());
 }
 
 void TextInsertionManager::simulatePaste()

@@ -4,7 +4,7 @@
 
 #include <QObject>
 #include <QString>
-#include <QStringList>
+#include <QTimer>
 #include <optional>
 
 namespace Velloro {
@@ -23,6 +23,9 @@ public:
 
     /// Whether this process may use the accessibility interface.
     [[nodiscard]] bool hasAccessibilityPermission() const;
+    /// Insertions may come until `finish`: what they displace on the pasteboard is read meanwhile.
+    void prepare();
+    void finish();
     /// Inserts the text over the selection or at the caret. False only for an empty text.
     bool insertText(const QString &text);
     /// Whether the text inserted last was seen to arrive: the application shows what was written,
@@ -47,7 +50,6 @@ private:
     [[nodiscard]] AccessibilityElementRef focusedElement();
     bool insertViaAccessibility(const QString &text);
     bool insertViaClipboard(const QString &text);
-    void restorePasteboard();
     void simulatePaste();
 
     Platform &m_platform;
@@ -58,8 +60,8 @@ private:
     /// Whether the latest insertion was written rather than pasted.
     bool m_wasWritten = false;
     bool m_wasFetched = false;
-    /// Texts that are to go back on the pasteboard, the first one first.
-    QStringList m_displacedTexts;
+    /// Runs while the pasteboard is borrowed.
+    QTimer m_pasteboardReturn;
 };
 
 } // namespace Velloro

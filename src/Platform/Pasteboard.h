@@ -1,25 +1,33 @@
 #pragma once
 
 #include <QString>
-#include <optional>
 
 namespace Velloro {
 
-/// The general pasteboard, plain text only. Main thread only; reading waits for the application
-/// that owns the content for a bounded time.
+/// The general pasteboard. It is the user's: a paste borrows it and gives back what was there, in
+/// every form that its owner offers. Main thread only; other programs are waited for for a bounded
+/// time.
 class Pasteboard
 {
 public:
     virtual ~Pasteboard() = default;
 
-    /// The plain text on the pasteboard; nothing when it holds none, or its owner does not answer.
-    [[nodiscard]] virtual std::optional<QString> string() = 0;
-    virtual void clearContents() = 0;
-    /// Puts `text` on the pasteboard as its plain-text content.
+    /// Puts `text` there as the user's own content, for good.
     virtual void setString(const QString &text) = 0;
 
-    /// Waits, for a bounded time, until the application that was given the last paste stroke has
-    /// fetched the text; whether it has. False when that has been asked already.
+    /// A paste may come: begins to read what is there, and follows it as the user copies something
+    /// else, until `unfollow`. Returns at once.
+    virtual void follow() = 0;
+    virtual void unfollow() = 0;
+    /// Puts `text` there until `giveBack`. On return, who watches the pasteboard has noticed: a
+    /// paste stroke may follow. Borrowing once more keeps what was there before the first time.
+    virtual void borrow(const QString &text) = 0;
+    /// Puts back what was there, once the application that was given the last paste stroke has
+    /// fetched the text, or within a second. Nothing is put back over what another program has put
+    /// there meanwhile, and the text stays where nothing was there before, or it could not be read.
+    virtual void giveBack() = 0;
+    /// Waits, for a second at most after the last paste stroke, until the application that it was
+    /// given to has fetched the text; whether it has.
     [[nodiscard]] virtual bool awaitPaste() = 0;
 };
 

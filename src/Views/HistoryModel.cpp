@@ -48,7 +48,6 @@ void HistoryModel::copy(int row)
     if (row < 0 || row >= m_items.size())
         return;
     const QUuid id = m_items[row].id;
-    m_pasteboard.clearContents();
     m_pasteboard.setString(m_items[row].text);
     setCopied(id, true);
     QTimer::singleShot(copiedDuration, this, [this, id] { setCopied(id, false); });

@@ -210,13 +210,14 @@ TEST_F(DictationStreamingTest, DeletesThenPausesThenTypesTheFinalText)
 {
     memory.accessibility->trusted = false;
     start();
+    EXPECT_EQ(memory.output, strings({"follow"}));
     segment("ab");
     memory.output.clear();
     stop("Final.");
     EXPECT_EQ(memory.output,
               strings({"51 down 0", "51 up 0", "pause 5000", "51 down 0", "51 up 0", "pause 5000",
-                       "pause 50000", "read", "clear", "write Final.", "9 down 100000",
-                       "9 up 100000"}));
+                       "pause 50000", "borrow Final.", "9 down 100000", "9 up 100000",
+                       "unfollow"}));
 }
 
 TEST_F(DictationStreamingTest, DeletesOnlyWhatWasSeenToArriveAndStillStandsBeforeTheCaret)

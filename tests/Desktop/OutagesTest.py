@@ -161,6 +161,8 @@ class OutagesTest(DesktopCase):
         # Less than half a second for the focus and the clipboard, the rest for the machine.
         self.assertLess(time.monotonic() - began, 0.7)
         self.assert_words(self.finish(mark), PHRASE_WORDS)
+        # It had been read while he spoke.
+        wait_for(lambda: self.user.clipboard() == "copied", "the user's own clipboard", timeout=2)
         application.send_signal(signal.SIGCONT)
 
 

@@ -10,6 +10,7 @@
 #include <QThread>
 #include <QTimer>
 #include <atomic>
+#include <gmock/gmock.h>
 #include <set>
 
 namespace Velloro {
@@ -37,7 +38,7 @@ protected:
                             .focusedElementIsTerminal = [this] { return isTerminal; },
                             .willPastePrimarySelection = [this] { ++primaryPastes; },
                             .willPaste = {},
-                            .awaitPaste = {},
+                            .awaitPaste = [this] { arrived.push_back(window->take()); },
                         });
     }
 
@@ -68,7 +69,16 @@ protected:
     std::unique_ptr<X11KeyboardEvents> strokes;
     bool isTerminal = false;
     int primaryPastes = 0;
+    /// What had arrived whenever a paste before was to be waited for.
+    std::vector<std::string> arrived;
 };
+
+TEST_F(X11KeyboardEventsTest, eachStrokeWaitsForThePasteBefore)
+{
+    stroke(keyDelete, 0);
+    stroke(keyV, KeyboardEvents::commandFlag);
+    EXPECT_THAT(arrived, testing::ElementsAre("", "+BackSpace, -BackSpace"));
+}
 
 TEST_F(X11KeyboardEventsTest, sendsKeysWithExactlyTheGivenModifiers)
 {

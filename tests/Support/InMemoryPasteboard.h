@@ -3,11 +3,13 @@
 #include "Platform/Pasteboard.h"
 
 #include <QStringList>
+#include <optional>
+#include <utility>
 
 namespace Velloro {
 
-/// A pasteboard of one test. It notes in `output` what is done with it: "read", "clear" and
-/// "write TEXT".
+/// A pasteboard of one test. It notes in `output` what is done with it: "write TEXT", "follow",
+/// "unfollow", "borrow TEXT" and "give back".
 class InMemoryPasteboard : public Pasteboard
 {
 public:
@@ -21,25 +23,33 @@ public:
     /// Whether applications fetch what they are told to paste.
     bool isFetched = true;
 
-    [[nodiscard]] std::optional<QString> string() override
-    {
-        m_output << QStringLiteral("read");
-        return content;
-    }
-    void clearContents() override
-    {
-        m_output << QStringLiteral("clear");
-        content.reset();
-    }
     void setString(const QString &text) override
     {
         m_output << QStringLiteral("write ") + text;
         content = text;
+        m_isBorrowed = false;
+    }
+    void follow() override { m_output << QStringLiteral("follow"); }
+    void unfollow() override { m_output << QStringLiteral("unfollow"); }
+    void borrow(const QString &text) override
+    {
+        m_output << QStringLiteral("borrow ") + text;
+        if (!std::exchange(m_isBorrowed, true))
+            m_displaced = content;
+        content = text;
+    }
+    void giveBack() override
+    {
+        m_output << QStringLiteral("give back");
+        if (std::exchange(m_isBorrowed, false) && m_displaced)
+            content = m_displaced;
     }
     [[nodiscard]] bool awaitPaste() override { return isFetched; }
 
 private:
     QStringList &m_output;
+    std::optional<QString> m_displaced;
+    bool m_isBorrowed = false;
 };
 
 } // namespace Velloro

@@ -2,22 +2,7 @@
 
 #include "Platform/Linux/X11/X11Selections.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
-
 namespace Velloro {
-
-namespace {
-
-/// Whether this program's own toolkit owns the clipboard; it could not answer while the main thread
-/// waits for it.
-bool toolkitOwnsClipboard()
-{
-    return qobject_cast<QGuiApplication *>(QCoreApplication::instance())
-        && QGuiApplication::clipboard()->ownsClipboard();
-}
-
-} // namespace
 
 X11Pasteboard::X11Pasteboard(const QByteArray &displayName)
 {
@@ -53,25 +38,41 @@ void X11Pasteboard::withSelections(Work work)
         Qt::BlockingQueuedConnection);
 }
 
-std::optional<QString> X11Pasteboard::string()
+template <typename Work>
+void X11Pasteboard::withSelectionsLater(Work work)
 {
-    if (toolkitOwnsClipboard()) {
-        const QString text = QGuiApplication::clipboard()->text();
-        return text.isEmpty() ? std::nullopt : std::optional(text);
-    }
-    std::optional<QString> text;
-    withSelections([&](X11Selections &selections) { text = selections.string(); });
-    return text;
-}
-
-void X11Pasteboard::clearContents()
-{
-    withSelections([](X11Selections &selections) { selections.clearContents(); });
+    QMetaObject::invokeMethod(
+        &m_receiver,
+        [this, work] {
+            if (m_selections)
+                work(*m_selections);
+        },
+        Qt::QueuedConnection);
 }
 
 void X11Pasteboard::setString(const QString &text)
 {
     withSelections([&](X11Selections &selections) { selections.setString(text); });
+}
+
+void X11Pasteboard::follow()
+{
+    withSelectionsLater([](X11Selections &selections) { selections.follow(); });
+}
+
+void X11Pasteboard::unfollow()
+{
+    withSelectionsLater([](X11Selections &selections) { selections.unfollow(); });
+}
+
+void X11Pasteboard::borrow(const QString &text)
+{
+    withSelections([&](X11Selections &selections) { selections.borrow(text); });
+}
+
+void X11Pasteboard::giveBack()
+{
+    withSelectionsLater([](X11Selections &selections) { selections.giveBack(); });
 }
 
 void X11Pasteboard::lendToPrimarySelection()
@@ -86,9 +87,9 @@ void X11Pasteboard::beginPaste(uint32_t window)
 
 bool X11Pasteboard::awaitPaste()
 {
-    bool served = false;
-    withSelections([&](X11Selections &selections) { served = selections.awaitPaste(); });
-    return served;
+    bool arrived = false;
+    withSelections([&](X11Selections &selections) { arrived = selections.awaitPaste(); });
+    return arrived;
 }
 
 } // namespace Velloro

@@ -16,7 +16,7 @@ class X11Selections;
 ///
 /// Its content is served from a thread of its own, so that an application can paste while the main
 /// thread is busy, and so that this program's own toolkit can: it waits for the content on the main
-/// thread.
+/// thread. What the toolkit itself has copied is read as from any other program.
 class X11Pasteboard final : public Pasteboard
 {
 public:
@@ -26,26 +26,29 @@ public:
     /// Hands the content to the clipboard manager if one runs, so that it outlives the program.
     ~X11Pasteboard() override;
 
-    /// Waits for an owner that does not answer for 120 ms, and for a slow one for 240 ms.
-    [[nodiscard]] std::optional<QString> string() override;
-    void clearContents() override;
     void setString(const QString &text) override;
 
-    /// Makes the primary selection hold what the pasteboard holds, for half a second; then the text
-    /// that it held before is back.
-    void lendToPrimarySelection();
-
-    /// The application of this window is about to paste what the pasteboard holds now; it is given
-    /// that even if the pasteboard holds something else when it comes round to it.
-    void beginPaste(uint32_t window);
-    /// Waits until that application has been given the text, at most until a second after
-    /// `beginPaste`. Key strokes that are sent to it afterwards come after the text.
+    void follow() override;
+    void unfollow() override;
+    /// What was there is waited for where it has not been read yet: 120 ms without a sign of life
+    /// from its owner, half a second at most.
+    void borrow(const QString &text) override;
+    void giveBack() override;
     [[nodiscard]] bool awaitPaste() override;
+
+    /// Makes the primary selection hold what the pasteboard holds, until `giveBack`.
+    void lendToPrimarySelection();
+    /// The application of this window is about to paste what the pasteboard holds now; it is given
+    /// that even if the pasteboard holds something else when it asks.
+    void beginPaste(uint32_t window);
 
 private:
     /// Runs `work` on the selections' thread and waits for it; nothing without an X server.
     template <typename Work>
     void withSelections(Work work);
+    /// The same without waiting.
+    template <typename Work>
+    void withSelectionsLater(Work work);
 
     QThread m_thread;
     /// Lives on `m_thread` and receives what is to run there.

@@ -5,22 +5,14 @@
 #include <QList>
 #include <QSysInfo>
 #include <cstring>
-#include <xcb/res.h>
 
 namespace Velloro {
 
 X11Workspace::X11Workspace(std::shared_ptr<X11Connection> connection)
     : m_connection(std::move(connection))
 {
-    if (!m_connection)
-        return;
-    const auto *resources = xcb_get_extension_data(m_connection->xcb(), &xcb_res_id);
-    if (!resources || !resources->present)
-        return;
-    const XcbReply<xcb_res_query_version_reply_t> version(xcb_res_query_version_reply(
-        m_connection->xcb(), xcb_res_query_version(m_connection->xcb(), 1, 2), nullptr));
-    m_serverKnowsProcesses = version
-        && (version->server_major > 1 || (version->server_major == 1 && version->server_minor >= 2));
+    if (m_connection)
+        m_clients.emplace(m_connection);
 }
 
 std::optional<RunningApplication> X11Workspace::frontmostApplication()
@@ -29,7 +21,7 @@ std::optional<RunningApplication> X11Workspace::frontmostApplication()
     if (window == XCB_WINDOW_NONE || isOnAnotherMachine(window))
         return std::nullopt;
     // What a program in a sandbox names is its number in there, so the server is asked first.
-    auto process = connectedProcess(window);
+    auto process = m_clients->process(window);
     if (!process)
         process = namedProcess(window);
     if (!process)
@@ -117,24 +109,6 @@ xcb_window_t X11Workspace::focusedWindow()
         window = tree->parent;
     }
     return XCB_WINDOW_NONE;
-}
-
-std::optional<pid_t> X11Workspace::connectedProcess(xcb_window_t window)
-{
-    if (!m_serverKnowsProcesses)
-        return std::nullopt;
-    const xcb_res_client_id_spec_t wanted{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-    const XcbReply<xcb_res_query_client_ids_reply_t> reply(xcb_res_query_client_ids_reply(
-        m_connection->xcb(), xcb_res_query_client_ids(m_connection->xcb(), 1, &wanted), nullptr));
-    if (!reply)
-        return std::nullopt;
-    for (auto ids = xcb_res_query_client_ids_ids_iterator(reply.get()); ids.rem > 0;
-         xcb_res_client_id_value_next(&ids)) {
-        if (ids.data->spec.mask == XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID
-            && xcb_res_client_id_value_value_length(ids.data) > 0)
-            return static_cast<pid_t>(*xcb_res_client_id_value_value(ids.data));
-    }
-    return std::nullopt;
 }
 
 std::optional<pid_t> X11Workspace::namedProcess(xcb_window_t window)

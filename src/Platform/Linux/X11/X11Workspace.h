@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Linux/X11/PasteStroke.h"
-#include "Platform/Linux/X11/X11Connection.h"
+#include "Platform/Linux/X11/X11Clients.h"
 #include "Platform/Workspace.h"
 
 #include <memory>
@@ -31,14 +31,13 @@ public:
 private:
     [[nodiscard]] xcb_window_t focusedWindow();
     [[nodiscard]] QByteArray property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
-    /// The process that the X server itself sees behind the window.
-    [[nodiscard]] std::optional<pid_t> connectedProcess(xcb_window_t window);
     /// The process that the window names.
     [[nodiscard]] std::optional<pid_t> namedProcess(xcb_window_t window);
     [[nodiscard]] bool isOnAnotherMachine(xcb_window_t window);
 
     std::shared_ptr<X11Connection> m_connection;
-    bool m_serverKnowsProcesses = false;
+    /// Nothing without a connection.
+    std::optional<X11Clients> m_clients;
 };
 
 } // namespace Velloro
