@@ -7,6 +7,14 @@ Rectangle {
     id: row
 
     required property CatalogModelRowModel model
+    property int focusReason: Qt.OtherFocusReason
+    readonly property bool visualFocus: activeFocus
+        && [Qt.TabFocusReason, Qt.BacktabFocusReason, Qt.ShortcutFocusReason].includes(focusReason)
+    /// The keyboard waits at the row where only the trash is left to take it.
+    function takeKeyboard(reason) {
+        focusReason = reason
+        forceActiveFocus(reason)
+    }
 
     implicitWidth: content.implicitWidth + 16
     implicitHeight: content.implicitHeight + 12
@@ -15,6 +23,10 @@ Rectangle {
     Accessible.role: Accessible.Grouping
     Accessible.name: model.displayName
     Accessible.description: model.isSelected ? qsTr("Selected") : ""
+    activeFocusOnTab: activeFocus
+    Accessible.focusable: activeFocus
+
+    FocusRing { control: row; gap: 0; radius: 6 }
 
     RowLayout {
         id: content
@@ -181,6 +193,7 @@ Rectangle {
                 symbol: "trash"
                 symbolSize: 14 * Theme.textScale
                 color: Theme.red
+                destroys: true
                 text: qsTr("Delete model")
                 Accessible.description: row.model.displayName
                 onClicked: row.model.deleteModel()

@@ -17,6 +17,8 @@ ActionList {
     onMovementStarted: wasMoved = true
 
     header: ColumnLayout {
+        readonly property Item field: field
+
         onHeightChanged: {
             if (!pane.wasMoved && pane.row === 0)
                 Qt.callLater(pane.positionViewAtBeginning)
@@ -43,6 +45,8 @@ ActionList {
                 }
             }
             RowLayout {
+                function takeKeyboard(reason) { field.forceActiveFocus(reason) }
+
                 Layout.fillWidth: true
                 spacing: 8
                 TextEntry {
@@ -61,10 +65,7 @@ ActionList {
                     kind: CapsuleButton.Prominent
                     text: qsTr("Add")
                     enabled: pane.dictionary.canAdd
-                    onClicked: {
-                        pane.dictionary.addWord()
-                        field.forceActiveFocus(Qt.OtherFocusReason)
-                    }
+                    onClicked: pane.dictionary.addWord()
                 }
             }
             Note {
@@ -96,12 +97,7 @@ ActionList {
                         size: CapsuleButton.Small
                         text: modelData
                         enabled: pane.dictionary.suggestionsAvailable[index]
-                        onClicked: {
-                            // Where it is disabled, the keyboard goes on to the next control.
-                            if (activeFocus)
-                                nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason)
-                            pane.dictionary.quickAdd(modelData)
-                        }
+                        onClicked: pane.dictionary.quickAdd(modelData)
                     }
                 }
             }
@@ -149,12 +145,15 @@ ActionList {
 
     footer: Item { implicitHeight: pane.count > 0 ? Theme.padding : 0 }
 
-    delegate: FocusScope {
+    // The keyboard goes from row to row; a row's trash, which it would hit unawares, is one Tab
+    // further.
+    delegate: Item {
         id: row
 
         required property int index
         required property string word
-        readonly property Item action: trash
+        readonly property Item action: row
+        readonly property bool hasKeyboard: activeFocus || trash.activeFocus
 
         readonly property bool isFirst: index === 0
         readonly property bool isLast: index === pane.count - 1
@@ -162,8 +161,18 @@ ActionList {
         x: Theme.padding
         width: pane.width - 2 * Theme.padding
         height: content.implicitHeight + 8
+        activeFocusOnTab: hasKeyboard || pane.isStop(index)
+        onHasKeyboardChanged: pane.follow(row)
+        onIndexChanged: pane.follow(row)
         Accessible.role: Accessible.ListItem
         Accessible.name: word
+        Accessible.description: qsTr("Press Delete to remove")
+        Accessible.focusable: true
+
+        Keys.forwardTo: deletion
+        Keys.onPressed: event => pane.navigate(event)
+        PressKeys { id: deletion; button: trash; keys: [Qt.Key_Delete] }
+        FocusRing { control: row; gap: 0; radius: 8 }
 
         // The rows together are one rounded group: each is a window onto a larger rectangle.
         Item {
@@ -201,26 +210,24 @@ ActionList {
             IconButton {
                 id: trash
                 objectName: "trash"
-                focus: true
-                // What has the keyboard can't cease to be a stop, not even while its row goes.
-                focusPolicy: activeFocus ? Qt.StrongFocus : pane.policyOf(row.index)
+                focusPolicy: row.hasKeyboard ? Qt.StrongFocus : Qt.ClickFocus
+                destroys: true
                 symbol: "trash"
                 symbolSize: Math.round(Theme.caption.pixelSize * 1.2)
                 color: Theme.red
                 text: qsTr("Remove %1").arg(row.word)
                 help: qsTr("Remove")
-                onActiveFocusChanged: if (activeFocus) pane.row = row.index
                 onClicked: {
-                    // The next word takes this one's place, and the keyboard stays with it.
+                    // The next word takes this one's place, and the keyboard stays there.
                     const list = pane
                     const place = row.index
-                    const hadFocus = activeFocus
+                    const hadKeyboard = row.hasKeyboard
                     list.dictionary.removeWord(row.word)
-                    if (hadFocus && list.count > 0)
+                    if (hadKeyboard && list.count > 0)
                         list.focusRow(place)
+                    else if (hadKeyboard)
+                        list.headerItem.field.forceActiveFocus(Qt.TabFocusReason)
                 }
-                Keys.onDeletePressed: clicked()
-                Keys.onPressed: event => pane.navigate(event)
             }
         }
     }

@@ -9,6 +9,8 @@ T.RadioButton {
     id: row
 
     required property EnhancedModelRowModel model
+    /// The user wants the next row (1) or the one before (-1).
+    signal moveRequested(int step)
 
     readonly property color tint: Theme[model.tint]
 
@@ -20,18 +22,21 @@ T.RadioButton {
     topPadding: 6
     bottomPadding: 6
     focusPolicy: Qt.StrongFocus
-    checkable: false
-    autoExclusive: false
+    checked: model.isSelected
     hoverEnabled: true
 
     onClicked: model.select()
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
+    /// From its control, when that goes.
+    function takeKeyboard(reason) { forceActiveFocus(reason) }
+    Keys.forwardTo: activation
+    Keys.onUpPressed: moveRequested(-1)
+    Keys.onDownPressed: moveRequested(1)
+    Activation { id: activation; button: row }
 
     Accessible.role: Accessible.RadioButton
     Accessible.name: qsTr("%1, %2").arg(model.title).arg(model.label)
     Accessible.checkable: true
-    Accessible.checked: model.isSelected
+    Accessible.checked: checked
     Accessible.onPressAction: clicked()
     Accessible.onToggleAction: clicked()
 
@@ -147,6 +152,7 @@ T.RadioButton {
             symbol: "trash"
             symbolSize: 14 * Theme.textScale
             color: Theme.faded(Theme.red, 0.8)
+            destroys: true
             text: qsTr("Delete model")
             Accessible.description: row.model.title
             onClicked: row.model.deleteModel()

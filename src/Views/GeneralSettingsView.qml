@@ -96,7 +96,8 @@ GroupedForm {
                 Layout.alignment: Qt.AlignRight
                 Layout.maximumWidth: pane.rowWidth
                 label: qsTr("Transcription Language")
-                model: pane.model.languages
+                entries: pane.model.languages.map(text => ({ text }))
+                isAsWideAsEntries: true
                 currentIndex: pane.model.languageIndex
                 onActivated: index => pane.model.languageIndex = index
             }

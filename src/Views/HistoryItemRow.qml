@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Layouts
 import Velloro
 
 /// One entry of the history: its beginning, when it was spoken, and a button that copies it.
@@ -12,13 +11,14 @@ FocusScope {
     required property bool copied
     readonly property Item action: copyButton
 
-    /// How the keyboard reaches the button.
-    property int policy: Qt.StrongFocus
+    readonly property bool isRevealedWhole: true
+    readonly property bool hasKeyboard: copyButton.activeFocus
+    /// Tab reaches the button.
+    property bool isStop: true
     signal copyRequested()
-    signal focused()
     signal keyPressed(var event)
 
-    implicitHeight: content.implicitHeight + 24
+    implicitHeight: Math.max(when.y + when.height, copyButton.y + copyButton.height) + 12
     Accessible.role: Accessible.ListItem
     Accessible.name: preview
     Accessible.description: time
@@ -28,47 +28,42 @@ FocusScope {
         radius: 8
         color: Theme.faded(Theme.primary, 0.05)
     }
-    RowLayout {
-        id: content
-        anchors.fill: parent
-        anchors.margins: 12
-        spacing: 12
+    // No layout: one would give the row its height only after the list has been positioned by it.
+    ThemedText {
+        id: words
+        objectName: "text"
+        x: 12
+        y: 12
+        width: copyButton.x - 12 - x
+        text: row.preview
+        wrapMode: Text.Wrap
+        maximumLineCount: 3
+        elide: Text.ElideRight
+    }
+    ThemedText {
+        id: when
+        objectName: "time"
+        x: 12
+        y: words.y + words.height + 4
+        text: row.time
+        font: Theme.caption2
+        color: Theme.tertiary
+    }
+    IconButton {
+        id: copyButton
+        objectName: "copy"
+        x: row.width - 12 - width
+        y: 12
+        focus: true
+        focusPolicy: row.hasKeyboard || row.isStop ? Qt.StrongFocus : Qt.ClickFocus
+        padding: 3
+        symbol: row.copied ? "checkmark" : "doc.on.doc"
+        symbolSize: Math.round(Theme.caption.pixelSize * 1.2)
+        color: row.copied ? Theme.green : Theme.secondary
+        text: row.copied ? qsTr("Copied") : qsTr("Copy")
+        onClicked: row.copyRequested()
+        Keys.onPressed: event => row.keyPressed(event)
 
-        ColumnLayout {
-            Layout.fillWidth: true
-            Layout.alignment: Qt.AlignTop
-            spacing: 4
-            ThemedText {
-                objectName: "text"
-                Layout.fillWidth: true
-                text: row.preview
-                wrapMode: Text.Wrap
-                maximumLineCount: 3
-                elide: Text.ElideRight
-            }
-            ThemedText {
-                objectName: "time"
-                text: row.time
-                font: Theme.caption2
-                color: Theme.tertiary
-            }
-        }
-        IconButton {
-            id: copyButton
-            objectName: "copy"
-            Layout.alignment: Qt.AlignTop
-            focus: true
-            focusPolicy: activeFocus ? Qt.StrongFocus : row.policy
-            padding: 3
-            symbol: row.copied ? "checkmark" : "doc.on.doc"
-            symbolSize: Math.round(Theme.caption.pixelSize * 1.2)
-            color: row.copied ? Theme.green : Theme.secondary
-            text: row.copied ? qsTr("Copied") : qsTr("Copy")
-            onClicked: row.copyRequested()
-            onActiveFocusChanged: if (activeFocus) row.focused()
-            Keys.onPressed: event => row.keyPressed(event)
-
-            Behavior on color { ColorAnimation { duration: 200; easing.type: Easing.InOutQuad } }
-        }
+        Behavior on color { ColorAnimation { duration: 200; easing.type: Easing.InOutQuad } }
     }
 }

@@ -54,6 +54,7 @@ Item {
                 kind: CapsuleButton.Borderless
                 size: CapsuleButton.Small
                 tint: Theme.red
+                destroys: true
                 text: qsTr("Clear All")
                 onClicked: pane.model.clear()
             }
@@ -71,10 +72,12 @@ Item {
             Accessible.name: qsTr("History")
 
             delegate: HistoryItemRow {
+                id: entry
                 x: Theme.padding
                 width: list.width - 2 * Theme.padding
-                policy: list.policyOf(index)
-                onFocused: list.row = index
+                isStop: list.isStop(index)
+                onHasKeyboardChanged: list.follow(entry)
+                onIndexChanged: list.follow(entry)
                 onKeyPressed: event => list.navigate(event)
                 onCopyRequested: pane.model.copy(index)
             }

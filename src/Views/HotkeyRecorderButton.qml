@@ -15,12 +15,22 @@ T.AbstractButton {
     property color fillColor
     property color strokeColor
 
+    readonly property real promptSymbolSize: Math.round(font.pixelSize * 1.2)
+    TextMetrics {
+        id: promptMetrics
+        font: Theme.weighted(button.font, Font.DemiBold)
+        text: button.prompt
+    }
+
     readonly property color foreground: model.isRecording ? Theme.onAccent : Theme.primary
 
     font: Theme.body
     text: model.isRecording ? (model.tempDisplayString || prompt) : model.displayString
     spacing: 6
-    implicitWidth: Math.max(contentItem.implicitWidth, minimumWidth) + leftPadding + rightPadding
+    // As wide as it becomes while it records: it does not move away from under the pointer.
+    implicitWidth: Math.max(contentItem.implicitWidth, minimumWidth,
+                            Math.ceil(promptMetrics.advanceWidth) + promptSymbolSize + spacing)
+        + leftPadding + rightPadding
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
@@ -42,10 +52,10 @@ T.AbstractButton {
         }
     }
 
-    // A key that was taken may still be down; its repeats are not for the button.
-    Keys.onPressed: event => { if (event.isAutoRepeat) event.accepted = true }
-    Keys.onReturnPressed: event => { if (!event.isAutoRepeat) clicked() }
-    Keys.onEnterPressed: event => { if (!event.isAutoRepeat) clicked() }
+    Keys.forwardTo: activation
+    Activation { id: activation; button: button }
+    // A key that was taken may still be down; its repeats are not for the window.
+    Keys.onPressed: event => event.accepted = event.isAutoRepeat
 
     Accessible.role: Accessible.Button
     Accessible.name: qsTr("Hotkey: %1").arg(text)
@@ -64,7 +74,7 @@ T.AbstractButton {
                 anchors.verticalCenter: parent.verticalCenter
                 visible: button.symbol !== ""
                 name: button.symbol
-                size: Math.round(button.font.pixelSize * 1.2)
+                size: button.promptSymbolSize
                 color: button.foreground
                 SequentialAnimation on opacity {
                     running: button.model.isRecording && button.visible
@@ -94,6 +104,6 @@ T.AbstractButton {
             radius: parent.radius
             color: Theme.faded(Theme.primary, button.down ? 0.1 : button.hovered ? 0.05 : 0)
         }
-        FocusRing { control: button; radius: parent.radius + gap }
+        FocusRing { control: button; radius: parent.radius + reach }
     }
 }

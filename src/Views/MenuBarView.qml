@@ -14,6 +14,21 @@ FocusScope {
     Accessible.role: Accessible.Pane
     Accessible.name: "Velloro"
 
+    // It opens at the chosen preset, wherever the keyboard was when it was closed.
+    function takeKeyboard(reason) {
+        for (let index = 0; index < rows.count; ++index) {
+            if (rows.itemAt(index).model.isSelected)
+                rows.itemAt(index).forceActiveFocus(reason)
+        }
+    }
+    Connections {
+        target: panel.Window.window
+        function onVisibleChanged() {
+            if (!panel.Window.window.visible)
+                panel.takeKeyboard(Qt.OtherFocusReason)
+        }
+    }
+
     Shortcut {
         sequence: "Escape"
         onActivated: panel.model.close()
@@ -128,8 +143,10 @@ FocusScope {
                     color: Theme.secondary
                 }
                 Repeater {
+                    id: rows
                     model: panel.model.rows
                     EnhancedModelRowView {
+                        required property int index
                         required property EnhancedModelRowModel modelData
 
                         Layout.fillWidth: true
@@ -138,6 +155,11 @@ FocusScope {
                         Layout.rightMargin: -10
                         model: modelData
                         focus: modelData.isSelected
+                        onMoveRequested: step => {
+                            const next = rows.itemAt(index + step)
+                            if (next)
+                                next.forceActiveFocus(Qt.TabFocusReason)
+                        }
                     }
                 }
             }

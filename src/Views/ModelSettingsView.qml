@@ -14,6 +14,10 @@ ScrollArea {
 
     Component.onCompleted: model.reset()
 
+    /// The group that was toggled last stays where it was pressed, whatever closes above it.
+    property Item held
+    property real heldAt: 0
+
     ColumnLayout {
         id: column
         x: Theme.padding
@@ -107,13 +111,23 @@ ScrollArea {
 
                 Layout.fillWidth: true
                 spacing: 8
+                onYChanged: {
+                    if (pane.held !== group)
+                        return
+                    pane.contentY = Math.max(0, pane.contentY + y - pane.heldAt)
+                    pane.heldAt = y
+                }
 
                 DisclosureGroup {
                     Layout.fillWidth: true
                     title: group.modelData.title
                     detail: group.modelData.countText
                     isOpen: group.modelData.isOpen
-                    onToggled: pane.model.toggleGroup(group.index)
+                    onToggled: {
+                        pane.held = group
+                        pane.heldAt = group.y
+                        pane.model.toggleGroup(group.index)
+                    }
                     content: ColumnLayout {
                         spacing: 2
                         Repeater {

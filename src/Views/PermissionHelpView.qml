@@ -3,20 +3,29 @@ import QtQuick.Layouts
 import Velloro
 
 /// What to do for a permission, step by step.
-Rectangle {
+FocusScope {
     id: view
 
     required property PermissionHelpModel model
 
     implicitWidth: 420
     implicitHeight: content.implicitHeight + 40
-    color: Theme.window
     Accessible.role: Accessible.Dialog
     Accessible.name: model.title
+
+    /// For the button that does it, or the one that closes when all is done.
+    function takeKeyboard(reason) {
+        (view.model.isGranted ? close : act).forceActiveFocus(reason)
+    }
 
     Shortcut {
         sequence: "Escape"
         onActivated: view.model.close()
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.window
     }
 
     ColumnLayout {
@@ -29,7 +38,7 @@ Rectangle {
             spacing: 10
             Symbol {
                 name: view.model.symbol
-                size: 26
+                size: Math.round(26 * Theme.textScale)
                 color: Theme.accent
             }
             ThemedText {
@@ -72,15 +81,16 @@ Rectangle {
             PermissionLabel { visible: view.model.isGranted }
             Item { Layout.fillWidth: true }
             CapsuleButton {
+                id: close
                 objectName: "close"
                 text: qsTr("Close")
                 onClicked: view.model.close()
             }
             CapsuleButton {
+                id: act
                 objectName: "act"
                 kind: CapsuleButton.Prominent
                 visible: !view.model.isGranted
-                focus: true
                 text: view.model.actionText
                 onClicked: view.model.act()
             }

@@ -9,6 +9,7 @@ Loader {
 
     active: model.isOpen
     sourceComponent: Window {
+        transientParent: loader.Window.window
         title: loader.model.title
         width: view.implicitWidth
         height: view.implicitHeight
@@ -18,9 +19,13 @@ Loader {
         color: Theme.window
         visible: true
         onClosing: loader.model.close()
-        Component.onCompleted: {
-            requestActivate()
-            view.forceActiveFocus()
+        Component.onCompleted: requestActivate()
+        // The keyboard that comes with the window shows no ring.
+        property bool wasActive: false
+        onActiveChanged: {
+            if (!wasActive)
+                Qt.callLater(view.takeKeyboard, Qt.TabFocusReason)
+            wasActive = true
         }
 
         PermissionHelpView {

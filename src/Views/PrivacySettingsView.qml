@@ -66,13 +66,11 @@ GroupedForm {
             tint: Theme.green
             text: qsTr("All processing happens on-device")
         }
-        Divider { Layout.fillWidth: true }
         Promise {
             symbol: "wifi.slash"
             tint: Theme.blue
             text: qsTr("No network connections required")
         }
-        Divider { Layout.fillWidth: true }
         Promise {
             symbol: "eye.slash.fill"
             tint: Theme.purple
@@ -87,7 +85,6 @@ GroupedForm {
             isGranted: pane.model.hasMicrophonePermission
             onEnable: pane.model.enableMicrophone()
         }
-        Divider { Layout.fillWidth: true }
         PermissionRow {
             title: qsTr("Accessibility")
             isGranted: pane.model.hasAccessibilityPermission
@@ -106,6 +103,7 @@ GroupedForm {
         title: qsTr("Data")
         CapsuleButton {
             tint: Theme.red
+            destroys: true
             text: qsTr("Clear Transcription History")
             onClicked: pane.model.clearHistory()
         }

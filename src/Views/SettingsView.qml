@@ -101,15 +101,14 @@ FocusScope {
                     objectName: "tab" + index
                     text: entry.title
                     font: Theme.caption
-                    checkable: false
-                    autoExclusive: false
                     checked: index === view.currentIndex
                     focus: checked
                     // One stop for the Tab key; the arrows do the rest.
                     focusPolicy: checked ? Qt.StrongFocus : Qt.ClickFocus
                     hoverEnabled: true
+                    padding: 5
                     implicitWidth: Math.max(72, contentItem.implicitWidth + 16)
-                    implicitHeight: contentItem.implicitHeight + 10
+                    implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
                     readonly property color foreground: checked ? Theme.accent : Theme.secondary
 
                     Accessible.role: Accessible.PageTab
@@ -127,7 +126,7 @@ FocusScope {
                         Symbol {
                             anchors.horizontalCenter: parent.horizontalCenter
                             name: tab.entry.symbol
-                            size: 20
+                            size: Math.round(20 * Theme.textScale)
                             color: tab.foreground
                         }
                         Text {

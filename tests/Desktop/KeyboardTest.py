@@ -21,6 +21,9 @@ class KeyboardTest(DesktopCase):
         super().setUp()
         self.velloro.set_up()
         self.velloro.start()
+        self.open_panel()
+
+    def open_panel(self):
         self.desktop.run([self.velloro.process.args[0]])
         self.user.wait_for_focus(lambda focus: focus["application"] == "Velloro", "the panel")
 
@@ -70,7 +73,7 @@ class KeyboardTest(DesktopCase):
                 break
             self.tab()
         self.user.keys("tap", "Return")
-        wait_for(lambda: (one := self.focused()) and one["role"] == "page tab", "the settings")
+        self.wait_for_control("page tab")
 
     def open_pane(self, name):
         while self.focused()["role"] != "page tab":
@@ -78,6 +81,64 @@ class KeyboardTest(DesktopCase):
         for tab in TABS[TABS.index(self.focused()["name"]) + 1:TABS.index(name) + 1]:
             self.user.keys("tap", "Right")
             wait_for(lambda: self.focused()["name"] == tab, f"the tab {tab}")
+
+    def wait_for_control(self, role, name=""):
+        """The control with the keyboard, once it is of this role and its name begins so."""
+        return wait_for(lambda: (one := self.focused()) and one["role"] == role
+                        and one["name"].startswith(name) and one, f"the {role} {name}")
+
+    def go_to_the_languages(self):
+        """The place of their button."""
+        while not self.focused()["name"].startswith("Transcription Language"):
+            self.tab()
+        return self.focused()["place"]
+
+    def wait_for_language(self, *others):
+        return wait_for(lambda: (now := self.velloro.settings().get("selectedLanguage"))
+                        not in (None, *others) and now, "another language")
+
+    def click_on(self, place):
+        self.user.click(place[0] + place[2] // 2, place[1] + place[3] // 2)
+
+    def test_a_list_that_was_open_is_followed_by_whatever_the_user_does(self):
+        closed = lambda: not self.user.windows("Velloro Settings")  # noqa: E731
+        # What listens for the focus, as a screen reader does, makes the toolkit tell of the list.
+        self.open_settings()
+        self.go_to_the_languages()
+        self.user.keys("tap", "Return")
+        self.wait_for_control("menu item", "English")
+        self.user.keys("tap", "Down", "tap", "Return")
+        first = self.wait_for_language("en")
+        self.wait_for_control("push button", "Transcription Language")
+        self.user.keys("tap", "Control_L", "Tab")
+        self.wait_for_control("page tab", "Model")
+
+        self.user.keys("tap", "Control_L", "Shift_L", "Tab")
+        self.wait_for_control("page tab", "General")
+        self.click_on(self.go_to_the_languages())
+        self.wait_for_control("menu item")
+        entries = [one for one in self.user.controls() if one["role"] == "menu item"]
+        self.click_on(entries[3]["place"])
+        self.wait_for_language(first)
+        self.user.keys("tap", "Control_L", "w")
+        wait_for(closed, "the settings' end")
+
+        self.open_panel()
+        self.open_settings()
+        self.go_to_the_languages()
+        self.user.keys("tap", "space")
+        self.wait_for_control("menu item")
+        self.user.keys("tap", "Escape")
+        self.wait_for_control("push button", "Transcription Language")
+        self.user.keys("tap", "Escape")
+        wait_for(closed, "the settings' end")
+
+        self.open_panel()
+        self.open_settings()
+        self.go_to_the_languages()
+        self.user.keys("tap", "Down")
+        self.wait_for_control("menu item")
+        self.assertEqual(self.velloro.stop(), 0)
 
     def test_the_settings(self):
         self.open_settings()
@@ -87,7 +148,7 @@ class KeyboardTest(DesktopCase):
             ("page tab", "General"),
             ("push button", "Hotkey"),
             ("radio button", "Hold to Talk"),
-            ("combo box", "Transcription Language"),
+            ("push button", "Transcription Language"),
             ("check box", "Play sounds"),
             ("check box", "Insert as plain text"),
             ("check box", "Launch at login"),

@@ -43,8 +43,11 @@ TEST_F(MenuBarExtraTest, IsReachedAndClosedWithTheKeyboardAlone)
 {
     open();
     EXPECT_EQ(window()->width(), 280);
+    EXPECT_EQ(probe().smallButtons(), QStringList());
     const QRect frame = window()->screen()->availableGeometry();
     EXPECT_TRUE(frame.contains(window()->geometry()));
+    EXPECT_EQ(probe().focusedName(), u"Medium, Balanced");
+    EXPECT_TRUE(focused()->state().checked);
 
     QStringList reached;
     for (int count = 0; count < 8; ++count) {
@@ -85,11 +88,35 @@ TEST_F(MenuBarExtraTest, IsReachedAndClosedWithTheKeyboardAlone)
     EXPECT_FALSE(window()->isVisible()) << "the settings take the panel's place";
 
     open();
+    EXPECT_EQ(probe().focusedName(), u"Large, Accurate") << "not where it was left, on the way to the end";
+    probe().press(Qt::Key_Up);
+    EXPECT_EQ(probe().focusedName(), u"Medium, Balanced");
+    probe().press(Qt::Key_Down);
+    probe().press(Qt::Key_Down);
+    EXPECT_EQ(probe().focusedName(), u"Large, Accurate");
+    EXPECT_EQ(appState.selectedModel(), ModelPreset::large);
     const QPoint place = window()->position();
     controller.openPanel();
     EXPECT_EQ(window()->position(), place) << "it is there already";
     probe().press(Qt::Key_Escape);
     EXPECT_FALSE(window()->isVisible());
+}
+
+TEST_F(MenuBarExtraTest, TheKeyboardDoesNotComeToATrashByItself)
+{
+    open();
+    ASSERT_TRUE(probe().tabTo(u"Download model"_qs));
+    probe().hold(Qt::Key_Return);
+    ASSERT_EQ(memory.downloadSession->tasks.size(), 1);
+    EXPECT_TRUE(probe().focusedName().startsWith(u"Downloading"));
+    memory.fileSystem->files.insert(u"/tmp/part"_qs);
+    memory.downloadSession->delegate.downloadDidFinish(DownloadTaskId(1), u"/tmp/part"_qs);
+    EXPECT_EQ(focused()->role(), QAccessible::RadioButton) << probe().focusedName().toStdString();
+    probe().press(Qt::Key_Tab);
+    EXPECT_EQ(probe().focusedName(), u"Delete model");
+    probe().hold(Qt::Key_Return);
+    EXPECT_EQ(probe().focusedName(), u"Download model");
+    EXPECT_EQ(memory.downloadSession->tasks.size(), 1);
 }
 
 TEST_F(MenuBarExtraTest, ClosesWhenAnotherWindowTakesTheFocus)

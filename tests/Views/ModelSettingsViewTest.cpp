@@ -2,7 +2,8 @@
 #include "Views/SettingsWindowController.h"
 #include "Views/WindowTestBase.h"
 
-#include <algorithm>
+#include <QDir>
+#include <QFileInfo>
 #include <gmock/gmock.h>
 
 namespace Velloro {
@@ -20,26 +21,19 @@ protected:
         probe().item(u"tab0"_qs)->forceActiveFocus();
         probe().press(Qt::Key_Right);
     }
-    /// Whether the ring of what has the keyboard is to be seen.
-    [[nodiscard]] bool showsFocus() const
-    {
-        QQuickItem *item = window()->activeFocusItem();
-        return item && hasVisibleRing(*item);
-    }
-    [[nodiscard]] static bool hasVisibleRing(const QQuickItem &item)
-    {
-        if (QByteArrayView(item.metaObject()->className()).startsWith("FocusRing"))
-            return item.isVisible();
-        const QList<QQuickItem *> children = item.childItems();
-        return std::ranges::any_of(children,
-                                   [](const QQuickItem *child) { return hasVisibleRing(*child); });
-    }
-    /// A file of the model is there.
+    /// A file of the model is there, for all but the recogniser.
     void addFile(const QString &modelId)
     {
         WhisperManager &manager = appState.whisperManager();
         memory.fileSystem->files.insert(manager.modelURL(modelId));
         manager.refreshModelStates();
+    }
+    void writeFile(const QString &modelId)
+    {
+        QFile file(appState.whisperManager().modelURL(modelId));
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(file).path()));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("model");
     }
     [[nodiscard]] double menuPosition() const
     {
@@ -73,12 +67,12 @@ TEST_F(ModelSettingsViewTest, AMenuOfModelsIsScrolledAndChosenFromWithTheKeyboar
     EXPECT_EQ(menuPosition(), 0);
     probe().press(Qt::Key_Escape);
     ASSERT_TRUE(waitUntil([this] { return probe().focusedName() == u"Model of Small: Base"; }));
-    EXPECT_TRUE(showsFocus());
+    EXPECT_TRUE(probe().showsFocus());
 
     addFile(u"medium"_qs);
     addFile(u"small"_qs);
     openMenu();
-    probe().press(Qt::Key_Down);
+    EXPECT_EQ(probe().focusedName(), u"Small");
     probe().press(Qt::Key_Down);
     EXPECT_EQ(probe().focusedName(), u"Medium");
     probe().press(Qt::Key_Down);
@@ -99,17 +93,63 @@ TEST_F(ModelSettingsViewTest, TheKeyboardStaysWithTheRowWhoseControlChanges)
     ASSERT_TRUE(probe().tabTo(u"Download"_qs));
     probe().press(Qt::Key_Space);
     EXPECT_EQ(probe().focusedName(), u"Downloading Tiny Q5");
-    EXPECT_TRUE(showsFocus());
+    EXPECT_TRUE(probe().showsFocus());
     memory.downloadSession->delegate.downloadDidComplete(
         DownloadTaskId(1), PlatformError{1, u"The server went away"_qs});
     EXPECT_EQ(probe().focusedName(), u"Retry");
-    EXPECT_TRUE(showsFocus());
+    EXPECT_TRUE(probe().showsFocus());
     addFile(u"tiny-q5_1"_qs);
     EXPECT_EQ(probe().focusedName(), u"Select");
-    ASSERT_TRUE(probe().tabTo(u"Delete model"_qs));
+    writeFile(u"tiny-q5_1"_qs);
+    probe().press(Qt::Key_Return);
+    ASSERT_TRUE(waitUntil(
+        [this] { return appState.whisperManager().selectedModelId() == u"tiny-q5_1"_qs; }));
+    EXPECT_EQ(probe().focusedName(), u"Tiny Q5") << "the row, and not its trash";
+    EXPECT_TRUE(probe().showsFocus());
+    probe().press(Qt::Key_Return);
+    probe().press(Qt::Key_Tab);
+    EXPECT_EQ(probe().focusedName(), u"Delete model");
     probe().press(Qt::Key_Space);
     EXPECT_EQ(probe().focusedName(), u"Download");
-    EXPECT_TRUE(showsFocus());
+    EXPECT_TRUE(probe().showsFocus());
+}
+
+TEST_F(ModelSettingsViewTest, AGroupStaysWhereItIsPressedWhenTheOneAboveCloses)
+{
+    open();
+    ASSERT_TRUE(probe().tabTo(u"Tiny"_qs));
+    probe().press(Qt::Key_Space);
+    ASSERT_TRUE(probe().tabTo(u"Small"_qs));
+    EXPECT_EQ(probe().smallButtons(), QStringList());
+    const QQuickItem *header = window()->activeFocusItem();
+    const auto inWindow = [header] { return header->mapToScene({}).y(); };
+    const double before = inWindow();
+    const QQuickItem *group = header->parentItem()->parentItem();
+    const double place = group->y();
+    probe().press(Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([&] { return group->y() < place - 50; }));
+    EXPECT_NEAR(inWindow(), before, 1);
+}
+
+TEST_F(ModelSettingsViewTest, AMouseDoesNotDragThePaneAndItsWheelScrolls)
+{
+    open();
+    const auto position = [this] {
+        auto *pane = probe().item(u"pane"_qs)->property("item").value<QQuickItem *>();
+        return pane->property("contentY").toDouble();
+    };
+    QTest::mousePress(window(), Qt::LeftButton, {}, {250, 330});
+    for (int y = 320; y > 150; y -= 10)
+        QTest::mouseMove(window(), {250, y}, 5);
+    QTest::mouseRelease(window(), Qt::LeftButton, {}, {250, 150});
+    EXPECT_EQ(position(), 0);
+    for (quint64 time = 1000; time < 1060; time += 20) {
+        QWheelEvent wheel({250, 330}, window()->mapToGlobal(QPointF(250, 330)), {}, {0, -120}, {},
+                          {}, Qt::NoScrollPhase, false);
+        wheel.setTimestamp(time);
+        QCoreApplication::sendEvent(window(), &wheel);
+    }
+    EXPECT_TRUE(waitUntil([&] { return position() > 20; }));
 }
 
 } // namespace

@@ -53,18 +53,26 @@ TEST_F(OnboardingWindowTest, LeadsThroughSixStepsWithTheKeyboardAlone)
     EXPECT_EQ(window()->size(), QSize(500, 580));
     EXPECT_FALSE(probe().item(u"back"_qs)->isVisible());
     EXPECT_EQ(probe().focusedName(), u"Continue");
-    probe().press(Qt::Key_Return);
+    probe().hold(Qt::Key_Return);
 
     // Permissions.
     EXPECT_FALSE(canProceed());
-    ASSERT_TRUE(probe().tabTo(u"Enable"_qs));
+    EXPECT_EQ(probe().focusedName(), u"Enable");
+    EXPECT_TRUE(probe().showsFocus());
+    const QQuickItem *enable = window()->activeFocusItem();
+    const QPointF place = enable->mapToScene({});
     probe().press(Qt::Key_Space);
     ASSERT_TRUE(waitUntil([this] { return text(u"microphoneProblem"_qs) != u""; }));
+    ASSERT_TRUE(waitUntil([this] { return probe().item(u"microphoneProblem"_qs)->height() > 20; }));
+    EXPECT_EQ(enable->mapToScene({}), place) << "under the pointer";
+    EXPECT_EQ(probe().smallButtons(), QStringList());
     EXPECT_FALSE(canProceed()) << "it was refused";
     memory.captureAuthorization->granted = true;
     probe().press(Qt::Key_Space);
     ASSERT_TRUE(waitUntil([this] { return canProceed(); }));
     EXPECT_EQ(text(u"microphoneProblem"_qs), u"");
+    EXPECT_EQ(probe().focusedName(), u"Continue");
+    EXPECT_TRUE(probe().showsFocus());
     ASSERT_TRUE(probe().tabTo(u"Enable"_qs));
     probe().press(Qt::Key_Space);
     EXPECT_EQ(memory.accessibility->trustRequests, 1);
@@ -77,11 +85,13 @@ TEST_F(OnboardingWindowTest, LeadsThroughSixStepsWithTheKeyboardAlone)
     ASSERT_TRUE(waitUntil([this] { return appState.isDownloadingModel(); }));
     EXPECT_EQ(text(u"title"_qs), u"Setting Up Your Voice Assistant");
     EXPECT_FALSE(canProceed());
+    EXPECT_EQ(probe().focusedName(), u"Back");
     memory.downloadSession->delegate.downloadDidWriteData(lastTask(), 999, 1000);
     EXPECT_EQ(text(u"percent"_qs), u"99%");
     finishDownload();
     ASSERT_TRUE(waitUntil([this] { return canProceed(); }));
     EXPECT_EQ(text(u"title"_qs), u"Voice Model Ready!");
+    EXPECT_EQ(probe().focusedName(), u"Continue");
     EXPECT_EQ(memory.userDefaults->get<QStringList>(u"velloro.downloadedModels"_qs),
               QStringList({u"Medium"_qs}));
     for (int index = 0; index < 6; ++index) {
@@ -95,7 +105,16 @@ TEST_F(OnboardingWindowTest, LeadsThroughSixStepsWithTheKeyboardAlone)
     ASSERT_TRUE(probe().tabTo(u"Toggle"_qs));
     probe().press(Qt::Key_Space);
     EXPECT_EQ(appState.recordingMode(), RecordingMode::toggle);
-    proceed(2);
+    const QQuickItem *recorder = probe().item(u"hotkeyRecorder"_qs);
+    const double width = recorder->width();
+    probe().click(u"hotkeyRecorder"_qs);
+    EXPECT_EQ(recorder->property("text"), u"Press your hotkey..."_qs);
+    EXPECT_EQ(recorder->width(), width);
+    probe().click(u"hotkeyRecorder"_qs);
+    // To the showcase, and no further.
+    probe().doubleClick(u"forward"_qs);
+    EXPECT_TRUE(probe().tabTo(u"Continue"_qs)) << "the step was skipped";
+    proceed();
     EXPECT_EQ(text(u"instruction"_qs), u"Press ⌥Space anywhere to start dictating");
     appState.setRecordingMode(RecordingMode::holdToTalk);
     EXPECT_EQ(text(u"instruction"_qs), u"Press and hold ⌥Space anywhere to dictate");

@@ -36,6 +36,8 @@ TEST_F(SettingsWindowTest, IsOneWindowThatTheKeyboardOpensTabByTab)
 {
     open();
     QQuickWindow *first = window();
+    probe().click(u"tab0"_qs);
+    EXPECT_TRUE(checked(u"tab0"_qs)) << "clicked again";
     EXPECT_EQ(first->size(), QSize(500, 400));
     controller.open();
     EXPECT_EQ(window(), first);
@@ -102,13 +104,12 @@ TEST_F(SettingsWindowTest, ModeAndLanguageAreChosenWithTheKeyboard)
     appState.setRecordingMode(RecordingMode::holdToTalk);
     EXPECT_EQ(probe().item(u"recordingMode"_qs)->property("currentIndex"), 0);
 
-    QQuickItem *language = probe().item(u"language"_qs);
-    EXPECT_EQ(language->property("displayText"), u"English (Best accuracy)"_qs);
-    ASSERT_TRUE(probe().tabTo(u"Transcription Language"_qs));
-    probe().press(Qt::Key_Down);
+    ASSERT_TRUE(probe().tabTo(u"Transcription Language: English (Best accuracy)"_qs));
+    for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Return})
+        probe().press(key);
     EXPECT_EQ(appState.selectedLanguage(), WhisperLanguage::polish);
     appState.setSelectedLanguage(WhisperLanguage::german);
-    EXPECT_EQ(language->property("displayText").toString(),
+    EXPECT_EQ(text(u"language"_qs),
               hint(WhisperLanguage::german)
                   ? displayName(WhisperLanguage::german) + u" ("_qs
                       + *hint(WhisperLanguage::german) + u")"_qs
@@ -147,16 +148,21 @@ TEST_F(SettingsWindowTest, TheDictionaryIsKeptWithTheKeyboardAlone)
     EXPECT_EQ(probe().item(u"newWord"_qs)->property("text"), QString());
 
     // Rows out of sight are made when there is time.
-    ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"Remove x"_qs); }));
+    ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"x"_qs); }));
     probe().press(Qt::Key_Down);
-    EXPECT_EQ(probe().focusedName(), u"Remove y");
-    probe().press(Qt::Key_Delete);
+    EXPECT_EQ(probe().focusedName(), u"y");
+    EXPECT_TRUE(probe().showsFocus());
+    probe().hold(Qt::Key_Delete);
     EXPECT_EQ(appState.customDictionary(), QStringList({u"x"_qs, u"ChatGPT"_qs}));
+    EXPECT_EQ(probe().focusedName(), u"ChatGPT");
+    probe().press(Qt::Key_Return);
+    probe().press(Qt::Key_Tab);
     EXPECT_EQ(probe().focusedName(), u"Remove ChatGPT");
     probe().press(Qt::Key_Return);
-    EXPECT_EQ(probe().focusedName(), u"Remove x");
-    probe().press(Qt::Key_Space);
+    EXPECT_EQ(probe().focusedName(), u"x") << "not its trash: the next Return would go on";
+    probe().press(Qt::Key_Delete);
     EXPECT_TRUE(appState.customDictionary().isEmpty());
+    EXPECT_EQ(probe().focusedName(), u"New word");
 }
 
 TEST_F(SettingsWindowTest, LongListsAreScrolledThroughAtOnce)
@@ -166,31 +172,75 @@ TEST_F(SettingsWindowTest, LongListsAreScrolledThroughAtOnce)
         words << u"word %1"_qs.arg(number);
     appState.setCustomDictionary(words);
     for (int number = 0; number < 50; ++number)
-        appState.addToHistory(u"%1 "_qs.arg(number) + u"lorem ipsum "_qs.repeated(830));
+        appState.addToHistory(u"%1 "_qs.arg(number) + u"lorem ipsum "_qs.repeated(number % 7 ? 1 : 830));
     open();
     probe().press(Qt::Key_Right);
     probe().press(Qt::Key_Right);
-    ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"Remove word 0"_qs); }));
+    ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"word 0"_qs); }));
+    EXPECT_EQ(probe().smallButtons(), QStringList());
     probe().press(Qt::Key_End);
-    EXPECT_EQ(probe().focusedName(), u"Remove word 9999");
+    for (const QString &name : {u"OpenAI"_qs, u"New word"_qs}) {
+        ASSERT_TRUE(probe().tabTo(name));
+        EXPECT_TRUE(WindowProbe::isInSight(*window()->activeFocusItem())) << name.toStdString();
+    }
+    ASSERT_TRUE(waitUntil([this] {
+        probe().press(Qt::Key_Tab);
+        return probe().focusedName().startsWith(u"word ");
+    })) << "the list is a stop wherever it was scrolled to";
+    probe().press(Qt::Key_End);
+    EXPECT_EQ(probe().focusedName(), u"word 9999");
     for (int count = 0; count < 100; ++count)
         probe().press(Qt::Key_Up);
-    EXPECT_EQ(probe().focusedName(), u"Remove word 9899");
+    EXPECT_EQ(probe().focusedName(), u"word 9899");
     EXPECT_LT(rowCount(u"words"_qs), 100) << "rows far out of sight are not there";
 
     probe().press(Qt::Key_Tab, Qt::ControlModifier);
     ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"Copy"_qs); }));
-    probe().press(Qt::Key_End);
-    probe().press(Qt::Key_Space);
-    EXPECT_LT(rowCount(u"entries"_qs), 40);
-    ASSERT_TRUE(memory.pasteboard->content);
-    EXPECT_TRUE(memory.pasteboard->content->startsWith(u"0 lorem"));
-    EXPECT_EQ(probe().focusedName(), u"Copied");
+    EXPECT_EQ(probe().smallButtons(), QStringList());
+    const auto copied = [this] {
+        EXPECT_TRUE(WindowProbe::isInSight(*window()->activeFocusItem()->parentItem()));
+        probe().press(Qt::Key_Space);
+        EXPECT_EQ(probe().focusedName(), u"Copied");
+        return memory.pasteboard->content.value_or(QString()).section(u' ', 0, 0);
+    };
+    for (int round = 0; round < 2; ++round) {
+        probe().press(Qt::Key_End);
+        EXPECT_EQ(copied(), u"0");
+        EXPECT_LT(rowCount(u"entries"_qs), 40);
+        probe().press(Qt::Key_Home);
+        EXPECT_EQ(copied(), u"49");
+    }
+    probe().press(Qt::Key_Down);
+    appState.addToHistory(u"50 comes meanwhile"_qs);
+    EXPECT_EQ(copied(), u"48") << "the keyboard stays with its entry";
+    probe().press(Qt::Key_Down);
+    EXPECT_EQ(copied(), u"47");
     ASSERT_TRUE(probe().tabTo(u"Clear All"_qs));
     probe().press(Qt::Key_Return);
     EXPECT_TRUE(appState.transcriptionHistory().isEmpty());
     EXPECT_FALSE(probe().item(u"entries"_qs)->isVisible());
     EXPECT_EQ(probe().focusedName(), u"History") << "the button has gone";
+}
+
+TEST_F(SettingsWindowTest, TheHelpForAPermissionBelongsToTheSettingsAndHasTheKeyboard)
+{
+    memory.systemSettings->hasPages = false;
+    memory.captureAuthorization->status = AuthorizationStatus::denied;
+    open();
+    probe().press(Qt::Key_Left);
+    EXPECT_EQ(probe().smallButtons(), QStringList());
+    ASSERT_TRUE(probe().tabTo(u"Enable"_qs));
+    probe().press(Qt::Key_Return);
+    const QWindowList windows = QGuiApplication::topLevelWindows();
+    const auto help = std::ranges::find(windows, u"Microphone"_qs, &QWindow::title);
+    ASSERT_NE(help, windows.end());
+    EXPECT_EQ((*help)->transientParent(), window());
+    ASSERT_TRUE(QTest::qWaitForWindowActive(*help));
+    const WindowProbe inHelp(qobject_cast<QQuickWindow *>(*help));
+    EXPECT_TRUE(waitUntil([&] { return inHelp.showsFocus(); }));
+    EXPECT_EQ(inHelp.focusedName(), inHelp.item(u"act"_qs)->property("text").toString());
+    inHelp.press(Qt::Key_Escape);
+    EXPECT_TRUE(waitUntil([this] { return window()->isActive(); }));
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
+#include <algorithm>
 
 namespace Velloro {
 
@@ -19,6 +20,27 @@ public:
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const
     {
         QTest::keyClick(m_window, key, modifiers);
+    }
+
+    /// Keeps the key down long enough to repeat, as the X server tells of it.
+    void hold(Qt::Key key) const
+    {
+        send(QEvent::KeyPress, key, false);
+        for (int count = 0; count < 5; ++count) {
+            send(QEvent::KeyRelease, key, true);
+            send(QEvent::KeyPress, key, true);
+        }
+        send(QEvent::KeyRelease, key, false);
+    }
+
+    /// Clicks in the middle of the item with this object name.
+    void click(const QString &name) const
+    {
+        QTest::mouseClick(m_window, Qt::LeftButton, {}, middle(name));
+    }
+    void doubleClick(const QString &name) const
+    {
+        QTest::mouseDClick(m_window, Qt::LeftButton, {}, middle(name));
     }
 
     /// The accessible name of what has the keyboard.
@@ -46,7 +68,58 @@ public:
         return find(m_window->contentItem(), name);
     }
 
+    /// Whether the ring of what has the keyboard is to be seen.
+    [[nodiscard]] bool showsFocus() const
+    {
+        QQuickItem *item = m_window->activeFocusItem();
+        return item && hasVisibleRing(*item);
+    }
+
+    /// Whether all of the item is inside the one that clips it.
+    [[nodiscard]] static bool isInSight(const QQuickItem &item)
+    {
+        const QQuickItem *clip = &item;
+        while (clip->parentItem() && !clip->clip())
+            clip = clip->parentItem();
+        return clip->mapRectToScene(clip->boundingRect())
+            .contains(item.mapRectToScene(item.boundingRect()));
+    }
+
+    /// The names of the buttons in the window that are too small to be hit.
+    [[nodiscard]] QStringList smallButtons() const
+    {
+        QStringList names;
+        collectSmallButtons(*m_window->contentItem(), names);
+        return names;
+    }
+
 private:
+    static void collectSmallButtons(const QQuickItem &item, QStringList &names)
+    {
+        if (item.isVisible() && item.inherits("QQuickAbstractButton")
+            && (item.height() < 24 || item.width() < 24))
+            names << item.property("text").toString();
+        for (const QQuickItem *child : item.childItems())
+            collectSmallButtons(*child, names);
+    }
+    void send(QEvent::Type type, Qt::Key key, bool isRepeat) const
+    {
+        QKeyEvent event(type, key, Qt::NoModifier, {}, isRepeat);
+        QCoreApplication::sendEvent(m_window, &event);
+    }
+    [[nodiscard]] QPoint middle(const QString &name) const
+    {
+        QQuickItem *found = item(name);
+        return found ? found->mapToScene(found->boundingRect().center()).toPoint() : QPoint(-1, -1);
+    }
+    [[nodiscard]] static bool hasVisibleRing(const QQuickItem &item)
+    {
+        if (QByteArrayView(item.metaObject()->className()).startsWith("FocusRing"))
+            return item.isVisible();
+        const QList<QQuickItem *> children = item.childItems();
+        return std::ranges::any_of(children,
+                                   [](const QQuickItem *child) { return hasVisibleRing(*child); });
+    }
     [[nodiscard]] static QQuickItem *find(QQuickItem *item, const QString &name)
     {
         if (item->objectName() == name)

@@ -6,6 +6,7 @@
 #include "Views/ViewEngine.h"
 #include "Views/WindowProbe.h"
 
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -32,7 +33,11 @@ protected:
         return item ? item->property("text").toString() : QStringLiteral("(none)");
     }
 
+    // The recogniser looks for real files of models.
+    QTemporaryDir directory;
     InMemoryPlatform memory;
+    const bool isOnDisk
+        = memory.fileSystem->supportDirectory.emplace(directory.path()).size() > 0;
     AppState appState{memory.platform};
     std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
     ViewEngine engine{*memory.appearance};

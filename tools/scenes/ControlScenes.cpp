@@ -24,7 +24,7 @@ Rectangle {
             SegmentedPicker { Layout.fillWidth: true; label: "Recording Mode"; options: ["Hold to Talk", "Toggle"] }
             RowLayout {
                 ThemedText { text: "Transcription Language"; Layout.fillWidth: true }
-                PopUpButton { label: "Language"; model: ["English (Best accuracy)", "Polski"] }
+                PopUpButton { label: "Language"; entries: [{ text: "English (Best accuracy)" }, { text: "Polski" }]; currentIndex: 0 }
             }
         }
         FormSection {

@@ -2,10 +2,11 @@ import QtQuick
 import QtQuick.Templates as T
 import Velloro
 
-/// A long list whose rows have one button each. The list is one stop for the Tab key; Up and Down,
-/// Page Up and Page Down, Home and End move between the rows' buttons. A row tells its button by
-/// the property `action`, which has the keyboard's policy `policyOf(index)` and hands its keys to
-/// `navigate`.
+/// A long list with the keyboard in one of its rows. The list is one stop for the Tab key; Up and
+/// Down, Page Up and Page Down, Home and End move between the rows. A row tells by the property
+/// `action` what takes the keyboard in it: that is a stop where `isStop(index)`, hands its keys to
+/// `navigate`, and when the row gets the keyboard (`hasKeyboard`) or another index, it calls
+/// `follow`.
 ListView {
     id: list
 
@@ -15,29 +16,44 @@ ListView {
     keyNavigationEnabled: false
     highlightFollowsCurrentItem: false
     cacheBuffer: 200
+    // A finger drags the list; a mouse has its wheel and the bar.
+    interactive: !mouse.active
+    PointHandler { id: mouse; acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad }
     Accessible.role: Accessible.List
 
-    /// The row whose button Tab reaches. The view's own current item would take the keyboard from
+    /// The row that Tab reaches. The view's own current item would take the keyboard from
     /// what is typed into above the rows.
     property int row: 0
 
     currentIndex: -1
-    // Where the user has scrolled to, the keyboard goes on.
-    onMovementEnded: followSight()
-
-    function followSight() {
-        const index = indexAt(width / 2, contentY + height / 2)
-        if (index >= 0 && !itemAtIndex(row))
-            row = index
+    // Where the user has scrolled to, the keyboard goes on: with a row in sight, or just below it.
+    onContentYChanged: {
+        if (itemAtIndex(row))
+            return
+        const index = [height / 2, height, height + cacheBuffer / 2]
+            .map(y => indexAt(width / 2, contentY + y)).find(found => found >= 0)
+        row = index ?? row
     }
 
-    function policyOf(index) {
-        return index === Math.max(0, Math.min(row, count - 1)) ? Qt.StrongFocus : Qt.ClickFocus
+    function isStop(index) {
+        return index === Math.max(0, Math.min(row, count - 1))
+    }
+
+    function follow(item) {
+        if (item.hasKeyboard)
+            row = item.index
     }
 
     function focusRow(index) {
         const next = Math.max(0, Math.min(count - 1, index))
-        positionViewAtIndex(next, ListView.Contain)
+        // How high the rows are that are not there yet is a guess, which the first positioning mends.
+        for (let pass = 0; pass < 2; ++pass) {
+            if (next === count - 1)
+                positionViewAtEnd()
+            else
+                positionViewAtIndex(next, ListView.Contain)
+            forceLayout()
+        }
         const item = itemAtIndex(next)
         // First the keyboard, then the stop: what has the keyboard can't cease to be one.
         if (item)
@@ -59,6 +75,8 @@ ListView {
         event.accepted = true
     }
 
+    FocusFollower { view: list }
+
     T.ScrollBar.vertical: T.ScrollBar {
         id: bar
         parent: list
@@ -68,7 +86,6 @@ ListView {
         padding: 2
         visible: size < 1
         minimumSize: 0.1
-        onPressedChanged: if (!pressed) list.followSight()
         focusPolicy: Qt.NoFocus
         contentItem: Rectangle {
             implicitWidth: 6

@@ -15,6 +15,8 @@ T.AbstractButton {
     /// The colour of the letters, and of a prominent button's ground.
     property color tint: kind === CapsuleButton.Prominent ? Theme.accent : Theme.primary
     property string symbol
+    /// It can't be undone. Such a button never gets the keyboard unless the user takes it there.
+    property bool destroys: false
 
     font: size === CapsuleButton.Large ? Theme.title3
         : size === CapsuleButton.Small ? Theme.caption : Theme.body
@@ -23,8 +25,11 @@ T.AbstractButton {
     rightPadding: leftPadding
     topPadding: kind === CapsuleButton.Borderless ? 2 : [3, 5, 9][size]
     bottomPadding: topPadding
-    implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding
-    implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
+    implicitWidth: Math.max(24, contentItem.implicitWidth + leftPadding + rightPadding)
+    implicitHeight: Math.max(24, contentItem.implicitHeight + topPadding + bottomPadding)
+    // A small button can be hit above and below what is drawn.
+    topInset: (implicitHeight - contentItem.implicitHeight - topPadding - bottomPadding) / 2
+    bottomInset: topInset
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     opacity: enabled ? 1 : 0.4
@@ -33,14 +38,8 @@ T.AbstractButton {
     Accessible.name: text
     Accessible.onPressAction: clicked()
 
-    // A button that goes passes the keyboard on.
-    onVisibleChanged: {
-        if (!visible && activeFocus)
-            nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason)
-    }
-
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
+    Keys.forwardTo: activation
+    Activation { id: activation; button: control }
 
     readonly property color foreground: kind === CapsuleButton.Prominent
         ? (tint === Theme.accent ? Theme.onAccent : "#ffffff") : tint
@@ -84,7 +83,7 @@ T.AbstractButton {
         FocusRing {
             control: control
             gap: control.kind === CapsuleButton.Borderless ? 0 : 2
-            radius: parent.radius + gap
+            radius: parent.radius + reach
         }
     }
 }

@@ -24,17 +24,21 @@ ColumnLayout {
         padding: 4
         text: group.title
         focusPolicy: Qt.StrongFocus
+        checkable: true
+        checked: group.isOpen
         onClicked: group.toggled()
-        Keys.onReturnPressed: clicked()
-        Keys.onEnterPressed: clicked()
-        Keys.onRightPressed: if (!group.isOpen) clicked()
-        Keys.onLeftPressed: if (group.isOpen) clicked()
+        Keys.forwardTo: activation
+        Activation {
+            id: activation
+            button: header
+            keys: [Qt.Key_Return, Qt.Key_Enter, group.isOpen ? Qt.Key_Left : Qt.Key_Right]
+        }
 
         Accessible.role: Accessible.Button
         Accessible.name: group.title
         Accessible.description: group.detail
         Accessible.checkable: true
-        Accessible.checked: group.isOpen
+        Accessible.checked: checked
         Accessible.onPressAction: clicked()
         Accessible.onToggleAction: clicked()
 
@@ -67,6 +71,8 @@ ColumnLayout {
     }
     Loader {
         Layout.fillWidth: true
+        // In line with the title, a row's own margin left out.
+        Layout.leftMargin: header.leftPadding + Math.round(12 * Theme.textScale) + 6 - 8
         active: group.isOpen
         visible: active
         sourceComponent: group.content

@@ -6,7 +6,10 @@ Rectangle {
     id: ring
 
     property Item control: parent
+    /// What is left free between the control and the ring, which could not be seen on the accent
+    /// colour; where it is 0, the ring is drawn inside the control.
     property real gap: 2
+    readonly property real reach: gap > 0 ? gap + border.width : 0
 
     // Back from a menu or from another window, the focus is as visible as it was.
     property bool wasVisible: false
@@ -21,10 +24,10 @@ Rectangle {
     }
 
     anchors.fill: parent
-    anchors.margins: -gap
+    anchors.margins: -reach
     visible: control.activeFocus && ((control.visualFocus ?? true) || isBack && wasVisible)
     color: "transparent"
-    radius: 6 + gap
+    radius: 6 + reach
     border.width: 2
     border.color: Theme.faded(Theme.accent, 0.75)
     z: 1

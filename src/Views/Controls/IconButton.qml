@@ -7,13 +7,15 @@ T.AbstractButton {
     id: control
 
     property string symbol
-    property real symbolSize: 14
+    property real symbolSize: Math.round(14 * Theme.textScale)
     property color color: Theme.secondary
     property bool hierarchical: false
     property string help: text
+    /// It can't be undone. Such a button never gets the keyboard unless the user takes it there.
+    property bool destroys: false
 
-    implicitWidth: symbolSize + leftPadding + rightPadding
-    implicitHeight: symbolSize + topPadding + bottomPadding
+    implicitWidth: Math.max(24, symbolSize + leftPadding + rightPadding)
+    implicitHeight: Math.max(24, symbolSize + topPadding + bottomPadding)
     padding: 4
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
@@ -24,8 +26,8 @@ T.AbstractButton {
     Accessible.description: help === text ? "" : help
     Accessible.onPressAction: clicked()
 
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
+    Keys.forwardTo: activation
+    Activation { id: activation; button: control }
 
     contentItem: Item {
         Symbol {

@@ -1,56 +1,73 @@
 import QtQuick
+import QtQuick.Layouts
 import QtQuick.Templates as T
 import Velloro
 
-/// A button that shows the chosen one of several entries and opens a menu of all of them.
-T.ComboBox {
+/// A button that shows what is chosen and opens a menu of all that there is.
+T.AbstractButton {
     id: control
 
     /// What is chosen, for the screen reader.
     property string label
+    /// The menu's lines: the text of each, and its `kind` where that is not `PopUpMenuItem.Choice`.
+    property var entries: []
+    /// Which entry is chosen; -1 when none of them is.
+    property int currentIndex: -1
+    /// The button is as wide as any of its entries needs; otherwise as its text.
+    property bool isAsWideAsEntries: false
+    property int elide: Text.ElideRight
+    /// The user chose an entry.
+    signal activated(int index)
 
+    text: currentIndex >= 0 && currentIndex < entries.length ? entries[currentIndex].text : ""
     font: Theme.body
+    spacing: 6
     leftPadding: 10
-    rightPadding: 28
+    rightPadding: 8
     topPadding: 4
     bottomPadding: 4
-    implicitWidth: Math.ceil(widestText) + leftPadding + rightPadding
-    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding
+    implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
 
-    Accessible.role: Accessible.ComboBox
-    Accessible.name: label
-    Accessible.description: displayText
-    Accessible.onPressAction: popup.open()
-
-    /// The button is as wide as any of its entries needs.
-    readonly property real widestText: {
-        let widest = 0
-        for (let index = 0; index < count; ++index)
-            widest = Math.max(widest, metrics.advanceWidth(textAt(index)))
-        return widest
+    onClicked: menu.openBelow(control, currentIndex)
+    Keys.forwardTo: activation
+    Activation {
+        id: activation
+        button: control
+        keys: [Qt.Key_Return, Qt.Key_Enter, Qt.Key_Down, Qt.Key_Up]
     }
+
+    Accessible.role: Accessible.ButtonMenu
+    Accessible.name: qsTr("%1: %2").arg(label).arg(text)
+    Accessible.onPressAction: clicked()
 
     FontMetrics {
         id: metrics
         font: control.font
     }
 
-    contentItem: Text {
-        text: control.displayText
-        font: control.font
-        color: Theme.primary
-        elide: Text.ElideRight
-        textFormat: Text.PlainText
-        verticalAlignment: Text.AlignVCenter
-    }
-    indicator: Symbol {
-        x: control.width - width - 8
-        y: (control.height - height) / 2
-        size: 12
-        name: "chevron.up.chevron.down"
-        color: Theme.secondary
+    contentItem: RowLayout {
+        spacing: control.spacing
+        Text {
+            // Measured anew with every font.
+            readonly property real widest: metrics.font && control.isAsWideAsEntries
+                ? Math.max(...control.entries.map(entry => metrics.advanceWidth(entry.text))) : 0
+
+            Layout.fillWidth: true
+            Layout.preferredWidth: Math.ceil(Math.max(implicitWidth, widest))
+            text: control.text
+            font: control.font
+            color: Theme.primary
+            elide: control.elide
+            textFormat: Text.PlainText
+        }
+        Symbol {
+            name: "chevron.up.chevron.down"
+            size: Math.round(12 * Theme.textScale)
+            color: Theme.secondary
+        }
     }
     background: Rectangle {
         radius: 6
@@ -58,36 +75,28 @@ T.ComboBox {
                                                   : control.hovered ? 0.08 : 0))
         border.width: 1
         border.color: Theme.controlBorder
-        FocusRing { control: control; radius: 8 }
+        FocusRing { control: control }
     }
-    delegate: PopUpMenuItem {
-        required property int index
 
-        width: ListView.view ? ListView.view.width : implicitWidth
-        text: control.textAt(index)
-        checked: index === control.currentIndex
-        highlighted: index === control.highlightedIndex
-        Accessible.role: Accessible.ListItem
-    }
-    popup: T.Popup {
-        y: control.height + 2
-        width: control.width
-        implicitHeight: Math.min(contentItem.implicitHeight + 8,
-                                 control.Window.window ? control.Window.window.height - 24 : 300)
-        margins: 4
-        padding: 4
-        contentItem: ListView {
-            implicitHeight: contentHeight
-            clip: true
-            model: control.delegateModel
-            currentIndex: control.highlightedIndex
-            boundsBehavior: Flickable.StopAtBounds
-        }
-        background: Rectangle {
-            color: Theme.isDark ? "#38383d" : "#ffffff"
-            border.width: 1
-            border.color: Theme.controlBorder
-            radius: 7
+    PopUpMenu {
+        id: menu
+        objectName: "menu"
+
+        minimumWidth: control.width
+
+        Instantiator {
+            model: control.entries
+            delegate: PopUpMenuItem {
+                required property int index
+                required property var modelData
+
+                text: modelData.text
+                kind: modelData.kind ?? PopUpMenuItem.Choice
+                checked: index === control.currentIndex
+                onTriggered: control.activated(index)
+            }
+            onObjectAdded: (index, object) => menu.insertItem(index, object)
+            onObjectRemoved: (index, object) => menu.removeItem(object)
         }
     }
 }

@@ -2,18 +2,26 @@ import QtQuick
 import QtQuick.Templates as T
 import Velloro
 
-/// A menu in the theme's look. The keyboard moves between its enabled entries and scrolls to the
-/// others.
+/// A menu in the theme's look. The keyboard moves between its enabled entries, a letter goes to the
+/// next one that begins with it, and what can't be chosen is scrolled to.
 T.Menu {
     id: menu
+
+    property real minimumWidth: 128
 
     margins: 4
     padding: 4
     overlap: 1
-    implicitWidth: Math.max(contentItem.implicitWidth, 120) + leftPadding + rightPadding
+    implicitWidth: Math.max(contentItem.implicitWidth + leftPadding + rightPadding, minimumWidth)
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
 
     delegate: PopUpMenuItem {}
+
+    /// Opens the menu below its button, at the entry with this index or else the first enabled one.
+    function openBelow(button, index) {
+        popup(button, 0, button.height + 2)
+        currentIndex = index >= 0 ? index : list.entryFrom(0, () => true)
+    }
 
     // Closed, a menu leaves the keyboard to the window's root; it goes back to the menu's button.
     onClosed: {
@@ -26,6 +34,25 @@ T.Menu {
         id: list
         objectName: "menuEntries"
 
+        /// The first enabled entry from this place on, and from the start after the end, for which
+        /// `matches` holds; -1 when there is none.
+        function entryFrom(start, matches) {
+            for (let count = 0; count < menu.count; ++count) {
+                const index = (start + count) % menu.count
+                const item = menu.itemAt(index)
+                if (item.enabled && matches(item))
+                    return index
+            }
+            return -1
+        }
+        function goToLetter(text) {
+            const letter = text.toLocaleLowerCase()
+            const index = entryFrom(menu.currentIndex + 1,
+                                    item => item.text.toLocaleLowerCase().startsWith(letter))
+            if (index >= 0)
+                menu.currentIndex = index
+            return index >= 0
+        }
         /// Whether an enabled entry comes after the current one (`step` 1) or before it (-1).
         function hasEntry(step) {
             for (let index = menu.currentIndex + step; index >= 0 && index < menu.count;
@@ -71,7 +98,7 @@ T.Menu {
                 event.accepted = scrollBy(-contentHeight)
                 break
             default:
-                event.accepted = false
+                event.accepted = event.text.trim() !== "" && goToLetter(event.text)
             }
         }
         implicitWidth: {
@@ -86,10 +113,12 @@ T.Menu {
         interactive: contentHeight > height
         clip: true
         currentIndex: menu.currentIndex
+        highlightMoveDuration: 0
         boundsBehavior: Flickable.StopAtBounds
         T.ScrollBar.vertical: T.ScrollBar {
             id: bar
             visible: size < 1
+            implicitWidth: 7
             padding: 1
             contentItem: Rectangle {
                 implicitWidth: 5

@@ -12,34 +12,11 @@ Flickable {
     contentWidth: width
     boundsBehavior: Flickable.StopAtBounds
     flickableDirection: Flickable.VerticalFlick
-    // A drag selects text and moves sliders elsewhere; the wheel and the bar scroll.
-    interactive: contentHeight > height
+    // A finger drags the content; a mouse has its wheel and the bar.
+    interactive: contentHeight > height && !mouse.active
+    PointHandler { id: mouse; acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad }
 
-    /// Brings an item into view, with the row around it that asks for it (`isRevealedWhole`).
-    function reveal(item) {
-        const top = item.mapToItem(contentItem, 0, 0).y
-        const margin = 12
-        if (top - margin < contentY)
-            contentY = Math.max(0, top - margin)
-        else if (top + item.height + margin > contentY + height)
-            contentY = Math.min(Math.max(0, contentHeight - height),
-                                top + item.height + margin - height)
-    }
-
-    Connections {
-        target: area.Window.window
-        function onActiveFocusItemChanged() {
-            let item = area.Window.activeFocusItem
-            for (let above = item; above; above = above.parent) {
-                if (above.isRevealedWhole)
-                    item = above
-                if (above === area.contentItem) {
-                    area.reveal(item)
-                    return
-                }
-            }
-        }
-    }
+    FocusFollower { view: area }
 
     T.ScrollBar.vertical: T.ScrollBar {
         id: bar

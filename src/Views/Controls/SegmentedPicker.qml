@@ -56,8 +56,6 @@ FocusScope {
                         required property string modelData
 
                         text: modelData
-                        checkable: false
-                        autoExclusive: false
                         checked: index === picker.currentIndex
                         focus: checked
                         // One stop for the Tab key; the arrows do the rest.
@@ -99,7 +97,7 @@ FocusScope {
                             color: segment.checked ? Theme.control : "transparent"
                             border.width: segment.checked ? 1 : 0
                             border.color: Theme.controlBorder
-                            FocusRing { control: segment; gap: 1; radius: 6 }
+                            FocusRing { control: segment; gap: 0; radius: parent.radius }
                         }
                     }
                 }

@@ -2,8 +2,8 @@ import QtQuick
 import Velloro
 
 /// A place that holds one control or another. Where the one that is replaced had the keyboard, the
-/// new one gets it, as visibly as before. A component that is no control tells the control in it
-/// by the property `action`.
+/// new one gets it, as visibly as before, unless it destroys. A component that is no control tells
+/// the control in it by the property `action`.
 Loader {
     id: loader
 
@@ -19,7 +19,12 @@ Loader {
         }
     }
     onLoaded: {
-        if (activeFocus)
-            (item.action ?? item).forceActiveFocus(reason)
+        if (!activeFocus)
+            return
+        const control = item.action ?? item
+        if (control.destroys)
+            FocusOrder.handOn(control, reason)
+        else
+            control.forceActiveFocus(reason)
     }
 }

@@ -7,7 +7,7 @@ T.Switch {
     id: control
 
     implicitWidth: contentItem.implicitWidth + spacing + indicator.implicitWidth
-    implicitHeight: Math.max(contentItem.implicitHeight, indicator.implicitHeight)
+    implicitHeight: Math.max(24, contentItem.implicitHeight, indicator.implicitHeight)
     spacing: 10
     font: Theme.body
     focusPolicy: Qt.StrongFocus
@@ -51,6 +51,6 @@ T.Switch {
             color: "#ffffff"
             Behavior on x { NumberAnimation { duration: 120; easing.type: Easing.OutQuad } }
         }
-        FocusRing { control: control; radius: parent.radius + gap }
+        FocusRing { control: control; radius: parent.radius + reach }
     }
 }

@@ -17,20 +17,19 @@ T.RadioButton {
     padding: Theme.padding
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     focusPolicy: Qt.StrongFocus
-    checkable: false
-    autoExclusive: false
+    checked: isSelected
     text: title
 
     Accessible.role: Accessible.RadioButton
     Accessible.name: title
     Accessible.description: description
     Accessible.checkable: true
-    Accessible.checked: isSelected
+    Accessible.checked: checked
     Accessible.onPressAction: clicked()
     Accessible.onToggleAction: clicked()
 
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
+    Keys.forwardTo: activation
+    Activation { id: activation; button: card }
 
     contentItem: RowLayout {
         spacing: 8
@@ -74,6 +73,6 @@ T.RadioButton {
     background: Rectangle {
         radius: 12
         color: card.isSelected ? Theme.accent : Theme.faded(Theme.secondary, 0.1)
-        FocusRing { control: card; radius: parent.radius + gap }
+        FocusRing { control: card; radius: parent.radius + reach }
     }
 }

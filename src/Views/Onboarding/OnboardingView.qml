@@ -16,6 +16,23 @@ FocusScope {
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Welcome to Velloro")
 
+    /// Where the keyboard was put rather than taken by the user.
+    property Item placed
+
+    /// For the button that leads on, while it can't yet for what is to be done first.
+    function takeKeyboard(reason) {
+        const first = step.item ? FocusOrder.harmlessAfter(step.item) : null
+        placed = forward.enabled ? forward
+            : first && FocusOrder.isAround(step.item, first) ? first : back
+        placed.forceActiveFocus(reason)
+    }
+    /// Puts the keyboard where it serves, unless the user has it somewhere.
+    function settle() {
+        const holder = Window.activeFocusItem
+        if (!holder || holder === placed || !holder.activeFocusOnTab || !holder.visible)
+            takeKeyboard(Qt.TabFocusReason)
+    }
+
     Component { id: welcome; WelcomeStepView {} }
     Component { id: permissions; PermissionsStepView { model: view.model } }
     Component { id: modelDownload; ModelDownloadStepView { model: view.model.download } }
@@ -88,6 +105,7 @@ FocusScope {
                 onLoaded: {
                     area.contentY = 0
                     appear.restart()
+                    view.settle()
                 }
                 NumberAnimation on opacity {
                     id: appear
@@ -104,11 +122,11 @@ FocusScope {
             Layout.fillWidth: true
             Layout.margins: 30
             CapsuleButton {
+                id: back
                 objectName: "back"
                 visible: view.model.currentStep !== OnboardingModel.Welcome
                 text: qsTr("Back")
                 onClicked: view.model.back()
-                onVisibleChanged: if (!visible && focus) forward.forceActiveFocus(Qt.TabFocusReason)
             }
             Item { Layout.fillWidth: true }
             CapsuleButton {
@@ -120,12 +138,7 @@ FocusScope {
                 text: view.model.currentStep === OnboardingModel.Done ? qsTr("Get Started")
                                                                       : qsTr("Continue")
                 onClicked: view.model.proceed()
-                // A control that has gone leaves the keyboard to nobody.
-                onEnabledChanged: {
-                    const holder = view.Window.activeFocusItem
-                    if (enabled && (!holder || !holder.activeFocusOnTab || !holder.visible))
-                        forceActiveFocus(Qt.TabFocusReason)
-                }
+                onEnabledChanged: if (enabled) view.settle()
             }
         }
     }
@@ -136,7 +149,7 @@ FocusScope {
         anchors.right: parent.right
         anchors.margins: 8
         symbol: "xmark"
-        symbolSize: 12
+        symbolSize: Math.round(12 * Theme.textScale)
         text: qsTr("Close")
         onClicked: view.model.close()
     }

@@ -22,6 +22,7 @@ StepPage {
         color: Theme.secondary
     }
     ColumnLayout {
+        id: cards
         Layout.fillWidth: true
         Layout.leftMargin: 40
         Layout.rightMargin: 40
@@ -35,13 +36,6 @@ StepPage {
             isGranted: page.model.appState.hasMicrophonePermission
             onAction: page.model.requestMicrophonePermission()
         }
-        Note {
-            objectName: "microphoneProblem"
-            Layout.fillWidth: true
-            visible: text !== ""
-            text: page.model.microphoneProblem
-            color: Theme.orange
-        }
         PermissionCard {
             objectName: "accessibility"
             icon: "accessibility"
@@ -50,6 +44,15 @@ StepPage {
             isRequired: true
             isGranted: page.model.appState.hasAccessibilityPermission
             onAction: page.model.requestAccessibilityPermission()
+        }
+        Note {
+            objectName: "microphoneProblem"
+            Layout.fillWidth: true
+            visible: text !== ""
+            onHeightChanged: page.addition = visible ? height + cards.spacing : 0
+            onVisibleChanged: page.addition = visible ? height + cards.spacing : 0
+            text: page.model.microphoneProblem
+            color: Theme.orange
         }
     }
 }
