@@ -2,6 +2,8 @@
 
 #include "Core/Log.h"
 
+#include <QScreen>
+
 namespace Velloro {
 
 WindowController::WindowController(Platform &platform, AppState &appState,
@@ -35,6 +37,8 @@ void WindowController::open()
     }
     auto [view, size, file, model] = makeContent();
     view->setResizeMode(QQuickView::SizeRootObjectToView);
+    if (const QScreen *screen = view->screen())
+        size = size.boundedTo(screen->availableSize());
     view->setMinimumSize(size);
     view->setMaximumSize(size);
     view->resize(size);

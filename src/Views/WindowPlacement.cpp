@@ -58,6 +58,13 @@ QPointF panelOrigin(const QRectF &anchor, QSizeF size, const QRectF &visibleFram
                  visibleFrame.bottom() - size.height() - panelMargin)};
 }
 
+QRect centered(QSize size, const QRect &visibleFrame)
+{
+    QRect frame(QPoint(), size.boundedTo(visibleFrame.size()));
+    frame.moveCenter(visibleFrame.center());
+    return frame;
+}
+
 QRect visibleFrame(const QScreen &screen, const ScreenFrames &frames)
 {
     return frames.visibleFrame(screen.geometry(), screen.devicePixelRatio())

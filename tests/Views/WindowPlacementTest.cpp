@@ -67,5 +67,11 @@ TEST(WindowPlacementTest, PutsThePanelBesideTheTrayIconOnTheScreen)
     }
 }
 
+TEST(WindowPlacementTest, CentersAWindowAndKeepsItOnASmallScreen)
+{
+    EXPECT_EQ(WindowPlacement::centered({500, 580}, {100, 20, 1000, 780}), QRect(350, 120, 500, 580));
+    EXPECT_EQ(WindowPlacement::centered({500, 580}, {0, 20, 640, 460}), QRect(70, 20, 500, 460));
+}
+
 } // namespace
 } // namespace Velloro

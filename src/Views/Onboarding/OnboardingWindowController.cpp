@@ -35,10 +35,9 @@ WindowController::Content OnboardingWindowController::makeContent()
     auto view = std::make_unique<FramelessView>(m_engine, Qt::Window, cornerRadius);
     view->setTitle(QStringLiteral("Welcome to Velloro"));
     if (QScreen *screen = WindowPlacement::screenAt(QCursor::pos())) {
-        QRect frame(QPoint(), windowSize);
-        frame.moveCenter(screen->availableGeometry().center());
         view->setScreen(screen);
-        view->setPosition(frame.topLeft());
+        view->setPosition(
+            WindowPlacement::centered(windowSize, screen->availableGeometry()).topLeft());
     }
     auto model = std::make_unique<OnboardingModel>(m_platform, m_appState, m_hotkeyManager,
                                                    m_permissionsManager, m_download);
