@@ -41,6 +41,8 @@ MenuBarExtra::MenuBarExtra(Platform &platform, AppState &appState, HotkeyManager
     m_menu.addAction(tr("Quit"), &m_model, &MenuBarModel::quit);
     connect(&appState, &AppState::transcriptionStateChanged, this, &MenuBarExtra::updateIcon);
     connect(&engine.appearance(), &Appearance::changed, this, &MenuBarExtra::updateIcon);
+    connect(&engine.appearance(), &Appearance::changed, this, &MenuBarExtra::updateMenu);
+    updateMenu();
     connect(&m_model, &MenuBarModel::openSettingsRequested, this, [this] {
         closePanel();
         Q_EMIT openSettingsRequested();
@@ -107,6 +109,13 @@ void MenuBarExtra::updateIcon()
                                                             : QColor(0x1c, 0x1c, 0x1e);
     m_trayIcon->setIcon(SymbolRenderer::icon(symbolName(m_appState.transcriptionState()), color));
     m_trayIcon->setToolTip(QStringLiteral("Velloro: %1").arg(m_model.stateText()));
+}
+
+void MenuBarExtra::updateMenu()
+{
+    // Widgets know nothing of a desktop that prefers dark windows.
+    m_menu.setPalette(m_engine.appearance().prefersDark() ? QPalette(QColor(0x3c, 0x3c, 0x41))
+                                                          : QPalette(QColor(0xf0, 0xf0, 0xf2)));
 }
 
 void MenuBarExtra::activated(QSystemTrayIcon::ActivationReason reason)

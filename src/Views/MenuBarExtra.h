@@ -53,6 +53,7 @@ protected:
 private:
     void makeIcon();
     void updateIcon();
+    void updateMenu();
     void activated(QSystemTrayIcon::ActivationReason reason);
     void makePanel();
     [[nodiscard]] QRect cornerOfScreen() const;

@@ -3,6 +3,7 @@
 #include "Support/WaitUntil.h"
 #include "Views/WindowTestBase.h"
 
+#include <QApplication>
 #include <QLineEdit>
 #include <QScreen>
 #include <QSignalSpy>
@@ -153,8 +154,15 @@ TEST_F(MenuBarExtraTest, AnOpenPanelFollowsTheState)
     EXPECT_TRUE(waitUntil([&] { return window()->height() > height; }));
     EXPECT_TRUE(window()->screen()->availableGeometry().contains(window()->geometry()));
 
+    const auto menu = [] {
+        const QWidgetList widgets = QApplication::topLevelWidgets();
+        return *std::ranges::find_if(widgets, [](QWidget *one) { return one->inherits("QMenu"); });
+    };
+    EXPECT_GT(menu()->palette().color(QPalette::Base).lightness(), 200);
     memory.appearance->dark = true;
     Q_EMIT memory.appearance->changed();
+    EXPECT_LT(menu()->palette().color(QPalette::Base).lightness(), 100);
+    EXPECT_GT(menu()->palette().color(QPalette::Text).lightness(), 200);
     EXPECT_TRUE(waitUntil([this] {
         return window()->grabWindow().pixelColor(140, 10).lightness() < 80;
     }));
