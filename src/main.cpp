@@ -7,6 +7,7 @@
 #include "VelloroApp.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QLocale>
 #include <QStandardPaths>
 #include <QTranslator>
@@ -25,6 +26,7 @@ int run(int argc, char **argv)
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Velloro"));
     QApplication::setDesktopFileName(QStringLiteral("velloro"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/velloro.svg")));
 
     QTranslator translator;
     const QString translations = QStandardPaths::locate(QStandardPaths::GenericDataLocation,

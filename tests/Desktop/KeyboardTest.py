@@ -74,6 +74,8 @@ class KeyboardTest(DesktopCase):
             self.tab()
         self.user.keys("tap", "Return")
         self.wait_for_control("page tab")
+        icon = self.desktop.run(["xprop", "-name", "Velloro Settings", "_NET_WM_ICON"])
+        self.assertIn("Icon (", icon)
 
     def open_pane(self, name):
         while self.focused()["role"] != "page tab":
