@@ -42,7 +42,11 @@ void VelloroApp::terminate()
 
 void VelloroApp::activate()
 {
-    m_menuBarExtra.openPanel();
+    // A welcome that was closed halfway can be had again.
+    if (m_appDelegate.appState().hasCompletedOnboarding())
+        m_menuBarExtra.openPanel();
+    else
+        m_onboardingWindow.open();
 }
 
 } // namespace Velloro

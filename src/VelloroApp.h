@@ -26,7 +26,8 @@ public:
     void launch();
     /// Cleans up and ends the event loop.
     void terminate();
-    /// Puts the program in front of the user, as a second start asks for.
+    /// Puts the program in front of the user, as a second start asks for: the panel, or the welcome
+    /// where it is not completed.
     void activate();
 
 private:

@@ -213,6 +213,11 @@ class FirstRunTest(DesktopCase):
         self.wait_for_texts("49%")
         self.user.keys("tap", "Control_L", "w")
         wait_for(lambda: not self.is_welcoming(), "the welcome window's end")
+        # It can be had again, and put away again.
+        self.desktop.run(self.velloro.process.args)
+        self.wait_for_texts("Step 1 of 6")
+        self.user.keys("tap", "Control_L", "w")
+        wait_for(lambda: not self.is_welcoming(), "the welcome window's end")
 
         # The download goes on, and what comes of it serves.
         self.repository.open.set()
