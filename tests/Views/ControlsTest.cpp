@@ -22,7 +22,9 @@ FocusScope {
     property bool isOpen: false
     property alias chosen: popUp.currentIndex
     ColumnLayout {
-        anchors.fill: parent
+        x: 40
+        width: 300
+        height: 400
         CapsuleButton { objectName: "capsule"; text: "capsule"; onClicked: ++scene.count }
         IconButton { objectName: "icon"; text: "icon"; symbol: "trash"; onClicked: ++scene.count }
         DisclosureGroup {
@@ -130,6 +132,19 @@ TEST_F(ControlsTest, AMenuOpensAtWhatIsChosenAndIsChosenFromByArrowsAndLetters)
         EXPECT_TRUE(probe.focusedName().startsWith(u"menu: ")) << probe.focusedName().toStdString();
         EXPECT_TRUE(probe.showsFocus());
     }
+}
+
+TEST_F(ControlsTest, TheRingKeepsADistanceInWhichItIsSeenOnAnyColour)
+{
+    ASSERT_TRUE(probe.tabTo(u"capsule"_qs));
+    QQuickItem *button = probe.item(u"capsule"_qs);
+    const QPointF left = button->mapToScene({0, button->height() / 2});
+    const QImage picture = window.grabWindow();
+    const auto color = [&](int distance) {
+        return picture.pixelColor((left - QPointF(distance, 0)).toPoint());
+    };
+    EXPECT_EQ(color(1), color(20));
+    EXPECT_NE(color(3), color(20));
 }
 
 TEST_F(ControlsTest, AButtonThatGoesHandsTheKeyboardOnButNotToOneThatDestroys)
