@@ -75,7 +75,7 @@ class KeyboardTest(DesktopCase):
         self.user.keys("tap", "Return")
         self.wait_for_control("page tab")
         icon = self.desktop.run(["xprop", "-name", "Velloro Settings", "_NET_WM_ICON"])
-        self.assertIn("Icon (", icon)
+        self.assertIn("Icon (128 x 128)", icon)
 
     def open_pane(self, name):
         while self.focused()["role"] != "page tab":

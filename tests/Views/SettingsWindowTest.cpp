@@ -3,6 +3,7 @@
 #include "Views/SettingsWindowController.h"
 #include "Views/WindowTestBase.h"
 
+#include <QProcess>
 #include <gmock/gmock.h>
 
 namespace Velloro {
@@ -234,8 +235,12 @@ TEST_F(SettingsWindowTest, TheHelpForAPermissionBelongsToTheSettingsAndHasTheKey
     const QWindowList windows = QGuiApplication::topLevelWindows();
     const auto help = std::ranges::find(windows, u"Microphone"_qs, &QWindow::title);
     ASSERT_NE(help, windows.end());
-    EXPECT_EQ((*help)->transientParent(), window());
     ASSERT_TRUE(QTest::qWaitForWindowActive(*help));
+    QProcess xprop;
+    xprop.start(u"xprop"_qs, {u"-id"_qs, QString::number((*help)->winId()), u"WM_TRANSIENT_FOR"_qs});
+    ASSERT_TRUE(xprop.waitForFinished());
+    EXPECT_THAT(xprop.readAll().toStdString(),
+                ::testing::HasSubstr(QByteArray::number(window()->winId(), 16).toStdString()));
     const WindowProbe inHelp(qobject_cast<QQuickWindow *>(*help));
     EXPECT_TRUE(waitUntil([&] { return inHelp.showsFocus(); }));
     EXPECT_EQ(inHelp.focusedName(), inHelp.item(u"act"_qs)->property("text").toString());

@@ -24,8 +24,6 @@ ColumnLayout {
         padding: 4
         text: group.title
         focusPolicy: Qt.StrongFocus
-        checkable: true
-        checked: group.isOpen
         onClicked: group.toggled()
         Keys.forwardTo: activation
         Activation {
@@ -38,7 +36,7 @@ ColumnLayout {
         Accessible.name: group.title
         Accessible.description: group.detail
         Accessible.checkable: true
-        Accessible.checked: checked
+        Accessible.checked: group.isOpen
         Accessible.onPressAction: clicked()
         Accessible.onToggleAction: clicked()
 
