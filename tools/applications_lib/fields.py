@@ -1,0 +1,186 @@
+"""The kinds of fields that are dictated into: how each gets its text, and how it is read."""
+
+import email
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import time
+
+from velloro_desktop import DesktopError, wait_for
+
+from .page import Page
+from .telnet import TelnetServer
+
+# What the user has written already. The words are dictated behind it.
+BEFORE = "The letter that I have been writing all morning, word by word: "
+HERE = pathlib.Path(__file__).resolve().parent
+
+
+class Field:
+    """A field in an application on the desktop. `placeholders` are for the application's command,
+    `{home}` and others as the kind of field has them."""
+
+    def __init__(self, user, application):
+        self.user, self.desktop, self.application = user, user.desktop, application
+        self.placeholders = {"home": str(self.desktop.home)}
+
+    def wait_until_ready(self):
+        """Waits until the field has the keyboard and the caret stands behind its text."""
+        raise NotImplementedError
+
+    def text(self):
+        """What the field holds now, or None if that can't be told now."""
+        raise NotImplementedError
+
+    def remark(self):
+        """What else the user sees, or ""."""
+        return ""
+
+    def close(self):
+        pass
+
+    def _wait_for_title(self):
+        """Waits for the application's window, and until it is drawn: there is nothing to await
+        but that its picture stays the same."""
+        title = self.application.title
+        window = wait_for(lambda: self._active_window_with(title), f"a window {title!r}",
+                          timeout=self.application.start_limit, interval=0.2)
+        last, since = None, time.monotonic()
+
+        def is_still():
+            nonlocal last, since
+            picture = self.desktop.run(["import", "-window", window, "-depth", "8", "gray:-"],
+                                       encoding="latin-1")
+            if last is None or different(last, picture):
+                last, since = picture, time.monotonic()
+            return time.monotonic() > since + self.application.settled
+        wait_for(is_still, "the window to be drawn", timeout=60, interval=0.3)
+
+    def _active_window_with(self, title):
+        window = self.user.active_window()
+        try:
+            if window and title in self.desktop.run(["xdotool", "getwindowname", window[0]]):
+                return window[0]
+        except subprocess.CalledProcessError:
+            pass  # closed meanwhile
+        return None
+
+
+def different(picture, other):
+    """A caret blinks, and that is all."""
+    if len(picture) != len(other):
+        return True
+    return sum(a != b for a, b in zip(picture, other)) > 200
+
+
+class FileField(Field):
+    """An editor with a file, which tells by saving it."""
+
+    suffix = ".txt"
+
+    def __init__(self, user, application):
+        super().__init__(user, application)
+        self.file = self.desktop.home / ("letter" + self.suffix)
+        self.file.write_text(BEFORE)
+        self.placeholders["file"] = str(self.file)
+
+    def wait_until_ready(self):
+        self._wait_for_title()
+        for keys in self.application.before:
+            self.user.keys("tap", *keys)
+
+    def text(self):
+        for keys in self.application.save:
+            self.user.keys("tap", *keys)
+        # The file says what was saved last.
+        time.sleep(0.5)
+        return self._saved()
+
+    def _saved(self):
+        return self.file.read_text(errors="replace").rstrip("\r\n")
+
+
+class DraftField(FileField):
+    """A letter that is composed, which tells by being saved among the drafts."""
+
+    def __init__(self, user, application):
+        super().__init__(user, application)
+        self.placeholders["before"] = BEFORE
+
+    def _saved(self):
+        drafts = sorted(self.desktop.home.rglob("Drafts"))
+        letters = ("\n" + drafts[0].read_text()).split("\nFrom ")[1:] if drafts else []
+        if not letters:
+            return None
+        message = email.message_from_string(letters[-1].partition("\n")[2])
+        return message.get_payload(decode=True).decode().rstrip("\r\n")
+
+
+class PageField(Field):
+    """A field of a page in a browser; the page itself tells what it holds."""
+
+    def __init__(self, user, application):
+        super().__init__(user, application)
+        self._page = Page(application.page, BEFORE)
+        self.placeholders["page"] = self._page.address
+
+    def wait_until_ready(self):
+        wait_for(lambda: self._page.state["focused"], "the page's field to have the keyboard",
+                 timeout=self.application.start_limit)
+        self._wait_for_title()
+
+    def text(self):
+        text = self._page.state["text"]
+        return text and text.replace("\xa0", " ").rstrip("\n")
+
+    def close(self):
+        self._page.close()
+
+
+class TerminalField(Field):
+    """A line in a terminal."""
+
+    def __init__(self, user, application):
+        super().__init__(user, application)
+        shutil.copy(HERE / "line_reader.py", self.desktop.folder)
+        self._state = self.desktop.folder / "line.json"
+        # One word, which every terminal can start.
+        self.reader = self.desktop.folder / "reader"
+        self.reader.write_text("#!/bin/sh\nexec /usr/bin/python3 "
+                               f"{self.desktop.folder}/line_reader.py {self._state} '{BEFORE}'\n")
+        self.reader.chmod(0o755)
+        self.placeholders["shell"] = str(self.reader)
+
+    def wait_until_ready(self):
+        wait_for(self._state.exists, "the terminal's program", interval=0.1,
+                 timeout=self.application.start_limit)
+        self._wait_for_title()
+
+    def text(self):
+        return self._read()["line"]
+
+    def remark(self):
+        other = self._read()["other"]
+        return "the terminal was sent " + ", ".join(map(repr, other)) if other else ""
+
+    def _read(self):
+        if not self._state.exists():
+            raise DesktopError("the terminal's program does not run")
+        return json.loads(self._state.read_text())
+
+
+class TelnetField(TerminalField):
+    """A line of another machine's, shown by a terminal that only connects to one."""
+
+    def __init__(self, user, application):
+        super().__init__(user, application)
+        self._server = TelnetServer([sys.executable, str(HERE / "line_reader.py"),
+                                     str(self._state), BEFORE],
+                                    dict(os.environ, TERM="xterm"))
+        self.placeholders["port"] = str(self._server.port)
+
+    def close(self):
+        self._server.close()
