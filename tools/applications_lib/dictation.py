@@ -19,6 +19,9 @@ REFUSED = "[Dictation] Text field not focused"
 FINAL = "[Dictation] Final transcription: '"
 HIDDEN = "[RecordingPill] Window hidden"
 LOADED = "[WhisperManager] Loaded model: "
+# Words of which the recogniser is sure while they are spoken.
+CONFIRMED = "[WhisperContext] Streaming: confirmed='"
+TYPED = ("[Dictation] Streaming start: ", "[Dictation] Confirmed: ")
 
 
 class Dictation:
@@ -75,6 +78,9 @@ class Dictation:
             return
         final = self._final(mark)
         self._compare(outcome, final)
+        if self._mode == STREAMING and not any(
+                line.startswith(TYPED) for line in self._velloro.lines[mark:]):
+            outcome.add_remark("no word came before the end")
         self._tell_the_way(outcome, copied)
 
     def _start_velloro(self):
@@ -93,9 +99,17 @@ class Dictation:
         self._field.wait_until_ready()
 
     def _check_start(self):
-        text = self._field.text()
-        if text != BEFORE:
-            raise DesktopError(f"the field does not hold its text at first, but {text!r}")
+        text = None
+
+        def holds_its_text():
+            nonlocal text
+            text = self._field.text()
+            return text == BEFORE
+        try:
+            wait_for(holds_its_text, "the field's text", timeout=10)
+        except DesktopError:
+            raise DesktopError(
+                f"the field does not hold its text at first, but {text!r}") from None
 
     def _copy(self):
         """Copies text, as the user did before; ends when somebody else copies something."""
@@ -119,9 +133,19 @@ class Dictation:
                 "the recording's start", timeout=10)
             if started is STARTED:
                 self._user.speak(recording)
+                if self._mode == STREAMING:
+                    self._await_words(mark)
         finally:
             self._user.release()
         return started
+
+    def _await_words(self, mark):
+        """Until words were recognised that are to be typed while the key is held still."""
+        wait_for(lambda: any(line.startswith(CONFIRMED) and line[len(CONFIRMED)] not in ".'"
+                             for line in self._velloro.lines[mark:]),
+                 "confirmed words", timeout=30)
+        # A slow application shows them later.
+        time.sleep(2)
 
     def _final(self, mark):
         self._velloro.wait_for(HIDDEN, since=mark, timeout=60)
@@ -143,8 +167,10 @@ class Dictation:
 
     def _tell_the_way(self, outcome, copied):
         """Whoever pastes takes the clipboard, and gives it back."""
-        if outcome.verdict == Verdict.ARRIVED:
-            outcome.way = "accessibility" if copied.poll() is None else "paste"
+        if copied.poll() is not None:
+            outcome.way = "paste"
+        elif outcome.verdict == Verdict.ARRIVED:
+            outcome.way = "accessibility"
         try:
             wait_for(lambda: self._user.clipboard() == COPIED, "the clipboard", timeout=5)
         except DesktopError:

@@ -42,10 +42,10 @@ class Field:
     def close(self):
         pass
 
-    def _wait_for_title(self):
+    def _wait_for_title(self, title=None):
         """Waits for the application's window, and until it is drawn: there is nothing to await
         but that its picture stays the same."""
-        title = self.application.title
+        title = self.application.title if title is None else title
         window = wait_for(lambda: self._active_window_with(title), f"a window {title!r}",
                           timeout=self.application.start_limit, interval=0.2)
         last, since = None, time.monotonic()
@@ -100,19 +100,39 @@ class FileField(Field):
         return self._saved()
 
     def _saved(self):
-        return self.file.read_text(errors="replace").rstrip("\r\n")
+        # Some write a byte order mark.
+        return self.file.read_text("utf-8-sig", errors="replace").rstrip("\r\n")
 
 
 class DraftField(FileField):
-    """A letter that is composed, which tells by being saved among the drafts."""
+    """A letter that is composed in a mail program, which tells by being saved as a draft."""
 
-    def __init__(self, user, application):
-        super().__init__(user, application)
-        self.placeholders["before"] = BEFORE
+    def wait_until_ready(self):
+        # Its first window has nothing to write into.
+        self._wait_for_title("Mozilla Thunderbird")
+        # Which takes keys only some time after it is drawn.
+        wait_for(lambda: self._active_window_with("Write: ")
+                 or self.user.keys("tap", "Control_L", "n"), "the letter's window", interval=3,
+                 timeout=60)
+        self._wait_for_title("Write: ")
+        self._type("reader@example.org")
+        # To the next address, to the subject, to the letter.
+        self._next("Write: ")
+        self._next("Write: ")
+        self._type("letter")
+        self._next("Write: letter")
+        self._type(BEFORE)
+
+    def _next(self, title):
+        self.user.keys("tap", "Tab")
+        self._wait_for_title(title)
+
+    def _type(self, text):
+        self.desktop.run(["xdotool", "type", "--delay", "30", text])
 
     def _saved(self):
-        drafts = sorted(self.desktop.home.rglob("Drafts"))
-        letters = ("\n" + drafts[0].read_text()).split("\nFrom ")[1:] if drafts else []
+        drafts = next(iter(self.desktop.home.rglob("Drafts")), None)
+        letters = ("\n" + drafts.read_text()).split("\nFrom ")[1:] if drafts else []
         if not letters:
             return None
         message = email.message_from_string(letters[-1].partition("\n")[2])
@@ -170,6 +190,19 @@ class TerminalField(Field):
         if not self._state.exists():
             raise DesktopError("the terminal's program does not run")
         return json.loads(self._state.read_text())
+
+
+class GreetedField(TerminalField):
+    """A line in a terminal that greets its user with questions at its first start."""
+
+    def wait_until_ready(self):
+        super().wait_until_ready()
+        self.user.keys("tap", "Return")
+        self._wait_for_title()
+        # The questions had the keyboard.
+        window = self.user.active_window()[0]
+        self.desktop.run(["xdotool", "mousemove", "--window", window, "200", "100", "click", "1"])
+        self._wait_for_title()
 
 
 class TelnetField(TerminalField):

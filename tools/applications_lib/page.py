@@ -9,7 +9,8 @@ FIELDS = {
     "input": '<input id="field" size="80">',
     "search": '<input id="field" type="search" size="80">',
     "password": '<input id="field" type="password" size="80">',
-    "contenteditable": '<div id="field" contenteditable="true"></div>',
+    "contenteditable":
+        '<div id="field" contenteditable="true" style="white-space: pre-wrap"></div>',
 }
 
 # The caret is put behind the text. The field is asked, too, not only heard: a change that causes

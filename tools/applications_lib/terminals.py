@@ -1,13 +1,16 @@
 """The terminals."""
 
 from .application import Application
-from .fields import TelnetField, TerminalField
+from .fields import GreetedField, TelnetField, TerminalField
 
 VTE, QT5, QT5_KDE, OWN, OPENGL = "GTK 3, VTE", "Qt 5", "Qt 5, KDE", "own, X11", "own, OpenGL"
 
 # A server that the session bus would start, and that a bus outside the root does not find.
-GNOME_TERMINAL = ("/usr/libexec/gnome-terminal-server & "
-                  "until gnome-terminal --wait -- {shell}; do sleep 0.2; done")
+GNOME_TERMINAL = (
+    "/usr/libexec/gnome-terminal-server & "
+    "until dbus-send --session --print-reply --dest=org.freedesktop.DBus /org/freedesktop/DBus "
+    "org.freedesktop.DBus.NameHasOwner string:org.gnome.Terminal | grep -q true; "
+    "do sleep 0.2; done; gnome-terminal --wait -- {shell}")
 # These open their window when they are called a second time.
 GUAKE = "guake & until guake --show --execute-command='exec {shell}'; do sleep 0.5; done; wait"
 YAKUAKE = ("yakuake & until dbus-send --session --print-reply --dest=org.kde.yakuake "
@@ -38,7 +41,8 @@ TERMINALS = [
     terminal("Alacritty", OPENGL, "alacritty", "alacritty", "-e", "{shell}"),
     terminal("st", OWN, "stterm", "stterm", "-e", "{shell}"),
     terminal("Sakura", VTE, "sakura", "sakura", "-x", "{shell}"),
-    terminal("Terminology", "EFL", "terminology", "terminology", "-e", "{shell}"),
+    terminal("Terminology", "EFL", "terminology", "terminology", "-e", "{shell}",
+             field=GreetedField),
     terminal("cool-retro-term", QT5, "cool-retro-term", "cool-retro-term", "-e", "{shell}"),
     terminal("Deepin Terminal", "Qt 5, DTK", "deepin-terminal", "deepin-terminal", "-e",
              "{shell}"),
@@ -49,9 +53,11 @@ TERMINALS = [
     terminal("pterm", "GTK 3", "pterm", "pterm", "-e", "{shell}"),
     terminal("PuTTY", "GTK 3", "putty", "putty", "-telnet", "-P", "{port}", "127.0.0.1",
              field=TelnetField),
-    terminal("Zutty", OPENGL, "zutty", "zutty", "-e", "{shell}"),
+    terminal("Zutty", OPENGL, "zutty", "zutty", "-fontpath", "/usr/share/fonts",
+             "-font", "DejaVuSansMono", "-e", "{shell}"),
     terminal("Termit", VTE, "termit", "termit", "-e", "{shell}"),
-    terminal("Eterm", "own, Imlib2", "eterm", "Eterm", "-e", "{shell}"),
+    terminal("Eterm", "own, Imlib2", "eterm", "Eterm", "-F", "fixed", "--mfont",
+             "fixed", "-e", "{shell}"),
     terminal("mlterm", OWN, "mlterm", "mlterm", "-e", "{shell}"),
     terminal("xiterm+thai", OWN, "xiterm+thai", "xiterm+thai", "-e", "{shell}"),
     terminal("pangoterm", "GTK 2", "pangoterm", "pangoterm", "{shell}"),
