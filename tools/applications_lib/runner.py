@@ -46,10 +46,11 @@ class Runner:
         folder.mkdir(parents=True, exist_ok=True)
 
     def run(self, applications, modes, again):
-        """What has an outcome already is left out, unless `again`."""
+        """What was tried already is left out, unless `again`."""
         for application in applications:
             for mode in modes:
-                if again or not self.kept(application, mode):
+                kept = self.kept(application, mode)
+                if again or not kept or kept.verdict == Verdict.NOT_STARTED:
                     self._run_one(application, mode)
 
     def kept(self, application, mode):

@@ -2,16 +2,21 @@
 
 from .dictation import BATCH, MODES, STREAMING
 from .outcome import Verdict
+from .root import SUITE
 
 HEADING = """# The applications that were dictated into
 
-Made by `tools/applications` on {day}, which says below what the user of each application sees:
-a sentence stands there already, the hotkey is held while a recording is spoken into the
-microphone, and what the field holds after it is read where the user would find it: in the saved
-file, on the page, in the terminal's line. "arrived" means that the field holds its sentence and
-behind it the words that were heard, and nothing else. In batch mode Velloro was started before the
-application, in streaming mode after it. "paste" is said where the clipboard was used for the final
-text.
+Made by `tools/applications` on {day}, with the applications of Debian {suite} on X11. Each had a
+sentence in its field already; the hotkey was held while a recording was spoken into the microphone
+(when streaming, until the first words were certain), and what the field held after it was read
+where the user would find it: in the saved file, on the page, in the terminal's line.
+
+"arrived" means that the field holds its sentence, behind it the words that were heard, and nothing
+else. The way is "paste" where the clipboard was taken, "accessibility" where the words arrived
+without it. In batch mode Velloro was started before the application, in streaming mode after it.
+
+Debian has no Electron program. foot works on Wayland only. roxterm, mrxvt, aterm, kterm, xvt,
+LilyTerm and EvilVTE are not in this release.
 
 {summary}
 
@@ -22,17 +27,18 @@ text.
 
 def table(applications, kept, day):
     """The document; `kept(application, mode)` is an outcome or None."""
-    rows, arrived = [], dict.fromkeys(MODES, 0)
+    rows, packages, arrived = [], set(), dict.fromkeys(MODES, 0)
     for application in applications:
         outcomes = {mode: kept(application, mode) for mode in MODES}
         for mode, outcome in outcomes.items():
             arrived[mode] += bool(outcome and outcome.verdict == Verdict.ARRIVED)
         if any(outcomes.values()):
             rows.append(row(application, outcomes))
-    summary = (f"{len(rows)} fields in {len({row[2] for row in rows})} applications' versions: "
-               f"the words arrived in {arrived[BATCH]} in batch mode and in {arrived[STREAMING]} "
-               "in streaming mode.")
-    return (HEADING.format(day=day, summary=summary)
+            packages.add(application.package)
+    summary = (f"Of {len(rows)} fields, in the programs of {len(packages)} packages, the words "
+               f"arrived in {arrived[BATCH]} in batch mode and in {arrived[STREAMING]} in streaming "
+               "mode.")
+    return (HEADING.format(day=day, suite=SUITE, summary=summary)
             + "".join("| " + " | ".join(map(cell, row)) + " |\n" for row in rows))
 
 
