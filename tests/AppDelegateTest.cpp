@@ -20,7 +20,9 @@ protected:
         hotkeys.reset();
         hotkeys = HotkeyManager::makeShared(memory.platform);
         delegate = std::make_unique<AppDelegate>(
-            memory.platform, [this] { return std::make_unique<RecordedPill>(pill); });
+            memory.platform, [this] {
+                return std::make_unique<RecordedPill>([this](const QString &call) { pill << call; });
+            });
         delegate->applicationDidFinishLaunching();
     }
     [[nodiscard]] AppState &appState() const { return delegate->appState(); }
