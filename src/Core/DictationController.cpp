@@ -377,8 +377,11 @@ void DictationController::finish(const WhisperContext::TranscriptionResult &hear
     else
         log(u"Empty final transcription"_qs);
     // What was certain while streaming is then all that there is of the recording.
-    if (!heard)
+    if (!heard) {
         m_appState.addToHistory(m_confirmedText);
+        m_notices.tell(DictationNotices::Cause::notRecognised,
+                       localizedDescription(heard.error()));
+    }
     m_textInsertionManager.finish();
 
     m_appState.setTranscriptionState(TranscriptionState::idle);
@@ -420,10 +423,12 @@ void DictationController::insertFinalText(const QString &text, bool isTyped)
         if (final != text)
             log(u"Text corrected: '"_qs + text + u"' -> '"_qs + final + u"'"_qs);
     }
-    if (isTyped)
+    if (isTyped) {
         m_textInsertionManager.insertText(final);
-    else
-        tellWhereWordsAre();
+    } else {
+        log(u"Keeping the transcription in the history: its field has lost the keyboard"_qs);
+        m_notices.tell(DictationNotices::Cause::wordsKept);
+    }
     m_appState.setLastTranscript(final);
     m_appState.addToHistory(final);
     log(u"Final transcription: '"_qs + final + u"'"_qs);
@@ -489,18 +494,7 @@ void DictationController::tellWhoHasKeyboard()
         return;
     }
     log(u"Cannot start recording: another program has taken the keyboard"_qs);
-    m_platform.userNotifications->deliver(
-        u"Velloro"_qs,
-        u"Another program has taken the keyboard. Close its menu or prompt before recording."_qs);
-}
-
-void DictationController::tellWhereWordsAre()
-{
-    log(u"Keeping the transcription in the history: its field has lost the keyboard"_qs);
-    m_platform.userNotifications->deliver(
-        u"Velloro"_qs,
-        u"Your words could not be typed, because the screen was locked or another program had "
-        "taken the keyboard. They are in the history."_qs);
+    m_notices.tell(DictationNotices::Cause::keyboardTaken);
 }
 
 void DictationController::showRecordingPill()

@@ -99,7 +99,6 @@ private:
     /// Whether what is typed reaches the window in front, not a screen locker or the like.
     [[nodiscard]] bool hasKeyboard();
     void tellWhoHasKeyboard();
-    void tellWhereWordsAre();
     void showRecordingPill();
     void hideRecordingPill();
     void startRecordingTimer();

@@ -11,6 +11,12 @@ namespace {
 /// Whoever presses again and again knows by then.
 constexpr auto pauseBetween = 1min;
 
+bool isAboutSpokenWords(DictationNotices::Cause cause)
+{
+    return cause == DictationNotices::Cause::wordsKept
+        || cause == DictationNotices::Cause::notRecognised;
+}
+
 } // namespace
 
 DictationNotices::DictationNotices(UserNotifications &userNotifications, Clock clock)
@@ -23,7 +29,7 @@ void DictationNotices::tell(Cause cause, const QString &detail)
 {
     const TimePoint now = m_clock();
     const auto last = m_lastTold.constFind(cause);
-    if (last != m_lastTold.cend() && now - *last < pauseBetween)
+    if (!isAboutSpokenWords(cause) && last != m_lastTold.cend() && now - *last < pauseBetween)
         return;
     m_lastTold.insert(cause, now);
     m_userNotifications.deliver(QStringLiteral("Velloro"), text(cause, detail));
@@ -54,6 +60,14 @@ QString DictationNotices::text(Cause cause, const QString &detail)
         return tr("%1 was taken as the new hotkey, which was being chosen. Press it again to "
                   "dictate.")
             .arg(detail);
+    case Cause::keyboardTaken:
+        return tr("Another program has taken the keyboard. Close its menu or prompt before "
+                  "recording.");
+    case Cause::wordsKept:
+        return tr("Your words could not be typed, because the screen was locked or another program "
+                  "had taken the keyboard. They are in the history.");
+    case Cause::notRecognised:
+        return tr("Your recording could not be turned into text: %1.").arg(detail);
     }
     Q_UNREACHABLE();
 }

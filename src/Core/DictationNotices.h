@@ -9,8 +9,9 @@
 
 namespace Velloro {
 
-/// Tells the user with a notification why a press of the hotkey led to no dictation, and where that
-/// is mended. Each cause is told at most once a minute. Main thread only.
+/// Tells the user with a notification why a press of the hotkey led to no dictation, or a dictation
+/// to no text, and where that is mended or the words are. Each cause is told at most once a minute;
+/// what became of words that were spoken is always told. Main thread only.
 class DictationNotices
 {
     Q_DECLARE_TR_FUNCTIONS(DictationNotices)
@@ -26,6 +27,9 @@ public:
         microphoneRefused,
         microphoneFailed, ///< The detail is the error's description.
         hotkeyTaken,      ///< By the field that records a new one. The detail is the combination.
+        keyboardTaken,    ///< By the menu or prompt of another program.
+        wordsKept,        ///< Recognised words were not typed; they are in the history.
+        notRecognised,    ///< The detail is the error's description.
     };
 
     /// `userNotifications` outlives the notices.

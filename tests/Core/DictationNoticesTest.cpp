@@ -22,7 +22,8 @@ TEST(DictationNotices, TellsEachCauseOnceAMinute)
         {0s, Cause::modelMissing, 1},       {59s, Cause::modelMissing, 1},
         {59s, Cause::microphoneRefused, 2}, {60s, Cause::modelMissing, 3},
         {118s, Cause::microphoneRefused, 3}, {119s, Cause::microphoneRefused, 4},
-        {119s, Cause::modelMissing, 4},
+        {119s, Cause::modelMissing, 4},     {119s, Cause::wordsKept, 5},
+        {119s, Cause::wordsKept, 6},
     };
     for (const auto &[time, cause, toldInAll] : steps) {
         now = DictationNotices::TimePoint(time);

@@ -282,7 +282,7 @@ void X11HotkeyRegistration::handleKeyPress(uint16_t device, uint8_t keycode)
 
     // The application saw the modifiers go down but not the key.
     if (registration.modifiers & (ClassicMask::option | ClassicMask::command))
-        breakModifierTap(*m_keymap, *m_keyboards);
+        breakModifierTap(*m_keymap, *m_keymap, *m_keyboards);
     if (m_pressed)
         m_pressed(&m_press->identifier);
 }

@@ -242,7 +242,7 @@ void X11KeyboardEvents::liftModifiers()
     const KeySet modifiers = m_keymapInForce->heldModifierKeys();
     m_lifted = m_keyboards->logicallyHeld() & modifiers;
     if (m_lifted.any())
-        breakModifierTap(*m_keymap, *m_keyboards);
+        breakModifierTap(*m_keymapInForce, *m_keymap, *m_keyboards);
     // The restored ones are pressed on the device of synthetic strokes, whoever else holds them.
     const KeySet released = m_lifted | std::exchange(m_restored, {});
     for (size_t key = 0; key < released.size(); ++key) {
@@ -267,7 +267,7 @@ void X11KeyboardEvents::restoreModifiers()
                                         XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE);
         return;
     }
-    breakModifierTap(*m_keymap, *m_keyboards);
+    breakModifierTap(*m_keymap, *m_keymap, *m_keyboards);
     m_connection->addInputEvents(XCB_INPUT_DEVICE_ALL, XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE);
     // The user may have let go in between; then nobody else would release it.
     dropRestoredModifiers();

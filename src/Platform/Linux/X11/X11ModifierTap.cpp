@@ -15,7 +15,7 @@ KeySet keysOf(X11Keymap &keymap, uint32_t modifier)
 
 } // namespace
 
-void breakModifierTap(X11Keymap &keymap, X11Keyboards &keyboards)
+void breakModifierTap(X11Keymap &keymap, X11Keymap &synthetic, X11Keyboards &keyboards)
 {
     const KeySet held = keyboards.logicallyHeld() & keymap.heldModifierKeys();
     const KeySet opensMenus =
@@ -25,10 +25,10 @@ void breakModifierTap(X11Keymap &keymap, X11Keyboards &keyboards)
         if ((held & keysOf(keymap, ClassicMask::control)).any())
             return;
         if (!keyboards.hasStickyKeys())
-            between = keymap.plainControlKey();
+            between = synthetic.plainControlKey();
     }
     if (!between && held.any())
-        between = keymap.unassignedKeycode();
+        between = synthetic.unassignedKeycode();
     if (between)
         keyboards.tap(*between);
 }

@@ -13,6 +13,8 @@ namespace Velloro {
 /// nothing anywhere. Where Control itself is held it has come between already, and where a tap of it
 /// would do something else (it switches the layout, or would stick), as well as for the other
 /// modifiers, a key without a meaning is tapped.
-void breakModifierTap(X11Keymap &keymap, X11Keyboards &keyboards);
+///
+/// `keymap` tells what the held keys are, `synthetic` what keys do on the device that taps.
+void breakModifierTap(X11Keymap &keymap, X11Keymap &synthetic, X11Keyboards &keyboards);
 
 } // namespace Velloro
