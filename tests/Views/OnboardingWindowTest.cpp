@@ -144,7 +144,7 @@ TEST_F(OnboardingWindowTest, AFailedDownloadSaysWhyAndIsTriedAgain)
     EXPECT_THAT(text(u"advice"_qs).toStdString(),
                 ::testing::AllOf(::testing::HasSubstr("internet connection"),
                                  ::testing::HasSubstr("ggml-small-q8_0.bin"),
-                                 ::testing::HasSubstr("/home/user/.local/share/Velloro/Models")));
+                                 ::testing::HasSubstr(directory.path().toStdString() + "/Velloro/Models")));
     EXPECT_THAT(text(u"explanation"_qs).toStdString(), ::testing::HasSubstr("(~252 MB)"));
     EXPECT_TRUE(canProceed());
     ASSERT_TRUE(probe().tabTo(u"Download Now"_qs));
@@ -179,7 +179,7 @@ TEST_F(OnboardingWindowTest, AFileThatWasPutIntoTheFolderByHandServes)
     ASSERT_TRUE(waitUntil([this] { return appState.isDownloadingModel(); }));
     memory.downloadSession->delegate.downloadDidComplete(lastTask(), PlatformError{7, u"No"_qs});
     ASSERT_TRUE(waitUntil([this] { return !appState.isDownloadingModel(); }));
-    memory.fileSystem->files.insert(u"/home/user/.local/share/Velloro/Models/ggml-small-q8_0.bin"_qs);
+    memory.fileSystem->files.insert(directory.path() + u"/Velloro/Models/ggml-small-q8_0.bin"_qs);
     ASSERT_TRUE(probe().tabTo(u"Download Now"_qs));
     probe().press(Qt::Key_Return);
     ASSERT_TRUE(waitUntil([this] { return text(u"title"_qs) == u"Voice Model Ready!"; }));
