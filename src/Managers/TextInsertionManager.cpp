@@ -6,6 +6,7 @@
 #include <chrono>
 #include <limits>
 #include <optional>
+#include <utility>
 
 namespace Velloro {
 
@@ -17,6 +18,9 @@ constexpr uint32_t keyCodeV = 9;
 constexpr uint32_t keyCodeDelete = 51;
 constexpr auto pasteboardRestoreDelay = 500ms;
 constexpr auto pauseAfterBackspace = 5000us;
+/// Between looks at whether backspaces are done, and how many looks there are.
+constexpr auto pauseBetweenLooks = 10ms;
+constexpr int mostLooks = 30;
 
 /// The attribute of an element as a value of type T; nothing when it can't be read or is of
 /// another type.
@@ -119,10 +123,14 @@ AccessibilityElementRef TextInsertionManager::focusedElement()
 
 bool TextInsertionManager::insertViaAccessibility(const QString &text)
 {
+    const std::optional<Deletion> deletion = std::exchange(m_deletion, std::nullopt);
     const AccessibilityElementRef element = focusedElement();
     if (!element)
         return false;
     m_lastInsertionTarget = element;
+    // Writing overtakes key strokes, and a paste stroke follows them.
+    if (deletion && !isDone(*deletion, element))
+        return false;
 
     Accessibility &accessibility = *m_platform.accessibility;
     const auto content = attribute<QString>(accessibility, element, QStringLiteral("AXValue"));
@@ -162,8 +170,42 @@ void TextInsertionManager::simulatePaste()
     (void)keyboard.post(keyCodeV, false, KeyboardEvents::commandFlag);
 }
 
+TextInsertionManager::Deletion TextInsertionManager::deletion(int64_t count)
+{
+    Accessibility &accessibility = *m_platform.accessibility;
+    Deletion result{focusedElement(), std::nullopt};
+    if (!result.element)
+        return result;
+    const auto content = attribute<QString>(accessibility, result.element, QStringLiteral("AXValue"));
+    const auto range = attribute<TextRange>(accessibility, result.element,
+                                            QStringLiteral("AXSelectedTextRange"));
+    if (content && range && range->length == 0 && range->location >= count)
+        result.remaining = replaced(*content, {range->location - count, count}, {});
+    return result;
+}
+
+bool TextInsertionManager::isDone(const Deletion &deletion, const AccessibilityElementRef &focused)
+{
+    if (deletion.element && !deletion.element->isSameAs(*focused))
+        return true;
+    for (int look = 0; deletion.remaining && look < mostLooks; ++look) {
+        if (look > 0)
+            m_platform.keyboardEvents->pause(pauseBetweenLooks);
+        const auto content =
+            attribute<QString>(*m_platform.accessibility, focused, QStringLiteral("AXValue"));
+        if (!content)
+            return false;
+        if (content == deletion.remaining)
+            return true;
+    }
+    return false;
+}
+
 void TextInsertionManager::deleteBackwards(int64_t count)
 {
+    if (count < 1)
+        return;
+    m_deletion = deletion(count);
     KeyboardEvents &keyboard = *m_platform.keyboardEvents;
     for (int64_t sent = 0; sent < count; ++sent) {
         (void)keyboard.post(keyCodeDelete, true, 0);

@@ -44,10 +44,22 @@ public:
     /// point of Devanagari, Thai, pointed Hebrew, vowelled Arabic and decomposed Hangul; a
     /// terminal's line takes one code point always. There, as many code points go as characters
     /// were counted, so that nothing that stood before is ever removed.
+    ///
+    /// What is inserted next comes after the strokes: it is written when the text shows what they
+    /// have done, which is waited for, for a bounded time, and pasted where that isn't seen.
     void deleteBackwards(int64_t count);
 
 private:
+    /// Strokes that were sent, and what they leave of the text.
+    struct Deletion
+    {
+        AccessibilityElementRef element;
+        std::optional<QString> remaining;
+    };
+
     [[nodiscard]] AccessibilityElementRef focusedElement();
+    [[nodiscard]] Deletion deletion(int64_t count);
+    [[nodiscard]] bool isDone(const Deletion &deletion, const AccessibilityElementRef &focused);
     bool insertViaAccessibility(const QString &text);
     bool insertViaClipboard(const QString &text);
     void simulatePaste();
@@ -60,6 +72,8 @@ private:
     /// Whether the latest insertion was written rather than pasted.
     bool m_wasWritten = false;
     bool m_wasFetched = false;
+    /// What the next insertion has to come after.
+    std::optional<Deletion> m_deletion;
     /// Runs while the pasteboard is borrowed.
     QTimer m_pasteboardReturn;
 };

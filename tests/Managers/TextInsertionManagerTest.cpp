@@ -1,6 +1,7 @@
 #include "Managers/TextInsertionManager.h"
 
 #include "Support/InMemoryPlatform.h"
+#include "Support/InMemoryTextField.h"
 #include "Support/WaitUntil.h"
 
 #include <QElapsedTimer>
@@ -208,6 +209,42 @@ TEST_F(TextInsertionManagerTest, DeletesBackwardsByPacedStrokesWithoutModifiers)
     manager.deleteBackwards(3);
     const QStringList stroke{u"51 down 0"_qs, u"51 up 0"_qs, u"pause 5000"_qs};
     EXPECT_EQ(memory.output, stroke + stroke + stroke);
+}
+
+TEST_F(TextInsertionManagerTest, WhatIsInsertedAfterBackspacesComesAfterThem)
+{
+    struct Case
+    {
+        const char *what;
+        int pauses;
+        bool pasted;
+    };
+    // There is a pause after each stroke; further ones wait for what the strokes do.
+    for (const auto &[what, pauses, pasted] :
+         {Case{"taken at once", 5, false}, Case{"taken late", 20, false},
+          Case{"not seen in time", 1000, true}}) {
+        SCOPED_TRACE(what);
+        InMemoryTextField field(memory, u"mine, words yours"_qs, 11);
+        field.takeKeysLate(*memory.keyboardEvents, pauses);
+        memory.output.clear();
+        manager.deleteBackwards(5);
+        EXPECT_TRUE(manager.insertText(u"all"_qs));
+        EXPECT_EQ(memory.output.contains(u"borrow all"_qs), pasted);
+        EXPECT_LE(memory.output.filter(u"pause 10000"_qs).size(), 30);
+        field.takeKeys();
+        EXPECT_EQ(field.text(), u"mine, all yours"_qs);
+        // The next has nothing to come after.
+        memory.output.clear();
+        manager.insertText(u"!"_qs);
+        EXPECT_EQ(field.text(), u"mine, all! yours"_qs);
+        EXPECT_THAT(memory.output, IsEmpty());
+        memory.keyboardEvents->paused = nullptr;
+    }
+    // A text that can't be read does not show it.
+    accessibility->focusText({}, {}).value.reset();
+    manager.deleteBackwards(1);
+    manager.insertText(u"x"_qs);
+    EXPECT_TRUE(memory.output.contains(u"borrow x"_qs));
 }
 
 } // namespace

@@ -30,6 +30,8 @@ public:
     bool refuses = false;
     /// The application that has the focus.
     std::function<void(const Event &)> receiver;
+    /// Told of each pause.
+    std::function<void()> paused;
 
     bool post(uint32_t keyCode, bool keyDown, uint64_t flags) override
     {
@@ -46,6 +48,8 @@ public:
     void pause(std::chrono::microseconds duration) override
     {
         m_output << QStringLiteral("pause %1").arg(duration.count());
+        if (paused)
+            paused();
     }
 
 private:

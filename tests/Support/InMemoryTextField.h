@@ -3,6 +3,9 @@
 #include "Core/Graphemes.h"
 #include "Support/InMemoryPlatform.h"
 
+#include <utility>
+#include <vector>
+
 namespace Velloro {
 
 /// The text field that has the focus on a platform in memory: written through the accessibility
@@ -28,6 +31,22 @@ public:
         m_element.refusesSelectedText = true;
     }
 
+    /// From now on it takes the keys when so many pauses have been made since the first, or when it
+    /// is told to.
+    void takeKeysLate(InMemoryKeyboardEvents &keyboard, int pauses)
+    {
+        keyboard.receiver = [this](const auto &event) { m_waiting.push_back(event); };
+        keyboard.paused = [this, pauses]() mutable {
+            if (--pauses == 0)
+                takeKeys();
+        };
+    }
+    void takeKeys()
+    {
+        for (const InMemoryKeyboardEvents::Event &event : std::exchange(m_waiting, {}))
+            receive(event);
+    }
+
     [[nodiscard]] QString text() const { return std::get<QString>(*m_element.value); }
 
 private:
@@ -51,6 +70,7 @@ private:
 
     InMemoryPasteboard &m_pasteboard;
     InMemoryAccessibility::Element &m_element;
+    std::vector<InMemoryKeyboardEvents::Event> m_waiting;
 };
 
 } // namespace Velloro
