@@ -174,6 +174,8 @@ TEST_F(AtSpiScriptedTest, OfManyThatClaimTheFocusTheTextFieldHasIt)
     make(u"cell"_qs, object(AtSpiRole::tableCell, claiming));
     make(u"tab"_qs, object(AtSpiRole::pageTab, claiming));
     make(u"button"_qs, object(AtSpiRole::pushButton, claiming));
+    make(u"blank"_qs, object(AtSpiRole::documentWeb, claiming));
+    make(u"page"_qs, object(AtSpiRole::documentWeb, claiming, {u"hidden"_qs}));
     make(u"hidden"_qs, object(AtSpiRole::text, {u"focused"_qs, u"editable"_qs}));
     make(u"field"_qs, object(AtSpiRole::text, focusedField));
     make(u"terminal"_qs, object(AtSpiRole::terminal, claiming));
@@ -189,6 +191,8 @@ TEST_F(AtSpiScriptedTest, OfManyThatClaimTheFocusTheTextFieldHasIt)
         {"the field announced", {u"cell"_qs, u"field"_qs}, u"field"_qs, u"AXTextField"_qs},
         {"a terminal, its tab announced", {u"tab"_qs, u"terminal"_qs}, u"tab"_qs, u"AXTextArea"_qs},
         {"no field in sight", {u"hidden"_qs, u"button"_qs}, u"button"_qs, u"AXButton"_qs},
+        {"a page that is not spelt out", {u"blank"_qs}, {}, {}},
+        {"a page without a field", {u"page"_qs}, {}, u"AXWebArea"_qs},
         {"nothing announced", {u"tab"_qs, u"field"_qs, u"cell"_qs}, {}, u"AXTextField"_qs},
     };
     for (const bool tellsAll : {false, true}) {
@@ -201,7 +205,9 @@ TEST_F(AtSpiScriptedTest, OfManyThatClaimTheFocusTheTextFieldHasIt)
             activate({u"box"_qs}, tellsAll);
             if (!each.announced.isEmpty())
                 announce(each.announced);
-            EXPECT_TRUE(waitForRole(each.role)) << text(focused(), u"AXRole"_qs).toStdString();
+            EXPECT_TRUE(waitUntil(
+                [&] { return focused() && text(focused(), u"AXRole"_qs) == each.role; }))
+                << text(focused(), u"AXRole"_qs).toStdString();
         }
     }
 }

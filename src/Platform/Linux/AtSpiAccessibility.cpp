@@ -136,6 +136,10 @@ Accessibility::Result<AccessibilityValue> AtSpiAccessibility::role(const AtSpiRe
     const bool isText = name == u"AXTextField" || name == u"AXTextArea";
     if (name.isEmpty() || (!isText && m_activeWindowTakesText && m_activeWindowTakesText()))
         return tl::unexpected(AccessibilityError::noValue);
+    // A page that is not spelt out says nothing about what is in it.
+    if (name == u"AXWebArea"
+        && m_bus.property(object, accessibleInterface, QStringLiteral("ChildCount")) == 0)
+        return tl::unexpected(AccessibilityError::noValue);
     if (name == u"AXTextField") {
         // A search field differs from others only by what pages and toolkits say of it besides.
         const QDBusMessage reply =
