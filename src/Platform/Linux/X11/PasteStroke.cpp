@@ -68,6 +68,7 @@ constexpr KnownClass knownClasses[] = {
     {u"com.mitchellh.ghostty", PasteStroke::controlShiftV},
     {u"blackbox", PasteStroke::controlShiftV},
     {u"com.raggesilver.blackbox", PasteStroke::controlShiftV},
+    {u"pangoterm", PasteStroke::controlShiftV},
 };
 
 std::optional<PasteStroke> strokeOf(const QString &name)
