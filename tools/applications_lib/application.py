@@ -28,6 +28,8 @@ class Application:
     # Seconds: until the window is there, and how long it must look the same to be ready.
     start_limit: float = 60
     settled: float = 1.0
+    # What is known of it, and no dictation can change.
+    remark: str = ""
 
     @property
     def package(self):

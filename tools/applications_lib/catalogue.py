@@ -90,7 +90,9 @@ BROWSERS = [
     chromium("no accessibility", "--disable-renderer-accessibility"),
     Application("Falkon", "Qt 5, Chromium", ["falkon"],
                 ["falkon", "--private-browsing", "{page}"], PageField, title="letter",
-                environment={"QTWEBENGINE_DISABLE_SANDBOX": "1"}),
+                environment={"QTWEBENGINE_DISABLE_SANDBOX": "1"},
+                remark="pastes twice for one stroke, the user's own, too, while an assistive "
+                       "program listens"),
     Application("GNOME Web", "GTK 3, WebKit", ["epiphany-browser"],
                 ["epiphany", "--private-instance", "{page}"], PageField, title="letter",
                 environment={"WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS": "1",
@@ -116,7 +118,10 @@ EDITORS = [
     editor("SciTE", "GTK 3, Scintilla", ["scite"], "SciTE", "{file}"),
     editor("FeatherPad", "Qt 5", ["featherpad"], "featherpad", "--standalone", "{file}"),
     editor("FocusWriter", "Qt 5", ["focuswriter"], "focuswriter", "{file}"),
-    editor("TeXstudio", "Qt 5", ["texstudio"], "texstudio", "--no-session", "{file}"),
+    # Without LaTeX it asks at its start what to do about that.
+    editor("TeXstudio", "Qt 5", ["texstudio"], "texstudio", "--no-session", "{file}",
+           files={".config/texstudio/texstudio.ini":
+                  "[texmaker]\nStartup\\CheckLatexConfiguration=false\n"}),
     editor("Emacs", "GTK 3", ["emacs-gtk"], "emacs", "-q", "--no-splash", "{file}", title="",
            save=(("Control_L", "x"), ("Control_L", "s"))),
     editor("gvim", "GTK 3", ["vim-gtk3"], "gvim", "-f", "-c", "imap <F2> <C-o>:w<CR>",

@@ -43,21 +43,23 @@ class Field:
         pass
 
     def _wait_for_title(self, title=None):
-        """Waits for the application's window, and until it is drawn: there is nothing to await
-        but that its picture stays the same."""
+        """Waits for the application's window, and until it is drawn and keeps the keyboard: there
+        is nothing to await but that its picture stays the same, and no question comes up."""
         title = self.application.title if title is None else title
-        window = wait_for(lambda: self._active_window_with(title), f"a window {title!r}",
-                          timeout=self.application.start_limit, interval=0.2)
+        wait_for(lambda: self._active_window_with(title), f"a window {title!r}",
+                 timeout=self.application.start_limit, interval=0.2)
         last, since = None, time.monotonic()
 
         def is_still():
             nonlocal last, since
-            picture = self.desktop.run(["import", "-window", window, "-depth", "8", "gray:-"],
-                                       encoding="latin-1")
-            if last is None or different(last, picture):
+            window = self._active_window_with(title)
+            picture = window and self.desktop.run(
+                ["import", "-window", window, "-depth", "8", "gray:-"], encoding="latin-1")
+            if not picture or last is None or different(last, picture):
                 last, since = picture, time.monotonic()
             return time.monotonic() > since + self.application.settled
-        wait_for(is_still, "the window to be drawn", timeout=60, interval=0.3)
+        wait_for(is_still, f"a window {title!r} to be drawn and to keep the keyboard", timeout=60,
+                 interval=0.3)
 
     def _active_window_with(self, title):
         window = self.user.active_window()

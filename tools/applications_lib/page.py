@@ -23,12 +23,14 @@ PAGE = """<!DOCTYPE html>
 const field = document.getElementById("field");
 const editable = field.isContentEditable;
 const read = () => editable ? field.innerText : field.value;
-let told = null;
+let told = null, number = 0;
+// What is told is numbered, since it arrives in any order.
 function tell() {{
-    const state = JSON.stringify({{
-        text: read(), focused: document.hasFocus() && document.activeElement === field}});
-    if (state !== told)
-        fetch("/state", {{method: "POST", body: told = state}});
+    const state = {{text: read(), focused: document.hasFocus() && document.activeElement === field}};
+    if (JSON.stringify(state) === told)
+        return;
+    told = JSON.stringify(state);
+    fetch("/state", {{method: "POST", body: JSON.stringify({{number: ++number, ...state}})}});
 }}
 if (editable) {{
     field.innerText = {text};
@@ -51,8 +53,8 @@ class Page:
 
     def __init__(self, field, text):
         page = PAGE.format(field=FIELDS[field], text=json.dumps(text)).encode()
-        self.state = {"text": None, "focused": False}
-        told = self
+        self.state = {"number": 0, "text": None, "focused": False}
+        told, telling = self, threading.Lock()
 
         class Handler(http.server.BaseHTTPRequestHandler):
             def do_GET(self):
@@ -62,7 +64,10 @@ class Page:
                 self.wfile.write(page)
 
             def do_POST(self):
-                told.state = json.loads(self.rfile.read(int(self.headers["Content-Length"])))
+                state = json.loads(self.rfile.read(int(self.headers["Content-Length"])))
+                with telling:
+                    if state["number"] > told.state["number"]:
+                        told.state = state
                 self.send_response(204)
                 self.end_headers()
 

@@ -51,6 +51,7 @@ def row(application, outcomes):
             remarks.setdefault(outcome.remark, []).append(outcome.mode)
     told = [remark if len(modes) == len(seen) else f"{' and '.join(modes)}: {remark}"
             for remark, modes in remarks.items()]
+    told += [application.remark] if application.remark else []
     return [application.name, next((outcome.version for outcome in seen if outcome.version), ""),
             application.toolkit, *(str(outcomes[mode].verdict) if outcomes[mode] else ""
                                    for mode in MODES),
