@@ -186,8 +186,8 @@ TextInsertionManager::Deletion TextInsertionManager::deletion(int64_t count)
 
 bool TextInsertionManager::isDone(const Deletion &deletion, const AccessibilityElementRef &focused)
 {
-    if (deletion.element && !deletion.element->isSameAs(*focused))
-        return true;
+    if (!deletion.element || !deletion.element->isSameAs(*focused))
+        return false;
     for (int look = 0; deletion.remaining && look < mostLooks; ++look) {
         if (look > 0)
             m_platform.keyboardEvents->pause(pauseBetweenLooks);

@@ -245,6 +245,12 @@ TEST_F(TextInsertionManagerTest, WhatIsInsertedAfterBackspacesComesAfterThem)
     manager.deleteBackwards(1);
     manager.insertText(u"x"_qs);
     EXPECT_TRUE(memory.output.contains(u"borrow x"_qs));
+    // Nor does another text than the one that the strokes went to.
+    accessibility->focusText(u"ab"_qs, {2, 0});
+    manager.deleteBackwards(1);
+    accessibility->focusText(u"a"_qs, {1, 0});
+    manager.insertText(u"y"_qs);
+    EXPECT_TRUE(memory.output.contains(u"borrow y"_qs));
 }
 
 } // namespace
