@@ -172,10 +172,11 @@ void TextInsertionManager::simulatePaste()
 
 TextInsertionManager::Deletion TextInsertionManager::deletion(int64_t count)
 {
+    // Where the words were pasted, a paste takes their place.
+    if (!m_wasWritten)
+        return {};
     Accessibility &accessibility = *m_platform.accessibility;
-    Deletion result{focusedElement(), std::nullopt};
-    if (!result.element)
-        return result;
+    Deletion result{m_lastInsertionTarget, std::nullopt};
     const auto content = attribute<QString>(accessibility, result.element, QStringLiteral("AXValue"));
     const auto range = attribute<TextRange>(accessibility, result.element,
                                             QStringLiteral("AXSelectedTextRange"));

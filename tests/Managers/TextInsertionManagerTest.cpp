@@ -16,6 +16,8 @@ using testing::IsEmpty;
 
 constexpr int64_t most = std::numeric_limits<int64_t>::max();
 
+const QStringList stroke{u"51 down 0"_qs, u"51 up 0"_qs, u"pause 5000"_qs};
+
 const QStringList pasteOf(const QString &text)
 {
     return {u"borrow "_qs + text, u"9 down 100000"_qs, u"9 up 100000"_qs};
@@ -207,7 +209,6 @@ TEST_F(TextInsertionManagerTest, DeletesBackwardsByPacedStrokesWithoutModifiers)
     EXPECT_THAT(memory.output, IsEmpty());
 
     manager.deleteBackwards(3);
-    const QStringList stroke{u"51 down 0"_qs, u"51 up 0"_qs, u"pause 5000"_qs};
     EXPECT_EQ(memory.output, stroke + stroke + stroke);
 }
 
@@ -224,7 +225,8 @@ TEST_F(TextInsertionManagerTest, WhatIsInsertedAfterBackspacesComesAfterThem)
          {Case{"taken at once", 5, false}, Case{"taken late", 20, false},
           Case{"not seen in time", 1000, true}}) {
         SCOPED_TRACE(what);
-        InMemoryTextField field(memory, u"mine, words yours"_qs, 11);
+        InMemoryTextField field(memory, u"mine,  yours"_qs, 6);
+        manager.insertText(u"words"_qs);
         field.takeKeysLate(*memory.keyboardEvents, pauses);
         memory.output.clear();
         manager.deleteBackwards(5);
@@ -239,18 +241,33 @@ TEST_F(TextInsertionManagerTest, WhatIsInsertedAfterBackspacesComesAfterThem)
         EXPECT_EQ(field.text(), u"mine, all! yours"_qs);
         EXPECT_THAT(memory.output, IsEmpty());
         memory.keyboardEvents->paused = nullptr;
+        memory.keyboardEvents->receiver = nullptr;
     }
-    // A text that can't be read does not show it.
-    accessibility->focusText({}, {}).value.reset();
-    manager.deleteBackwards(1);
-    manager.insertText(u"x"_qs);
-    EXPECT_TRUE(memory.output.contains(u"borrow x"_qs));
-    // Nor does another text than the one that the strokes went to.
-    accessibility->focusText(u"ab"_qs, {2, 0});
-    manager.deleteBackwards(1);
-    accessibility->focusText(u"a"_qs, {1, 0});
-    manager.insertText(u"y"_qs);
-    EXPECT_TRUE(memory.output.contains(u"borrow y"_qs));
+    // Neither a text that can't be read shows it, nor another than the strokes went to, and where
+    // the words were pasted nothing has to.
+    using Element = InMemoryAccessibility::Element;
+    struct Change
+    {
+        const char *what;
+        bool refuses;
+        std::function<void(Element &)> afterStrokes;
+    };
+    const Change changes[] = {
+        {"unreadable", false, [](Element &field) { field.value.reset(); }},
+        {"another", false, [this](Element &) { accessibility->focusText(u"a"_qs, {1, 0}); }},
+        {"pasted", true, [](Element &) {}},
+    };
+    for (const auto &[what, refuses, afterStrokes] : changes) {
+        SCOPED_TRACE(what);
+        Element &field = accessibility->focusText(u"a"_qs, {1, 0});
+        field.refusesValue = field.refusesSelectedText = refuses;
+        manager.insertText(u"b"_qs);
+        memory.output.clear();
+        manager.deleteBackwards(1);
+        afterStrokes(field);
+        manager.insertText(u"x"_qs);
+        EXPECT_EQ(memory.output, stroke + pasteOf(u"x"_qs));
+    }
 }
 
 } // namespace
