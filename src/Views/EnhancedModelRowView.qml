@@ -72,7 +72,7 @@ T.RadioButton {
         Symbol {
             name: "checkmark"
             size: Math.round(14 * Theme.textScale)
-            color: Theme.accent
+            color: Theme.accentText
             scale: row.model.isSelected ? 1 : 0.4
             opacity: row.model.isSelected ? 1 : 0
             visible: opacity > 0
@@ -151,7 +151,7 @@ T.RadioButton {
         IconButton {
             symbol: "trash"
             symbolSize: 14 * Theme.textScale
-            color: Theme.faded(Theme.red, 0.8)
+            color: Theme.red
             destroys: true
             text: qsTr("Delete model")
             Accessible.description: row.model.title

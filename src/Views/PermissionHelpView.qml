@@ -39,7 +39,7 @@ FocusScope {
             Symbol {
                 name: view.model.symbol
                 size: Math.round(26 * Theme.textScale)
-                color: Theme.accent
+                color: Theme.accentText
             }
             ThemedText {
                 text: view.model.title

@@ -26,7 +26,7 @@ Rectangle {
             Layout.preferredWidth: size
             name: row.model.symbol
             size: Math.round(Theme.title2.pixelSize * 1.3)
-            color: Theme.accent
+            color: Theme.accentText
         }
         ColumnLayout {
             spacing: 1

@@ -109,7 +109,7 @@ FocusScope {
                     padding: 5
                     implicitWidth: Math.max(72, contentItem.implicitWidth + 16)
                     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
-                    readonly property color foreground: checked ? Theme.accent : Theme.secondary
+                    readonly property color foreground: checked ? Theme.accentText : Theme.secondary
 
                     Accessible.role: Accessible.PageTab
                     Accessible.name: text

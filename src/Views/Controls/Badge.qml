@@ -21,7 +21,6 @@ Rectangle {
         id: label
         anchors.centerIn: parent
         font: Theme.caption2
-        // A shade deeper on a light ground, which the colour itself tints.
-        color: Theme.isDark ? badge.tint : Qt.darker(badge.tint, 1.3)
+        color: Theme.legible(badge.tint, badge.color)
     }
 }

@@ -42,7 +42,11 @@ T.AbstractButton {
     Activation { id: activation; button: control }
 
     readonly property color foreground: kind === CapsuleButton.Prominent
-        ? (tint === Theme.accent ? Theme.onAccent : "#ffffff") : tint
+        ? Theme.inkOn(tint) : tint
+    /// The ground moves away from the letters when it is touched.
+    function touched(factor) {
+        return Qt.colorEqual(foreground, "white") ? Qt.darker(tint, factor) : Qt.lighter(tint, factor)
+    }
 
     contentItem: Item {
         implicitWidth: row.implicitWidth
@@ -71,8 +75,7 @@ T.AbstractButton {
         radius: control.kind === CapsuleButton.Borderless ? 5 : height / 2
         color: {
             if (control.kind === CapsuleButton.Prominent)
-                return control.down ? Qt.darker(control.tint, 1.2)
-                     : control.hovered ? Qt.lighter(control.tint, 1.08) : control.tint
+                return control.touched(control.down ? 1.2 : control.hovered ? 1.08 : 1)
             const shade = control.down ? 0.16 : control.hovered ? 0.08 : 0
             if (control.kind === CapsuleButton.Borderless)
                 return Theme.faded(Theme.primary, shade)

@@ -18,6 +18,7 @@ ColumnLayout {
 
     T.AbstractButton {
         id: header
+        objectName: "header"
 
         Layout.fillWidth: true
         implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding

@@ -29,7 +29,7 @@ Rectangle {
     color: "transparent"
     radius: 6 + reach
     border.width: 2
-    border.color: Theme.faded(Theme.accent, 0.75)
+    border.color: Theme.accentText
     z: 1
     Accessible.ignored: true
 }

@@ -31,7 +31,7 @@ T.MenuItem {
     contentItem: Text {
         text: item.text
         font: item.font
-        color: item.highlighted ? Theme.onAccent
+        color: item.highlighted && item.enabled ? Theme.onAccent
              : [Theme.primary, Theme.secondary, Theme.tertiary][item.kind]
         textFormat: Text.PlainText
     }

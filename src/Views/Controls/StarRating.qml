@@ -23,7 +23,7 @@ Row {
 
             name: isFilled ? "star.fill" : "star"
             size: rating.starSize
-            color: isFilled ? rating.color : Theme.faded(Theme.secondary, 0.45)
+            color: isFilled ? rating.color : Theme.tertiary
         }
     }
 }

@@ -15,6 +15,10 @@ namespace {
 
 constexpr const char *engineProperty = "velloroTheme";
 
+/// By how much text and shapes must differ from their ground.
+constexpr double textContrast = 4.5;
+constexpr double shapeContrast = 3;
+
 /// Perceived lightness by the formula of the web's contrast rules, 0 to 1.
 double luminance(const QColor &color)
 {
@@ -23,6 +27,36 @@ double luminance(const QColor &color)
     };
     return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF())
         + 0.0722 * linear(color.blueF());
+}
+
+/// How much two colours differ, by the same rules: 1 to 21.
+double contrast(const QColor &one, const QColor &other)
+{
+    const auto [dark, light] = std::minmax({luminance(one), luminance(other)});
+    return (light + 0.05) / (dark + 0.05);
+}
+
+/// The colour moved away from the ground, no further than the contrast needs.
+QColor movedAway(const QColor &color, const QColor &ground, double wanted)
+{
+    const double end = luminance(Theme::inkOn(ground));
+    for (int step = 0; step < 100; ++step) {
+        const auto moved = [&](double channel) { return channel + (end - channel) * step / 100; };
+        const QColor result = QColor::fromRgbF(float(moved(color.redF())), float(moved(color.greenF())),
+                                               float(moved(color.blueF())));
+        if (contrast(result.rgb(), ground) >= wanted)
+            return result;
+    }
+    return Theme::inkOn(ground);
+}
+
+QColor blended(const QColor &ground, const QColor &veil)
+{
+    const auto mix = [&](float below, float above) {
+        return below + (above - below) * veil.alphaF();
+    };
+    return QColor::fromRgbF(mix(ground.redF(), veil.redF()), mix(ground.greenF(), veil.greenF()),
+                            mix(ground.blueF(), veil.blueF()));
 }
 
 } // namespace
@@ -77,41 +111,57 @@ QColor Theme::choose(QRgb light, QRgb dark) const
 
 QColor Theme::accent() const
 {
-    if (const std::optional<uint32_t> chosen = m_appearance.accentColor())
-        return QColor::fromRgb(QRgb(*chosen));
-    return blue();
+    return movedAway(QColor::fromRgb(QRgb(m_appearance.accentColor().value_or(0x2472e8))), group(),
+                     shapeContrast);
 }
 
 QColor Theme::onAccent() const
 {
-    // White reads well even on colours on which black would have the greater contrast.
-    return luminance(accent()) > 0.45 ? QColor(0x1c, 0x1c, 0x1e) : QColor(Qt::white);
+    return inkOn(accent());
+}
+
+QColor Theme::accentText() const
+{
+    // What is chosen has a faint ground.
+    return legible(accent(), quaternary());
+}
+
+QColor Theme::inkOn(const QColor &ground)
+{
+    return contrast(Qt::white, ground) >= textContrast ? Qt::white : Qt::black;
+}
+
+QColor Theme::legible(const QColor &color, const QColor &veil) const
+{
+    // The material over a window of the opposite lightness.
+    const QColor ground = choose(0xffe2e2e5, 0xff38383c);
+    return movedAway(color, blended(ground, veil), textContrast);
 }
 
 QColor Theme::primary() const { return choose(0xde000000, 0xe6ffffff); }
-QColor Theme::secondary() const { return choose(0xa0000000, 0xa6ffffff); }
-QColor Theme::tertiary() const { return choose(0x70000000, 0x73ffffff); }
+QColor Theme::secondary() const { return choose(0xa8000000, 0xb2ffffff); }
+QColor Theme::tertiary() const { return choose(0x99000000, 0xa3ffffff); }
 QColor Theme::quaternary() const { return choose(0x14000000, 0x1effffff); }
 QColor Theme::separator() const { return choose(0x1f000000, 0x24ffffff); }
-QColor Theme::red() const { return choose(0xffd6333a, 0xfff8575d); }
-QColor Theme::orange() const { return choose(0xffcc6a00, 0xfff59f2e); }
-QColor Theme::yellow() const { return choose(0xffd9a400, 0xfff2c83a); }
-QColor Theme::green() const { return choose(0xff1e8540, 0xff45c46a); }
-QColor Theme::blue() const { return choose(0xff2472e8, 0xff3f8dfb); }
-QColor Theme::purple() const { return choose(0xff8b48d6, 0xffb27cf2); }
-QColor Theme::pink() const { return choose(0xffd9437f, 0xfff2709f); }
-QColor Theme::gray() const { return choose(0xff85858b, 0xff98989e); }
+QColor Theme::red() const { return choose(0xffb91f28, 0xffff8f94); }
+QColor Theme::orange() const { return choose(0xff964b00, 0xfff59f2e); }
+QColor Theme::yellow() const { return choose(0xff966c00, 0xfff2c83a); }
+QColor Theme::green() const { return choose(0xff156a34, 0xff45c46a); }
+QColor Theme::blue() const { return choose(0xff1a5fc8, 0xff6aa8ff); }
+QColor Theme::purple() const { return choose(0xff7c3ac4, 0xffc39af5); }
+QColor Theme::pink() const { return choose(0xffb92f69, 0xfff58fb4); }
+QColor Theme::gray() const { return choose(0xff86868b, 0xff7d7d83); }
 QColor Theme::window() const { return choose(0xfff3f3f5, 0xff252528); }
 
 QColor Theme::material() const
 {
     if (!isTranslucent())
         return choose(0xffeeeef1, 0xff2b2b2f);
-    return choose(0xebeeeef1, 0xe02b2b2f);
+    return choose(0xf2eeeef1, 0xf02b2b2f);
 }
 
-QColor Theme::group() const { return choose(0xffffffff, 0xff303034); }
-QColor Theme::control() const { return choose(0xffffffff, 0xff47474c); }
+QColor Theme::group() const { return choose(0xffffffff, 0xff2c2c30); }
+QColor Theme::control() const { return choose(0xffffffff, 0xff39393e); }
 QColor Theme::controlBorder() const { return choose(0x33000000, 0x33ffffff); }
 
 QFont Theme::font(qreal pixels, QFont::Weight weight) const

@@ -26,9 +26,12 @@ class Theme : public QObject
     /// The factor by which text is larger than designed.
     Q_PROPERTY(qreal textScale READ textScale NOTIFY changed)
 
+    /// The ground of what is chosen or pressed first: the desktop's, as far from the ground of a
+    /// group as shapes must be.
     Q_PROPERTY(QColor accent READ accent NOTIFY changed)
-    /// What is written on the accent colour.
+    /// What is written on the accent colour, and what is written in it.
     Q_PROPERTY(QColor onAccent READ onAccent NOTIFY changed)
+    Q_PROPERTY(QColor accentText READ accentText NOTIFY changed)
     /// Text, dimmed text, hints, and the faintest fill.
     Q_PROPERTY(QColor primary READ primary NOTIFY changed)
     Q_PROPERTY(QColor secondary READ secondary NOTIFY changed)
@@ -82,6 +85,7 @@ public:
 
     [[nodiscard]] QColor accent() const;
     [[nodiscard]] QColor onAccent() const;
+    [[nodiscard]] QColor accentText() const;
     [[nodiscard]] QColor primary() const;
     [[nodiscard]] QColor secondary() const;
     [[nodiscard]] QColor tertiary() const;
@@ -115,6 +119,11 @@ public:
 
     [[nodiscard]] qreal padding() const { return 16; }
 
+    /// White or black, whichever is read better on this ground.
+    Q_INVOKABLE static QColor inkOn(const QColor &ground);
+    /// The colour, as much deeper or lighter as it takes to be read on every ground of the theme on
+    /// which `veil` lies.
+    Q_INVOKABLE QColor legible(const QColor &color, const QColor &veil = Qt::transparent) const;
     /// The colour at this opacity.
     Q_INVOKABLE static QColor faded(const QColor &color, qreal opacity);
     /// The font in this weight, one of QML's `Font` weights.

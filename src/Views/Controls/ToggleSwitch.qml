@@ -35,12 +35,13 @@ T.Switch {
         verticalAlignment: Text.AlignVCenter
     }
     indicator: Rectangle {
+        objectName: "track"
         implicitWidth: 36
         implicitHeight: 20
         x: control.width - width
         y: (control.height - height) / 2
         radius: height / 2
-        color: control.checked ? Theme.accent : Theme.faded(Theme.primary, 0.2)
+        color: control.checked ? Theme.accent : Theme.gray
 
         Rectangle {
             x: control.visualPosition * (parent.width - width - 4) + 2
@@ -48,7 +49,8 @@ T.Switch {
             width: 16
             height: 16
             radius: 8
-            color: "#ffffff"
+            objectName: "thumb"
+            color: control.checked ? Theme.onAccent : "#ffffff"
             Behavior on x { NumberAnimation { duration: 120; easing.type: Easing.OutQuad } }
         }
         FocusRing { control: control; radius: parent.radius + reach }

@@ -21,7 +21,7 @@ RowLayout {
             anchors.centerIn: parent
             name: row.icon
             size: Math.round(Theme.title2.pixelSize * 1.25)
-            color: Theme.accent
+            color: Theme.accentText
         }
     }
     ColumnLayout {

@@ -58,7 +58,7 @@ T.RadioButton {
                 Layout.fillWidth: true
                 text: card.description
                 font: Theme.caption
-                color: card.isSelected ? Theme.faded(Theme.onAccent, 0.8) : Theme.secondary
+                color: card.isSelected ? Theme.onAccent : Theme.secondary
                 textFormat: Text.PlainText
                 wrapMode: Text.WordWrap
             }

@@ -35,7 +35,7 @@ Rectangle {
                 anchors.centerIn: parent
                 name: card.icon
                 size: Math.round(Theme.title2.pixelSize * 1.25)
-                color: card.isGranted ? Theme.green : Theme.accent
+                color: card.isGranted ? Theme.green : Theme.accentText
             }
         }
         ColumnLayout {
