@@ -3,7 +3,7 @@ import QtQuick.Layouts
 import Velloro
 
 /// A model of the catalogue; the control at its right manages its file and loads it.
-Rectangle {
+Item {
     id: row
 
     required property CatalogModelRowModel model
@@ -18,14 +18,17 @@ Rectangle {
 
     implicitWidth: content.implicitWidth + 16
     implicitHeight: content.implicitHeight + 12
-    radius: 6
-    color: model.isSelected ? Theme.faded(Theme.accent, 0.1) : "transparent"
     Accessible.role: Accessible.Grouping
     Accessible.name: model.displayName
     Accessible.description: model.isSelected ? qsTr("Selected") : ""
     activeFocusOnTab: activeFocus
     Accessible.focusable: activeFocus
 
+    RoundedRectangle {
+        anchors.fill: parent
+        radius: 6
+        color: row.model.isSelected ? Theme.faded(Theme.accent, 0.1) : "transparent"
+    }
     FocusRing { control: row; gap: 0; radius: 6 }
 
     RowLayout {

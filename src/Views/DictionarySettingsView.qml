@@ -178,14 +178,14 @@ ActionList {
         Item {
             anchors.fill: parent
             clip: true
-            Rectangle {
+            RoundedRectangle {
                 width: parent.width
                 y: row.isFirst ? 0 : -20
                 height: parent.height - y + (row.isLast ? 0 : 20)
                 radius: 8
                 color: Theme.group
-                border.width: 1
-                border.color: Theme.separator
+                borderWidth: 1
+                borderColor: Theme.separator
             }
             Divider {
                 visible: !row.isFirst

@@ -94,7 +94,7 @@ T.RadioButton {
         }
     }
 
-    background: Rectangle {
+    background: RoundedRectangle {
         radius: 7
         color: row.down ? Theme.faded(Theme.primary, 0.14)
              : row.hovered ? Theme.faded(Theme.primary, 0.07) : "transparent"

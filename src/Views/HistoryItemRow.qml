@@ -23,7 +23,7 @@ FocusScope {
     Accessible.name: preview
     Accessible.description: time
 
-    Rectangle {
+    RoundedRectangle {
         anchors.fill: parent
         radius: 8
         color: Theme.faded(Theme.primary, 0.05)

@@ -93,13 +93,13 @@ T.AbstractButton {
             }
         }
     }
-    background: Rectangle {
+    background: RoundedRectangle {
         radius: button.cornerRadius
         color: button.model.isRecording ? Theme.accent : button.fillColor
-        border.width: 1
-        border.color: button.model.isRecording ? Theme.accent : button.strokeColor
+        borderWidth: 1
+        borderColor: button.model.isRecording ? Theme.accent : button.strokeColor
 
-        Rectangle {
+        RoundedRectangle {
             anchors.fill: parent
             radius: parent.radius
             color: Theme.faded(Theme.primary, button.down ? 0.1 : button.hovered ? 0.05 : 0)

@@ -34,13 +34,12 @@ FocusScope {
         onActivated: panel.model.close()
     }
 
-    Rectangle {
+    RoundedRectangle {
         anchors.fill: parent
         radius: 10
         color: Theme.material
-        border.width: 1
-        border.color: Theme.separator
-        antialiasing: true
+        borderWidth: 1
+        borderColor: Theme.separator
     }
 
     ColumnLayout {
@@ -68,7 +67,7 @@ FocusScope {
                 }
             }
             Item { Layout.fillWidth: true }
-            Rectangle {
+            RoundedRectangle {
                 objectName: "hotkeyBadge"
                 implicitWidth: Math.ceil(hotkey.implicitWidth) + 16
                 implicitHeight: Math.ceil(hotkey.implicitHeight) + 8
@@ -114,7 +113,7 @@ FocusScope {
             RowLayout {
                 Layout.fillWidth: true
                 spacing: 4
-                Rectangle {
+                RoundedRectangle {
                     implicitWidth: 6
                     implicitHeight: 6
                     radius: 3

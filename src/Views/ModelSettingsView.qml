@@ -25,7 +25,7 @@ ScrollArea {
         width: pane.availableWidth - 2 * Theme.padding
         spacing: 12
 
-        Rectangle {
+        RoundedRectangle {
             Layout.fillWidth: true
             implicitHeight: presets.implicitHeight + 24
             radius: 8

@@ -3,7 +3,7 @@ import QtQuick.Layouts
 import Velloro
 
 /// A preset and the menu with which a model is assigned to it.
-Rectangle {
+RoundedRectangle {
     id: row
 
     required property PresetConfigRowModel model

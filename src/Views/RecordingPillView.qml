@@ -16,19 +16,17 @@ Item {
     Accessible.role: Accessible.StatusBar
     Accessible.name: model.statusText
 
-    Rectangle {
+    RoundedRectangle {
         anchors.fill: parent
         radius: 24
         color: Theme.material
-        antialiasing: true
     }
-    Rectangle {
+    RoundedRectangle {
         anchors.fill: parent
         radius: 24
         color: "transparent"
-        border.width: 0.5
-        border.color: Qt.rgba(1, 1, 1, 0.15)
-        antialiasing: true
+        borderWidth: 0.5
+        borderColor: Qt.rgba(1, 1, 1, 0.15)
     }
 
     RowLayout {
@@ -95,7 +93,7 @@ Item {
 
     Component {
         id: dot
-        Rectangle {
+        RoundedRectangle {
             implicitWidth: 10
             implicitHeight: 10
             radius: 5

@@ -137,7 +137,7 @@ FocusScope {
                             textFormat: Text.PlainText
                         }
                     }
-                    background: Rectangle {
+                    background: RoundedRectangle {
                         radius: 6
                         color: Theme.faded(Theme.primary,
                                            tab.checked ? 0.08 : tab.hovered ? 0.05 : 0)

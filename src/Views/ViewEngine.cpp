@@ -10,6 +10,12 @@ namespace Velloro {
 ViewEngine::ViewEngine(Appearance &appearance)
     : m_appearance(appearance)
 {
+    // Small windows of text and flat shapes of which little changes at a time: painted by the
+    // processor, only what changed, they cost less than a graphics driver's start, its memory and
+    // its full repaints (docs/drawing.md has the figures). The shapes count on it (PixelNode).
+    if (const QString software = QStringLiteral("software");
+        QQuickWindow::sceneGraphBackend() != software)
+        QQuickWindow::setSceneGraphBackend(software);
 }
 
 ViewEngine::~ViewEngine() = default;
@@ -18,11 +24,6 @@ QQmlEngine &ViewEngine::engine()
 {
     if (m_engine)
         return *m_engine;
-    // Small windows of text and flat shapes of which little changes at a time: painted by the
-    // processor, only what changed, they cost less than a graphics driver's start, its memory and
-    // its full repaints, and far less where the driver itself is software.
-    if (QQuickWindow::sceneGraphBackend().isEmpty())
-        QQuickWindow::setSceneGraphBackend(QStringLiteral("software"));
     qml_register_types_Velloro();
     m_theme = std::make_unique<Theme>(m_appearance);
     m_engine = std::make_unique<QQmlEngine>();

@@ -12,7 +12,8 @@ namespace Velloro {
 class ViewEngine
 {
 public:
-    /// `appearance` outlives the engine.
+    /// `appearance` outlives the engine. Made before the first window, since it decides how windows
+    /// are painted.
     explicit ViewEngine(Appearance &appearance);
     ~ViewEngine();
 

@@ -87,7 +87,7 @@ ListView {
         visible: size < 1
         minimumSize: 0.1
         focusPolicy: Qt.NoFocus
-        contentItem: Rectangle {
+        contentItem: RoundedRectangle {
             implicitWidth: 6
             radius: 3
             color: Theme.faded(Theme.primary, bar.pressed ? 0.45 : bar.hovered ? 0.35 : 0.22)

@@ -2,7 +2,7 @@ import QtQuick
 import Velloro
 
 /// A word on a faint ground of its own colour.
-Rectangle {
+RoundedRectangle {
     id: badge
 
     property alias text: label.text

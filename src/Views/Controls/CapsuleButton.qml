@@ -71,7 +71,7 @@ T.AbstractButton {
             }
         }
     }
-    background: Rectangle {
+    background: RoundedRectangle {
         radius: control.kind === CapsuleButton.Borderless ? 5 : height / 2
         color: {
             if (control.kind === CapsuleButton.Prominent)
@@ -81,8 +81,8 @@ T.AbstractButton {
                 return Theme.faded(Theme.primary, shade)
             return Qt.tint(Theme.control, Theme.faded(Theme.primary, shade))
         }
-        border.width: control.kind === CapsuleButton.Bordered ? 1 : 0
-        border.color: Theme.controlBorder
+        borderWidth: control.kind === CapsuleButton.Bordered ? 1 : 0
+        borderColor: Theme.controlBorder
         FocusRing {
             control: control
             gap: control.kind === CapsuleButton.Borderless ? 0 : 2

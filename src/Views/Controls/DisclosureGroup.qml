@@ -62,7 +62,7 @@ ColumnLayout {
                 textFormat: Text.PlainText
             }
         }
-        background: Rectangle {
+        background: RoundedRectangle {
             radius: 5
             color: header.hovered ? Theme.faded(Theme.primary, 0.06) : "transparent"
             FocusRing { control: header; gap: 0; radius: 5 }

@@ -2,7 +2,7 @@ import QtQuick
 import Velloro
 
 /// A hairline between two things above each other.
-Rectangle {
+RoundedRectangle {
     implicitWidth: 100
     implicitHeight: 1
     color: Theme.separator

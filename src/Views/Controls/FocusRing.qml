@@ -2,14 +2,14 @@ import QtQuick
 import Velloro
 
 /// The visible keyboard focus around `control`; a child of it or of its background.
-Rectangle {
+RoundedRectangle {
     id: ring
 
     property Item control: parent
     /// What is left free between the control and the ring, which could not be seen on the accent
     /// colour; where it is 0, the ring is drawn inside the control.
     property real gap: 2
-    readonly property real reach: gap > 0 ? gap + border.width : 0
+    readonly property real reach: gap > 0 ? gap + borderWidth : 0
 
     // Back from a menu or from another window, the focus is as visible as it was.
     property bool wasVisible: false
@@ -28,8 +28,8 @@ Rectangle {
     visible: control.activeFocus && ((control.visualFocus ?? true) || isBack && wasVisible)
     color: "transparent"
     radius: 6 + reach
-    border.width: 2
-    border.color: Theme.accentText
+    borderWidth: 2
+    borderColor: Theme.accentText
     z: 1
     Accessible.ignored: true
 }

@@ -22,13 +22,13 @@ ColumnLayout {
         font: Theme.headline
         Accessible.role: Accessible.Heading
     }
-    Rectangle {
+    RoundedRectangle {
         Layout.fillWidth: true
         implicitHeight: column.implicitHeight + 20
         radius: 8
         color: Theme.group
-        border.width: 1
-        border.color: Theme.separator
+        borderWidth: 1
+        borderColor: Theme.separator
 
         ColumnLayout {
             id: column

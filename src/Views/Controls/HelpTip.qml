@@ -20,9 +20,9 @@ T.ToolTip {
         font: Theme.caption
         wrapMode: Text.WordWrap
     }
-    background: Rectangle {
+    background: RoundedRectangle {
         color: Theme.isDark ? "#3c3c41" : "#ffffff"
-        border.color: Theme.separator
+        borderColor: Theme.separator
         radius: 4
     }
 }

@@ -38,7 +38,7 @@ T.AbstractButton {
             hierarchical: control.hierarchical
         }
     }
-    background: Rectangle {
+    background: RoundedRectangle {
         radius: 5
         color: control.down ? Theme.faded(Theme.primary, 0.16)
                             : control.hovered ? Theme.faded(Theme.primary, 0.08) : "transparent"

@@ -69,12 +69,12 @@ T.AbstractButton {
             color: Theme.secondary
         }
     }
-    background: Rectangle {
+    background: RoundedRectangle {
         radius: 6
         color: Qt.tint(Theme.control, Theme.faded(Theme.primary, control.down ? 0.16
                                                   : control.hovered ? 0.08 : 0))
-        border.width: 1
-        border.color: Theme.controlBorder
+        borderWidth: 1
+        borderColor: Theme.controlBorder
         FocusRing { control: control }
     }
 

@@ -120,17 +120,17 @@ T.Menu {
             visible: size < 1
             implicitWidth: 7
             padding: 1
-            contentItem: Rectangle {
+            contentItem: RoundedRectangle {
                 implicitWidth: 5
                 radius: 2.5
                 color: Theme.faded(Theme.primary, 0.3)
             }
         }
     }
-    background: Rectangle {
+    background: RoundedRectangle {
         color: Theme.isDark ? "#38383d" : "#ffffff"
-        border.width: 1
-        border.color: Theme.controlBorder
+        borderWidth: 1
+        borderColor: Theme.controlBorder
         radius: 7
     }
 }

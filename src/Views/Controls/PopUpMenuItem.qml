@@ -43,7 +43,7 @@ T.MenuItem {
         visible: item.checked
         color: item.highlighted ? Theme.onAccent : Theme.primary
     }
-    background: Rectangle {
+    background: RoundedRectangle {
         radius: 4
         color: item.highlighted && item.enabled ? Theme.accent : "transparent"
     }

@@ -19,7 +19,7 @@ T.ProgressBar {
     Accessible.name: qsTr("Progress")
     Accessible.description: detail
 
-    background: Rectangle {
+    background: RoundedRectangle {
         y: (control.height - height) / 2
         width: control.width
         height: 4
@@ -32,7 +32,7 @@ T.ProgressBar {
         visible: text !== "" && (control.isPointedAt || control.visualFocus)
     }
     contentItem: Item {
-        Rectangle {
+        RoundedRectangle {
             y: (parent.height - height) / 2
             width: Math.max(height, control.visualPosition * parent.width)
             height: 4

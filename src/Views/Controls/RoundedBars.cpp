@@ -5,23 +5,26 @@
 namespace Velloro {
 
 RoundedBars::RoundedBars(QQuickItem *parent)
-    : QQuickPaintedItem(parent)
+    : PixelItem(parent)
 {
-    connect(this, &RoundedBars::appearanceChanged, this, [this] { update(); });
+    connect(this, &RoundedBars::appearanceChanged, this, &QQuickItem::update);
 }
 
-void RoundedBars::paint(QPainter *painter)
+PixelNode::Painting RoundedBars::painting() const
 {
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(m_color);
-    const QList<QQuickItem *> bars = childItems();
-    for (const QQuickItem *bar : bars) {
-        const QRectF place(bar->position(), bar->size());
-        const qreal radius = qMin(m_radius, qMin(place.width(), place.height()) / 2);
-        if (!place.isEmpty())
-            painter->drawRoundedRect(place, radius, radius);
-    }
+    QList<QRectF> places;
+    for (const QQuickItem *bar : childItems())
+        places << QRectF(bar->position(), bar->size());
+    return [places, color = m_color, radius = m_radius](QPainter &painter, const QRectF &frame,
+                                                        qreal unit) {
+        painter.setBrush(color);
+        for (const QRectF &place : places) {
+            const QRectF bar(frame.topLeft() + place.topLeft() * unit, place.size() * unit);
+            const qreal round = qMin(radius * unit, qMin(bar.width(), bar.height()) / 2);
+            if (!bar.isEmpty())
+                painter.drawRoundedRect(bar, round, round);
+        }
+    };
 }
 
 void RoundedBars::itemChange(ItemChange change, const ItemChangeData &value)
@@ -34,7 +37,7 @@ void RoundedBars::itemChange(ItemChange change, const ItemChangeData &value)
         disconnect(value.item, nullptr, this, nullptr);
         update();
     }
-    QQuickPaintedItem::itemChange(change, value);
+    PixelItem::itemChange(change, value);
 }
 
 } // namespace Velloro

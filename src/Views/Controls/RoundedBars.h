@@ -1,14 +1,15 @@
 #pragma once
 
+#include "Views/Controls/PixelItem.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
 #include <QtQml/qqmlregistration.h>
 
 namespace Velloro {
 
 /// Paints a bar with round ends for each of its children, which are seen by nothing else: at
 /// fractions of a pixel too, where rectangles would be moved to whole ones.
-class RoundedBars : public QQuickPaintedItem
+class RoundedBars : public PixelItem
 {
     Q_OBJECT
     QML_ELEMENT
@@ -19,12 +20,11 @@ class RoundedBars : public QQuickPaintedItem
 public:
     explicit RoundedBars(QQuickItem *parent = nullptr);
 
-    void paint(QPainter *painter) override;
-
 Q_SIGNALS:
     void appearanceChanged();
 
 protected:
+    [[nodiscard]] PixelNode::Painting painting() const override;
     void itemChange(ItemChange change, const ItemChangeData &value) override;
 
 private:

@@ -30,7 +30,7 @@ Flickable {
         focusPolicy: Qt.NoFocus
         // The keyboard scrolls by what it focuses.
         Accessible.ignored: true
-        contentItem: Rectangle {
+        contentItem: RoundedRectangle {
             implicitWidth: 6
             radius: 3
             color: Theme.faded(Theme.primary, bar.pressed ? 0.45 : bar.hovered ? 0.35 : 0.22)

@@ -32,7 +32,7 @@ FocusScope {
             visible: picker.showsLabel && picker.label !== ""
             text: picker.label
         }
-        Rectangle {
+        RoundedRectangle {
             id: ground
             implicitWidth: segments.implicitWidth + 4
             implicitHeight: segments.implicitHeight + 4
@@ -92,11 +92,11 @@ FocusScope {
                             horizontalAlignment: Text.AlignHCenter
                             textFormat: Text.PlainText
                         }
-                        background: Rectangle {
+                        background: RoundedRectangle {
                             radius: 5
                             color: segment.checked ? Theme.control : "transparent"
-                            border.width: segment.checked ? 1 : 0
-                            border.color: Theme.controlBorder
+                            borderWidth: segment.checked ? 1 : 0
+                            borderColor: Theme.controlBorder
                             FocusRing { control: segment; gap: 0; radius: parent.radius }
                         }
                     }

@@ -32,12 +32,11 @@ Item {
             rotation: index * 45
             // The one at the phase is darkest, those behind it fade.
             opacity: 1 - ((spinner.phase - index + 8) % 8) * 0.11
-            Rectangle {
+            RoundedRectangle {
                 width: parent.width
                 height: parent.height * 0.29
                 radius: width / 2
                 color: Theme.secondary
-                antialiasing: true
             }
         }
     }

@@ -1,13 +1,14 @@
 #pragma once
 
+#include "Views/Controls/PixelItem.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
 #include <QtQml/qqmlregistration.h>
 
 namespace Velloro {
 
 /// One of the program's symbols, in a square of `size`, in a colour or a diagonal gradient.
-class Symbol : public QQuickPaintedItem
+class Symbol : public PixelItem
 {
     Q_OBJECT
     QML_ELEMENT
@@ -26,11 +27,12 @@ public:
     [[nodiscard]] qreal size() const { return m_size; }
     void setSize(qreal size);
 
-    void paint(QPainter *painter) override;
-
 Q_SIGNALS:
     void appearanceChanged();
     void sizeChanged();
+
+protected:
+    [[nodiscard]] PixelNode::Painting painting() const override;
 
 private:
     QString m_name;

@@ -25,11 +25,11 @@ T.TextField {
     Accessible.role: Accessible.EditableText
     Accessible.name: label
 
-    background: Rectangle {
+    background: RoundedRectangle {
         radius: 6
         color: Theme.control
-        border.width: control.activeFocus ? 2 : 1
-        border.color: control.activeFocus ? Theme.accent : Theme.controlBorder
+        borderWidth: control.activeFocus ? 2 : 1
+        borderColor: control.activeFocus ? Theme.accent : Theme.controlBorder
 
         Text {
             x: control.leftPadding

@@ -34,7 +34,7 @@ T.Switch {
         wrapMode: Text.WordWrap
         verticalAlignment: Text.AlignVCenter
     }
-    indicator: Rectangle {
+    indicator: RoundedRectangle {
         objectName: "track"
         implicitWidth: 36
         implicitHeight: 20
@@ -43,7 +43,7 @@ T.Switch {
         radius: height / 2
         color: control.checked ? Theme.accent : Theme.gray
 
-        Rectangle {
+        RoundedRectangle {
             x: control.visualPosition * (parent.width - width - 4) + 2
             y: 2
             width: 16

@@ -70,7 +70,7 @@ T.RadioButton {
             color: Theme.onAccent
         }
     }
-    background: Rectangle {
+    background: RoundedRectangle {
         radius: 12
         color: card.isSelected ? Theme.accent : Theme.faded(Theme.secondary, 0.1)
         FocusRing { control: card; radius: parent.radius + reach }

@@ -45,13 +45,12 @@ FocusScope {
         onActivated: view.model.close()
     }
 
-    Rectangle {
+    RoundedRectangle {
         anchors.fill: parent
         radius: 10
         color: Theme.material
-        border.width: 1
-        border.color: Theme.separator
-        antialiasing: true
+        borderWidth: 1
+        borderColor: Theme.separator
     }
     // The window has no title bar: it is moved by what is no control.
     DragHandler {
@@ -75,7 +74,7 @@ FocusScope {
             Repeater {
                 id: capsules
                 model: 6
-                Rectangle {
+                RoundedRectangle {
                     required property int index
 
                     objectName: "capsule" + index

@@ -3,7 +3,7 @@ import QtQuick.Layouts
 import Velloro
 
 /// A permission, whether it is granted, and the button that asks for it.
-Rectangle {
+RoundedRectangle {
     id: card
 
     property string icon

@@ -42,7 +42,7 @@ StepPage {
 
         Repeater {
             model: page.examples
-            Rectangle {
+            RoundedRectangle {
                 id: example
 
                 required property var modelData
