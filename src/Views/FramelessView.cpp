@@ -7,13 +7,19 @@ namespace Velloro {
 
 FramelessView::FramelessView(ViewEngine &engine, Qt::WindowFlags flags, qreal cornerRadius)
     : QQuickView(&engine.engine(), nullptr)
-    , m_appearance(engine.appearance())
+    , m_theme(engine.theme())
     , m_cornerRadius(cornerRadius)
 {
     setFlags(flags | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint);
-    setColor(Qt::transparent);
     setResizeMode(QQuickView::SizeViewToRootObject);
-    connect(&m_appearance, &Appearance::changed, this, &FramelessView::updateMask);
+    updateGround();
+    connect(&m_theme, &Theme::changed, this, &FramelessView::updateGround);
+}
+
+void FramelessView::updateGround()
+{
+    setColor(m_theme.isTranslucent() ? QColor(Qt::transparent) : m_theme.material());
+    updateMask();
 }
 
 void FramelessView::resizeEvent(QResizeEvent *event)
@@ -24,7 +30,7 @@ void FramelessView::resizeEvent(QResizeEvent *event)
 
 void FramelessView::updateMask()
 {
-    if (m_appearance.isCompositing()) {
+    if (m_theme.isTranslucent()) {
         setMask({});
         return;
     }

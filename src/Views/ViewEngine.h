@@ -20,6 +20,8 @@ public:
     [[nodiscard]] Appearance &appearance() { return m_appearance; }
     /// The engine with the module `Velloro` and its theme.
     [[nodiscard]] QQmlEngine &engine();
+    /// The theme of the engine that has been made.
+    [[nodiscard]] Theme &theme() { return *m_theme; }
     [[nodiscard]] bool isMade() const { return m_engine != nullptr; }
 
     /// Where the QML file with this path in the module lies.

@@ -181,9 +181,9 @@ TEST(DesktopAppearanceTest, FollowsCompositingManagerAndTray)
     if (look.isCompositing() || look.isTrayDark())
         GTEST_SKIP() << "this desktop has a compositing manager or a tray already";
 
-    // A manager owns a selection by a window, announces it, and ends with the window.
+    // A manager owns a selection by a window, may announce it, and ends with the window.
     xcb_connection_t *xcb = server->xcb();
-    const auto start = [&](const QByteArray &selection) {
+    const auto start = [&](const QByteArray &selection, bool announces = true) {
         const xcb_window_t window = xcb_generate_id(xcb);
         xcb_create_window(xcb, 0, window, server->root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
                           XCB_COPY_FROM_PARENT, 0, nullptr);
@@ -204,13 +204,22 @@ TEST(DesktopAppearanceTest, FollowsCompositingManagerAndTray)
         announcement.type = server->atom("MANAGER");
         announcement.data.data32[1] = server->atom(selection);
         announcement.data.data32[2] = window;
-        xcb_send_event(xcb, 0, server->root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY,
-                       reinterpret_cast<const char *>(&announcement));
+        if (announces)
+            xcb_send_event(xcb, 0, server->root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+                           reinterpret_cast<const char *>(&announcement));
         server->flush();
         return std::pair(window, setColors);
     };
 
-    const auto [compositor, unused] = start("_NET_WM_CM_S0");
+    // One that neither announces itself nor ends with its window, as they exist.
+    const QByteArray compositing = "_NET_WM_CM_S0";
+    (void)start(compositing, false);
+    EXPECT_TRUE(waitUntil([&] { return look.isCompositing(); }));
+    xcb_set_selection_owner(xcb, XCB_WINDOW_NONE, server->atom(compositing), XCB_CURRENT_TIME);
+    server->flush();
+    EXPECT_TRUE(waitUntil([&] { return !look.isCompositing(); }));
+
+    const auto [compositor, unused] = start(compositing);
     EXPECT_TRUE(waitUntil([&] { return look.isCompositing(); }));
     EXPECT_FALSE(look.isTrayDark());
     const auto [tray, setTrayColors] = start("_NET_SYSTEM_TRAY_S0");

@@ -161,6 +161,17 @@ TEST_F(RecordingPillWindowTest, HasItsCornersCutWhereNothingBlendsWindows)
     for (const QPoint inside : {QPoint(0, 24), QPoint(259, 23), QPoint(130, 0), QPoint(130, 47)})
         EXPECT_TRUE(isInShape(inside.x(), inside.y()));
 
+    // On the screen, rather than before something blends it.
+    const QImage seen = controller.window()->screen()->grabWindow(id()).toImage();
+    ASSERT_EQ(seen.size(), QSize(260, 48));
+    for (int y = 0; y < seen.height(); ++y) {
+        for (const int x : {0, 1, 2, 3, 5, 8, 13, 130, 246, 251, 255, 258, 259}) {
+            if (isInShape(x, y)) {
+                EXPECT_GT(seen.pixelColor(x, y).lightness(), 200) << x << ", " << y;
+            }
+        }
+    }
+
     memory.appearance->compositing = true;
     Q_EMIT memory.appearance->changed();
     EXPECT_TRUE(waitUntil([this] { return isInShape(0, 0) && isInShape(259, 47); }))

@@ -2,6 +2,8 @@
 
 #include "Platform/Linux/X11/XcbReply.h"
 
+#include <xcb/xfixes.h>
+
 namespace Velloro {
 
 namespace {
@@ -22,18 +24,46 @@ X11DesktopLook::X11DesktopLook(std::shared_ptr<X11Connection> connection, QObjec
         if (screens.data->root == m_connection->root())
             m_screen = index;
     }
-    // A manager that starts announces itself on the root window.
-    const uint32_t announcements = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    xcb_change_window_attributes(m_connection->xcb(), m_connection->root(), XCB_CW_EVENT_MASK,
-                                 &announcements);
+    m_compositor = "_NET_WM_CM_S" + QByteArray::number(m_screen);
+    m_tray = "_NET_SYSTEM_TRAY_S" + QByteArray::number(m_screen);
+    watchManagers();
     connect(m_connection.get(), &X11Connection::eventReceived, this,
             &X11DesktopLook::eventReceived);
     update();
 }
 
+void X11DesktopLook::watchManagers()
+{
+    xcb_connection_t *xcb = m_connection->xcb();
+    // A manager that starts announces itself on the root window, if it keeps to the convention.
+    const uint32_t announcements = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(xcb, m_connection->root(), XCB_CW_EVENT_MASK, &announcements);
+    // Not every one does, and one may give its selection up and live on; the server tells of both.
+    const auto *fixes = xcb_get_extension_data(xcb, &xcb_xfixes_id);
+    if (!fixes || !fixes->present)
+        return;
+    const XcbReply<xcb_xfixes_query_version_reply_t> version(
+        xcb_xfixes_query_version_reply(xcb, xcb_xfixes_query_version(xcb, 1, 0), nullptr));
+    if (!version)
+        return;
+    m_ownerEvent = fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY;
+    constexpr uint32_t changes = XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER
+        | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY
+        | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE;
+    for (const QByteArray &selection : {m_compositor, m_tray})
+        xcb_xfixes_select_selection_input(xcb, m_connection->root(), m_connection->atom(selection),
+                                          changes);
+    m_connection->flush();
+}
+
 void X11DesktopLook::eventReceived(const xcb_generic_event_t *event)
 {
-    switch (event->response_type & eventTypeMask) {
+    const int type = event->response_type & eventTypeMask;
+    if (m_ownerEvent && type == *m_ownerEvent) {
+        update();
+        return;
+    }
+    switch (type) {
     case XCB_CLIENT_MESSAGE:
         if (reinterpret_cast<const xcb_client_message_event_t *>(event)->type
             == m_connection->atom("MANAGER"))
@@ -54,9 +84,8 @@ void X11DesktopLook::eventReceived(const xcb_generic_event_t *event)
 
 void X11DesktopLook::update()
 {
-    const QByteArray screen = QByteArray::number(m_screen);
-    const bool isCompositing = owner("_NET_WM_CM_S" + screen) != XCB_WINDOW_NONE;
-    const xcb_window_t tray = owner("_NET_SYSTEM_TRAY_S" + screen);
+    const bool isCompositing = owner(m_compositor) != XCB_WINDOW_NONE;
+    const xcb_window_t tray = owner(m_tray);
     const bool hasTray = tray != XCB_WINDOW_NONE;
     const std::optional<bool> isTrayDark = readTrayColors(tray);
     if (isCompositing == m_isCompositing && hasTray == m_hasTray && isTrayDark == m_isTrayDark)

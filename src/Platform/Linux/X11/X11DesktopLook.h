@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/X11/X11Connection.h"
 
+#include <QByteArray>
 #include <QObject>
 #include <memory>
 #include <optional>
@@ -29,12 +30,18 @@ Q_SIGNALS:
 
 private:
     void eventReceived(const xcb_generic_event_t *event);
+    void watchManagers();
     void update();
     [[nodiscard]] xcb_window_t owner(const QByteArray &selection);
     [[nodiscard]] std::optional<bool> readTrayColors(xcb_window_t tray);
 
     std::shared_ptr<X11Connection> m_connection;
     int m_screen = 0;
+    /// The selections that the two managers own.
+    QByteArray m_compositor;
+    QByteArray m_tray;
+    /// The event of a selection's change of owner; nothing where the server has none.
+    std::optional<int> m_ownerEvent;
     bool m_isCompositing = false;
     bool m_hasTray = false;
     std::optional<bool> m_isTrayDark;
