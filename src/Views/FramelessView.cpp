@@ -12,6 +12,10 @@ FramelessView::FramelessView(ViewEngine &engine, Qt::WindowFlags flags, qreal co
 {
     setFlags(flags | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint);
     setResizeMode(QQuickView::SizeViewToRootObject);
+    // A window keeps the kind of pixels that it is created with: those that can be blended, since a
+    // compositing manager may start later.
+    setColor(Qt::transparent);
+    create();
     updateGround();
     connect(&m_theme, &Theme::changed, this, &FramelessView::updateGround);
 }

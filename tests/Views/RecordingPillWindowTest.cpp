@@ -163,7 +163,7 @@ TEST_F(RecordingPillWindowTest, HasItsCornersCutWhereNothingBlendsWindows)
 
     // The screen shows the pixels as they are, whatever they say of their opacity.
     QImage seen = controller.window()->screen()->grabWindow(id()).toImage();
-    ASSERT_EQ(seen.format(), QImage::Format_ARGB32_Premultiplied);
+    ASSERT_EQ(seen.format(), QImage::Format_ARGB32_Premultiplied) << "it can be blended later";
     ASSERT_TRUE(seen.reinterpretAsFormat(QImage::Format_RGB32));
     ASSERT_EQ(seen.size(), QSize(260, 48));
     const QRegion inShape = shape();
