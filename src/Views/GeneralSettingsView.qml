@@ -36,7 +36,7 @@ GroupedForm {
             Accessible.description: behavior.note
         }
         Note {
-            width: behavior.width - 50
+            width: behavior.width - control.indicator.width - 14
             visible: text !== ""
             text: behavior.note
         }

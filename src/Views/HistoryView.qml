@@ -18,7 +18,7 @@ Item {
         Symbol {
             Layout.alignment: Qt.AlignHCenter
             name: "clock.arrow.circlepath"
-            size: 48
+            size: Math.round(48 * Theme.growth)
             color: Theme.tertiary
         }
         ThemedText {

@@ -6,6 +6,7 @@
 
 #include <QCursor>
 #include <QGuiApplication>
+#include <QQuickItem>
 #include <QScreen>
 
 using namespace std::chrono_literals;
@@ -194,10 +195,12 @@ void MenuBarExtra::makePanel()
     }
     panel->installEventFilter(this);
     // The panel grows and shrinks with its content; it stays at its icon's side.
-    connect(panel.get(), &QWindow::heightChanged, this, [this] {
+    const auto placeVisible = [this] {
         if (m_panel && m_panel->isVisible())
             placePanel();
-    });
+    };
+    connect(panel.get(), &QWindow::heightChanged, this, placeVisible);
+    connect(panel.get(), &QWindow::widthChanged, this, placeVisible);
     m_panel = std::move(panel);
 }
 
@@ -208,6 +211,7 @@ void MenuBarExtra::placePanel()
         return;
     m_panel->setScreen(screen);
     const QRectF frame = WindowPlacement::visibleFrame(*screen, m_screenFrames);
+    m_panel->rootObject()->setProperty("room", WindowPlacement::panelRoom(frame));
     m_panel->setPosition(
         WindowPlacement::panelOrigin(m_anchor, m_panel->size(), frame).toPoint());
 }

@@ -8,7 +8,7 @@ FocusScope {
 
     required property PermissionHelpModel model
 
-    implicitWidth: 420
+    implicitWidth: Math.round(420 * Theme.growth)
     implicitHeight: content.implicitHeight + 40
     Accessible.role: Accessible.Dialog
     Accessible.name: model.title
@@ -28,71 +28,78 @@ FocusScope {
         color: Theme.window
     }
 
-    ColumnLayout {
-        id: content
+    ScrollArea {
+        id: area
         anchors.fill: parent
-        anchors.margins: 20
-        spacing: 12
+        contentHeight: content.implicitHeight + 40
 
-        RowLayout {
-            spacing: 10
-            Symbol {
-                name: view.model.symbol
-                size: Math.round(26 * Theme.textScale)
-                color: Theme.accentText
+        ColumnLayout {
+            id: content
+            x: 20
+            y: 20
+            width: area.width - 40
+            spacing: 12
+
+            RowLayout {
+                spacing: 10
+                Symbol {
+                    name: view.model.symbol
+                    size: Math.round(26 * Theme.textScale)
+                    color: Theme.accentText
+                }
+                ThemedText {
+                    text: view.model.title
+                    font: Theme.title2
+                    Accessible.role: Accessible.Heading
+                }
             }
             ThemedText {
-                text: view.model.title
-                font: Theme.title2
-                Accessible.role: Accessible.Heading
-            }
-        }
-        ThemedText {
-            Layout.fillWidth: true
-            text: view.model.explanation
-            wrapMode: Text.WordWrap
-        }
-        Repeater {
-            model: view.model.steps
-            RowLayout {
-                id: step
-
-                required property int index
-                required property string modelData
-
                 Layout.fillWidth: true
-                spacing: 8
-                ThemedText {
-                    Layout.alignment: Qt.AlignTop
-                    text: qsTr("%1.").arg(step.index + 1)
-                    color: Theme.secondary
-                }
-                ThemedText {
+                text: view.model.explanation
+                wrapMode: Text.WordWrap
+            }
+            Repeater {
+                model: view.model.steps
+                RowLayout {
+                    id: step
+
+                    required property int index
+                    required property string modelData
+
                     Layout.fillWidth: true
-                    text: step.modelData
-                    wrapMode: Text.WordWrap
+                    spacing: 8
+                    ThemedText {
+                        Layout.alignment: Qt.AlignTop
+                        text: qsTr("%1.").arg(step.index + 1)
+                        color: Theme.secondary
+                    }
+                    ThemedText {
+                        Layout.fillWidth: true
+                        text: step.modelData
+                        wrapMode: Text.WordWrap
+                    }
                 }
             }
-        }
-        RowLayout {
-            Layout.fillWidth: true
-            Layout.topMargin: 4
-            spacing: 8
-            PermissionLabel { visible: view.model.isGranted }
-            Item { Layout.fillWidth: true }
-            CapsuleButton {
-                id: close
-                objectName: "close"
-                text: qsTr("Close")
-                onClicked: view.model.close()
-            }
-            CapsuleButton {
-                id: act
-                objectName: "act"
-                kind: CapsuleButton.Prominent
-                visible: !view.model.isGranted
-                text: view.model.actionText
-                onClicked: view.model.act()
+            RowLayout {
+                Layout.fillWidth: true
+                Layout.topMargin: 4
+                spacing: 8
+                PermissionLabel { visible: view.model.isGranted }
+                Item { Layout.fillWidth: true }
+                CapsuleButton {
+                    id: close
+                    objectName: "close"
+                    text: qsTr("Close")
+                    onClicked: view.model.close()
+                }
+                CapsuleButton {
+                    id: act
+                    objectName: "act"
+                    kind: CapsuleButton.Prominent
+                    visible: !view.model.isGranted
+                    text: view.model.actionText
+                    onClicked: view.model.act()
+                }
             }
         }
     }

@@ -11,10 +11,10 @@ Loader {
     sourceComponent: Window {
         transientParent: loader.Window.window
         title: loader.model.title
-        width: view.implicitWidth
-        height: view.implicitHeight
-        minimumWidth: view.implicitWidth
-        minimumHeight: view.implicitHeight
+        width: Math.min(view.implicitWidth, Screen.desktopAvailableWidth)
+        height: Math.min(view.implicitHeight, Screen.desktopAvailableHeight)
+        minimumWidth: width
+        minimumHeight: height
         flags: Qt.Dialog
         color: Theme.window
         visible: true

@@ -18,10 +18,8 @@ FocusScope {
         { title: qsTr("Privacy"), symbol: "hand.raised", pane: privacyPane }
     ]
 
-    implicitWidth: 500
-    implicitHeight: 400
-    width: 500
-    height: 400
+    implicitWidth: Math.round(500 * Theme.growth)
+    implicitHeight: Math.round(400 * Theme.growth)
     focus: true
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Settings")

@@ -12,7 +12,7 @@ ViewEngine::ViewEngine(Appearance &appearance)
 {
     // Small windows of text and flat shapes of which little changes at a time: painted by the
     // processor, only what changed, they cost less than a graphics driver's start, its memory and
-    // its full repaints (docs/drawing.md has the figures). The shapes count on it (PixelNode).
+    // its full repaints (docs/drawing.md has the figures).
     if (const QString software = QStringLiteral("software");
         QQuickWindow::sceneGraphBackend() != software)
         QQuickWindow::setSceneGraphBackend(software);

@@ -37,11 +37,8 @@ void WindowController::open()
     }
     auto [view, size, file, model] = makeContent();
     view->setResizeMode(QQuickView::SizeRootObjectToView);
-    if (const QScreen *screen = view->screen())
-        size = size.boundedTo(screen->availableSize());
-    view->setMinimumSize(size);
-    view->setMaximumSize(size);
-    view->resize(size);
+    // Before the view: layouts keep the height that texts had while there was little room.
+    fit(*view, size);
     view->setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(model.get())}});
     // The window's children go after its content, which needs the model to the end.
     model.release()->setParent(view.get());
@@ -52,12 +49,28 @@ void WindowController::open()
         return;
     }
     m_window = std::move(view);
+    connect(&m_engine.theme(), &Theme::changed, m_window.get(),
+            [this, size = size] { fit(*m_window, size); });
     connect(m_window.get(), &QWindow::visibleChanged, m_window.get(), [this](bool visible) {
         // The window is still in the midst of being hidden.
         if (!visible)
             m_window.release()->deleteLater();
     });
     bringToFront();
+}
+
+QSize WindowController::grown(QSize size, const QScreen *screen) const
+{
+    const QSize wanted = (QSizeF(size) * m_engine.theme().growth()).toSize();
+    return screen ? wanted.boundedTo(screen->availableSize()) : wanted;
+}
+
+void WindowController::fit(QWindow &window, QSize size) const
+{
+    const QSize now = grown(size, window.screen());
+    window.setMinimumSize(now);
+    window.setMaximumSize(now);
+    window.resize(now);
 }
 
 void WindowController::bringToFront()

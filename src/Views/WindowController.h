@@ -9,10 +9,12 @@
 #include <QQuickView>
 #include <memory>
 
+class QScreen;
+
 namespace Velloro {
 
-/// One window of the program, of a fixed size or as much of it as the screen has, that is made when
-/// it is opened and dropped when it is closed. Main thread only.
+/// One window of the program, of a size that follows the text's, or as much of it as the screen has,
+/// that is made when it is opened and dropped when it is closed. Main thread only.
 class WindowController : public QObject
 {
     Q_OBJECT
@@ -34,6 +36,7 @@ protected:
     struct Content
     {
         std::unique_ptr<QQuickView> view;
+        /// For text of the usual size.
         QSize size;
         QString file;
         std::unique_ptr<QObject> model;
@@ -44,6 +47,8 @@ protected:
                      ViewEngine &engine, QObject *parent);
 
     [[nodiscard]] virtual Content makeContent() = 0;
+    /// The size for text as large as the desktop wants it, on this screen.
+    [[nodiscard]] QSize grown(QSize size, const QScreen *screen) const;
     /// Destroys the window at once: for the destructors of those whose members it uses.
     void drop();
 
@@ -54,6 +59,7 @@ protected:
 
 private:
     void bringToFront();
+    void fit(QWindow &window, QSize size) const;
 
     std::unique_ptr<QQuickView> m_window;
 };

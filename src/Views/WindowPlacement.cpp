@@ -58,6 +58,11 @@ QPointF panelOrigin(const QRectF &anchor, QSizeF size, const QRectF &visibleFram
                  visibleFrame.bottom() - size.height() - panelMargin)};
 }
 
+QSizeF panelRoom(const QRectF &visibleFrame)
+{
+    return visibleFrame.size() - QSizeF(2 * panelMargin, 2 * panelMargin);
+}
+
 QRect centered(QSize size, const QRect &visibleFrame)
 {
     QRect frame(QPoint(), size.boundedTo(visibleFrame.size()));

@@ -22,6 +22,9 @@ namespace WindowPlacement {
 /// no room below, or beside it where the tray is upright; wholly inside the frame where it fits.
 [[nodiscard]] QPointF panelOrigin(const QRectF &anchor, QSizeF size, const QRectF &visibleFrame);
 
+/// The most that such a panel can take.
+[[nodiscard]] QSizeF panelRoom(const QRectF &visibleFrame);
+
 /// A window in the middle of the frame, as large as the frame has room.
 [[nodiscard]] QRect centered(QSize size, const QRect &visibleFrame);
 

@@ -157,6 +157,8 @@ private:
         ASSERT_TRUE(window);
         const WindowProbe probe(window);
         for (int step = 0; step < 6; ++step) {
+            // A step comes into view by and by.
+            ASSERT_TRUE(waitUntil([&] { return probe.item(QStringLiteral("step"))->opacity() == 1; }));
             visit(stage, QStringLiteral("onboarding %1").arg(step), window);
             QMetaObject::invokeMethod(probe.item(QStringLiteral("forward")), "clicked");
         }

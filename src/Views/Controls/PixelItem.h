@@ -1,14 +1,15 @@
 #pragma once
 
-#include "Views/Controls/PixelNode.h"
-
+#include <QImage>
 #include <QQuickItem>
+
+class QPainter;
 
 namespace Velloro {
 
-/// What is painted on whole pixels of the screen whatever its scale. The toolkit's own shapes, where
-/// the processor paints them, have gaps and steps where a unit is no whole number of pixels, and its
-/// painted items are stretched there.
+/// What is painted once, in the pixels that it has on the screen, and put on whole ones whatever the
+/// screen's scale. The toolkit's own shapes, where the processor paints them, have gaps and steps
+/// where a unit is no whole number of pixels, and its painted items are stretched there.
 class PixelItem : public QQuickItem
 {
     Q_OBJECT
@@ -17,12 +18,27 @@ public:
     explicit PixelItem(QQuickItem *parent = nullptr);
 
 protected:
-    /// How the item is painted as it is now; what it returns must not use the item, which it may
-    /// outlive. Asked for after each `update`.
-    [[nodiscard]] virtual PixelNode::Painting painting() const = 0;
+    /// Paints the item into `frame`, in pixels, of which a unit has `unit`; without a pen.
+    virtual void paint(QPainter &painter, const QRectF &frame, qreal unit) const = 0;
+    /// What is painted has changed.
+    void repaint();
 
     QSGNode *updatePaintNode(QSGNode *node, UpdatePaintNodeData *) override;
+    void itemChange(ItemChange change, const ItemChangeData &value) override;
     void geometryChange(const QRectF &newGeometry, const QRectF &oldGeometry) override;
+
+private:
+    [[nodiscard]] bool isUpright() const;
+    /// From the item's corner to the nearest pixel's.
+    [[nodiscard]] QPointF offset() const;
+    void followMove();
+    [[nodiscard]] QImage image(QSize pixels, qreal unit) const;
+
+    bool m_isStale = true;
+    QSize m_pixels;
+    /// Where the item was put.
+    QPointF m_offset;
+    QMetaObject::Connection m_frames;
 };
 
 } // namespace Velloro

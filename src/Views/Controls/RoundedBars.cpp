@@ -7,35 +7,29 @@ namespace Velloro {
 RoundedBars::RoundedBars(QQuickItem *parent)
     : PixelItem(parent)
 {
-    connect(this, &RoundedBars::appearanceChanged, this, &QQuickItem::update);
+    connect(this, &RoundedBars::appearanceChanged, this, &RoundedBars::repaint);
 }
 
-PixelNode::Painting RoundedBars::painting() const
+void RoundedBars::paint(QPainter &painter, const QRectF &, qreal unit) const
 {
-    QList<QRectF> places;
-    for (const QQuickItem *bar : childItems())
-        places << QRectF(bar->position(), bar->size());
-    return [places, color = m_color, radius = m_radius](QPainter &painter, const QRectF &frame,
-                                                        qreal unit) {
-        painter.setBrush(color);
-        for (const QRectF &place : places) {
-            const QRectF bar(frame.topLeft() + place.topLeft() * unit, place.size() * unit);
-            const qreal round = qMin(radius * unit, qMin(bar.width(), bar.height()) / 2);
-            if (!bar.isEmpty())
-                painter.drawRoundedRect(bar, round, round);
-        }
-    };
+    painter.setBrush(m_color);
+    for (const QQuickItem *child : childItems()) {
+        const QRectF bar(child->position() * unit, child->size() * unit);
+        const qreal radius = qMin(m_radius * unit, qMin(bar.width(), bar.height()) / 2);
+        if (!bar.isEmpty())
+            painter.drawRoundedRect(bar, radius, radius);
+    }
 }
 
 void RoundedBars::itemChange(ItemChange change, const ItemChangeData &value)
 {
     if (change == ItemChildAddedChange) {
-        connect(value.item, &QQuickItem::heightChanged, this, [this] { update(); });
-        connect(value.item, &QQuickItem::yChanged, this, [this] { update(); });
-        update();
+        connect(value.item, &QQuickItem::heightChanged, this, &RoundedBars::repaint);
+        connect(value.item, &QQuickItem::yChanged, this, &RoundedBars::repaint);
+        repaint();
     } else if (change == ItemChildRemovedChange) {
         disconnect(value.item, nullptr, this, nullptr);
-        update();
+        repaint();
     }
     PixelItem::itemChange(change, value);
 }

@@ -24,7 +24,7 @@ Q_SIGNALS:
     void appearanceChanged();
 
 protected:
-    [[nodiscard]] PixelNode::Painting painting() const override;
+    void paint(QPainter &painter, const QRectF &frame, qreal unit) const override;
     void itemChange(ItemChange change, const ItemChangeData &value) override;
 
 private:

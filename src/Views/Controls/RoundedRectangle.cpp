@@ -20,24 +20,21 @@ QPainterPath rounded(const QRectF &rect, qreal radius)
 RoundedRectangle::RoundedRectangle(QQuickItem *parent)
     : PixelItem(parent)
 {
-    connect(this, &RoundedRectangle::appearanceChanged, this, &QQuickItem::update);
+    connect(this, &RoundedRectangle::appearanceChanged, this, &RoundedRectangle::repaint);
 }
 
-PixelNode::Painting RoundedRectangle::painting() const
+void RoundedRectangle::paint(QPainter &painter, const QRectF &frame, qreal unit) const
 {
-    return [color = m_color, radius = m_radius, borderWidth = m_borderWidth,
-            borderColor = m_borderColor](QPainter &painter, const QRectF &frame, qreal unit) {
-        const QPainterPath outline = rounded(frame, radius * unit);
-        if (color.alpha() > 0)
-            painter.fillPath(outline, color);
-        if (borderWidth <= 0 || borderColor.alpha() == 0)
-            return;
-        const qreal border = qMax(1, qRound(borderWidth * unit));
-        QPainterPath ring = outline;
-        ring.addPath(rounded(frame.marginsRemoved({border, border, border, border}),
-                             radius * unit - border));
-        painter.fillPath(ring, borderColor);
-    };
+    const QPainterPath outline = rounded(frame, m_radius * unit);
+    if (m_color.alpha() > 0)
+        painter.fillPath(outline, m_color);
+    if (m_borderWidth <= 0 || m_borderColor.alpha() == 0)
+        return;
+    const qreal border = qMax(1, qRound(m_borderWidth * unit));
+    QPainterPath ring = outline;
+    ring.addPath(rounded(frame.marginsRemoved({border, border, border, border}),
+                         m_radius * unit - border));
+    painter.fillPath(ring, m_borderColor);
 }
 
 } // namespace Velloro

@@ -26,7 +26,7 @@ Q_SIGNALS:
     void appearanceChanged();
 
 protected:
-    [[nodiscard]] PixelNode::Painting painting() const override;
+    void paint(QPainter &painter, const QRectF &frame, qreal unit) const override;
 
 private:
     QColor m_color = Qt::transparent;

@@ -11,7 +11,7 @@ Symbol::Symbol(QQuickItem *parent)
     : PixelItem(parent)
 {
     setSize(16);
-    connect(this, &Symbol::appearanceChanged, this, &QQuickItem::update);
+    connect(this, &Symbol::appearanceChanged, this, &Symbol::repaint);
 }
 
 void Symbol::setSize(qreal size)
@@ -23,30 +23,24 @@ void Symbol::setSize(qreal size)
     Q_EMIT sizeChanged();
 }
 
-PixelNode::Painting Symbol::painting() const
+void Symbol::paint(QPainter &painter, const QRectF &frame, qreal) const
 {
-    const auto rendering = m_hierarchical ? SymbolRenderer::Rendering::hierarchical
-                                          : SymbolRenderer::Rendering::monochrome;
-    // Drawn once in each size in pixels, so that nothing is scaled.
-    return [name = m_name, color = m_color, gradientColor = m_gradientColor, rendering,
-            image = QImage()](QPainter &painter, const QRectF &frame, qreal) mutable {
-        const int pixels = int(qMin(frame.width(), frame.height()));
-        if (name.isEmpty())
-            return;
-        if (image.width() != pixels) {
-            QBrush brush(color);
-            if (gradientColor.alpha() > 0) {
-                QLinearGradient gradient(0, 0, pixels, pixels);
-                gradient.setColorAt(0, color);
-                gradient.setColorAt(1, gradientColor);
-                brush = gradient;
-            }
-            image = SymbolRenderer::image(name, pixels, brush, rendering);
-        }
-        painter.drawImage(QPoint(int(frame.left() + (frame.width() - pixels) / 2),
-                                 int(frame.top() + (frame.height() - pixels) / 2)),
-                          image);
-    };
+    const int pixels = int(qMin(frame.width(), frame.height()));
+    if (m_name.isEmpty())
+        return;
+    QBrush brush(m_color);
+    if (m_gradientColor.alpha() > 0) {
+        QLinearGradient gradient(0, 0, pixels, pixels);
+        gradient.setColorAt(0, m_color);
+        gradient.setColorAt(1, m_gradientColor);
+        brush = gradient;
+    }
+    const QImage image = SymbolRenderer::image(m_name, pixels, brush,
+                                               m_hierarchical
+                                                   ? SymbolRenderer::Rendering::hierarchical
+                                                   : SymbolRenderer::Rendering::monochrome);
+    painter.drawImage(QPoint(int(frame.width() - pixels) / 2, int(frame.height() - pixels) / 2),
+                      image);
 }
 
 } // namespace Velloro

@@ -32,7 +32,7 @@ Q_SIGNALS:
     void sizeChanged();
 
 protected:
-    [[nodiscard]] PixelNode::Painting painting() const override;
+    void paint(QPainter &painter, const QRectF &frame, qreal unit) const override;
 
 private:
     QString m_name;

@@ -44,7 +44,8 @@ QColor movedAway(const QColor &color, const QColor &ground, double wanted)
         const auto moved = [&](double channel) { return channel + (end - channel) * step / 100; };
         const QColor result = QColor::fromRgbF(float(moved(color.redF())), float(moved(color.greenF())),
                                                float(moved(color.blueF())));
-        if (contrast(result.rgb(), ground) >= wanted)
+        // What is drawn is rounded, each layer anew.
+        if (contrast(result.rgb(), ground) >= wanted * 1.01)
             return result;
     }
     return Theme::inkOn(ground);
@@ -122,8 +123,7 @@ QColor Theme::onAccent() const
 
 QColor Theme::accentText() const
 {
-    // What is chosen has a faint ground.
-    return legible(accent(), quaternary());
+    return legible(accent());
 }
 
 QColor Theme::inkOn(const QColor &ground)
@@ -133,8 +133,8 @@ QColor Theme::inkOn(const QColor &ground)
 
 QColor Theme::legible(const QColor &color, const QColor &veil) const
 {
-    // The material over a window of the opposite lightness.
-    const QColor ground = choose(0xffe2e2e5, 0xff38383c);
+    // The material over a window of the opposite lightness, and a fill on it.
+    const QColor ground = blended(choose(0xffe2e2e5, 0xff38383c), quaternary());
     return movedAway(color, blended(ground, veil), textContrast);
 }
 

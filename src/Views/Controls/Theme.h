@@ -28,6 +28,10 @@ class Theme : public QObject
 
     /// The ground of what is chosen or pressed first: the desktop's, as far from the ground of a
     /// group as shapes must be.
+    /// The factor by which windows are larger than designed, where the screen has room: text that is
+    /// smaller leaves them as they are.
+    Q_PROPERTY(qreal growth READ growth NOTIFY changed)
+
     Q_PROPERTY(QColor accent READ accent NOTIFY changed)
     /// What is written on the accent colour, and what is written in it.
     Q_PROPERTY(QColor onAccent READ onAccent NOTIFY changed)
@@ -82,6 +86,8 @@ public:
     [[nodiscard]] bool isDark() const;
     [[nodiscard]] bool isTranslucent() const;
     [[nodiscard]] qreal textScale() const;
+
+    [[nodiscard]] qreal growth() const { return qMax(1.0, textScale()); }
 
     [[nodiscard]] QColor accent() const;
     [[nodiscard]] QColor onAccent() const;

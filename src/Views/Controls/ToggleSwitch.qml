@@ -36,8 +36,8 @@ T.Switch {
     }
     indicator: RoundedRectangle {
         objectName: "track"
-        implicitWidth: 36
-        implicitHeight: 20
+        implicitWidth: Math.round(36 * Theme.growth)
+        implicitHeight: Math.round(20 * Theme.growth)
         x: control.width - width
         y: (control.height - height) / 2
         radius: height / 2
@@ -46,9 +46,9 @@ T.Switch {
         RoundedRectangle {
             x: control.visualPosition * (parent.width - width - 4) + 2
             y: 2
-            width: 16
-            height: 16
-            radius: 8
+            width: parent.height - 4
+            height: width
+            radius: width / 2
             objectName: "thumb"
             color: control.checked ? Theme.onAccent : "#ffffff"
             Behavior on x { NumberAnimation { duration: 120; easing.type: Easing.OutQuad } }

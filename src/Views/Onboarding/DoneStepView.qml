@@ -17,7 +17,7 @@ StepPage {
         objectName: "mark"
         Layout.alignment: Qt.AlignHCenter
         name: page.isFinished ? "checkmark.circle.fill" : "arrow.down.circle"
-        size: 96
+        size: Math.round(96 * Theme.growth)
         color: page.isFinished ? Theme.green : Theme.blue
     }
     StepText {

@@ -2,8 +2,9 @@ import QtQuick
 import QtQuick.Layouts
 import Velloro
 
-/// One thing that Velloro does.
-RowLayout {
+/// One thing that Velloro does. No layout: one would keep the height that the texts had while there
+/// was little room.
+Item {
     id: row
 
     property string icon
@@ -11,30 +12,30 @@ RowLayout {
     property string description
 
     Layout.fillWidth: true
-    spacing: 16
+    implicitHeight: Math.max(symbol.height, texts.height)
 
-    Item {
-        implicitWidth: 32
-        implicitHeight: symbol.height
-        Symbol {
-            id: symbol
-            anchors.centerIn: parent
-            name: row.icon
-            size: Math.round(Theme.title2.pixelSize * 1.25)
-            color: Theme.accentText
-        }
+    Symbol {
+        id: symbol
+        x: (Math.round(32 * Theme.growth) - width) / 2
+        anchors.verticalCenter: parent.verticalCenter
+        name: row.icon
+        size: Math.round(Theme.title2.pixelSize * 1.25)
+        color: Theme.accentText
     }
-    ColumnLayout {
-        Layout.fillWidth: true
+    Column {
+        id: texts
+        x: Math.round(32 * Theme.growth) + 16
+        anchors.verticalCenter: parent.verticalCenter
+        width: row.width - x
         spacing: 2
         ThemedText {
-            Layout.fillWidth: true
+            width: parent.width
             text: row.title
             font: Theme.bodyMedium
             wrapMode: Text.WordWrap
         }
         Note {
-            Layout.fillWidth: true
+            width: parent.width
             text: row.description
         }
     }

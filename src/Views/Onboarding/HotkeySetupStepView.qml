@@ -15,7 +15,7 @@ StepPage {
     Symbol {
         Layout.alignment: Qt.AlignHCenter
         name: "keyboard"
-        size: 60
+        size: Math.round(60 * Theme.growth)
         color: Theme.purple
         gradientColor: Theme.blue
     }
@@ -68,8 +68,7 @@ StepPage {
             Accessible.role: Accessible.Heading
         }
         OnboardingHotkeyRecorder {
-            Layout.alignment: Qt.AlignHCenter
-            Layout.maximumWidth: parent.width
+            Layout.fillWidth: true
             model: page.model.hotkey
         }
         StepText {

@@ -34,7 +34,7 @@ T.RadioButton {
     contentItem: RowLayout {
         spacing: 8
         Item {
-            implicitWidth: 40
+            implicitWidth: Math.round(40 * Theme.growth)
             implicitHeight: icon.height
             Symbol {
                 id: icon

@@ -19,7 +19,7 @@ StepPage {
         Layout.alignment: Qt.AlignHCenter
         name: page.model.isReady ? "checkmark.circle.fill"
             : page.isDownloading ? "arrow.down.circle.fill" : "arrow.down.circle"
-        size: 72
+        size: Math.round(72 * Theme.growth)
         color: page.model.isReady ? Theme.green : Theme.blue
 
         SequentialAnimation on opacity {

@@ -8,10 +8,8 @@ FocusScope {
 
     required property OnboardingModel model
 
-    implicitWidth: 500
-    implicitHeight: 580
-    width: 500
-    height: 580
+    implicitWidth: Math.round(500 * Theme.growth)
+    implicitHeight: Math.round(580 * Theme.growth)
     focus: true
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Welcome to Velloro")

@@ -37,7 +37,7 @@ WindowController::Content OnboardingWindowController::makeContent()
     if (QScreen *screen = WindowPlacement::screenAt(QCursor::pos())) {
         view->setScreen(screen);
         view->setPosition(
-            WindowPlacement::centered(windowSize, screen->availableGeometry()).topLeft());
+            WindowPlacement::centered(grown(windowSize, screen), screen->availableGeometry()).topLeft());
     }
     auto model = std::make_unique<OnboardingModel>(m_platform, m_appState, m_hotkeyManager,
                                                    m_permissionsManager, m_download);

@@ -28,7 +28,7 @@ RoundedRectangle {
         spacing: 8
 
         Item {
-            implicitWidth: 40
+            implicitWidth: Math.round(40 * Theme.growth)
             implicitHeight: symbol.height
             Symbol {
                 id: symbol

@@ -20,7 +20,7 @@ StepPage {
     Symbol {
         Layout.alignment: Qt.AlignHCenter
         name: "text.quote"
-        size: 60
+        size: Math.round(60 * Theme.growth)
         color: Theme.orange
         gradientColor: Theme.pink
     }

@@ -10,7 +10,7 @@ StepPage {
     Symbol {
         Layout.alignment: Qt.AlignHCenter
         name: "waveform.circle.fill"
-        size: 96
+        size: Math.round(96 * Theme.growth)
         color: Theme.blue
         gradientColor: Theme.purple
     }
