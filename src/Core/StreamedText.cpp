@@ -60,8 +60,7 @@ void StreamedText::type(const QString &confirmed)
         added = Graphemes::dropFirst(confirmed, Graphemes::count(m_typed));
         piece = {0, u"Confirmed: +'"_qs + Graphemes::prefix(added, 25) + u"' (total: "_qs, u")"_qs};
     } else {
-        // What stands there already stays; the new wording follows it until the final text
-        // replaces both.
+        // What was typed stays; the new wording follows it until the final text replaces both.
         added = u' ' + confirmed;
         piece = {0, u"Streaming edge: '"_qs + Graphemes::prefix(confirmed, 30) + u"' (total: "_qs,
                  u")"_qs};

@@ -337,6 +337,15 @@ TEST_F(X11PasteboardTest, waitsForThePasteAndNotWithoutEnd)
     EXPECT_EQ(OtherProgram().readText(), "words");
     EXPECT_TRUE(pasteboard->awaitPaste());
 
+    // A field of this program's own reads it when nobody waits any more.
+    pasteboard->beginPaste(program->window(), true);
+    QElapsedTimer unwaited;
+    unwaited.start();
+    EXPECT_FALSE(pasteboard->awaitPaste());
+    EXPECT_LT(unwaited.elapsed(), 500);
+    EXPECT_EQ(program->readText(), "words");
+    EXPECT_TRUE(pasteboard->awaitPaste());
+
     // Another program's reading is not the paste.
     beginPaste();
     EXPECT_EQ(paste(clipboard), "words");

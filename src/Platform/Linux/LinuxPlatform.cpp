@@ -40,7 +40,7 @@ Platform makeLinuxPlatform()
     // Before the event loop starts: see AtSpiBus.
     (void)accessibility->isProcessTrusted();
     auto pasteboard = std::make_unique<X11Pasteboard>();
-    // The bundle destroys its members in the reverse of their order: both outlive the strokes.
+    // Both are there for every stroke; none is sent while the bundle is destroyed.
     auto keyboard = std::make_unique<X11KeyboardEvents>(
         display,
         X11KeyboardEvents::Hooks{
@@ -48,7 +48,9 @@ Platform makeLinuxPlatform()
             = [bus = accessibility.get()] { return bus->isTerminalFocused(); },
             .willPastePrimarySelection
             = [board = pasteboard.get()] { board->lendToPrimarySelection(); },
-            .willPaste = [board = pasteboard.get()](uint32_t window) { board->beginPaste(window); },
+            .willPaste
+            = [board = pasteboard.get()](uint32_t window,
+                                         bool isOwn) { board->beginPaste(window, isOwn); },
             .awaitPaste = [board = pasteboard.get()] { (void)board->awaitPaste(); },
         });
     accessibility->setActiveWindowTakesText(

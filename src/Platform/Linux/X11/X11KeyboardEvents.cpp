@@ -205,8 +205,8 @@ std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::pasteChord()
         return std::nullopt;
     if (stroke == PasteStroke::shiftInsert && m_hooks.willPastePrimarySelection)
         m_hooks.willPastePrimarySelection();
-    if (const xcb_window_t window = othersWindow(); window != XCB_WINDOW_NONE && m_hooks.willPaste)
-        m_hooks.willPaste(window);
+    if (m_hooks.willPaste)
+        m_hooks.willPaste(m_workspace->activeWindow(), othersWindow() == XCB_WINDOW_NONE);
     return result;
 }
 

@@ -31,8 +31,8 @@ public:
         /// Called before a stroke that pastes the primary selection, which must hold the
         /// pasteboard's content then.
         std::function<void()> willPastePrimarySelection;
-        /// Called before a stroke that pastes into another program's window.
-        std::function<void(uint32_t window)> willPaste;
+        /// Called before a stroke that pastes into a window, which may be one of the program's own.
+        std::function<void(uint32_t window, bool isOwn)> willPaste;
         /// Waits, for a bounded time, until the window has been given what it was to paste. Strokes
         /// that came before would meet a field without it.
         std::function<void()> awaitPaste;

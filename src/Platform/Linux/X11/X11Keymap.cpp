@@ -310,12 +310,6 @@ std::optional<std::vector<uint8_t>> X11Keymap::modifierKeys(std::span<const uint
     return keys;
 }
 
-std::optional<uint8_t> X11Keymap::modifierKey(uint16_t modifier)
-{
-    const auto keys = modifierKeys({&modifier, 1}, locks());
-    return keys ? std::optional(keys->front()) : std::nullopt;
-}
-
 KeySet X11Keymap::modifierKeys(uint16_t modifiers)
 {
     KeySet keys;

@@ -61,8 +61,6 @@ public:
     /// or a lock.
     [[nodiscard]] std::optional<std::vector<uint8_t>>
     modifierKeys(std::span<const uint16_t> modifiers, const KeyboardLocks &locks);
-    /// One key that sets this X modifier, as things stand.
-    [[nodiscard]] std::optional<uint8_t> modifierKey(uint16_t modifier);
 
     /// All keys that set one of these X modifiers.
     [[nodiscard]] KeySet modifierKeys(uint16_t modifiers);

@@ -80,9 +80,9 @@ void X11Pasteboard::lendToPrimarySelection()
     withSelections([](X11Selections &selections) { selections.lendToPrimarySelection(); });
 }
 
-void X11Pasteboard::beginPaste(uint32_t window)
+void X11Pasteboard::beginPaste(uint32_t window, bool isOwn)
 {
-    withSelections([&](X11Selections &selections) { selections.beginPaste(window); });
+    withSelections([&](X11Selections &selections) { selections.beginPaste(window, isOwn); });
 }
 
 bool X11Pasteboard::awaitPaste()

@@ -39,8 +39,9 @@ public:
     /// Makes the primary selection hold what the pasteboard holds, until `giveBack`.
     void lendToPrimarySelection();
     /// The application of this window is about to paste what the pasteboard holds now; it is given
-    /// that even if the pasteboard holds something else when it asks.
-    void beginPaste(uint32_t window);
+    /// that even if the pasteboard holds something else when it asks. A window of this program's own
+    /// is not waited for: it can't ask meanwhile.
+    void beginPaste(uint32_t window, bool isOwn = false);
 
 private:
     /// Runs `work` on the selections' thread and waits for it; nothing without an X server.

@@ -130,16 +130,18 @@ void X11Selections::continueGivingBack()
     m_isGivingBack = m_clipboard.isBorrowed() || m_primary.isBorrowed();
 }
 
-void X11Selections::beginPaste(xcb_window_t window)
+void X11Selections::beginPaste(xcb_window_t window, bool isOwn)
 {
-    if (m_connection->isAlive() && m_clipboard.owned())
-        m_paste = {window, *m_clipboard.owned(), QDeadlineTimer(pastePatience), false};
+    if (m_connection->isAlive() && m_clipboard.owned() && window != XCB_WINDOW_NONE)
+        m_paste = {window, *m_clipboard.owned(), QDeadlineTimer(pastePatience), isOwn, false};
 }
 
 bool X11Selections::awaitPaste()
 {
     if (!m_connection->isAlive() || !m_paste)
         return false;
+    if (m_paste->isOwn)
+        return m_paste->served;
     m_connection->dispatchUntil([this] { return m_paste->served && m_server.isIdle(); },
                                 m_paste->deadline);
     // The server has passed it on when it answers.

@@ -46,7 +46,8 @@ public:
     /// that whenever it asks, although the clipboard may hold something else by then; once, and for
     /// a second at most. Another process of the same program may ask for it: in Wine all windows
     /// have their clipboard from one.
-    void beginPaste(xcb_window_t window);
+    /// A window of this program's own can't fetch the text while it is waited for.
+    void beginPaste(xcb_window_t window, bool isOwn);
     /// Waits until that application has been given the text, for no longer than that second. What
     /// is sent to it afterwards reaches it afterwards. Whether it was given it; the last paste's
     /// answer stays until the next `borrow`.
@@ -62,6 +63,7 @@ private:
         xcb_window_t window = XCB_WINDOW_NONE;
         SelectionServer::Ownership offered;
         QDeadlineTimer deadline;
+        bool isOwn = false;
         bool served = false;
     };
 
