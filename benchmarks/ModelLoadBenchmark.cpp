@@ -1,5 +1,5 @@
-#include "Core/WhisperContext.h"
-#include "Platform/Linux/LinuxProcessInfo.h"
+#include "Core/Recognition/WhisperContext.h"
+#include "Platform/Linux/Process/LinuxProcessInfo.h"
 
 #include <QFile>
 #include <benchmark/benchmark.h>

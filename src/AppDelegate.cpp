@@ -1,6 +1,6 @@
 #include "AppDelegate.h"
 
-#include "Core/Log.h"
+#include "Base/Log.h"
 
 #include <QGuiApplication>
 #include <QTimer>

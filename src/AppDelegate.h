@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Core/AppState.h"
-#include "Core/DictationController.h"
-#include "Core/PresetModelLoader.h"
+#include "Core/State/AppState.h"
+#include "Core/Dictation/DictationController.h"
+#include "Core/Dictation/PresetModelLoader.h"
 
 #include <QObject>
 #include <memory>

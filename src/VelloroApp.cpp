@@ -1,6 +1,6 @@
 #include "VelloroApp.h"
 
-#include "Views/RecordingPillWindowController.h"
+#include "Views/Pill/RecordingPillWindowController.h"
 
 #include <QCoreApplication>
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "AppDelegate.h"
-#include "Views/MenuBarExtra.h"
+#include "Views/Tray/MenuBarExtra.h"
 #include "Views/Onboarding/OnboardingWindowController.h"
-#include "Views/SettingsWindowController.h"
-#include "Views/ViewEngine.h"
+#include "Views/Settings/SettingsWindowController.h"
+#include "Views/Windows/ViewEngine.h"
 
 #include <QObject>
 

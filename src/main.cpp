@@ -1,9 +1,9 @@
-#include "Core/Log.h"
-#include "Core/SerialExecutor.h"
+#include "Base/Log.h"
+#include "Base/SerialExecutor.h"
 #include "Managers/HotkeyManager.h"
 #include "Platform/Linux/LinuxPlatform.h"
-#include "Platform/Linux/SingleInstance.h"
-#include "Platform/Linux/TerminationSignals.h"
+#include "Platform/Linux/Process/SingleInstance.h"
+#include "Platform/Linux/Process/TerminationSignals.h"
 #include "VelloroApp.h"
 
 #include <QApplication>

@@ -1,6 +1,6 @@
 #include "Managers/AudioCaptureManager.h"
 
-#include "Core/Log.h"
+#include "Base/Log.h"
 #include "Managers/AudioProcessing.h"
 
 #include <QCoroFuture>

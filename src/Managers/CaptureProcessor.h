@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Core/HandOffQueue.h"
+#include "Base/HandOffQueue.h"
 #include "Managers/SampleStore.h"
 #include "Platform/AudioEngine.h"
 

@@ -1,6 +1,6 @@
 #include "Managers/HotkeyManager.h"
 
-#include "Core/Log.h"
+#include "Base/Log.h"
 
 #include <limits>
 #include <utility>

@@ -7,10 +7,9 @@ using namespace std::chrono_literals;
 
 namespace Velloro {
 
-PermissionsManager::PermissionsManager(Platform &platform, AppState &appState, QObject *parent)
+PermissionsManager::PermissionsManager(Platform &platform, QObject *parent)
     : QObject(parent)
     , m_platform(platform)
-    , m_appState(appState)
 {
     m_accessibilityTimer.setInterval(1s);
     connect(&m_accessibilityTimer, &QTimer::timeout, this, &PermissionsManager::poll);
@@ -18,24 +17,24 @@ PermissionsManager::PermissionsManager(Platform &platform, AppState &appState, Q
 
 void PermissionsManager::check()
 {
-    m_appState.setHasMicrophonePermission(m_platform.captureAuthorization->authorizationStatus()
-                                          == AuthorizationStatus::authorized);
-    m_appState.setHasAccessibilityPermission(m_platform.accessibility->isProcessTrusted());
+    Q_EMIT microphoneChecked(m_platform.captureAuthorization->authorizationStatus()
+                             == AuthorizationStatus::authorized);
+    Q_EMIT accessibilityChecked(m_platform.accessibility->isProcessTrusted());
 }
 
 void PermissionsManager::requestMicrophone()
 {
     // The answer may come on another thread, and when this manager is gone.
     m_platform.captureAuthorization->requestAccess(
-        [appState = QPointer<AppState>(&m_appState), context = QPointer<QCoreApplication>(qApp)](
-            bool granted) {
+        [manager = QPointer<PermissionsManager>(this), context = QPointer<QCoreApplication>(qApp)](
+            bool isGranted) {
             if (!context)
                 return;
             QMetaObject::invokeMethod(
                 context,
-                [appState, granted] {
-                    if (appState)
-                        appState->setHasMicrophonePermission(granted);
+                [manager, isGranted] {
+                    if (manager)
+                        Q_EMIT manager->microphoneChecked(isGranted);
                 },
                 Qt::QueuedConnection);
         });
@@ -56,7 +55,7 @@ void PermissionsManager::poll()
 {
     if (!m_platform.accessibility->isProcessTrusted())
         return;
-    m_appState.setHasAccessibilityPermission(true);
+    Q_EMIT accessibilityChecked(true);
     m_accessibilityTimer.stop();
 }
 

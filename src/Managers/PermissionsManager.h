@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Core/AppState.h"
+#include "Platform/Platform.h"
 
 #include <QObject>
 #include <QTimer>
@@ -8,29 +8,32 @@
 namespace Velloro {
 
 /// The checks of the two permissions, their requests and their settings pages. The flags
-/// themselves are the application state's. Main thread only.
+/// themselves are the application state's, which owns the manager. Main thread only.
 class PermissionsManager : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Both outlive the manager.
-    PermissionsManager(Platform &platform, AppState &appState, QObject *parent = nullptr);
+    /// `platform` outlives the manager.
+    explicit PermissionsManager(Platform &platform, QObject *parent = nullptr);
 
-    /// Sets both flags to what the platform says now.
+    /// Reports both permissions as the platform has them now, before it returns.
     void check();
-    /// Asks for the microphone; the flag takes the answer when it comes.
+    /// Asks for the microphone; the answer is reported when it comes.
     void requestMicrophone();
     /// Asks for accessibility and then looks once a second, without a limit, until it is granted.
     void requestAccessibility();
     /// Opens the desktop's settings; false when it has no such page.
     bool openSettingsPage(SettingsPage page);
 
+Q_SIGNALS:
+    void microphoneChecked(bool isGranted);
+    void accessibilityChecked(bool isGranted);
+
 private:
     void poll();
 
     Platform &m_platform;
-    AppState &m_appState;
     QTimer m_accessibilityTimer;
 };
 

@@ -1,6 +1,6 @@
 #include "Managers/TextCorrector.h"
 
-#include "Core/Graphemes.h"
+#include "Base/Graphemes.h"
 #include "Managers/CorrectionLanguages.h"
 
 #include <algorithm>

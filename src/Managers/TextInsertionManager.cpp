@@ -1,6 +1,6 @@
 #include "Managers/TextInsertionManager.h"
 
-#include "Core/Graphemes.h"
+#include "Base/Graphemes.h"
 
 #include <algorithm>
 #include <chrono>
@@ -61,11 +61,6 @@ TextInsertionManager::~TextInsertionManager()
 {
     if (m_pasteboardReturn.isActive())
         m_platform.pasteboard->giveBack();
-}
-
-bool TextInsertionManager::hasAccessibilityPermission() const
-{
-    return m_platform.accessibility->isProcessTrusted();
 }
 
 void TextInsertionManager::prepare()

@@ -21,8 +21,6 @@ public:
     /// Gives the pasteboard back what the user had on it, where that is still to be done.
     ~TextInsertionManager() override;
 
-    /// Whether this process may use the accessibility interface.
-    [[nodiscard]] bool hasAccessibilityPermission() const;
     /// Insertions may come until `finish`: what they displace on the pasteboard is read meanwhile.
     void prepare();
     void finish();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Core/WhisperContextError.h"
+#include "Core/Recognition/WhisperContextError.h"
 
 #include <QString>
 #include <variant>

@@ -1,7 +1,7 @@
 #include "Managers/WhisperManager.h"
 
-#include "Core/Log.h"
-#include "Core/ModelFile.h"
+#include "Base/Log.h"
+#include "Core/Recognition/ModelFile.h"
 
 #include <QCoroFuture>
 #include <QPointer>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Core/TranscriptionSegment.h"
-#include "Core/WhisperContext.h"
+#include "Core/Recognition/TranscriptionSegment.h"
+#include "Core/Recognition/WhisperContext.h"
 #include "Managers/ModelDownloadState.h"
 #include "Managers/WhisperError.h"
 #include "Managers/WhisperModelType.h"

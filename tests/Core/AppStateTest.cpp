@@ -1,4 +1,4 @@
-#include "Core/AppState.h"
+#include "Core/State/AppState.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/LogRecorder.h"
 

@@ -1,4 +1,4 @@
-#include "Core/DictationController.h"
+#include "Core/Dictation/DictationController.h"
 
 #include "Support/DictationControllerTestBase.h"
 

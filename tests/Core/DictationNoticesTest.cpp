@@ -1,4 +1,4 @@
-#include "Core/DictationNotices.h"
+#include "Core/Dictation/DictationNotices.h"
 
 #include "Support/DictationControllerTestBase.h"
 

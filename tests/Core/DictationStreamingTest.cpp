@@ -1,4 +1,4 @@
-#include "Core/Graphemes.h"
+#include "Base/Graphemes.h"
 #include "Managers/TextCorrector.h"
 #include "Support/DictationControllerTestBase.h"
 #include "Support/InMemoryTextField.h"

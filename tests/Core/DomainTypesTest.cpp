@@ -1,4 +1,4 @@
-#include "Core/DomainTypes.h"
+#include "Core/Domain/DomainTypes.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "Core/LogOutput.h"
+#include "Base/LogOutput.h"
 
 #include <QList>
 #include <array>

@@ -1,4 +1,4 @@
-#include "Core/PresetModelLoader.h"
+#include "Core/Dictation/PresetModelLoader.h"
 
 #include "Support/DictationControllerTestBase.h"
 

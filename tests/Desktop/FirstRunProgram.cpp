@@ -2,7 +2,7 @@
 
 #include "Managers/HotkeyManager.h"
 #include "Platform/Linux/LinuxPlatform.h"
-#include "Platform/Linux/TerminationSignals.h"
+#include "Platform/Linux/Process/TerminationSignals.h"
 #include "VelloroApp.h"
 
 #include <QApplication>

@@ -116,7 +116,6 @@ TEST_F(TextInsertionManagerTest, PastesWithoutTrustOrFocus)
     memory.output.clear();
     accessibility->focusText(u"Hello"_qs, {5, 0});
     accessibility->trusted = false;
-    EXPECT_FALSE(manager.hasAccessibilityPermission());
     EXPECT_TRUE(manager.insertText(u"no trust"_qs));
     EXPECT_EQ(memory.output, pasteOf(u"no trust"_qs));
     EXPECT_THAT(accessibility->writes, IsEmpty());

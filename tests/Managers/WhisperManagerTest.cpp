@@ -1,6 +1,6 @@
 #include "Managers/WhisperManager.h"
 
-#include "Core/SerialExecutor.h"
+#include "Base/SerialExecutor.h"
 #include "Support/FakeWhisper.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/LogRecorder.h"

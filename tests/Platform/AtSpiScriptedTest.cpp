@@ -1,5 +1,5 @@
 #include "Platform/AtSpiTestBase.h"
-#include "Platform/Linux/AtSpiRole.h"
+#include "Platform/Linux/Accessibility/AtSpiRole.h"
 
 #include <QJsonObject>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Managers/TextInsertionManager.h"
-#include "Platform/Linux/AtSpiAccessibility.h"
+#include "Platform/Linux/Accessibility/AtSpiAccessibility.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/WaitUntil.h"
 

@@ -1,4 +1,4 @@
-#include "Platform/Linux/DBusUserNotifications.h"
+#include "Platform/Linux/Desktop/DBusUserNotifications.h"
 
 #include "Support/WaitUntil.h"
 

@@ -1,4 +1,4 @@
-#include "Platform/Linux/DesktopSettings.h"
+#include "Platform/Linux/Desktop/DesktopSettings.h"
 
 #include "Support/WaitUntil.h"
 

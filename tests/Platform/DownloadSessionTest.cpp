@@ -1,5 +1,5 @@
 #include "LocalHttpServer.h"
-#include "Platform/Linux/NetworkDownloadSession.h"
+#include "Platform/Linux/Downloads/NetworkDownloadSession.h"
 #include "Support/FileSizeLimit.h"
 #include "Support/WaitUntil.h"
 

@@ -1,4 +1,4 @@
-#include "Platform/Linux/JsonUserDefaults.h"
+#include "Platform/Linux/Files/JsonUserDefaults.h"
 #include "Support/FileSizeLimit.h"
 #include "Support/LogRecorder.h"
 

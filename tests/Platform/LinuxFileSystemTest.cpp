@@ -1,4 +1,4 @@
-#include "Platform/Linux/LinuxFileSystem.h"
+#include "Platform/Linux/Files/LinuxFileSystem.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,4 +1,4 @@
-#include "Platform/Linux/LinuxProcessInfo.h"
+#include "Platform/Linux/Process/LinuxProcessInfo.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

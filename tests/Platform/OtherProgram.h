@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Linux/X11/BorrowedSelection.h"
+#include "Platform/Linux/X11/Clipboard/BorrowedSelection.h"
 
 #include <QSemaphore>
 #include <QThread>

@@ -1,7 +1,7 @@
-#include "Platform/Linux/BufferAssembler.h"
-#include "Platform/Linux/PulseAudioEngine.h"
-#include "Platform/Linux/PulseCaptureAuthorization.h"
-#include "Platform/Linux/PulseSystemSounds.h"
+#include "Platform/Linux/Sound/BufferAssembler.h"
+#include "Platform/Linux/Sound/PulseAudioEngine.h"
+#include "Platform/Linux/Sound/PulseCaptureAuthorization.h"
+#include "Platform/Linux/Sound/PulseSystemSounds.h"
 #include "Support/PulseServer.h"
 #include "Support/WaitUntil.h"
 

@@ -1,6 +1,6 @@
-#include "Platform/Linux/LinuxScreenLock.h"
+#include "Platform/Linux/Desktop/LinuxScreenLock.h"
 
-#include "Platform/Linux/X11/X11HotkeyRegistration.h"
+#include "Platform/Linux/X11/Keyboard/X11HotkeyRegistration.h"
 #include "Platform/X11KeyTestBase.h"
 #include "Support/WaitUntil.h"
 

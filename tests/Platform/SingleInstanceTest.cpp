@@ -1,4 +1,4 @@
-#include "Platform/Linux/SingleInstance.h"
+#include "Platform/Linux/Process/SingleInstance.h"
 
 #include "Support/LogRecorder.h"
 #include "Support/WaitUntil.h"

@@ -1,7 +1,7 @@
-#include "Platform/Linux/X11/X11HotkeyRegistration.h"
+#include "Platform/Linux/X11/Keyboard/X11HotkeyRegistration.h"
 
 #include "Platform/KeyWindow.h"
-#include "Platform/Linux/X11/XcbKeyboardExtension.h"
+#include "Platform/Linux/X11/Keyboard/XcbKeyboardExtension.h"
 #include "Platform/X11KeyTestBase.h"
 #include "Support/WaitUntil.h"
 

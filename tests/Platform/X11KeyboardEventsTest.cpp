@@ -1,8 +1,8 @@
-#include "Platform/Linux/X11/X11KeyboardEvents.h"
+#include "Platform/Linux/X11/Keyboard/X11KeyboardEvents.h"
 
 #include "Platform/KeyWindow.h"
-#include "Platform/Linux/X11/VirtualKeyMap.h"
-#include "Platform/Linux/X11/X11HotkeyRegistration.h"
+#include "Platform/Linux/X11/Keyboard/VirtualKeyMap.h"
+#include "Platform/Linux/X11/Keyboard/X11HotkeyRegistration.h"
 #include "Platform/Linux/X11/X11Workspace.h"
 #include "Platform/X11KeyTestBase.h"
 

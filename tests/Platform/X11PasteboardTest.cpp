@@ -1,4 +1,4 @@
-#include "Platform/Linux/X11/X11Pasteboard.h"
+#include "Platform/Linux/X11/Clipboard/X11Pasteboard.h"
 
 #include "Platform/Linux/X11/XcbReply.h"
 #include "Platform/OtherProgram.h"

@@ -1,4 +1,4 @@
-#include "Platform/Linux/XdgLoginItem.h"
+#include "Platform/Linux/Desktop/XdgLoginItem.h"
 
 #include "Support/WaitUntil.h"
 

@@ -1,5 +1,5 @@
-#include "Core/Log.h"
-#include "Core/WhisperContext.h"
+#include "Base/Log.h"
+#include "Core/Recognition/WhisperContext.h"
 #include "Support/InMemoryProcessInfo.h"
 
 #include <QDataStream>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Core/DictationController.h"
-#include "Core/SerialExecutor.h"
+#include "Core/Dictation/DictationController.h"
+#include "Base/SerialExecutor.h"
 #include "Support/FakeWhisper.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/LogRecorder.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Core/Graphemes.h"
+#include "Base/Graphemes.h"
 #include "Support/InMemoryPlatform.h"
 
 #include <utility>

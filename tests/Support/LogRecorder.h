@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Core/Log.h"
+#include "Base/Log.h"
 
 #include <QStringList>
 #include <functional>

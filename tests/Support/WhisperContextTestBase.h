@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Core/SerialExecutor.h"
-#include "Core/WhisperContext.h"
+#include "Base/SerialExecutor.h"
+#include "Core/Recognition/WhisperContext.h"
 #include "Support/FakeWhisper.h"
 #include "Support/InMemoryProcessInfo.h"
 #include "Support/LogRecorder.h"

@@ -1,5 +1,5 @@
 #include "Support/InMemoryAppearance.h"
-#include "Views/ViewEngine.h"
+#include "Views/Windows/ViewEngine.h"
 #include "Views/WindowProbe.h"
 
 #include <QQmlComponent>

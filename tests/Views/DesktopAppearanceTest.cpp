@@ -1,4 +1,4 @@
-#include "Platform/Linux/DesktopAppearance.h"
+#include "Platform/Linux/Desktop/DesktopAppearance.h"
 
 #include "Support/WaitUntil.h"
 #include "Views/Controls/Theme.h"

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Support/WaitUntil.h"
-#include "Views/MenuBarExtra.h"
+#include "Views/Tray/MenuBarExtra.h"
 #include "Views/Onboarding/OnboardingWindowController.h"
-#include "Views/RecordingPillWindowController.h"
-#include "Views/SettingsWindowController.h"
+#include "Views/Pill/RecordingPillWindowController.h"
+#include "Views/Settings/SettingsWindowController.h"
 #include "Views/WindowTestBase.h"
 
 #include <functional>

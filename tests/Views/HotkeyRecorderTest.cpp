@@ -1,11 +1,11 @@
-#include "Views/HotkeyRecorderModel.h"
+#include "Views/Shared/HotkeyRecorderViewModel.h"
 
-#include "Platform/Linux/WindowKeyEvents.h"
+#include "Platform/Linux/X11/Keyboard/WindowKeyEvents.h"
 #include "Platform/Linux/X11/X11Connection.h"
 #include "Platform/PhysicalKeyboard.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/WaitUntil.h"
-#include "Views/ViewEngine.h"
+#include "Views/Windows/ViewEngine.h"
 
 #include <QAccessible>
 #include <QQuickItem>
@@ -69,7 +69,7 @@ protected:
     InMemoryPlatform memory;
     std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
     WindowKeyEvents keyEvents{X11Connection::open()};
-    HotkeyRecorderModel model{*hotkeyManager, keyEvents};
+    HotkeyRecorderViewModel model{*hotkeyManager, keyEvents};
     ViewEngine engine{*memory.appearance};
     QQuickView view{&engine.engine(), nullptr};
     PhysicalKeyboard keyboard;

@@ -1,4 +1,4 @@
-#include "Views/MenuBarExtra.h"
+#include "Views/Tray/MenuBarExtra.h"
 
 #include "Support/WaitUntil.h"
 #include "Views/WindowTestBase.h"

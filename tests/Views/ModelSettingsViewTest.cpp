@@ -1,5 +1,5 @@
 #include "Support/WaitUntil.h"
-#include "Views/SettingsWindowController.h"
+#include "Views/Settings/SettingsWindowController.h"
 #include "Views/WindowTestBase.h"
 
 #include <QDir>

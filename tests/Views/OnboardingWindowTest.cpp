@@ -1,6 +1,6 @@
 #include "Support/LogRecorder.h"
 #include "Support/WaitUntil.h"
-#include "Views/Onboarding/OnboardingModel.h"
+#include "Views/Onboarding/OnboardingViewModel.h"
 #include "Views/Onboarding/OnboardingWindowController.h"
 #include "Views/WindowTestBase.h"
 

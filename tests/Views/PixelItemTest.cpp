@@ -1,6 +1,6 @@
 #include "Support/InMemoryAppearance.h"
 #include "Views/Controls/SymbolRenderer.h"
-#include "Views/ViewEngine.h"
+#include "Views/Windows/ViewEngine.h"
 
 #include <QPainter>
 #include <QQmlComponent>

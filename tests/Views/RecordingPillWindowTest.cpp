@@ -1,4 +1,4 @@
-#include "Views/RecordingPillWindowController.h"
+#include "Views/Pill/RecordingPillWindowController.h"
 
 #include "Support/InMemoryPlatform.h"
 #include "Support/LogRecorder.h"

@@ -1,6 +1,6 @@
 #include "Support/LogRecorder.h"
 #include "Support/WaitUntil.h"
-#include "Views/SettingsWindowController.h"
+#include "Views/Settings/SettingsWindowController.h"
 #include "Views/WindowTestBase.h"
 
 #include <QProcess>

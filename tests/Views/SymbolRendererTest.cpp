@@ -1,8 +1,8 @@
 #include "Views/Controls/SymbolRenderer.h"
 
 #include "Support/InMemoryAppearance.h"
-#include "Views/MenuBarExtra.h"
-#include "Views/ViewEngine.h"
+#include "Views/Tray/MenuBarExtra.h"
+#include "Views/Windows/ViewEngine.h"
 
 #include <QDirIterator>
 #include <QFile>

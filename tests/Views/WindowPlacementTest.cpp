@@ -1,4 +1,4 @@
-#include "Views/WindowPlacement.h"
+#include "Views/Windows/WindowPlacement.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "Scene.h"
 
 #include "Support/WaitUntil.h"
-#include "Views/Onboarding/OnboardingModel.h"
+#include "Views/Onboarding/OnboardingViewModel.h"
 
 namespace Velloro {
 
@@ -11,10 +11,9 @@ const QString firstModel = QStringLiteral("small-q8_0");
 
 QImage step(Stage &stage, int steps, const QString &failure = {})
 {
-    PermissionsManager permissions(stage.memory.platform, stage.appState);
-    ModelDownloadStepModel download(stage.appState);
-    OnboardingModel model(stage.memory.platform, stage.appState, *stage.hotkeyManager, permissions,
-                          download);
+    ModelDownloadStepViewModel download(stage.appState);
+    OnboardingViewModel model(stage.memory.platform, stage.appState, *stage.hotkeyManager,
+                              download);
     const bool hasMicrophone = stage.appState.hasMicrophonePermission();
     stage.appState.setHasMicrophonePermission(true);
     const bool isDownloading = stage.appState.isDownloadingModel();

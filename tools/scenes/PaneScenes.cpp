@@ -1,9 +1,9 @@
 #include "Scene.h"
 
 #include "Support/WaitUntil.h"
-#include "Views/HotkeyRecorderModel.h"
-#include "Views/ModelSettingsModel.h"
-#include "Views/PrivacySettingsModel.h"
+#include "Views/Shared/HotkeyRecorderViewModel.h"
+#include "Views/Settings/Models/ModelSettingsViewModel.h"
+#include "Views/Settings/Privacy/PrivacySettingsViewModel.h"
 
 namespace Velloro {
 
@@ -23,7 +23,7 @@ using Act = std::function<void(QQuickItem &root)>;
 QImage models(Stage &stage, QSize size = paneSize, int category = 1, int openGroup = -1,
               const Act &act = {})
 {
-    ModelSettingsModel model(stage.appState);
+    ModelSettingsViewModel model(stage.appState);
     return stage.windowPicture(
         QStringLiteral("ModelSettingsView.qml"), with(model),
         [&](QQuickItem &root) {
@@ -53,7 +53,7 @@ QImage privacy(Stage &stage, bool microphone, bool accessibility)
 {
     stage.appState.setHasMicrophonePermission(microphone);
     stage.appState.setHasAccessibilityPermission(accessibility);
-    PrivacySettingsModel model(stage.memory.platform, stage.appState);
+    PrivacySettingsViewModel model(stage.appState);
     return stage.windowPicture(QStringLiteral("PrivacySettingsView.qml"), with(model), {},
                                paneSize);
 }
@@ -63,7 +63,7 @@ QImage help(Stage &stage, SettingsPage page, bool granted = false)
     stage.memory.systemSettings->hasPages = false;
     stage.appState.setHasAccessibilityPermission(granted);
     PermissionsManager manager(stage.memory.platform, stage.appState);
-    PermissionHelpModel model(manager, stage.appState);
+    PermissionHelpViewModel model(manager, stage.appState);
     model.openSettingsPage(page);
     return stage.windowPicture(QStringLiteral("PermissionHelpView.qml"), with(model));
 }
@@ -75,7 +75,7 @@ QImage recorder(Stage &stage, const QString &file, std::optional<uint32_t> held,
         stage.memory.hotkeyRegistration->refusal = 10;
         stage.hotkeyManager->updateHotkey(2, HotkeyManager::cmdKey | HotkeyManager::shiftKey);
     }
-    HotkeyRecorderModel model(*stage.hotkeyManager, *stage.memory.keyEventMonitor);
+    HotkeyRecorderViewModel model(*stage.hotkeyManager, *stage.memory.keyEventMonitor);
     if (held) {
         model.toggle();
         stage.memory.keyEventMonitor->flagsChanged(*held);

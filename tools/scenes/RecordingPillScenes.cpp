@@ -1,6 +1,6 @@
 #include "Scene.h"
 
-#include "Views/RecordingPillWindowController.h"
+#include "Views/Pill/RecordingPillWindowController.h"
 
 namespace Velloro {
 

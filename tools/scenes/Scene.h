@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Core/AppState.h"
+#include "Core/State/AppState.h"
 #include "Managers/HotkeyManager.h"
 #include "Support/InMemoryPlatform.h"
-#include "Views/ViewEngine.h"
+#include "Views/Windows/ViewEngine.h"
 
 #include <QImage>
 #include <QQuickItem>

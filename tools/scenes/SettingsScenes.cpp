@@ -1,6 +1,6 @@
 #include "Scene.h"
 
-#include "Views/SettingsModel.h"
+#include "Views/Settings/SettingsViewModel.h"
 
 #include <QAccessible>
 
@@ -10,7 +10,7 @@ namespace {
 
 QImage settings(Stage &stage, int tab, const std::function<void(QQuickItem &root)> &act = {})
 {
-    SettingsModel model(stage.memory.platform, stage.appState, *stage.hotkeyManager);
+    SettingsViewModel model(stage.memory.platform, stage.appState, *stage.hotkeyManager);
     return stage.windowPicture(QStringLiteral("SettingsView.qml"),
                                {{QStringLiteral("model"), QVariant::fromValue(&model)},
                                 {QStringLiteral("currentIndex"), tab}},
@@ -108,7 +108,7 @@ QList<Scene> settingsScenes()
          [](Stage &stage) {
              fillDictionary(stage);
              return settings(stage, 2, [](QQuickItem &root) {
-                 auto *model = root.property("model").value<SettingsModel *>();
+                 auto *model = root.property("model").value<SettingsViewModel *>();
                  model->property("dictionary").value<QObject *>()->setProperty(
                      "newWord", QStringLiteral("GPT-4"));
              });

@@ -1,6 +1,6 @@
 #include "Views/Controls/SymbolRenderer.h"
 
-#include "Core/Log.h"
+#include "Base/Log.h"
 
 #include <QDir>
 #include <QFile>

@@ -6,7 +6,7 @@ import Velloro
 StepPage {
     id: page
 
-    required property OnboardingModel model
+    required property OnboardingViewModel model
 
     readonly property bool isFinished: model.unfinished === ""
 

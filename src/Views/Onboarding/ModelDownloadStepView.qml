@@ -6,7 +6,7 @@ import Velloro
 StepPage {
     id: page
 
-    required property ModelDownloadStepModel model
+    required property ModelDownloadStepViewModel model
 
     readonly property bool isDownloading: !model.isReady && model.isDownloading
     readonly property bool isWaiting: !model.isReady && !model.isDownloading

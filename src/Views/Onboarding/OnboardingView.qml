@@ -6,7 +6,7 @@ import Velloro
 FocusScope {
     id: view
 
-    required property OnboardingModel model
+    required property OnboardingViewModel model
 
     implicitWidth: Math.round(500 * Theme.growth)
     implicitHeight: Math.round(580 * Theme.growth)
@@ -121,7 +121,7 @@ FocusScope {
             CapsuleButton {
                 id: back
                 objectName: "back"
-                visible: view.model.currentStep !== OnboardingModel.Welcome
+                visible: view.model.currentStep !== OnboardingViewModel.Welcome
                 text: qsTr("Back")
                 onClicked: view.model.back()
             }
@@ -132,7 +132,7 @@ FocusScope {
                 kind: CapsuleButton.Prominent
                 focus: true
                 enabled: view.model.canProceed
-                text: view.model.currentStep === OnboardingModel.Done ? qsTr("Get Started")
+                text: view.model.currentStep === OnboardingViewModel.Done ? qsTr("Get Started")
                                                                       : qsTr("Continue")
                 onClicked: view.model.proceed()
                 onEnabledChanged: if (enabled) view.settle()

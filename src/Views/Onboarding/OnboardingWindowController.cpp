@@ -1,8 +1,8 @@
 #include "Views/Onboarding/OnboardingWindowController.h"
 
-#include "Views/FramelessView.h"
-#include "Views/Onboarding/OnboardingModel.h"
-#include "Views/WindowPlacement.h"
+#include "Views/Windows/FramelessView.h"
+#include "Views/Onboarding/OnboardingViewModel.h"
+#include "Views/Windows/WindowPlacement.h"
 
 #include <QCursor>
 #include <QScreen>
@@ -20,7 +20,6 @@ OnboardingWindowController::OnboardingWindowController(Platform &platform, AppSt
                                                        HotkeyManager &hotkeyManager,
                                                        ViewEngine &engine, QObject *parent)
     : WindowController(platform, appState, hotkeyManager, engine, parent)
-    , m_permissionsManager(platform, appState)
     , m_download(appState)
 {
 }
@@ -39,9 +38,9 @@ WindowController::Content OnboardingWindowController::makeContent()
         view->setPosition(
             WindowPlacement::centered(grown(windowSize, screen), screen->availableGeometry()).topLeft());
     }
-    auto model = std::make_unique<OnboardingModel>(m_platform, m_appState, m_hotkeyManager,
-                                                   m_permissionsManager, m_download);
-    connect(model.get(), &OnboardingModel::dismissRequested, this, &WindowController::close,
+    auto model = std::make_unique<OnboardingViewModel>(m_platform, m_appState, m_hotkeyManager,
+                                                       m_download);
+    connect(model.get(), &OnboardingViewModel::dismissRequested, this, &WindowController::close,
             Qt::QueuedConnection);
     return {std::move(view), windowSize, QStringLiteral("Onboarding/OnboardingView.qml"),
             std::move(model)};

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "Managers/PermissionsManager.h"
-#include "Views/Onboarding/ModelDownloadStepModel.h"
-#include "Views/WindowController.h"
+#include "Views/Onboarding/ModelDownloadStepViewModel.h"
+#include "Views/Windows/WindowController.h"
 
 namespace Velloro {
 
@@ -23,9 +22,8 @@ protected:
     [[nodiscard]] Content makeContent() override;
 
 private:
-    // What goes on when the window has been closed.
-    PermissionsManager m_permissionsManager;
-    ModelDownloadStepModel m_download;
+    // The download goes on when the window has been closed.
+    ModelDownloadStepViewModel m_download;
 };
 
 } // namespace Velloro

@@ -1,6 +1,6 @@
 #include "Platform/Linux/X11/X11Connection.h"
 
-#include "Platform/Linux/X11/XcbKeyboardExtension.h"
+#include "Platform/Linux/X11/Keyboard/XcbKeyboardExtension.h"
 #include "Platform/Linux/X11/XcbReply.h"
 
 #include <QAbstractEventDispatcher>

@@ -1,0 +1,410 @@
+#include "Core/Recognition/WhisperContextExecutor.h"
+
+#include "Base/Graphemes.h"
+#include "Base/Log.h"
+#include "Core/Recognition/ModelFile.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <algorithm>
+#include <exception>
+#include <limits>
+#include <utility>
+#include <whisper.h>
+
+namespace Velloro {
+
+namespace {
+
+constexpr double sampleRate = 16000.0;
+constexpr double chunkDurationSeconds = 1.5;
+/// New samples that make a pass due.
+constexpr auto passInterval = static_cast<qsizetype>(sampleRate * chunkDurationSeconds);
+/// The most that a pass hears.
+constexpr qsizetype windowLimit = 240'000;
+constexpr int stackLines = 10;
+/// The library mirrors the first 200 samples after the first one, without asking for their number.
+constexpr size_t samplesLookedAt = 201;
+/// A result code that the library does not give.
+constexpr int exceptionThrown = -1000;
+/// Of a prompt the library uses the last 224 tokens at most, which no text spreads over more bytes
+/// than these; but it splits the whole of it, and a word of some ten thousand letters takes more of
+/// the stack than there is.
+constexpr qsizetype promptLimit = 4000;
+
+void log(const QString &message)
+{
+    Log::line(u"WhisperContext", message);
+}
+
+void silenceLibrary()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { whisper_log_set([](ggml_log_level, const char *, void *) {}, nullptr); });
+}
+
+/// The words between blanks (no-break and other wide or narrow ones included) and tabs.
+QStringList words(const QString &text)
+{
+    QStringList words;
+    QString word;
+    for (const QChar character : text) {
+        if (character.category() != QChar::Separator_Space && character != u'\t') {
+            word += character;
+        } else if (!word.isEmpty()) {
+            words += word;
+            word.clear();
+        }
+    }
+    if (!word.isEmpty())
+        words += word;
+    return words;
+}
+
+/// The end of the prompt that the library can use, as UTF-8, from the beginning of a word where
+/// there is one.
+QByteArray usablePrompt(const QString &prompt)
+{
+    const QByteArray whole = prompt.toUtf8();
+    if (whole.size() <= promptLimit)
+        return whole;
+    qsizetype start = whole.indexOf(' ', whole.size() - promptLimit) + 1;
+    if (start == 0) {
+        start = whole.size() - promptLimit;
+        while ((whole.at(start) & 0xC0) == 0x80)
+            ++start;
+    }
+    return whole.sliced(start);
+}
+
+/// The words, from index `confirmed` on, of `heard` that `before` agrees on.
+QStringList newlyConfirmed(const QStringList &before, const QStringList &heard, qsizetype confirmed)
+{
+    const qsizetype count = std::min(before.size(), heard.size());
+    qsizetype agreed = 0;
+    while (agreed < count && before.at(agreed).toLower() == heard.at(agreed).toLower())
+        ++agreed;
+    return confirmed < agreed ? heard.mid(confirmed, agreed - confirmed) : QStringList();
+}
+
+} // namespace
+
+void WhisperContext::Executor::ContextDeleter::operator()(whisper_context *context) const
+{
+    whisper_free(context);
+}
+
+void WhisperContext::Executor::StateDeleter::operator()(whisper_state *state) const
+{
+    whisper_free_state(state);
+}
+
+WhisperContext::Executor::Executor(std::shared_ptr<const ProcessInfo> processInfo)
+    : m_processInfo(std::move(processInfo))
+    , m_threads(std::clamp(m_processInfo->processorCount() - 2, 1, 8))
+{
+    silenceLibrary();
+}
+
+void WhisperContext::Executor::post(std::function<void()> job)
+{
+    const std::lock_guard lock(m_inboxMutex);
+    // Samples that come after this job must not be appended before it.
+    m_openBatch.reset();
+    m_executor.submit(std::move(job));
+}
+
+QFuture<void> WhisperContext::Executor::feed(std::vector<float> samples)
+{
+    const std::lock_guard lock(m_inboxMutex);
+    if (!m_openBatch) {
+        m_openBatch = std::make_shared<Batch>();
+        m_openBatch->generation = m_generation;
+        m_openBatch->promise.start();
+        m_executor.submit([self = shared_from_this(), batch = m_openBatch] { self->drain(batch); });
+    }
+    std::vector<float> &waiting = m_openBatch->samples;
+    if (waiting.empty())
+        waiting = std::move(samples);
+    else
+        waiting.insert(waiting.end(), samples.begin(), samples.end());
+    // A pass would cut this away, so it need not be kept until then.
+    if (std::ssize(waiting) > 2 * windowLimit) {
+        const qsizetype surplus = std::ssize(waiting) - windowLimit;
+        waiting.erase(waiting.begin(), waiting.begin() + surplus);
+        m_openBatch->skipped += surplus;
+    }
+    return m_openBatch->promise.future();
+}
+
+void WhisperContext::Executor::dropWaitingSamples()
+{
+    const std::lock_guard lock(m_inboxMutex);
+    ++m_generation;
+    m_openBatch.reset();
+}
+
+WhisperContext::LoadResult WhisperContext::Executor::loadModel(const QString &path)
+{
+    if (!QFileInfo::exists(path))
+        return tl::unexpected(WhisperContextError::modelNotFound);
+    if (m_context)
+        unloadModel();
+
+    whisper_context_params parameters = whisper_context_default_params();
+    parameters.flash_attn = true;
+    try {
+        if (!ModelFile::isDamaged(path))
+            m_context.reset(
+                whisper_init_from_file_with_params(path.toUtf8().constData(), parameters));
+        SerialExecutor::checkpoint();
+        if (m_context)
+            m_state.reset(whisper_init_state(m_context.get()));
+    } catch (const std::exception &) {
+        // The model is too large for the machine.
+    }
+    SerialExecutor::checkpoint();
+    if (!m_context) {
+        log(QStringLiteral("Couldn't load model at ") + path);
+        return tl::unexpected(WhisperContextError::modelLoadFailed);
+    }
+    if (!m_state) {
+        m_context.reset();
+        return tl::unexpected(WhisperContextError::modelLoadFailed);
+    }
+    m_isModelLoaded = true;
+    log(QStringLiteral("Model loaded: ") + path);
+    return {};
+}
+
+void WhisperContext::Executor::unloadModel()
+{
+    release();
+    SerialExecutor::checkpoint();
+    log(QStringLiteral("Model unloaded. Stack trace:"));
+    const QStringList stack = m_processInfo->callStackSymbols().mid(0, stackLines);
+    for (const QString &frame : stack)
+        log(frame);
+}
+
+void WhisperContext::Executor::release()
+{
+    m_state.reset();
+    m_context.reset();
+    m_isStreaming = false;
+    m_isModelLoaded = false;
+    m_audioBuffer = std::vector<float>();
+    m_lastProcessedSamples = 0;
+}
+
+void WhisperContext::Executor::setLanguage(const QString &code)
+{
+    m_language = code;
+    log(QStringLiteral("Language set to: ") + code);
+}
+
+void WhisperContext::Executor::setCustomDictionary(const QStringList &words)
+{
+    m_customDictionary = words;
+    log(QStringLiteral("Custom dictionary set with %1 words").arg(words.size()));
+}
+
+WhisperContext::TranscriptionResult
+WhisperContext::Executor::transcribe(const std::vector<float> &samples)
+{
+    if (!m_isModelLoaded || !m_context) {
+        log(QStringLiteral("Cannot transcribe: model not loaded"));
+        return tl::unexpected(WhisperContextError::notReady);
+    }
+    if (samples.empty())
+        return QString();
+    if (samples.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
+        log(QStringLiteral("Cannot transcribe: %1 samples are too many").arg(samples.size()));
+        return tl::unexpected(WhisperContextError::transcriptionFailed);
+    }
+    log(QStringLiteral("Transcribing %1 samples in batch...").arg(samples.size()));
+
+    const int code = recognise(samples, m_customDictionary.join(QStringLiteral(", ")), true);
+    if (code != 0) {
+        log(QStringLiteral("Batch transcription failed with code %1").arg(code));
+        return tl::unexpected(WhisperContextError::transcriptionFailed);
+    }
+    // Decoded as a whole: a character may begin in one segment and end in the next.
+    const QString text = QString::fromUtf8(segmentTexts().join()).trimmed();
+    log(QStringLiteral("Batch transcription complete: '") + Graphemes::prefix(text, 50) + QStringLiteral("...'"));
+    return text;
+}
+
+void WhisperContext::Executor::startStreaming(TranscriptionCallback callback)
+{
+    m_transcriptionCallback = std::move(callback);
+    m_audioBuffer.clear();
+    m_lastProcessedSamples = 0;
+    m_isStreaming = true;
+    m_previousWords.clear();
+    m_confirmedWords.clear();
+    m_bufferTimeOffset = 0;
+    log(QStringLiteral("Streaming started with LocalAgreement"));
+}
+
+void WhisperContext::Executor::stopStreaming()
+{
+    log(QStringLiteral("Streaming stopped"));
+    m_isStreaming = false;
+    m_transcriptionCallback = {};
+    m_audioBuffer = std::vector<float>();
+    m_lastProcessedSamples = 0;
+    m_previousWords.clear();
+    m_confirmedWords.clear();
+}
+
+void WhisperContext::Executor::drain(const std::shared_ptr<Batch> &batch)
+{
+    bool dropped = false;
+    {
+        const std::lock_guard lock(m_inboxMutex);
+        if (m_openBatch == batch)
+            m_openBatch.reset();
+        dropped = batch->generation != m_generation;
+    }
+    if (!dropped && m_isStreaming) {
+        append(*batch);
+        batch->samples = std::vector<float>();
+        if (bufferCount() - m_lastProcessedSamples >= passInterval) {
+            if (const auto segment = processCurrentBuffer()) {
+                deliver(*segment, batch);
+                return;
+            }
+        }
+    }
+    batch->promise.finish();
+}
+
+void WhisperContext::Executor::append(const Batch &batch)
+{
+    if (batch.skipped > 0) {
+        dropFront(bufferCount());
+        m_bufferTimeOffset += static_cast<double>(batch.skipped) / sampleRate;
+    }
+    m_audioBuffer.insert(m_audioBuffer.end(), batch.samples.begin(), batch.samples.end());
+}
+
+void WhisperContext::Executor::dropFront(qsizetype count)
+{
+    m_audioBuffer.erase(m_audioBuffer.begin(), m_audioBuffer.begin() + count);
+    m_bufferTimeOffset += static_cast<double>(count) / sampleRate;
+    m_lastProcessedSamples = std::max<qsizetype>(m_lastProcessedSamples - count, 0);
+}
+
+std::optional<TranscriptionSegment> WhisperContext::Executor::processCurrentBuffer()
+{
+    if (!m_isStreaming || !m_isModelLoaded || !m_context || m_audioBuffer.empty())
+        return {};
+    if (bufferCount() > windowLimit)
+        dropFront(bufferCount() - windowLimit);
+
+    QStringList promptParts = {m_confirmedWords.join(u' '),
+                               m_customDictionary.join(QStringLiteral(", "))};
+    promptParts.removeAll(QString());
+    const int code = recognise(m_audioBuffer, promptParts.join(QStringLiteral(". ")), false);
+    if (code != 0) {
+        log(QStringLiteral("Streaming transcription failed with code %1").arg(code));
+        return {};
+    }
+
+    QStringList heard;
+    const QByteArrayList texts = segmentTexts();
+    for (const QByteArray &text : texts)
+        heard += words(QString::fromUtf8(text).trimmed());
+    m_confirmedWords += newlyConfirmed(m_previousWords, heard, m_confirmedWords.size());
+    m_previousWords = heard;
+    const QStringList uncommittedWords = heard.mid(m_confirmedWords.size());
+
+    const QString confirmed = m_confirmedWords.join(u' ');
+    const QString uncommitted = uncommittedWords.join(u' ');
+    if (!confirmed.isEmpty() || !uncommitted.isEmpty()) {
+        log(QStringLiteral("Streaming: confirmed='") + Graphemes::prefix(confirmed, 30) + QStringLiteral("...' uncommitted='")
+            + Graphemes::prefix(uncommitted, 20) + QStringLiteral("...'"));
+    }
+    return TranscriptionSegment{
+        .text = confirmed,
+        .uncommitted = uncommitted,
+        .startTime = m_bufferTimeOffset,
+        .endTime = m_bufferTimeOffset + static_cast<double>(bufferCount()) / sampleRate,
+        .isPartial = !uncommittedWords.isEmpty()};
+}
+
+void WhisperContext::Executor::deliver(const TranscriptionSegment &segment,
+                                       const std::shared_ptr<Batch> &batch)
+{
+    // Without an application there is nobody left to tell; the batch's future ends with it.
+    QCoreApplication *const application = QCoreApplication::instance();
+    if (!application)
+        return;
+    // The executor serves others while the main thread gets to this.
+    QMetaObject::invokeMethod(
+        application,
+        [self = shared_from_this(), callback = m_transcriptionCallback, segment, batch] {
+            if (callback)
+                callback(segment);
+            self->post([self, batch] {
+                self->m_lastProcessedSamples = self->bufferCount();
+                batch->promise.finish();
+            });
+        },
+        Qt::QueuedConnection);
+}
+
+int WhisperContext::Executor::recognise(const std::vector<float> &samples, const QString &prompt,
+                                        bool noContext)
+{
+    // The library reads both during the call.
+    const QByteArray language = m_language.toUtf8();
+    const QByteArray initialPrompt = usablePrompt(prompt);
+
+    whisper_full_params parameters = whisper_full_default_params(WHISPER_SAMPLING_GREEDY);
+    parameters.n_threads = m_threads;
+    parameters.offset_ms = 0;
+    parameters.translate = false;
+    parameters.no_context = noContext;
+    parameters.single_segment = false;
+    parameters.print_special = false;
+    parameters.print_progress = false;
+    parameters.print_realtime = false;
+    parameters.print_timestamps = false;
+    parameters.language = language.constData();
+    if (!initialPrompt.isEmpty())
+        parameters.initial_prompt = initialPrompt.constData();
+
+    // Whatever the count, the library looks at what would be the first samples.
+    std::vector<float> lengthened;
+    if (samples.size() < samplesLookedAt) {
+        lengthened = samples;
+        lengthened.resize(samplesLookedAt);
+    }
+
+    whisper_reset_timings(m_context.get());
+    int code = exceptionThrown;
+    try {
+        code = whisper_full(m_context.get(), parameters,
+                            lengthened.empty() ? samples.data() : lengthened.data(),
+                            static_cast<int>(samples.size()));
+    } catch (const std::exception &) {
+        // Mostly for want of memory; a failure like the library's own.
+    }
+    SerialExecutor::checkpoint();
+    return code;
+}
+
+QByteArrayList WhisperContext::Executor::segmentTexts() const
+{
+    QByteArrayList texts;
+    const int count = whisper_full_n_segments(m_context.get());
+    for (int index = 0; index < count; ++index) {
+        if (const char *text = whisper_full_get_segment_text(m_context.get(), index))
+            texts += text;
+    }
+    return texts;
+}
+
+} // namespace Velloro

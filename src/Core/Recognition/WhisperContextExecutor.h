@@ -1,0 +1,121 @@
+#pragma once
+
+#include "Base/SerialExecutor.h"
+#include "Core/Recognition/WhisperContext.h"
+
+#include <QByteArray>
+#include <QPromise>
+#include <mutex>
+#include <optional>
+#include <type_traits>
+
+struct whisper_context;
+struct whisper_full_params;
+struct whisper_state;
+
+namespace Velloro {
+
+/// The inside of a `WhisperContext`: its state, and its operations as they run on the executor.
+///
+/// Queued jobs share it, so it outlives the context until they are done.
+class WhisperContext::Executor : public std::enable_shared_from_this<Executor>
+{
+public:
+    explicit Executor(std::shared_ptr<const ProcessInfo> processInfo);
+
+    /// Queues `work`, called with this object on the executor; the future has what it returns.
+    template <typename Work>
+    auto run(Work work) -> QFuture<std::invoke_result_t<Work &, Executor &>>;
+    /// Queues samples. Those that wait for the executor together are appended together.
+    QFuture<void> feed(std::vector<float> samples);
+    /// Samples that still wait are dropped when their turn comes.
+    void dropWaitingSamples();
+
+    // On the executor.
+    LoadResult loadModel(const QString &path);
+    void unloadModel();
+    /// Frees the model without a word, for the end.
+    void release();
+    void setLanguage(const QString &code);
+    void setCustomDictionary(const QStringList &words);
+    TranscriptionResult transcribe(const std::vector<float> &samples);
+    void startStreaming(TranscriptionCallback callback);
+    void stopStreaming();
+
+private:
+    struct ContextDeleter
+    {
+        void operator()(whisper_context *context) const;
+    };
+    struct StateDeleter
+    {
+        void operator()(whisper_state *state) const;
+    };
+
+    /// Samples that came while the executor was busy, and the future of their callers.
+    struct Batch
+    {
+        std::vector<float> samples;
+        /// Samples in front of these that no pass can reach any more.
+        qsizetype skipped = 0;
+        uint64_t generation = 0;
+        QPromise<void> promise;
+    };
+
+    void post(std::function<void()> job);
+    void drain(const std::shared_ptr<Batch> &batch);
+    void append(const Batch &batch);
+    void dropFront(qsizetype count);
+    [[nodiscard]] std::optional<TranscriptionSegment> processCurrentBuffer();
+    void deliver(const TranscriptionSegment &segment, const std::shared_ptr<Batch> &batch);
+
+    [[nodiscard]] int recognise(const std::vector<float> &samples, const QString &prompt,
+                                bool noContext);
+    /// The texts of the last recognition, without the absent ones, as UTF-8.
+    [[nodiscard]] QByteArrayList segmentTexts() const;
+    [[nodiscard]] qsizetype bufferCount() const { return std::ssize(m_audioBuffer); }
+
+    std::shared_ptr<const ProcessInfo> m_processInfo;
+    const int m_threads;
+
+    // On the executor only. The decoding state goes before the context that it belongs to.
+    std::unique_ptr<whisper_context, ContextDeleter> m_context;
+    std::unique_ptr<whisper_state, StateDeleter> m_state;
+    bool m_isModelLoaded = false;
+    std::vector<float> m_audioBuffer;
+    qsizetype m_lastProcessedSamples = 0;
+    TranscriptionCallback m_transcriptionCallback;
+    bool m_isStreaming = false;
+    QString m_language = QStringLiteral("en");
+    QStringList m_customDictionary;
+    QStringList m_previousWords;
+    QStringList m_confirmedWords;
+    double m_bufferTimeOffset = 0;
+
+    // The inbox, filled on one thread and emptied on the other.
+    std::mutex m_inboxMutex;
+    /// The batch that takes samples: queued, not begun, and nothing queued behind it.
+    std::shared_ptr<Batch> m_openBatch;
+    uint64_t m_generation = 0;
+
+    SerialExecutor m_executor;
+};
+
+template <typename Work>
+auto WhisperContext::Executor::run(Work work) -> QFuture<std::invoke_result_t<Work &, Executor &>>
+{
+    using Result = std::invoke_result_t<Work &, Executor &>;
+    auto promise = std::make_shared<QPromise<Result>>();
+    promise->start();
+    QFuture<Result> future = promise->future();
+    post([self = shared_from_this(), promise, work = std::move(work)]() mutable {
+        if constexpr (std::is_void_v<Result>)
+            work(*self);
+        else
+            promise->addResult(work(*self));
+        promise->finish();
+    });
+    return future;
+}
+
+} // namespace Velloro

@@ -1,0 +1,157 @@
+#include "Platform/Linux/Desktop/DBusLockState.h"
+
+#include <QDBusArgument>
+#include <QDBusObjectPath>
+#include <QDBusPendingCallWatcher>
+#include <QDBusVariant>
+#include <QVariantMap>
+
+using namespace std::chrono_literals;
+
+namespace Velloro {
+
+namespace {
+
+constexpr auto patience = 5s;
+
+/// Each is the name of the service and of its interface; the object has the same name.
+constexpr const char *screenSavers[] = {
+    "org.freedesktop.ScreenSaver", "org.gnome.ScreenSaver", "org.cinnamon.ScreenSaver",
+    "org.mate.ScreenSaver", "org.xfce.ScreenSaver"};
+
+const QString connectionName = QStringLiteral("velloro-login");
+const QString login = QStringLiteral("org.freedesktop.login1");
+const QString loginPath = QStringLiteral("/org/freedesktop/login1");
+const QString loginManager = QStringLiteral("org.freedesktop.login1.Manager");
+const QString loginSession = QStringLiteral("org.freedesktop.login1.Session");
+const QString properties = QStringLiteral("org.freedesktop.DBus.Properties");
+const QString lockedHint = QStringLiteral("LockedHint");
+
+QDBusMessage getProperty(const QString &path, const QString &name)
+{
+    QDBusMessage call
+        = QDBusMessage::createMethodCall(login, path, properties, QStringLiteral("Get"));
+    call.setArguments({loginSession, name});
+    return call;
+}
+
+} // namespace
+
+DBusLockState::DBusLockState(const QDBusConnection &sessionBus, const QString &systemBusAddress)
+    : m_sessionBus(sessionBus)
+    , m_greeting(std::make_unique<DBusGreeting>(systemBusAddress, patience))
+{
+    for (const char *name : screenSavers)
+        watchScreenSaver(QString::fromLatin1(name));
+    connect(m_greeting.get(), &DBusGreeting::finished, this, [this, systemBusAddress](bool answers) {
+        if (!answers)
+            return;
+        m_systemBus = QDBusConnection::connectToBus(systemBusAddress, connectionName);
+        findSession();
+    });
+}
+
+DBusLockState::~DBusLockState()
+{
+    m_systemBus = QDBusConnection(QString());
+    QDBusConnection::disconnectFromBus(connectionName);
+}
+
+QString DBusLockState::defaultSystemBusAddress()
+{
+    return qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS",
+                                QStringLiteral("unix:path=/run/dbus/system_bus_socket"));
+}
+
+void DBusLockState::watchScreenSaver(const QString &name)
+{
+    // From whichever sender and object: the interface says who it is.
+    m_sessionBus.connect(QString(), QString(), name, QStringLiteral("ActiveChanged"), this,
+                         SLOT(activeChanged(QDBusMessage)));
+    const QString bus = QStringLiteral("org.freedesktop.DBus");
+    m_sessionBus.connect(bus, QString(), bus, QStringLiteral("NameOwnerChanged"), {name}, QString(),
+                         this, SLOT(ownerChanged(QString, QString, QString)));
+    askScreenSaver(name);
+}
+
+void DBusLockState::askScreenSaver(const QString &name)
+{
+    const QString path = u'/' + QString(name).replace(u'.', u'/');
+    QDBusMessage call
+        = QDBusMessage::createMethodCall(name, path, name, QStringLiteral("GetActive"));
+    call.setAutoStartService(false);
+    ask(m_sessionBus, call,
+        [this, name](const QVariant &active) { setLocked(name, active.toBool()); });
+}
+
+void DBusLockState::activeChanged(const QDBusMessage &message)
+{
+    setLocked(message.interface(), message.arguments().value(0).toBool());
+}
+
+void DBusLockState::ownerChanged(const QString &name, const QString &, const QString &now)
+{
+    // One that has ended holds no lock; a new one may have come with one.
+    setLocked(name, false);
+    if (!now.isEmpty())
+        askScreenSaver(name);
+}
+
+void DBusLockState::findSession()
+{
+    // The login manager's name for the caller's session, which its signals do not use.
+    ask(m_systemBus,
+        getProperty(loginPath + QStringLiteral("/session/auto"), QStringLiteral("Id")),
+        [this](const QVariant &id) {
+            QDBusMessage call = QDBusMessage::createMethodCall(login, loginPath, loginManager,
+                                                               QStringLiteral("GetSession"));
+            call.setArguments({id.value<QDBusVariant>().variant().toString()});
+            ask(m_systemBus, call, [this](const QVariant &path) {
+                watchSession(path.value<QDBusObjectPath>().path());
+            });
+        });
+}
+
+void DBusLockState::watchSession(const QString &path)
+{
+    m_systemBus.connect(QString(), path, properties, QStringLiteral("PropertiesChanged"), this,
+                        SLOT(sessionPropertiesChanged(QDBusMessage)));
+    ask(m_systemBus, getProperty(path, lockedHint), [this](const QVariant &hint) {
+        setLocked(login, hint.value<QDBusVariant>().variant().toBool());
+    });
+}
+
+void DBusLockState::sessionPropertiesChanged(const QDBusMessage &message)
+{
+    const QVariantList arguments = message.arguments();
+    if (arguments.value(0).toString() != loginSession)
+        return;
+    const auto changed = qdbus_cast<QVariantMap>(arguments.value(1));
+    if (const auto hint = changed.constFind(lockedHint); hint != changed.constEnd())
+        setLocked(login, hint->toBool());
+}
+
+void DBusLockState::ask(const QDBusConnection &bus, const QDBusMessage &call,
+                        const AnswerHandler &handler)
+{
+    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, handler] {
+        watcher->deleteLater();
+        const QDBusMessage reply = watcher->reply();
+        if (!watcher->isError() && !reply.arguments().isEmpty())
+            handler(reply.arguments().constFirst());
+    });
+}
+
+void DBusLockState::setLocked(const QString &who, bool isLocked)
+{
+    const bool wasLocked = this->isLocked();
+    if (isLocked)
+        m_locks.insert(who);
+    else
+        m_locks.remove(who);
+    if (isLocked && !wasLocked)
+        Q_EMIT locked();
+}
+
+} // namespace Velloro

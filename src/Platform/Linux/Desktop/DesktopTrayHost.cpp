@@ -1,0 +1,67 @@
+#include "Platform/Linux/Desktop/DesktopTrayHost.h"
+
+#include "Platform/Linux/Desktop/SessionBus.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
+#include <limits>
+
+namespace Velloro {
+
+namespace {
+
+const QString watcher = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+
+} // namespace
+
+DesktopTrayHost::DesktopTrayHost(std::shared_ptr<X11DesktopLook> look)
+    : m_look(std::move(look))
+    , m_bus(SessionBus::connection())
+{
+    connect(m_look.get(), &X11DesktopLook::changed, this, &DesktopTrayHost::update);
+    // From whichever sender: who owns the names need not be known.
+    m_bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus"),
+                  QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameOwnerChanged"),
+                  {watcher}, QString(), this, SLOT(askWatcher()));
+    m_bus.connect(QString(), watcherPath, watcher, QStringLiteral("StatusNotifierHostRegistered"),
+                  this, SLOT(askWatcher()));
+    askWatcher();
+}
+
+void DesktopTrayHost::askWatcher()
+{
+    constexpr int withoutEnd = std::numeric_limits<int>::max();
+    m_host = Host::unknown;
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        watcher, watcherPath, QStringLiteral("org.freedesktop.DBus.Properties"),
+        QStringLiteral("Get"));
+    message.setArguments({watcher, QStringLiteral("IsStatusNotifierHostRegistered")});
+    message.setAutoStartService(false);
+    auto *answer = new QDBusPendingCallWatcher(m_bus.asyncCall(message, withoutEnd), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this,
+            [this, answer, question = ++m_question] {
+                answer->deleteLater();
+                if (question != m_question)
+                    return;
+                const QDBusPendingReply<QDBusVariant> reply = *answer;
+                const bool isRegistered = !reply.isError() && reply.value().variant().toBool();
+                m_host = isRegistered ? Host::present : Host::absent;
+                update();
+            });
+}
+
+void DesktopTrayHost::update()
+{
+    const bool isPresent
+        = m_host == Host::present || (m_host == Host::absent && m_look->hasTray());
+    if (isPresent == m_isPresent)
+        return;
+    m_isPresent = isPresent;
+    if (isPresent)
+        Q_EMIT appeared();
+}
+
+} // namespace Velloro

@@ -1,0 +1,20 @@
+#include "Platform/Linux/Desktop/LinuxScreenLock.h"
+
+#include <utility>
+
+namespace Velloro {
+
+LinuxScreenLock::LinuxScreenLock(std::unique_ptr<DBusLockState> lockState,
+                                 std::shared_ptr<X11Connection> connection)
+    : m_lockState(std::move(lockState))
+    , m_keyboardGrab(connection ? std::make_unique<X11KeyboardGrab>(std::move(connection)) : nullptr)
+{
+    connect(m_lockState.get(), &DBusLockState::locked, this, &ScreenLock::locked);
+}
+
+bool LinuxScreenLock::isKeyboardTaken()
+{
+    return m_keyboardGrab && m_keyboardGrab->isHeldByAnother();
+}
+
+} // namespace Velloro

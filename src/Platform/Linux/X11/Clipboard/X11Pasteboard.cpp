@@ -1,0 +1,95 @@
+#include "Platform/Linux/X11/Clipboard/X11Pasteboard.h"
+
+#include "Platform/Linux/X11/Clipboard/X11Selections.h"
+
+namespace Velloro {
+
+X11Pasteboard::X11Pasteboard(const QByteArray &displayName)
+{
+    m_thread.setObjectName(QStringLiteral("Pasteboard"));
+    m_receiver.moveToThread(&m_thread);
+    m_thread.start();
+    QMetaObject::invokeMethod(
+        &m_receiver,
+        [&] {
+            if (auto connection = X11Connection::open(displayName))
+                m_selections = std::make_unique<X11Selections>(std::move(connection));
+        },
+        Qt::BlockingQueuedConnection);
+}
+
+X11Pasteboard::~X11Pasteboard()
+{
+    QMetaObject::invokeMethod(
+        &m_receiver, [this] { m_selections.reset(); }, Qt::BlockingQueuedConnection);
+    m_thread.quit();
+    m_thread.wait();
+}
+
+template <typename Work>
+void X11Pasteboard::withSelections(Work work)
+{
+    QMetaObject::invokeMethod(
+        &m_receiver,
+        [&] {
+            if (m_selections)
+                work(*m_selections);
+        },
+        Qt::BlockingQueuedConnection);
+}
+
+template <typename Work>
+void X11Pasteboard::withSelectionsLater(Work work)
+{
+    QMetaObject::invokeMethod(
+        &m_receiver,
+        [this, work] {
+            if (m_selections)
+                work(*m_selections);
+        },
+        Qt::QueuedConnection);
+}
+
+void X11Pasteboard::setString(const QString &text)
+{
+    withSelections([&](X11Selections &selections) { selections.setString(text); });
+}
+
+void X11Pasteboard::follow()
+{
+    withSelectionsLater([](X11Selections &selections) { selections.follow(); });
+}
+
+void X11Pasteboard::unfollow()
+{
+    withSelectionsLater([](X11Selections &selections) { selections.unfollow(); });
+}
+
+void X11Pasteboard::borrow(const QString &text)
+{
+    withSelections([&](X11Selections &selections) { selections.borrow(text); });
+}
+
+void X11Pasteboard::giveBack()
+{
+    withSelectionsLater([](X11Selections &selections) { selections.giveBack(); });
+}
+
+void X11Pasteboard::lendToPrimarySelection()
+{
+    withSelections([](X11Selections &selections) { selections.lendToPrimarySelection(); });
+}
+
+void X11Pasteboard::beginPaste(uint32_t window, bool isOwn)
+{
+    withSelections([&](X11Selections &selections) { selections.beginPaste(window, isOwn); });
+}
+
+bool X11Pasteboard::awaitPaste()
+{
+    bool arrived = false;
+    withSelections([&](X11Selections &selections) { arrived = selections.awaitPaste(); });
+    return arrived;
+}
+
+} // namespace Velloro

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "Platform/Linux/X11/Clipboard/BorrowedSelection.h"
+#include "Platform/Linux/X11/X11Clients.h"
+
+#include <QDeadlineTimer>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+#include <memory>
+#include <optional>
+
+namespace Velloro {
+
+/// The clipboard of an X server, and its primary selection where a paste needs that one: borrowing
+/// them for pastes, serving their content to other programs and knowing who has read it.
+///
+/// Lives on one thread. The connection must be this object's own: while another program is waited
+/// for, only what concerns the selections is dealt with.
+class X11Selections final : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit X11Selections(std::shared_ptr<X11Connection> connection);
+    /// Gives the selections back, and hands what the clipboard holds to the clipboard manager if one
+    /// runs, so that it outlives the program.
+    ~X11Selections() override;
+
+    /// Puts the text on the clipboard for good.
+    void setString(const QString &text);
+
+    /// A paste may come: reads what other programs have in both selections, and follows it as it
+    /// changes, until `unfollow`.
+    void follow();
+    void unfollow();
+    /// Puts the text on the clipboard for a paste, and waits until those who watch the clipboard
+    /// have noticed.
+    void borrow(const QString &text);
+    /// Makes the primary selection hold what the clipboard holds, until `giveBack`.
+    void lendToPrimarySelection();
+    /// Puts back what was there, when a paste that is under way has been served.
+    void giveBack();
+
+    /// The application of this window is about to paste what the clipboard holds now. It is given
+    /// that whenever it asks, although the clipboard may hold something else by then; once, and for
+    /// a second at most. Another process of the same program may ask for it: in Wine all windows
+    /// have their clipboard from one.
+    /// A window of this program's own can't fetch the text while it is waited for.
+    void beginPaste(xcb_window_t window, bool isOwn);
+    /// Waits until that application has been given the text, for no longer than that second. What
+    /// is sent to it afterwards reaches it afterwards. Whether it was given it; the last paste's
+    /// answer stays until the next `borrow`.
+    bool awaitPaste();
+
+Q_SIGNALS:
+    void pasteServed();
+
+private:
+    /// A paste that an application was told to do.
+    struct Paste
+    {
+        xcb_window_t window = XCB_WINDOW_NONE;
+        SelectionServer::Ownership offered;
+        QDeadlineTimer deadline;
+        bool isOwn = false;
+        bool served = false;
+    };
+
+    void handleEvent(const xcb_generic_event_t *event);
+    void handleRequest(const xcb_selection_request_event_t &request);
+    [[nodiscard]] const SelectionServer::Ownership *owned(xcb_atom_t selection) const;
+    /// Whether the application that was told to paste has yet to be given the text.
+    [[nodiscard]] bool isPasteUnderWay() const;
+    void awaitNotice();
+    void continueGivingBack();
+    void saveToClipboardManager();
+
+    std::shared_ptr<X11Connection> m_connection;
+    SelectionAtoms m_atoms;
+    X11Clients m_clients;
+    SelectionWindow m_window;
+    SelectionServer m_server;
+    BorrowedSelection m_clipboard;
+    BorrowedSelection m_primary;
+    std::optional<Paste> m_paste;
+    /// The selections are to be given back as soon as that can be.
+    bool m_isGivingBack = false;
+    QTimer m_pasteEnd;
+    /// Counts what others have asked for.
+    unsigned m_requests = 0;
+    bool m_managerHasSaved = false;
+};
+
+} // namespace Velloro

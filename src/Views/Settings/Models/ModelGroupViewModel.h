@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Models/WhisperModelInfo.h"
+
+#include <QList>
+#include <QObject>
+#include <QtQml/qqmlregistration.h>
+
+namespace Velloro {
+
+class CatalogModelRowViewModel;
+
+/// The catalogue's rows of one size and the category that is shown. Main thread only.
+class ModelGroupViewModel : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Made by the models pane's model")
+    Q_PROPERTY(QString title READ title CONSTANT)
+    /// "3 models"
+    Q_PROPERTY(QString countText READ countText NOTIFY rowsChanged)
+    Q_PROPERTY(bool isOpen READ isOpen NOTIFY isOpenChanged)
+    /// `CatalogModelRowViewModel`s.
+    Q_PROPERTY(QList<QObject *> rows READ rows NOTIFY rowsChanged)
+
+public:
+    /// `rows` are all rows of the size, of either category; they outlive the group.
+    ModelGroupViewModel(ModelSize size, QList<CatalogModelRowViewModel *> rows, ModelCategory category,
+                    QObject *parent = nullptr);
+
+    [[nodiscard]] QString title() const { return displayName(m_size); }
+    [[nodiscard]] QString countText() const;
+    [[nodiscard]] bool isOpen() const { return m_isOpen; }
+    [[nodiscard]] QList<QObject *> rows() const;
+    [[nodiscard]] ModelSize size() const { return m_size; }
+
+    void setOpen(bool open);
+    void setCategory(ModelCategory category);
+
+Q_SIGNALS:
+    void rowsChanged();
+    void isOpenChanged();
+
+private:
+    ModelSize m_size;
+    QList<CatalogModelRowViewModel *> m_allRows;
+    ModelCategory m_category;
+    bool m_isOpen = false;
+};
+
+} // namespace Velloro

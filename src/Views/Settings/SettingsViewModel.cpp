@@ -1,0 +1,16 @@
+#include "Views/Settings/SettingsViewModel.h"
+
+namespace Velloro {
+
+SettingsViewModel::SettingsViewModel(Platform &platform, AppState &appState, HotkeyManager &hotkeyManager,
+                             QObject *parent)
+    : QObject(parent)
+    , m_general(appState, hotkeyManager, *platform.keyEventMonitor, *platform.loginItem)
+    , m_models(appState)
+    , m_dictionary(appState)
+    , m_history(appState, *platform.pasteboard)
+    , m_privacy(appState)
+{
+}
+
+} // namespace Velloro

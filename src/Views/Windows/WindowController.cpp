@@ -1,0 +1,91 @@
+#include "Views/Windows/WindowController.h"
+
+#include "Base/Log.h"
+
+#include <QScreen>
+
+namespace Velloro {
+
+WindowController::WindowController(Platform &platform, AppState &appState,
+                                   HotkeyManager &hotkeyManager, ViewEngine &engine,
+                                   QObject *parent)
+    : QObject(parent)
+    , m_platform(platform)
+    , m_appState(appState)
+    , m_hotkeyManager(hotkeyManager)
+    , m_engine(engine)
+{
+}
+
+WindowController::~WindowController()
+{
+    drop();
+}
+
+void WindowController::drop()
+{
+    if (m_window)
+        m_window->disconnect();
+    m_window.reset();
+}
+
+void WindowController::open()
+{
+    if (m_window) {
+        bringToFront();
+        return;
+    }
+    auto [view, size, file, model] = makeContent();
+    view->setResizeMode(QQuickView::SizeRootObjectToView);
+    // Before the view: layouts keep the height that texts had while there was little room.
+    fit(*view, size);
+    view->setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(model.get())}});
+    // The window's children go after its content, which needs the model to the end.
+    model.release()->setParent(view.get());
+    view->setSource(ViewEngine::url(file));
+    if (view->status() != QQuickView::Ready) {
+        for (const QQmlError &error : view->errors())
+            Log::line(u"Views", error.toString());
+        return;
+    }
+    m_window = std::move(view);
+    connect(&m_engine.theme(), &Theme::changed, m_window.get(),
+            [this, size = size] { fit(*m_window, size); });
+    connect(m_window.get(), &QWindow::visibleChanged, m_window.get(), [this](bool visible) {
+        // The window is still in the midst of being hidden.
+        if (!visible)
+            m_window.release()->deleteLater();
+    });
+    bringToFront();
+}
+
+QSize WindowController::grown(QSize size, const QScreen *screen) const
+{
+    const QSize wanted = (QSizeF(size) * m_engine.theme().growth()).toSize();
+    return screen ? wanted.boundedTo(screen->availableSize()) : wanted;
+}
+
+void WindowController::fit(QWindow &window, QSize size) const
+{
+    const QSize now = grown(size, window.screen());
+    window.setMinimumSize(now);
+    window.setMaximumSize(now);
+    window.resize(now);
+}
+
+void WindowController::bringToFront()
+{
+    // One that was made small comes back.
+    m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowStates(Qt::WindowMinimized));
+    m_window->show();
+    m_window->raise();
+    m_window->requestActivate();
+}
+
+void WindowController::close()
+{
+    if (m_window)
+        m_window->close();
+}
+
+} // namespace Velloro

@@ -1,0 +1,188 @@
+#include "Views/Settings/Models/ModelSettingsViewModel.h"
+
+#include "Support/InMemoryPlatform.h"
+#include "Support/WaitUntil.h"
+#include "Views/Settings/Models/CatalogModelRowViewModel.h"
+#include "Views/Settings/Models/ModelGroupViewModel.h"
+#include "Views/Settings/Models/PresetConfigRowViewModel.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <gmock/gmock.h>
+
+namespace Velloro {
+
+namespace {
+
+class ModelSettingsViewModelTest : public ::testing::Test
+{
+protected:
+    ModelGroupViewModel &group(ModelSize size)
+    {
+        return *qobject_cast<ModelGroupViewModel *>(model.groups().at(int(size)));
+    }
+    PresetConfigRowViewModel &preset(ModelPreset preset)
+    {
+        return *qobject_cast<PresetConfigRowViewModel *>(model.presets().at(int(preset)));
+    }
+    CatalogModelRowViewModel *row(const QString &name)
+    {
+        for (QObject *object : model.groups()) {
+            for (QObject *candidate : qobject_cast<ModelGroupViewModel *>(object)->rows()) {
+                auto *row = qobject_cast<CatalogModelRowViewModel *>(candidate);
+                if (row->displayName() == name)
+                    return row;
+            }
+        }
+        return nullptr;
+    }
+    QStringList names(ModelSize size)
+    {
+        QStringList names;
+        for (QObject *row : group(size).rows())
+            names << row->property("displayName").toString();
+        return names;
+    }
+    void putFile(const char *modelId)
+    {
+        memory.fileSystem->files.insert(
+            appState.whisperManager().modelURL(QLatin1StringView(modelId)));
+        appState.whisperManager().refreshModelStates();
+    }
+
+    QTemporaryDir directory;
+    InMemoryPlatform memory;
+    const bool isOnDisk
+        = memory.fileSystem->supportDirectory.emplace(directory.path()).size() > 0;
+    AppState appState{memory.platform};
+    ModelSettingsViewModel model{appState};
+};
+
+TEST_F(ModelSettingsViewModelTest, GroupsTheCatalogueByCategoryAndSize)
+{
+    EXPECT_EQ(model.categories(), QStringList({QStringLiteral("Full (Best Quality)"),
+                                               QStringLiteral("Quantized (Smaller)")}));
+    EXPECT_EQ(model.categoryIndex(), 1);
+    EXPECT_TRUE(model.categoryDescription().startsWith(u"Compressed models"));
+    EXPECT_EQ(names(ModelSize::largeV3Turbo), QStringList({QStringLiteral("Large V3 Turbo Q5"),
+                                                           QStringLiteral("Large V3 Turbo Q8")}));
+    EXPECT_EQ(group(ModelSize::base).countText(), u"4 models");
+
+    // An open group stays open in the other category, with its other rows.
+    model.toggleGroup(int(ModelSize::largeV2));
+    QSignalSpy rows(&group(ModelSize::largeV2), &ModelGroupViewModel::rowsChanged);
+    model.selectCategory(0);
+    EXPECT_EQ(rows.count(), 1);
+    EXPECT_TRUE(group(ModelSize::largeV2).isOpen());
+    EXPECT_EQ(names(ModelSize::largeV2), QStringList(QStringLiteral("Large V2")));
+    EXPECT_EQ(group(ModelSize::largeV2).countText(), u"1 models");
+    int count = 0;
+    for (const int category : {0, 1}) {
+        model.selectCategory(category);
+        for (const ModelSize size : allModelSizes())
+            count += int(names(size).size());
+    }
+    EXPECT_EQ(count, 28);
+
+    // At most one is open; what is closed by hand leaves none.
+    model.toggleGroup(int(ModelSize::tiny));
+    EXPECT_FALSE(group(ModelSize::largeV2).isOpen());
+    EXPECT_TRUE(group(ModelSize::tiny).isOpen());
+    model.toggleGroup(int(ModelSize::tiny));
+    EXPECT_FALSE(group(ModelSize::tiny).isOpen());
+
+    model.selectCategory(0);
+    model.toggleGroup(0);
+    model.reset();
+    EXPECT_EQ(model.categoryIndex(), 1);
+    EXPECT_FALSE(group(ModelSize::tiny).isOpen());
+}
+
+TEST_F(ModelSettingsViewModelTest, ARowGoesFromDownloadOverSelectionToDeletion)
+{
+    CatalogModelRowViewModel &base = *row(QStringLiteral("Base EN Q5"));
+    EXPECT_TRUE(base.isEnglishOnly());
+    EXPECT_EQ(base.fileSizeText(), u"57 MB");
+    EXPECT_EQ(base.state(), u"notDownloaded");
+    base.download();
+    DownloadSessionDelegate &network = memory.downloadSession->delegate;
+    network.downloadDidWriteData(1, 427, 1000);
+    EXPECT_EQ(base.state(), u"downloading");
+    EXPECT_EQ(base.percentText(), u"42%");
+    network.downloadDidComplete(1, PlatformError{7, QStringLiteral("No connection")});
+    EXPECT_EQ(base.state(), u"failed");
+    EXPECT_EQ(base.detail(), u"No connection");
+    base.download();
+    ASSERT_EQ(memory.downloadSession->tasks.size(), 2);
+    memory.fileSystem->files.insert(QStringLiteral("/tmp/part"));
+    network.downloadDidFinish(2, QStringLiteral("/tmp/part"));
+    EXPECT_EQ(base.state(), u"downloaded");
+    EXPECT_EQ(base.detail(), u"");
+    EXPECT_EQ(row(QStringLiteral("Base Q5"))->state(), u"notDownloaded");
+
+    EXPECT_FALSE(base.isSelected());
+    const QString mapped = appState.modelId(ModelPreset::medium);
+    QSignalSpy selections(&base, &CatalogModelRowViewModel::isSelectedChanged);
+    // The recogniser looks for a real file.
+    const QString path = appState.whisperManager().modelURL(QStringLiteral("base.en-q5_1"));
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("model");
+    file.close();
+    base.select();
+    ASSERT_TRUE(waitUntil([&] { return base.isSelected(); }));
+    EXPECT_EQ(selections.count(), 1);
+    EXPECT_EQ(appState.modelId(ModelPreset::medium), mapped) << "presets stay as they are";
+
+    PresetConfigRowViewModel &small = preset(ModelPreset::small);
+    EXPECT_EQ(small.downloadedModels(), QStringList(QStringLiteral("Base EN Q5")));
+    base.deleteModel();
+    EXPECT_EQ(base.state(), u"notDownloaded");
+    EXPECT_TRUE(small.downloadedModels().isEmpty());
+}
+
+TEST_F(ModelSettingsViewModelTest, APresetOffersWhatIsThereAndListsTheRest)
+{
+    PresetConfigRowViewModel &large = preset(ModelPreset::large);
+    EXPECT_EQ(large.title(), u"Large");
+    EXPECT_EQ(large.label(), u"Accurate");
+    EXPECT_EQ(large.symbol(), u"checkmark.seal");
+    EXPECT_TRUE(large.downloadedModels().isEmpty());
+    EXPECT_EQ(large.notDownloadedModels().size(), 28);
+    EXPECT_EQ(large.notDownloadedModels().first(), u"Tiny • 77 MB");
+
+    putFile("small-q5_1");
+    putFile("tiny");
+    EXPECT_EQ(large.downloadedModels(),
+              QStringList({QStringLiteral("Tiny"), QStringLiteral("Small Q5")}));
+    EXPECT_EQ(large.notDownloadedModels().size(), 26);
+    EXPECT_EQ(large.assignedIndex(), -1);
+
+    QSignalSpy mappings(&large, &PresetConfigRowViewModel::mappingChanged);
+    QSignalSpy others(&preset(ModelPreset::small), &PresetConfigRowViewModel::mappingChanged);
+    large.assign(1);
+    EXPECT_EQ(appState.modelId(ModelPreset::large), u"small-q5_1");
+    EXPECT_EQ(large.menuLabel(), u"Small Q5");
+    EXPECT_EQ(large.assignedIndex(), 1);
+    EXPECT_EQ(mappings.count(), 1);
+    EXPECT_EQ(others.count(), 0);
+    large.assign(2);
+    EXPECT_EQ(appState.modelId(ModelPreset::large), u"small-q5_1");
+
+    // A download's progress does not build the menus anew.
+    QSignalSpy models(&large, &PresetConfigRowViewModel::modelsChanged);
+    row(QStringLiteral("Tiny Q5"))->download();
+    memory.downloadSession->delegate.downloadDidWriteData(1, 1, 2);
+    EXPECT_EQ(models.count(), 0);
+
+    appState.setModelId(QStringLiteral("gone"), ModelPreset::large);
+    EXPECT_EQ(large.menuLabel(), u"Select");
+    EXPECT_EQ(large.assignedIndex(), -1);
+}
+
+} // namespace
+} // namespace Velloro
