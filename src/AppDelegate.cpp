@@ -10,13 +10,26 @@ using namespace std::chrono_literals;
 
 namespace Velloro {
 
-AppDelegate::AppDelegate(Platform &platform, DictationController::PillFactory makePill,
+namespace {
+
+void logFailure(const LoginItem::Result &result)
+{
+    if (!result)
+        Log::line(u"Failed to set launch at login: "_qs + result.error().localizedDescription);
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(Platform &platform, HotkeyManager &hotkeyManager,
+                         DictationController::PillFactory makePill,
                          const QString &repositoryBaseUrl, QObject *parent)
     : QObject(parent)
     , m_platform(platform)
+    , m_hotkeyManager(hotkeyManager)
     , m_makePill(std::move(makePill))
     , m_appState(platform, repositoryBaseUrl)
 {
+    connect(&m_appState, &AppState::launchAtLoginChanged, this, &AppDelegate::followLaunchAtLogin);
     m_platform.updater->start();
 }
 
@@ -27,9 +40,7 @@ void AppDelegate::applicationDidFinishLaunching()
     // A program of the tray only: it goes on without any window.
     QGuiApplication::setQuitOnLastWindowClosed(false);
     setupDictation();
-    if (const auto refreshed = m_platform.loginItem->refresh(); !refreshed) {
-        Log::line(u"Failed to set launch at login: "_qs + refreshed.error().localizedDescription);
-    }
+    logFailure(m_platform.loginItem->refresh());
     QTimer::singleShot(500ms, this, &AppDelegate::bringOnboardingToFront);
 }
 
@@ -38,14 +49,20 @@ void AppDelegate::setupDictation()
     if (m_dictationController)
         return;
     m_dictationController
-        = std::make_unique<DictationController>(m_appState, m_platform, m_makePill);
-    m_dictationController->hotkeyManager().registerHotkey();
+        = std::make_unique<DictationController>(m_appState, m_platform, m_hotkeyManager, m_makePill);
+    m_hotkeyManager.registerHotkey();
     m_dictationController->updatePermissionStatus();
     m_appState.whisperManager().refreshModelStates();
     m_dictationController->updateAppStateFromWhisperManager();
 
     m_presetModelLoader = std::make_unique<PresetModelLoader>(m_appState, *m_dictationController);
     m_presetModelLoader->loadAtLaunch();
+}
+
+void AppDelegate::followLaunchAtLogin()
+{
+    LoginItem &loginItem = *m_platform.loginItem;
+    logFailure(m_appState.launchAtLogin() ? loginItem.registerItem() : loginItem.unregisterItem());
 }
 
 void AppDelegate::bringOnboardingToFront()
@@ -76,12 +93,12 @@ void AppDelegate::applicationWillTerminate()
 void AppDelegate::cleanUp()
 {
     if (m_dictationController) {
-        m_dictationController->hotkeyManager().unregisterHotkey();
+        m_hotkeyManager.unregisterHotkey();
         m_appState.whisperManager().unloadModel();
     }
     m_presetModelLoader.reset();
     m_dictationController.reset();
-    HotkeyManager::shared().cleanup();
+    m_hotkeyManager.cleanup();
 }
 
 } // namespace Velloro

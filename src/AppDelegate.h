@@ -16,9 +16,10 @@ class AppDelegate : public QObject
     Q_OBJECT
 
 public:
-    /// Reads settings and history and starts the updater. `platform` and
-    /// `HotkeyManager::shared` outlive the delegate. `repositoryBaseUrl` is handed to the state.
-    AppDelegate(Platform &platform, DictationController::PillFactory makePill,
+    /// Reads settings and history and starts the updater. `platform` and `hotkeyManager` outlive
+    /// the delegate. `repositoryBaseUrl` is handed to the state.
+    AppDelegate(Platform &platform, HotkeyManager &hotkeyManager,
+                DictationController::PillFactory makePill,
                 const QString &repositoryBaseUrl = ModelCatalog::repositoryBaseUrl(),
                 QObject *parent = nullptr);
     ~AppDelegate() override;
@@ -36,10 +37,12 @@ public:
     [[nodiscard]] DictationController *dictationController() { return m_dictationController.get(); }
 
 private:
+    void followLaunchAtLogin();
     void bringOnboardingToFront();
     void cleanUp();
 
     Platform &m_platform;
+    HotkeyManager &m_hotkeyManager;
     DictationController::PillFactory m_makePill;
     AppState m_appState;
     std::unique_ptr<DictationController> m_dictationController;

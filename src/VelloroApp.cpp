@@ -6,18 +6,19 @@
 
 namespace Velloro {
 
-VelloroApp::VelloroApp(Platform &platform, const QString &repositoryBaseUrl, QObject *parent)
+VelloroApp::VelloroApp(Platform &platform, HotkeyManager &hotkeyManager,
+                       const QString &repositoryBaseUrl, QObject *parent)
     : QObject(parent)
     , m_viewEngine(*platform.appearance)
-    , m_appDelegate(platform,
+    , m_appDelegate(platform, hotkeyManager,
                     [this, &platform] {
                         return std::make_unique<RecordingPillWindowController>(
                             m_viewEngine, *platform.screenFrames);
                     },
                     repositoryBaseUrl)
-    , m_menuBarExtra(platform, m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine)
-    , m_settingsWindow(platform, m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine)
-    , m_onboardingWindow(platform, m_appDelegate.appState(), HotkeyManager::shared(), m_viewEngine)
+    , m_menuBarExtra(platform, m_appDelegate.appState(), hotkeyManager, m_viewEngine)
+    , m_settingsWindow(platform, m_appDelegate.appState(), hotkeyManager, m_viewEngine)
+    , m_onboardingWindow(platform, m_appDelegate.appState(), hotkeyManager, m_viewEngine)
 {
     connect(&m_menuBarExtra, &MenuBarExtra::quitRequested, this, &VelloroApp::terminate);
     connect(&m_menuBarExtra, &MenuBarExtra::openSettingsRequested, &m_settingsWindow,

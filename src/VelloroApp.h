@@ -16,11 +16,11 @@ class VelloroApp : public QObject
     Q_OBJECT
 
 public:
-    /// `platform` and `HotkeyManager::shared` outlive the application. `repositoryBaseUrl` is where
-    /// the model files lie; another one is for tests alone.
-    explicit VelloroApp(Platform &platform,
-                        const QString &repositoryBaseUrl = ModelCatalog::repositoryBaseUrl(),
-                        QObject *parent = nullptr);
+    /// `platform` and `hotkeyManager` outlive the application. `repositoryBaseUrl` is where the
+    /// model files lie; another one is for tests alone.
+    VelloroApp(Platform &platform, HotkeyManager &hotkeyManager,
+               const QString &repositoryBaseUrl = ModelCatalog::repositoryBaseUrl(),
+               QObject *parent = nullptr);
 
     /// Shows the tray icon and runs the launch sequence.
     void launch();

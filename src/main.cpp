@@ -41,8 +41,8 @@ int run(int argc, char **argv)
         return 0;
 
     Platform platform = makeLinuxPlatform();
-    const std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(platform);
-    VelloroApp velloro(platform);
+    HotkeyManager hotkeyManager(platform);
+    VelloroApp velloro(platform, hotkeyManager);
 
     TerminationSignals signals;
     QObject::connect(&signals, &TerminationSignals::terminationRequested, &velloro,

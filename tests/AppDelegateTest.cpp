@@ -18,9 +18,9 @@ protected:
     {
         delegate.reset();
         hotkeys.reset();
-        hotkeys = HotkeyManager::makeShared(memory.platform);
+        hotkeys = std::make_unique<HotkeyManager>(memory.platform);
         delegate = std::make_unique<AppDelegate>(
-            memory.platform, [this] {
+            memory.platform, *hotkeys, [this] {
                 return std::make_unique<RecordedPill>([this](const QString &call) { pill << call; });
             });
         delegate->applicationDidFinishLaunching();
@@ -56,6 +56,21 @@ TEST_F(AppDelegateTest, SetsDictationUpOnce)
     addModel(u"medium"_qs);
     start();
     EXPECT_TRUE(appState().downloadedModels().contains(ModelPreset::medium));
+}
+
+TEST_F(AppDelegateTest, LaunchAtLoginRegistersAndLogsARefusal)
+{
+    memory.userDefaults->setValue(u"velloro.launchAtLogin"_qs, true);
+    start();
+    EXPECT_EQ(memory.loginItem->calls, QStringList{u"refresh"_qs})
+        << "the initial value is no change";
+    memory.loginItem->error = PlatformError{30, u"Read-only file system"_qs};
+    appState().setLaunchAtLogin(false);
+    appState().setLaunchAtLogin(true);
+    EXPECT_EQ(memory.loginItem->calls,
+              QStringList({u"refresh"_qs, u"unregister"_qs, u"register"_qs}));
+    EXPECT_TRUE(appState().launchAtLogin()) << "the choice stays";
+    EXPECT_EQ(log.lines().count(u"Failed to set launch at login: Read-only file system"_qs), 2);
 }
 
 TEST_F(AppDelegateTest, EndsAtOnceInTheMiddleOfARecording)

@@ -19,8 +19,6 @@ constexpr uint32_t hotkeyId = 1;
 // Greater modifier values are a key event's flags, not the classic mask.
 constexpr uint32_t largestClassicMask = 10'000;
 
-HotkeyManager *sharedInstance = nullptr;
-
 /// The integer under `key`, 0 when there is none; nothing when it is no unsigned 32-bit number.
 std::optional<uint32_t> storedInteger(const UserDefaults &defaults, const QString &key)
 {
@@ -31,20 +29,6 @@ std::optional<uint32_t> storedInteger(const UserDefaults &defaults, const QStrin
 }
 
 } // namespace
-
-std::unique_ptr<HotkeyManager> HotkeyManager::makeShared(Platform &platform)
-{
-    Q_ASSERT(sharedInstance == nullptr);
-    std::unique_ptr<HotkeyManager> manager(new HotkeyManager(platform));
-    sharedInstance = manager.get();
-    return manager;
-}
-
-HotkeyManager &HotkeyManager::shared()
-{
-    Q_ASSERT(sharedInstance != nullptr);
-    return *sharedInstance;
-}
 
 HotkeyManager::HotkeyManager(Platform &platform)
     : m_platform(platform)
@@ -62,8 +46,6 @@ HotkeyManager::HotkeyManager(Platform &platform)
 HotkeyManager::~HotkeyManager()
 {
     cleanup();
-    if (sharedInstance == this)
-        sharedInstance = nullptr;
 }
 
 void HotkeyManager::registerHotkey()
@@ -88,7 +70,7 @@ void HotkeyManager::registerHotkey()
 std::optional<int32_t> HotkeyManager::tryToRegister()
 {
     const auto registered = m_platform.hotkeyRegistration->registerHotkey(
-        m_currentKeyCode, m_currentModifiers, {hotkeySignature, hotkeyId});
+        {m_currentKeyCode, m_currentModifiers}, {hotkeySignature, hotkeyId});
     m_isRefused = !registered;
     if (!registered)
         return registered.error();

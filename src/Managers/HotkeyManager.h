@@ -6,7 +6,6 @@
 #include <QObject>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 
 namespace Velloro {
@@ -32,11 +31,9 @@ public:
     static constexpr uint32_t optionKey = ClassicMask::option;
     static constexpr uint32_t controlKey = ClassicMask::control;
 
-    /// Makes the process-wide instance from the platform's services. Whoever calls this owns it;
-    /// `shared` refers to it until it is destroyed. At most one exists at a time.
-    [[nodiscard]] static std::unique_ptr<HotkeyManager> makeShared(Platform &platform);
-    /// The process-wide instance; `makeShared` has been called before.
-    [[nodiscard]] static HotkeyManager &shared();
+    /// Reads the stored combination. The process has one, made with the program and handed down;
+    /// `platform` outlives it.
+    explicit HotkeyManager(Platform &platform);
     ~HotkeyManager() override;
 
     /// (Re-)registers the current combination. A refusal is logged with its status.
@@ -81,8 +78,6 @@ Q_SIGNALS:
     void pressedWhilePaused();
 
 private:
-    explicit HotkeyManager(Platform &platform);
-
     static QString keyString(int keyCode);
     void handleHotkeyEvent(const HotkeyIdentifier *identifier);
     void handleHotkeyRelease(const HotkeyIdentifier *identifier);

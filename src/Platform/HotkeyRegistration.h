@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/ModifierKeys.h"
+#include "Platform/KeyCombination.h"
 
 #include <cstdint>
 #include <functional>
@@ -30,8 +30,6 @@ inline constexpr int32_t
 
 /// System-wide key combinations, seen whichever application has the keyboard focus.
 ///
-/// Key codes are virtual key codes (positions on the keyboard, independent of its layout; 49 is
-/// Space), modifier masks are made of bits of `ClassicMask`.
 /// Called on the main thread; handlers are called there, too.
 class HotkeyRegistration
 {
@@ -63,7 +61,7 @@ public:
     /// another program holds it). It follows layout and keyboard changes from then on, and is tried
     /// again with each of them while it is not in force.
     [[nodiscard]] virtual tl::expected<Reference, Status>
-    registerHotkey(uint32_t keyCode, uint32_t modifiers, HotkeyIdentifier identifier) = 0;
+    registerHotkey(KeyCombination combination, HotkeyIdentifier identifier) = 0;
 
     /// Gives the combination back. Unknown references are ignored.
     virtual void unregisterHotkey(Reference reference) = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 namespace Velloro {
 
@@ -10,12 +11,10 @@ class UserNotifications
 public:
     virtual ~UserNotifications() = default;
 
-    /// Shows a notification without a sound.
-    virtual void deliver(const QString &title, const QString &informativeText) = 0;
-    /// Shows a notification that this user has not seen yet. It counts as seen, for later runs too,
-    /// once the desktop has taken it. `identifier` is its name, of letters and hyphens.
-    virtual void deliverOnce(const QString &identifier, const QString &title,
-                             const QString &informativeText)
+    /// Shows a notification without a sound. `onTaken` is called later, on the main thread, once the
+    /// desktop has accepted it; never if it has not, or if this object is destroyed before.
+    virtual void deliver(const QString &title, const QString &informativeText,
+                         std::function<void()> onTaken = {})
         = 0;
 };
 

@@ -44,7 +44,7 @@ TEST_F(DictationControllerTest, TypesWhatWasSaidWhileTheHotkeyWasHeld)
     });
     memory.platform.systemSounds
         = std::make_unique<ToldSounds>([&](const QString &cue) { tell(cue); });
-    controller = std::make_unique<DictationController>(*state, memory.platform, [&] {
+    controller = std::make_unique<DictationController>(*state, memory.platform, *hotkeys, [&] {
         return std::make_unique<RecordedPill>([&](const QString &call) { tell(u"pill "_qs + call); });
     });
     QObject::connect(state.get(), &AppState::transcriptionStateChanged, controller.get(),

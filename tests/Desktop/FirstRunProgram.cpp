@@ -16,8 +16,8 @@ int main(int argc, char **argv)
     QApplication::setDesktopFileName(QStringLiteral("velloro"));
 
     Platform platform = makeLinuxPlatform();
-    const std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(platform);
-    VelloroApp velloro(platform, QApplication::arguments().value(1));
+    const std::unique_ptr<HotkeyManager> hotkeyManager = std::make_unique<HotkeyManager>(platform);
+    VelloroApp velloro(platform, *hotkeyManager, QApplication::arguments().value(1));
     TerminationSignals signals;
     QObject::connect(&signals, &TerminationSignals::terminationRequested, &velloro,
                      &VelloroApp::terminate);

@@ -12,7 +12,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-using Combination = InMemoryHotkeyRegistration::Combination;
+using Registered = InMemoryHotkeyRegistration::Registered;
 
 constexpr HotkeyIdentifier ours{0x564C524F, 1};
 
@@ -22,7 +22,7 @@ protected:
     HotkeyManager &launch()
     {
         manager.reset();
-        manager = HotkeyManager::makeShared(memory.platform);
+        manager = std::make_unique<HotkeyManager>(memory.platform);
         manager->setOnHotkeyPressed([this] { calls << u"pressed"_qs; });
         manager->setOnHotkeyReleased([this] { calls << u"released"_qs; });
         return *manager;
@@ -69,7 +69,6 @@ TEST_F(HotkeyManagerTest, startsWithTheStoredCombinationOrTheDefault)
     }
     defaults->values.clear();
     EXPECT_EQ(launch().hotkeyDisplayString(), u"⌥Space"_qs);
-    EXPECT_EQ(&HotkeyManager::shared(), manager.get());
     EXPECT_THAT(defaults->written, IsEmpty());
     EXPECT_THAT(registration->attempts, IsEmpty());
 }
@@ -77,7 +76,7 @@ TEST_F(HotkeyManagerTest, startsWithTheStoredCombinationOrTheDefault)
 TEST_F(HotkeyManagerTest, registersAndSaysSo)
 {
     launch().registerHotkey();
-    EXPECT_THAT(registration->attempts, ElementsAre(Combination{49, 2048, ours}));
+    EXPECT_THAT(registration->attempts, ElementsAre(Registered{{49, 2048}, ours}));
     manager->registerHotkey();
     EXPECT_EQ(registration->registered.size(), 1u);
     EXPECT_EQ(registration->pressedHandlersInstalled, 1);
@@ -168,7 +167,7 @@ TEST_F(HotkeyManagerTest, anUpdateIsStoredAndTakesTheOldCombinationsPlace)
     EXPECT_EQ(keyCodeChanges, 1);
     EXPECT_EQ(modifierChanges, 1);
     ASSERT_EQ(registration->registered.size(), 1u);
-    EXPECT_EQ(registration->registered.begin()->second, (Combination{2, 768, ours}));
+    EXPECT_EQ(registration->registered.begin()->second, (Registered{{2, 768}, ours}));
     EXPECT_EQ(registration->attempts.size(), 3u);
     EXPECT_EQ(launch().hotkeyDisplayString(), u"⌘⇧D"_qs);
 }

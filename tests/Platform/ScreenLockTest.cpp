@@ -165,7 +165,7 @@ TEST_F(X11ScreenLockTest, tellsWhetherTheKeyboardIsTaken)
     X11HotkeyRegistration hotkeys(connection);
     std::vector<bool> answers;
     hotkeys.setPressedHandler([&](auto) { answers.push_back(grab.isHeldByAnother()); });
-    ASSERT_TRUE(hotkeys.registerHotkey(49, ClassicMask::command, {1, 1}));
+    ASSERT_TRUE(hotkeys.registerHotkey({49, ClassicMask::command}, {1, 1}));
     const auto press = [&] {
         keyboard.press({Key::leftSuper, Key::space});
         const size_t count = answers.size();

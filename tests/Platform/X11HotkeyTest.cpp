@@ -88,7 +88,7 @@ protected:
 
     HotkeyRegistration::Reference registerOptionSpace()
     {
-        const auto reference = hotkeys->registerHotkey(spaceBar, option, identifier);
+        const auto reference = hotkeys->registerHotkey({spaceBar, option}, identifier);
         EXPECT_TRUE(reference) << (reference ? 0 : reference.error());
         return reference.value_or(0);
     }
@@ -147,7 +147,7 @@ TEST_F(X11HotkeyTest, worksWhateverIsLockedOrLaidOut)
 
 TEST_F(X11HotkeyTest, onlyTheCombinationItself)
 {
-    ASSERT_TRUE(hotkeys->registerHotkey(spaceBar, control | shift, identifier));
+    ASSERT_TRUE(hotkeys->registerHotkey({spaceBar, control | shift}, identifier));
     const std::vector<uint8_t> others[] = {
         {}, {Key::leftControl}, {Key::leftShift}, {Key::leftControl, Key::leftShift, Key::leftAlt}};
     for (const auto &modifiers : others) {
@@ -166,8 +166,8 @@ TEST_F(X11HotkeyTest, onlyTheCombinationItself)
 
 TEST_F(X11HotkeyTest, aKeyWithoutModifiersAndOneWithSuper)
 {
-    ASSERT_TRUE(hotkeys->registerHotkey(96, 0, identifier));
-    ASSERT_TRUE(hotkeys->registerHotkey(40, command, identifier));
+    ASSERT_TRUE(hotkeys->registerHotkey({96, 0}, identifier));
+    ASSERT_TRUE(hotkeys->registerHotkey({40, command}, identifier));
     keyboard.tap(Key::f5);
     EXPECT_EQ(take(), once);
     keyboard.press({Key::leftSuper});
@@ -229,7 +229,7 @@ TEST_F(X11HotkeyTest, theKeysOfTheCombinationMayBeOnDifferentKeyboards)
     ASSERT_TRUE(window.isReady);
     PhysicalKeyboard other(nullptr, onScreenKeyboard);
     ASSERT_TRUE(other.isThere());
-    ASSERT_TRUE(hotkeys->registerHotkey(spaceBar, control, {1, 8}));
+    ASSERT_TRUE(hotkeys->registerHotkey({spaceBar, control}, {1, 8}));
     registerOptionSpace();
     const std::pair<PhysicalKeyboard *, PhysicalKeyboard *> cases[] = {
         {&keyboard, &other}, {&other, &keyboard}, {&other, &other}};
@@ -255,7 +255,7 @@ TEST_F(X11HotkeyTest, anotherProgramsCombinationIsTaken)
     X11Keyboards keyboards(other);
     const auto sync = [&] { (void)keyboards.logicallyHeld(); };
     const auto status = [&] {
-        const auto result = hotkeys->registerHotkey(spaceBar, option, identifier);
+        const auto result = hotkeys->registerHotkey({spaceBar, option}, identifier);
         if (result)
             hotkeys->unregisterHotkey(*result);
         return result ? 0 : result.error();
@@ -288,7 +288,7 @@ TEST_F(X11HotkeyTest, anotherProgramsCombinationIsTaken)
     sync();
 
     X11HotkeyRegistration second(other);
-    const auto registered = second.registerHotkey(spaceBar, option, identifier);
+    const auto registered = second.registerHotkey({spaceBar, option}, identifier);
     ASSERT_TRUE(registered) << registered.error();
     EXPECT_EQ(status(), XCB_ACCESS);
 }
@@ -372,11 +372,11 @@ TEST_F(X11HotkeyTest, withoutAKeyboardItIsRefusedUntilOneComes)
 {
     keyboard.setEnabled(false);
     take();
-    EXPECT_EQ(hotkeys->registerHotkey(spaceBar, option, identifier).error(), XCB_VALUE);
+    EXPECT_EQ(hotkeys->registerHotkey({spaceBar, option}, identifier).error(), XCB_VALUE);
     bool isRegistered = false;
     hotkeys->setStatusHandler([&](HotkeyRegistration::Reference which, auto) {
         if (which == 0 && !isRegistered)
-            isRegistered = hotkeys->registerHotkey(spaceBar, option, identifier).has_value();
+            isRegistered = hotkeys->registerHotkey({spaceBar, option}, identifier).has_value();
     });
     keyboard.setEnabled(true);
     ASSERT_TRUE(waitUntil([&] { return isRegistered; }));
@@ -401,8 +401,8 @@ TEST_F(X11HotkeyTest, aKeyboardThatGoesAwayReleasesAndOneThatComesCounts)
 
 TEST_F(X11HotkeyTest, whatCanNotBeHadHasAStatus)
 {
-    EXPECT_EQ(hotkeys->registerHotkey(127, option, identifier).error(), XCB_VALUE);
-    EXPECT_EQ(X11HotkeyRegistration(nullptr).registerHotkey(spaceBar, option, identifier).error(),
+    EXPECT_EQ(hotkeys->registerHotkey({127, option}, identifier).error(), XCB_VALUE);
+    EXPECT_EQ(X11HotkeyRegistration(nullptr).registerHotkey({spaceBar, option}, identifier).error(),
               XCB_REQUEST);
 }
 
@@ -421,7 +421,7 @@ TEST(X11HotkeyServerTest, theServersEndReleases)
     QStringList events;
     hotkeys.setPressedHandler([&](auto) { events << u"press"_qs; });
     hotkeys.setReleasedHandler([&](auto) { events << u"release"_qs; });
-    const auto reference = hotkeys.registerHotkey(spaceBar, option, identifier);
+    const auto reference = hotkeys.registerHotkey({spaceBar, option}, identifier);
     ASSERT_TRUE(reference);
     PhysicalKeyboard keyboard(display.constData());
     keyboard.press({Key::leftAlt, Key::space});
@@ -431,7 +431,7 @@ TEST(X11HotkeyServerTest, theServersEndReleases)
     server.waitForFinished();
     EXPECT_TRUE(waitUntil([&] { return events.size() == 2; }));
     hotkeys.unregisterHotkey(*reference);
-    EXPECT_EQ(hotkeys.registerHotkey(spaceBar, option, identifier).error(), XCB_REQUEST);
+    EXPECT_EQ(hotkeys.registerHotkey({spaceBar, option}, identifier).error(), XCB_REQUEST);
     EXPECT_EQ(events, (QStringList{u"press"_qs, u"release"_qs}));
 }
 

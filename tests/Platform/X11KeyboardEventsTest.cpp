@@ -103,7 +103,7 @@ TEST_F(X11KeyboardEventsTest, arrivesPlainWhileTheHotkeyIsHeld)
     int presses = 0, releases = 0;
     hotkeys.setPressedHandler([&](auto) { ++presses; });
     hotkeys.setReleasedHandler([&](auto) { ++releases; });
-    ASSERT_TRUE(hotkeys.registerHotkey(49, ClassicMask::option | ClassicMask::control, {1, 1}));
+    ASSERT_TRUE(hotkeys.registerHotkey({49, ClassicMask::option | ClassicMask::control}, {1, 1}));
     keyboard.press({Key::leftControl, Key::leftAlt, Key::space});
     ASSERT_TRUE(waitUntil([&] { return presses == 1; }));
     sync();
@@ -151,7 +151,7 @@ TEST_F(X11KeyboardEventsTest, ownKeysAreNoHotkey)
     int presses = 0, releases = 0;
     hotkeys.setPressedHandler([&](auto) { ++presses; });
     hotkeys.setReleasedHandler([&](auto) { ++releases; });
-    ASSERT_TRUE(hotkeys.registerHotkey(keyV, ClassicMask::control, {1, 1}));
+    ASSERT_TRUE(hotkeys.registerHotkey({keyV, ClassicMask::control}, {1, 1}));
     PhysicalKeyboard onScreen(nullptr, onScreenKeyboard);
     constexpr uint8_t v = 55;
     for (int i = 1; i <= 2; ++i) {

@@ -62,9 +62,9 @@ protected:
 
     void launch()
     {
-        hotkeys = HotkeyManager::makeShared(memory.platform);
+        hotkeys = std::make_unique<HotkeyManager>(memory.platform);
         state = std::make_unique<AppState>(memory.platform);
-        controller = std::make_unique<DictationController>(*state, memory.platform, [this] {
+        controller = std::make_unique<DictationController>(*state, memory.platform, *hotkeys, [this] {
             ++pillsMade;
             return std::make_unique<RecordedPill>([this](const QString &call) { pill << call; });
         });

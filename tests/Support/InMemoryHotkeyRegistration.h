@@ -11,19 +11,18 @@ namespace Velloro {
 class InMemoryHotkeyRegistration : public HotkeyRegistration
 {
 public:
-    struct Combination
+    struct Registered
     {
-        uint32_t keyCode = 0;
-        uint32_t modifiers = 0;
+        KeyCombination combination;
         HotkeyIdentifier identifier;
 
-        friend bool operator==(const Combination &, const Combination &) = default;
+        friend bool operator==(const Registered &, const Registered &) = default;
     };
 
     /// What is in force, by reference.
-    std::map<Reference, Combination> registered;
+    std::map<Reference, Registered> registered;
     /// Every attempt, refused ones included.
-    std::vector<Combination> attempts;
+    std::vector<Registered> attempts;
     /// What the next attempts are refused with; 0 accepts them.
     Status refusal = 0;
     int pressedHandlersInstalled = 0;
@@ -63,9 +62,9 @@ public:
         m_released = std::move(handler);
     }
     [[nodiscard]] tl::expected<Reference, Status>
-    registerHotkey(uint32_t keyCode, uint32_t modifiers, HotkeyIdentifier identifier) override
+    registerHotkey(KeyCombination combination, HotkeyIdentifier identifier) override
     {
-        attempts.push_back({keyCode, modifiers, identifier});
+        attempts.push_back({combination, identifier});
         if (refusal != 0)
             return tl::unexpected(refusal);
         registered[++m_lastReference] = attempts.back();

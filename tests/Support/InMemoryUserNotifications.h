@@ -2,32 +2,25 @@
 
 #include "Platform/UserNotifications.h"
 
-#include <QSet>
 #include <utility>
 #include <vector>
 
 namespace Velloro {
 
-/// Notifications that are only remembered.
+/// Notifications that are only remembered, and accepted at once unless they are refused.
 class InMemoryUserNotifications : public UserNotifications
 {
 public:
     /// Titles and texts, in the order of delivery.
     std::vector<std::pair<QString, QString>> delivered;
-    /// What has been delivered once, in this run or an earlier one.
-    QSet<QString> seen;
+    bool refuses = false;
 
-    void deliver(const QString &title, const QString &informativeText) override
+    void deliver(const QString &title, const QString &informativeText,
+                 std::function<void()> onTaken) override
     {
         delivered.emplace_back(title, informativeText);
-    }
-
-    void deliverOnce(const QString &identifier, const QString &title,
-                     const QString &informativeText) override
-    {
-        if (!seen.contains(identifier))
-            deliver(title, informativeText);
-        seen.insert(identifier);
+        if (onTaken && !refuses)
+            onTaken();
     }
 };
 

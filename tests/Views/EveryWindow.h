@@ -65,7 +65,7 @@ private:
 
         InMemoryPlatform memory;
         AppState appState{memory.platform};
-        std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
+        std::unique_ptr<HotkeyManager> hotkeyManager = std::make_unique<HotkeyManager>(memory.platform);
         ViewEngine engine{*memory.appearance};
     };
 

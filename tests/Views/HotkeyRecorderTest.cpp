@@ -67,7 +67,7 @@ protected:
     }
 
     InMemoryPlatform memory;
-    std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
+    std::unique_ptr<HotkeyManager> hotkeyManager = std::make_unique<HotkeyManager>(memory.platform);
     WindowKeyEvents keyEvents{X11Connection::open()};
     HotkeyRecorderViewModel model{*hotkeyManager, keyEvents};
     ViewEngine engine{*memory.appearance};

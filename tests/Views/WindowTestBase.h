@@ -39,7 +39,7 @@ protected:
     const bool isOnDisk
         = memory.fileSystem->supportDirectory.emplace(directory.path()).size() > 0;
     AppState appState{memory.platform};
-    std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
+    std::unique_ptr<HotkeyManager> hotkeyManager = std::make_unique<HotkeyManager>(memory.platform);
     ViewEngine engine{*memory.appearance};
     Controller controller{memory.platform, appState, *hotkeyManager, engine};
 };

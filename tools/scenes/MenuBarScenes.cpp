@@ -9,7 +9,7 @@ namespace {
 /// `focused`: the name of the control that has the keyboard, with its help.
 QImage panel(Stage &stage, const QString &focused = {})
 {
-    MenuBarViewModel model(stage.appState, *stage.hotkeyManager);
+    MenuBarViewModel model(stage.memory.platform, stage.appState, *stage.hotkeyManager);
     if (!focused.isEmpty()) {
         return stage.windowPicture(QStringLiteral("MenuBarView.qml"),
                                    {{QStringLiteral("model"), QVariant::fromValue(&model)}},

@@ -18,7 +18,7 @@ struct Stage
 {
     InMemoryPlatform memory;
     AppState appState{memory.platform};
-    std::unique_ptr<HotkeyManager> hotkeyManager = HotkeyManager::makeShared(memory.platform);
+    std::unique_ptr<HotkeyManager> hotkeyManager = std::make_unique<HotkeyManager>(memory.platform);
     ViewEngine engine{*memory.appearance};
 
     /// Shows a view of the module on its own and takes its picture, once it stands still.

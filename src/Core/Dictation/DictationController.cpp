@@ -52,14 +52,14 @@ private:
 };
 
 DictationController::DictationController(AppState &appState, Platform &platform,
-                                         PillFactory makePill, QObject *parent)
+                                         HotkeyManager &hotkeyManager, PillFactory makePill, QObject *parent)
     : QObject(parent)
     , m_appState(appState)
     , m_platform(platform)
     , m_audioCaptureManager(platform)
     , m_textInsertionManager(platform)
     , m_streamedText(m_textInsertionManager)
-    , m_hotkeyManager(HotkeyManager::shared())
+    , m_hotkeyManager(hotkeyManager)
     , m_notices(*platform.userNotifications)
     , m_makePill(std::move(makePill))
 {

@@ -31,11 +31,11 @@ class DictationController : public QObject
 public:
     using PillFactory = std::function<std::unique_ptr<RecordingPill>()>;
 
-    /// Wires the callbacks of `HotkeyManager::shared`; registering the hotkey is the caller's.
+    /// Wires the callbacks of `hotkeyManager`; registering the hotkey is the caller's.
     /// `appState`, `platform` and the hotkey manager outlive the controller. `makePill` is called
     /// once, when the first recording starts.
-    DictationController(AppState &appState, Platform &platform, PillFactory makePill,
-                        QObject *parent = nullptr);
+    DictationController(AppState &appState, Platform &platform, HotkeyManager &hotkeyManager,
+                        PillFactory makePill, QObject *parent = nullptr);
     ~DictationController() override;
 
     /// Requests a dictation; may be refused, with a log line and a notification.

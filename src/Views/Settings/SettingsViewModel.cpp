@@ -5,7 +5,7 @@ namespace Velloro {
 SettingsViewModel::SettingsViewModel(Platform &platform, AppState &appState, HotkeyManager &hotkeyManager,
                              QObject *parent)
     : QObject(parent)
-    , m_general(appState, hotkeyManager, *platform.keyEventMonitor, *platform.loginItem)
+    , m_general(appState, hotkeyManager, *platform.keyEventMonitor)
     , m_models(appState)
     , m_dictionary(appState)
     , m_history(appState, *platform.pasteboard)

@@ -31,10 +31,9 @@ MenuBarExtra::MenuBarExtra(Platform &platform, AppState &appState, HotkeyManager
     : QObject(parent)
     , m_appState(appState)
     , m_engine(engine)
-    , m_userNotifications(*platform.userNotifications)
     , m_trayHost(*platform.trayHost)
     , m_screenFrames(*platform.screenFrames)
-    , m_model(appState, hotkeyManager)
+    , m_model(platform, appState, hotkeyManager)
 {
     m_menu.addAction(tr("Open Velloro"), this, &MenuBarExtra::openPanel);
     m_menu.addAction(tr("Settings..."), this, &MenuBarExtra::openSettingsRequested);
@@ -78,7 +77,10 @@ void MenuBarExtra::show()
         return;
     }
     connect(&m_trayHost, &TrayHost::appeared, this, &MenuBarExtra::makeIcon);
-    QTimer::singleShot(trayPatience, this, &MenuBarExtra::tellOfMissingTray);
+    QTimer::singleShot(trayPatience, this, [this] {
+        if (!m_trayIcon)
+            m_model.tellOfMissingTray();
+    });
 }
 
 void MenuBarExtra::makeIcon()
@@ -91,15 +93,6 @@ void MenuBarExtra::makeIcon()
     connect(m_trayIcon.get(), &QSystemTrayIcon::activated, this, &MenuBarExtra::activated);
     updateIcon();
     m_trayIcon->show();
-}
-
-void MenuBarExtra::tellOfMissingTray()
-{
-    if (m_trayIcon)
-        return;
-    m_userNotifications.deliverOnce(
-        QStringLiteral("missing-tray"), tr("Velloro is running"),
-        tr("This desktop has no tray for its icon. Start Velloro again to open its panel."));
 }
 
 void MenuBarExtra::updateIcon()

@@ -60,11 +60,9 @@ private:
     void openPanelBeside(const QRect &anchor);
     void placePanel();
     void closeWithoutFocus();
-    void tellOfMissingTray();
 
     AppState &m_appState;
     ViewEngine &m_engine;
-    UserNotifications &m_userNotifications;
     TrayHost &m_trayHost;
     ScreenFrames &m_screenFrames;
     MenuBarViewModel m_model;

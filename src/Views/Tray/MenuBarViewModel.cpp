@@ -10,8 +10,16 @@ using namespace std::chrono_literals;
 
 namespace Velloro {
 
-MenuBarViewModel::MenuBarViewModel(AppState &appState, HotkeyManager &hotkeyManager, QObject *parent)
+namespace {
+
+const QString hasToldOfMissingTray = QStringLiteral("velloro.hasToldOfMissingTray");
+
+} // namespace
+
+MenuBarViewModel::MenuBarViewModel(Platform &platform, AppState &appState,
+                                   HotkeyManager &hotkeyManager, QObject *parent)
     : QObject(parent)
+    , m_platform(platform)
     , m_appState(appState)
     , m_hotkeyManager(hotkeyManager)
 {
@@ -24,6 +32,17 @@ MenuBarViewModel::MenuBarViewModel(AppState &appState, HotkeyManager &hotkeyMana
             &MenuBarViewModel::hotkeyTextChanged);
     connect(&hotkeyManager, &HotkeyManager::registrationStatusChanged, this,
             &MenuBarViewModel::hotkeyTextChanged);
+}
+
+void MenuBarViewModel::tellOfMissingTray()
+{
+    UserDefaults &defaults = *m_platform.userDefaults;
+    if (defaults.get<bool>(hasToldOfMissingTray).value_or(false))
+        return;
+    m_platform.userNotifications->deliver(
+        tr("Velloro is running"),
+        tr("This desktop has no tray for its icon. Start Velloro again to open its panel."),
+        [&defaults] { defaults.setValue(hasToldOfMissingTray, true); });
 }
 
 QString MenuBarViewModel::stateText() const

@@ -24,14 +24,19 @@ class MenuBarViewModel : public QObject
     Q_PROPERTY(QList<QObject *> rows READ rows CONSTANT)
 
 public:
-    /// Both outlive the model.
-    MenuBarViewModel(AppState &appState, HotkeyManager &hotkeyManager, QObject *parent = nullptr);
+    /// All of these outlive the model.
+    MenuBarViewModel(Platform &platform, AppState &appState, HotkeyManager &hotkeyManager,
+                     QObject *parent = nullptr);
 
     [[nodiscard]] QString stateText() const;
     [[nodiscard]] QString hotkeyText() const;
     [[nodiscard]] QString hotkeyProblem() const;
     [[nodiscard]] QString recordingModeText() const;
     [[nodiscard]] const QList<QObject *> &rows() const { return m_rows; }
+
+    /// Tells how to open the panel on a desktop without a tray: once per user, and again at the next
+    /// start when the desktop did not accept the notification.
+    void tellOfMissingTray();
 
     /// Asks for the settings window.
     Q_INVOKABLE void openSettings();
@@ -49,6 +54,7 @@ Q_SIGNALS:
     void closeRequested();
 
 private:
+    Platform &m_platform;
     AppState &m_appState;
     HotkeyManager &m_hotkeyManager;
     QList<QObject *> m_rows;

@@ -1,40 +1,23 @@
 #include "Platform/Linux/Desktop/DBusUserNotifications.h"
 
-#include "Platform/Linux/Files/LinuxFileSystem.h"
 #include "Platform/Linux/Desktop/SessionBus.h"
 
 #include <QDBusPendingCallWatcher>
-#include <QFile>
 #include <QVariantMap>
 
 namespace Velloro {
 
-void DBusUserNotifications::deliver(const QString &title, const QString &informativeText)
+void DBusUserNotifications::deliver(const QString &title, const QString &informativeText,
+                                    std::function<void()> onTaken)
 {
-    // Nobody waits for the answer, which is the notification's number or an error.
-    SessionBus::connection().asyncCall(notify(title, informativeText));
-}
-
-void DBusUserNotifications::deliverOnce(const QString &identifier, const QString &title,
-                                        const QString &informativeText)
-{
-    LinuxFileSystem fileSystem;
-    const QString support = fileSystem.applicationSupportDirectory().value_or(QString());
-    const QString folder = support + QStringLiteral("/Velloro/Notifications");
-    const QString seen = folder + u'/' + identifier;
-    if (!support.isEmpty() && fileSystem.fileExists(seen))
-        return;
     auto *watcher = new QDBusPendingCallWatcher(
         SessionBus::connection().asyncCall(notify(title, informativeText)), &m_waiting);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &m_waiting,
-                     [watcher, support, folder, seen] {
+                     [watcher, onTaken = std::move(onTaken)] {
                          watcher->deleteLater();
-                         if (watcher->isError() || support.isEmpty())
-                             return;
-                         // Where the file can't be had, the notification comes again.
-                         QFile file(seen);
-                         if (LinuxFileSystem().createDirectory(folder))
-                             (void)file.open(QIODevice::WriteOnly);
+                         // The answer is the notification's number, or an error.
+                         if (onTaken && !watcher->isError())
+                             onTaken();
                      });
 }
 

@@ -7,14 +7,12 @@
 
 namespace Velloro {
 
-/// Desktop notifications through the desktop's notification service on the session bus. What this
-/// user has seen is an empty file each, in a folder beside the models.
+/// Desktop notifications through the desktop's notification service on the session bus.
 class DBusUserNotifications final : public UserNotifications
 {
 public:
-    void deliver(const QString &title, const QString &informativeText) override;
-    void deliverOnce(const QString &identifier, const QString &title,
-                     const QString &informativeText) override;
+    void deliver(const QString &title, const QString &informativeText,
+                 std::function<void()> onTaken) override;
 
 private:
     [[nodiscard]] static QDBusMessage notify(const QString &title, const QString &informativeText);

@@ -1,6 +1,5 @@
 #include "Views/Settings/General/GeneralSettingsViewModel.h"
 
-#include "Base/Log.h"
 #include "Views/Shared/StatusText.h"
 
 namespace Velloro {
@@ -27,19 +26,15 @@ std::optional<E> caseAt(int index)
 } // namespace
 
 GeneralSettingsViewModel::GeneralSettingsViewModel(AppState &appState, HotkeyManager &hotkeyManager,
-                                           KeyEventMonitor &keyEventMonitor,
-                                           LoginItem &loginItem, QObject *parent)
+                                           KeyEventMonitor &keyEventMonitor, QObject *parent)
     : QObject(parent)
     , m_appState(appState)
-    , m_loginItem(loginItem)
     , m_hotkey(hotkeyManager, keyEventMonitor)
 {
     connect(&appState, &AppState::recordingModeChanged, this,
             &GeneralSettingsViewModel::recordingModeIndexChanged);
     connect(&appState, &AppState::selectedLanguageChanged, this,
             &GeneralSettingsViewModel::languageIndexChanged);
-    connect(&appState, &AppState::launchAtLoginChanged, this,
-            [this] { setLaunchAtLogin(m_appState.launchAtLogin()); });
 }
 
 QStringList GeneralSettingsViewModel::recordingModes()
@@ -82,14 +77,6 @@ void GeneralSettingsViewModel::setLanguageIndex(int index)
 {
     if (const auto language = caseAt<WhisperLanguage>(index))
         m_appState.setSelectedLanguage(*language);
-}
-
-void GeneralSettingsViewModel::setLaunchAtLogin(bool enabled)
-{
-    const LoginItem::Result result
-        = enabled ? m_loginItem.registerItem() : m_loginItem.unregisterItem();
-    if (!result)
-        Log::line(u"Failed to set launch at login: "_qs + result.error().localizedDescription);
 }
 
 } // namespace Velloro

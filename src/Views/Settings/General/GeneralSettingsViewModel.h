@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Core/State/AppState.h"
-#include "Platform/LoginItem.h"
 #include "Views/Shared/HotkeyRecorderViewModel.h"
 
 #include <QObject>
@@ -10,8 +9,8 @@
 
 namespace Velloro {
 
-/// Behind the general pane: the choices that are enumerations, and launch at login. The switches
-/// are properties of the application state itself. Main thread only.
+/// Behind the general pane: the choices that are enumerations. The switches are properties of the
+/// application state itself. Main thread only.
 class GeneralSettingsViewModel : public QObject
 {
     Q_OBJECT
@@ -30,8 +29,7 @@ class GeneralSettingsViewModel : public QObject
 public:
     /// All of these outlive the model.
     GeneralSettingsViewModel(AppState &appState, HotkeyManager &hotkeyManager,
-                         KeyEventMonitor &keyEventMonitor, LoginItem &loginItem,
-                         QObject *parent = nullptr);
+                             KeyEventMonitor &keyEventMonitor, QObject *parent = nullptr);
 
     [[nodiscard]] QObject *appState() const { return &m_appState; }
     [[nodiscard]] HotkeyRecorderViewModel *hotkey() { return &m_hotkey; }
@@ -48,10 +46,7 @@ Q_SIGNALS:
     void languageIndexChanged();
 
 private:
-    void setLaunchAtLogin(bool enabled);
-
     AppState &m_appState;
-    LoginItem &m_loginItem;
     HotkeyRecorderViewModel m_hotkey;
 };
 

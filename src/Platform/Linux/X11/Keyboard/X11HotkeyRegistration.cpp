@@ -43,11 +43,11 @@ X11HotkeyRegistration::~X11HotkeyRegistration()
         unregisterHotkey(m_registrations.begin()->first);
 }
 
-std::optional<X11HotkeyRegistration::Grab> X11HotkeyRegistration::makeGrab(uint32_t keyCode,
-                                                                           uint32_t modifiers)
+std::optional<X11HotkeyRegistration::Grab>
+X11HotkeyRegistration::makeGrab(KeyCombination combination)
 {
-    const auto keycode = m_keymap->keycodeAt(keyCode);
-    const auto needed = m_keymap->modifierMask(modifiers);
+    const auto keycode = m_keymap->keycodeAt(combination.keyCode);
+    const auto needed = m_keymap->modifierMask(combination.modifiers);
     if (!keycode || !needed)
         return std::nullopt;
 
@@ -179,12 +179,11 @@ void X11HotkeyRegistration::ungrabOnAllKeyboards(const Grab &grab)
 }
 
 tl::expected<HotkeyRegistration::Reference, HotkeyRegistration::Status>
-X11HotkeyRegistration::registerHotkey(uint32_t keyCode, uint32_t modifiers,
-                                      HotkeyIdentifier identifier)
+X11HotkeyRegistration::registerHotkey(KeyCombination combination, HotkeyIdentifier identifier)
 {
     if (!m_connection || !m_connection->isAlive() || m_connection->inputOpcode() == 0)
         return tl::unexpected<Status>(XCB_REQUEST);
-    const auto grab = makeGrab(keyCode, modifiers);
+    const auto grab = makeGrab(combination);
     if (!grab)
         return tl::unexpected<Status>(XCB_VALUE);
     if (const Status status = grabUnlessTaken(*grab)) {
@@ -192,7 +191,7 @@ X11HotkeyRegistration::registerHotkey(uint32_t keyCode, uint32_t modifiers,
         return tl::unexpected(status);
     }
 
-    m_registrations[++m_lastReference] = {keyCode, modifiers, identifier, *grab, 0};
+    m_registrations[++m_lastReference] = {combination, identifier, *grab, 0};
     return m_lastReference;
 }
 
@@ -281,7 +280,7 @@ void X11HotkeyRegistration::handleKeyPress(uint16_t device, uint8_t keycode)
         m_connection->addInputEvents(device, XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE);
 
     // The application saw the modifiers go down but not the key.
-    if (registration.modifiers & (ClassicMask::option | ClassicMask::command))
+    if (registration.combination.modifiers & (ClassicMask::option | ClassicMask::command))
         breakModifierTap(*m_keymap, *m_keymap, *m_keyboards);
     if (m_pressed)
         m_pressed(&m_press->identifier);
@@ -381,7 +380,7 @@ void X11HotkeyRegistration::handleKeymapChange()
     Statuses statuses;
     for (auto &[reference, registration] : m_registrations) {
         const Grab grab =
-            makeGrab(registration.keyCode, registration.modifiers).value_or(Grab{});
+            makeGrab(registration.combination).value_or(Grab{});
         if (grab == registration.grab && registration.status == 0)
             continue;
         if (grab != registration.grab)

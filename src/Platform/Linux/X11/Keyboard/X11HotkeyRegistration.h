@@ -36,7 +36,7 @@ public:
     void setReleasedHandler(Handler handler) override { m_released = std::move(handler); }
     void setStatusHandler(StatusHandler handler) override { m_status = std::move(handler); }
     [[nodiscard]] tl::expected<Reference, Status>
-    registerHotkey(uint32_t keyCode, uint32_t modifiers, HotkeyIdentifier identifier) override;
+    registerHotkey(KeyCombination combination, HotkeyIdentifier identifier) override;
     void unregisterHotkey(Reference reference) override;
 
 private:
@@ -51,8 +51,7 @@ private:
     };
     struct Registration
     {
-        uint32_t keyCode = 0;
-        uint32_t modifiers = 0;
+        KeyCombination combination;
         HotkeyIdentifier identifier;
         Grab grab;
         /// 0 while it is in force.
@@ -72,7 +71,7 @@ private:
         bool isSynthetic = false;
     };
 
-    [[nodiscard]] std::optional<Grab> makeGrab(uint32_t keyCode, uint32_t modifiers);
+    [[nodiscard]] std::optional<Grab> makeGrab(KeyCombination combination);
     /// Why another program's grab stands against this one; 0 when none does.
     [[nodiscard]] Status conflict(const Grab &grab);
     /// Grabs on one keyboard; 0 on success. Nothing is grabbed there after a failure.
