@@ -30,10 +30,11 @@ public:
 
 /// Downloads files in the background. Main thread only.
 ///
-/// Redirects are followed. A status that promises no whole file, an empty body, one shorter or
-/// longer than promised, a connection on which nothing arrives for a while and a disk that is full are errors. Partial data
-/// lies in temporary files that never carry the name of what is downloaded; they go when the
-/// transfer ends, when the session ends and, after a crash, when the next session is made.
+/// Redirects are followed. A status that promises no whole file, an empty body, one shorter than
+/// promised, a connection on which nothing arrives for a while and a disk that is full are errors.
+/// Partial data lies in temporary files that never carry the name of what is downloaded; they are
+/// removed when the transfer ends, when the session ends and, after a crash, when the next session
+/// is made.
 class DownloadSession
 {
 public:

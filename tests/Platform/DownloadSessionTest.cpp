@@ -81,12 +81,10 @@ protected:
         makeSession();
     }
 
-    void makeSession(std::chrono::milliseconds answerTimeout = 30s,
-                     std::chrono::milliseconds stallTimeout = 30s)
+    void makeSession(HttpTransfer::Patience patience = {30s, 30s})
     {
         receiver.downloads.clear(); // A session counts its tasks from the beginning.
-        session = std::make_unique<NetworkDownloadSession>(receiver, directory.path(),
-                                                           answerTimeout, stallTimeout);
+        session = std::make_unique<NetworkDownloadSession>(receiver, directory.path(), patience);
     }
 
     DownloadTaskId start(const QUrl &url)
@@ -134,8 +132,8 @@ TEST_F(DownloadSessionTest, DeliversCompleteBodies)
         {"passed on by a proxy",
          LocalHttpServer::bytes(withLength(body, body.size(), "203 Non-Authoritative Information")),
          body.size()},
-        {"of unknown length", LocalHttpServer::bytes("HTTP/1.1 200 OK\r\n\r\n" + body), -1},
-        {"in chunks", LocalHttpServer::bytes(chunked({body.first(5), body.mid(5), ""})), -1},
+        {"of unknown length", LocalHttpServer::bytes("HTTP/1.1 200 OK\r\n\r\n" + body), 0},
+        {"in chunks", LocalHttpServer::bytes(chunked({body.first(5), body.mid(5), ""})), 0},
         {"connection kept open", LocalHttpServer::bytesThenSilence(withLength(body, body.size())),
          body.size()},
     };
@@ -159,8 +157,6 @@ TEST_F(DownloadSessionTest, EverythingElseIsAnErrorThatLeavesNothing)
     const qsizetype length = body.size();
     const QByteArray zipped = "HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 3\r\n\r\n"
                               "abc";
-    QByteArray overfullChunks = chunked({body, "more", ""});
-    overfullChunks.replace("OK\r\n", "OK\r\nContent-Length: " + QByteArray::number(length) + "\r\n");
     const struct
     {
         const char *name;
@@ -188,12 +184,8 @@ TEST_F(DownloadSessionTest, EverythingElseIsAnErrorThatLeavesNothing)
          u"The connection ended early, after 700 kB of 700 kB"},
         {"no body", Server::bytes(withLength("", length)),
          u"The connection ended early, after 0 bytes of 700 kB"},
-        {"long body", Server::bytes(withLength(body + "more", length)),
-         u"The server sent more than the 700 kB that it promised"},
-        {"long body in chunks", Server::bytes(overfullChunks),
-         u"The server sent more than the 700 kB that it promised"},
         {"length that is none", Server::bytes("HTTP/1.1 200 OK\r\nContent-Length: -1\r\n\r\nab"),
-         u"The server's answer makes no sense: Content-Length: -1"},
+         nullptr},
         {"encoded", Server::bytes(zipped),
          u"The server sent the file in an encoding that was not asked for: gzip"},
         {"chunks that break off", Server::bytes(chunked({body})), nullptr},
@@ -255,7 +247,7 @@ TEST_F(DownloadSessionTest, StalledConnectionsFail)
         {withLength(body.first(1000), body.size()), true, u"The server stopped answering"},
     };
     for (const auto &[response, hasBegun, description] : cases) {
-        makeSession(hasBegun ? 1h : 300ms, hasBegun ? 300ms : 1h);
+        makeSession(hasBegun ? HttpTransfer::Patience{1h, 300ms} : HttpTransfer::Patience{300ms, 1h});
         const auto download = fetchResponse(LocalHttpServer::bytesThenSilence(response));
         ASSERT_TRUE(download.error.has_value());
         EXPECT_EQ(download.error->localizedDescription, QString::fromUtf16(description));

@@ -213,59 +213,30 @@ TEST_F(JsonUserDefaultsTest, writesThroughSymbolicLinks)
     EXPECT_TRUE(S_ISFIFO(status(u"pipe"_qs).st_mode));
 }
 
-TEST_F(JsonUserDefaultsTest, setsADamagedFileAsideAndKeepsWhatIsWholeInIt)
+TEST_F(JsonUserDefaultsTest, setsADamagedFileAsideAndStartsFresh)
 {
     const QByteArray deep = QByteArray(100'000, '[') + QByteArray(100'000, ']');
-    const struct
-    {
-        QByteArray bytes;
-        QStringList kept;
-    } files[] = {
-        {"x", {}},
-        {"[]", {}},
-        {"null", {}},
-        {"{", {}},
-        {"}", {}},
-        {QByteArray(100, '\0'), {}},
-        {QByteArray("PK\x03\x04\0\0\xfe", 7), {}},
-        {QByteArray("\xff\xfe{\0\"\0a\0\"\0:\0001\0}\0", 16), {}},
-        // It breaks off: what is whole is kept, not what might have gone on.
-        {R"({"a":"x")", {u"a"_qs}},
-        {R"({"a":1,"b":2)", {u"a"_qs}},
-        {R"({"a":1,"b":tr)", {u"a"_qs}},
-        {R"({"a":1,"b":"tr)", {u"a"_qs}},
-        {R"({"a":1,"b":"tr\)", {u"a"_qs}},
-        {R"({"a":1,"b":["x")", {u"a"_qs}},
-        {QByteArray("{\"a\":1,\n\"b\":\0\0\0\0", 16), {u"a"_qs}},
-        // Something is in it that is no text, no number, or too deep.
-        {"{\"a\":1,\"b\":\"\xff\",\"c\":2}", {u"a"_qs, u"c"_qs}},
-        {"{\"a\":1,\"\xff\":1,\"c\":2}", {u"a"_qs, u"c"_qs}},
-        {"{\"a\":1,\"b\":\"\xed\xa0\x80\",\"c\":2}", {u"a"_qs, u"c"_qs}},
-        {R"({"a":1,"b":1e999,"c":["]","}"]})", {u"a"_qs, u"c"_qs}},
-        {"{\"a\":1,\"b\":" + deep + ",\"c\":2}", {u"a"_qs, u"c"_qs}},
-        // A user's hand slipped.
-        {"\xEF\xBB\xBF{\"a\":1} x", {u"a"_qs}},
-        {R"({"a":1,"c":2,})", {u"a"_qs, u"c"_qs}},
-        {R"({"a":1,,"c":2}})", {u"a"_qs, u"c"_qs}},
-        {"{\"a\":true\n\"c\":{\"x\":\"y\"}\n\"d\":1}", {u"a"_qs, u"c"_qs, u"d"_qs}},
-        {"{\"a\":\"x,y\",\n\"b\":\"x,\n\"c\":\"\\\"\"}", {u"a"_qs, u"c"_qs}},
-        {"{\"a\":1,\n\"b\":[\"x\", \"y\",\n\"c\":true}", {u"a"_qs, u"c"_qs}},
-        {"{\"a\":1,\n\"b\":{\"x\": \"y},\n\"c\":true}", {u"a"_qs}},
-        {"{\"a\":1,\n\"b:2,\n\"c\":true}", {u"a"_qs, u"c"_qs}},
-        {R"({a:1,'b':2,"c":True,"d":3})", {u"d"_qs}},
-        {R"({"a":{"b":"x"})", {u"a"_qs}},
+    const QByteArray files[] = {
+        "x",
+        "[]",
+        "null",
+        QByteArray(100, '\0'),
+        QByteArray("PK\x03\x04\0\0\xfe", 7),
+        R"({"a":1,"b":"tr)",
+        "{\"a\":1,\"b\":\"\xff\"}",
+        "{\"a\":1,\"b\":" + deep + "}",
+        R"({"a":1,"c":2,})",
     };
     QSet<QString> earlier;
-    for (const auto &[bytes, kept] : files) {
+    for (const QByteArray &bytes : files) {
         SCOPED_TRACE(bytes.left(40).toStdString());
-        QFile::remove(path());
         write(bytes);
         m_log.clear();
-        const JsonUserDefaults defaults(path());
-        EXPECT_EQ(object().keys(), kept) << "at once in the new file";
-        for (const QString &key : kept)
-            EXPECT_TRUE(defaults.value(key));
+        JsonUserDefaults defaults(path());
+        EXPECT_FALSE(defaults.value(u"a"_qs));
         EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 1);
+        defaults.setValue(u"new"_qs, true);
+        EXPECT_EQ(object().keys(), QStringList{u"new"_qs});
         QStringList present = entries();
         present.removeOne(u"settings.json"_qs);
         ASSERT_EQ(present.size(), earlier.size() + 1) << "none is overwritten by the next";
@@ -284,7 +255,7 @@ TEST_F(JsonUserDefaultsTest, setsADamagedFileAsideAndKeepsWhatIsWholeInIt)
     EXPECT_EQ(entries().size(), earlier.size() + 1);
 }
 
-TEST_F(JsonUserDefaultsTest, keepsTheFileInWhichAValueOfTheWrongTypeGivesWay)
+TEST_F(JsonUserDefaultsTest, keepsTheFileInWhichAValueOfTheWrongTypeIsReplaced)
 {
     const QByteArray before = R"({"list":["Zürich",7],"number":"x","flag":true,"null":null})";
     write(before);

@@ -1,6 +1,7 @@
 #include "Platform/Linux/Downloads/HttpTransfer.h"
 
 #include <QLocale>
+#include <algorithm>
 
 namespace Velloro {
 
@@ -19,22 +20,16 @@ QString sizeText(int64_t bytes)
                                           QLocale::DataSizeSIFormat);
 }
 
-PlatformError lengthError(int64_t received, int64_t promised)
-{
-    return {0, QStringLiteral("The connection ended early, after %1 of %2")
-                   .arg(sizeText(received), sizeText(promised))};
-}
-
 } // namespace
 
-HttpTransfer::HttpTransfer(const QUrl &url, std::unique_ptr<PartialFile> file,
+HttpTransfer::HttpTransfer(const QUrl &url, std::unique_ptr<PartialFile> file, Patience patience,
                            ProgressHandler onProgress)
     : m_file(std::move(file))
+    , m_patience(patience)
     , m_onProgress(std::move(onProgress))
     , m_requestHeaders(curl_slist_append(nullptr, "Accept-Encoding: identity"))
     , m_handle(curl_easy_init())
 {
-    curl_slist_append(m_requestHeaders.get(), "Connection: close");
     setOption(CURLOPT_URL, url.toEncoded().constData());
     // Whoever starts out encrypted stays so.
     const char *protocols = url.scheme() == u"https" ? "https" : "http,https";
@@ -42,12 +37,9 @@ HttpTransfer::HttpTransfer(const QUrl &url, std::unique_ptr<PartialFile> file,
     setOption(CURLOPT_REDIR_PROTOCOLS_STR, protocols);
     setOption(CURLOPT_FOLLOWLOCATION, 1L);
     setOption(CURLOPT_MAXREDIRS, redirectLimit);
+    setOption(CURLOPT_FAILONERROR, 1L);
     setOption(CURLOPT_HTTPHEADER, m_requestHeaders.get());
     setOption(CURLOPT_USERAGENT, "Velloro");
-    // The library would cut a body at the promised length without a word. So it reads until the
-    // connection is closed, and the lengths are compared here.
-    setOption(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-    setOption(CURLOPT_IGNORE_CONTENT_LENGTH, 1L);
     setOption(CURLOPT_NOSIGNAL, 1L);
     // Name look-ups that hang must not hold up the end of the program.
     setOption(CURLOPT_QUICK_EXIT, 1L);
@@ -56,7 +48,9 @@ HttpTransfer::HttpTransfer(const QUrl &url, std::unique_ptr<PartialFile> file,
     setOption(CURLOPT_HEADERDATA, static_cast<void *>(this));
     setOption(CURLOPT_WRITEFUNCTION, &HttpTransfer::onBody);
     setOption(CURLOPT_WRITEDATA, static_cast<void *>(this));
-    setOption(CURLOPT_PRIVATE, static_cast<void *>(this));
+    setOption(CURLOPT_NOPROGRESS, 0L);
+    setOption(CURLOPT_XFERINFOFUNCTION, &HttpTransfer::onProgress);
+    setOption(CURLOPT_XFERINFODATA, static_cast<void *>(this));
 }
 
 template <typename T>
@@ -65,107 +59,69 @@ void HttpTransfer::setOption(CURLoption option, T value)
     curl_easy_setopt(m_handle.get(), option, value);
 }
 
-bool HttpTransfer::isSuccess() const
+int64_t HttpTransfer::expectedSize() const
 {
-    // 203 is the file as a proxy passed it on; the other successes are not the whole file.
-    return m_status == 200 || m_status == 203;
-}
-
-bool HttpTransfer::isComplete() const
-{
-    return !m_error && isSuccess() && m_promised >= 0 && !m_isChunked
-        && m_file->size() == m_promised;
+    curl_off_t size = 0;
+    curl_easy_getinfo(m_handle.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &size);
+    return std::max<int64_t>(size, 0);
 }
 
 HttpTransfer::Outcome HttpTransfer::finish(CURLcode code)
 {
     if (m_error)
         return tl::unexpected(*m_error);
-    const bool isOverdue = code == CURLE_OPERATION_TIMEDOUT;
-    constexpr int firstErrorStatus = 400;
-    // The body of an error page was refused, which the library takes for a failed write.
-    if (!isSuccess()
-        && (code == CURLE_OK || code == CURLE_WRITE_ERROR
-            || (isOverdue && m_status >= firstErrorStatus))) {
-        return tl::unexpected(PlatformError{
-            m_status, QStringLiteral("The server answered: ") + QString::fromLatin1(m_statusText)});
-    }
-    if (isOverdue && !isComplete()) {
-        return tl::unexpected(PlatformError{
-            code, hasBegun() ? QStringLiteral("The server stopped answering")
-                             : QStringLiteral("The server does not answer")});
-    }
-    if (code != CURLE_OK && !isComplete()) {
-        if (m_promised >= 0 && m_file->size() > 0)
-            return tl::unexpected(lengthError(m_file->size(), m_promised));
-        const char *reason = m_libraryError[0] ? m_libraryError.data() : curl_easy_strerror(code);
-        return tl::unexpected(PlatformError{code, QString::fromLocal8Bit(reason)});
-    }
-    if (m_promised >= 0 && m_file->size() != m_promised)
-        return tl::unexpected(lengthError(m_file->size(), m_promised));
-    if (m_file->size() == 0)
-        return tl::unexpected(PlatformError{0, QStringLiteral("The server sent an empty file")});
+    if (code != CURLE_OK)
+        return tl::unexpected(failure(code));
+    if (const auto error = fault())
+        return tl::unexpected(*error);
     if (const auto synchronized = m_file->synchronize(); !synchronized)
         return tl::unexpected(synchronized.error());
     reportProgress();
     return std::move(m_file);
 }
 
-void HttpTransfer::headerLine(QByteArray line)
+PlatformError HttpTransfer::failure(CURLcode code) const
 {
-    line = line.trimmed();
-    if (line.startsWith("HTTP/")) {
-        m_statusText = line.mid(line.indexOf(' ') + 1);
-        m_status = m_statusText.left(3).toInt();
-        m_promised = -1;
-        m_isChunked = false;
-        return;
+    if (code == CURLE_HTTP_RETURNED_ERROR)
+        return {code, QStringLiteral("The server answered: ") + m_status};
+    if (code == CURLE_PARTIAL_FILE && expectedSize() > 0) {
+        return {code, QStringLiteral("The connection ended early, after %1 of %2")
+                          .arg(sizeText(m_file->size()), sizeText(expectedSize()))};
     }
-    const qsizetype colon = line.indexOf(':');
-    const QByteArray name = line.left(colon).toLower();
-    const QByteArray value = line.mid(colon + 1).trimmed().toLower();
-    if (name == "content-length") {
-        bool isNumber = false;
-        const int64_t length = value.toLongLong(&isNumber);
-        if (!isNumber || length < 0 || (m_promised >= 0 && m_promised != length)) {
-            (void)fail({0, QStringLiteral("The server's answer makes no sense: ")
-                               + QString::fromLatin1(line)});
-        }
-        m_promised = length;
-    } else if (name == "transfer-encoding") {
-        m_isChunked = value.contains("chunked");
-    } else if (name == "content-encoding" && value != "identity" && isSuccess()) {
-        (void)fail({0, QStringLiteral("The server sent the file in an encoding that was not asked "
-                                      "for: ")
-                           + QString::fromLatin1(value)});
-    }
+    const char *reason = m_libraryError[0] ? m_libraryError.data() : curl_easy_strerror(code);
+    return {code, QString::fromLocal8Bit(reason)};
 }
 
-bool HttpTransfer::bodyData(std::span<const char> bytes)
+std::optional<PlatformError> HttpTransfer::fault() const
 {
-    if (!isSuccess())
-        return false; // What an error page says is of no interest.
-    if (m_promised >= 0 && m_file->size() + static_cast<int64_t>(bytes.size()) > m_promised) {
-        return fail({0, QStringLiteral("The server sent more than the %1 that it promised")
-                            .arg(sizeText(m_promised))});
+    long status = 0;
+    curl_easy_getinfo(m_handle.get(), CURLINFO_RESPONSE_CODE, &status);
+    // 203 is the file as a proxy passed it on; the other successes are not the whole file.
+    if (status != 200 && status != 203)
+        return PlatformError{int(status), QStringLiteral("The server answered: ") + m_status};
+    curl_header *encoding = nullptr;
+    if (curl_easy_header(m_handle.get(), "Content-Encoding", 0, CURLH_HEADER, -1, &encoding)
+            == CURLHE_OK
+        && qstricmp(encoding->value, "identity") != 0) {
+        return PlatformError{0, QStringLiteral("The server sent the file in an encoding that was "
+                                               "not asked for: ")
+                                    + QString::fromLatin1(encoding->value)};
     }
-    if (const auto written = m_file->append(bytes); !written)
-        return fail(written.error());
-    reportProgressIfDue();
-    return true;
+    if (m_file->size() == 0)
+        return PlatformError{0, QStringLiteral("The server sent an empty file")};
+    return std::nullopt;
 }
 
-void HttpTransfer::reportProgressIfDue()
+bool HttpTransfer::update()
 {
     if (m_reportedSize != m_file->size()
         && (!m_lastReport || Clock::now() - *m_lastReport >= reportInterval))
         reportProgress();
-}
-
-bool HttpTransfer::fail(PlatformError error)
-{
-    if (!m_error)
-        m_error = std::move(error);
+    const bool hasBegun = m_file->size() > 0 || m_status.startsWith(u"20");
+    if (Clock::now() - m_lastActivity < (hasBegun ? m_patience.stall : m_patience.answer))
+        return true;
+    m_error = {CURLE_OPERATION_TIMEDOUT, hasBegun ? QStringLiteral("The server stopped answering")
+                                                  : QStringLiteral("The server does not answer")};
     return false;
 }
 
@@ -173,24 +129,33 @@ void HttpTransfer::reportProgress()
 {
     m_lastReport = Clock::now();
     m_reportedSize = m_file->size();
-    m_onProgress(m_file->size(), m_promised);
+    m_onProgress(m_file->size(), expectedSize());
 }
 
 size_t HttpTransfer::onHeader(const char *data, size_t size, size_t count, void *self)
 {
     auto *transfer = static_cast<HttpTransfer *>(self);
     transfer->m_lastActivity = Clock::now();
-    transfer->headerLine(QByteArray(data, static_cast<qsizetype>(size * count)));
-    return transfer->m_error ? 0 : size * count;
+    const QString line = QString::fromLatin1(data, qsizetype(size * count)).trimmed();
+    if (line.startsWith(u"HTTP/"))
+        transfer->m_status = line.section(u' ', 1);
+    return size * count;
 }
 
 size_t HttpTransfer::onBody(const char *data, size_t size, size_t count, void *self)
 {
     auto *transfer = static_cast<HttpTransfer *>(self);
-    const bool taken = transfer->bodyData({data, size * count});
+    const auto written = transfer->m_file->append({data, size * count});
     // Taken after the write, which may have waited for the disk.
     transfer->m_lastActivity = Clock::now();
-    return taken ? size * count : 0;
+    if (!written)
+        transfer->m_error = written.error();
+    return written ? size * count : 0;
+}
+
+int HttpTransfer::onProgress(void *self, curl_off_t, curl_off_t, curl_off_t, curl_off_t)
+{
+    return static_cast<HttpTransfer *>(self)->update() ? 0 : 1;
 }
 
 } // namespace Velloro

@@ -14,37 +14,37 @@ namespace Velloro {
 
 /// One file on its way from a web server into a partial file.
 ///
-/// It is stricter than the library below it: the body has to be exactly as long as the server
-/// promised and not empty, the status 200 or 203, the content not encoded. One thread.
+/// The library checks lengths and statuses of errors; besides, the status has to be 200 or 203 and
+/// the body neither empty nor encoded. One thread.
 class HttpTransfer
 {
 public:
-    using Clock = std::chrono::steady_clock;
     using Outcome = tl::expected<std::unique_ptr<PartialFile>, PlatformError>;
-    /// Bytes received, and expected (-1 when that is not known). Called a few times a second, and
+    /// Bytes received, and expected (0 when that is not known). Called a few times a second, and
     /// with the last byte.
     using ProgressHandler = std::function<void(int64_t written, int64_t expected)>;
+    /// How long a server may be silent before the transfer fails.
+    struct Patience
+    {
+        /// Until the file begins.
+        std::chrono::milliseconds answer = std::chrono::seconds(20);
+        /// In the middle of it.
+        std::chrono::milliseconds stall = std::chrono::seconds(60);
+    };
 
-    HttpTransfer(const QUrl &url, std::unique_ptr<PartialFile> file, ProgressHandler onProgress);
+    HttpTransfer(const QUrl &url, std::unique_ptr<PartialFile> file, Patience patience,
+                 ProgressHandler onProgress);
     HttpTransfer(const HttpTransfer &) = delete;
     HttpTransfer &operator=(const HttpTransfer &) = delete;
 
-    /// For the loop that drives it; owned by the transfer.
+    /// For the loop that drives it; owned by the transfer. The loop has to turn several times in
+    /// the time of its patience.
     [[nodiscard]] CURL *handle() const { return m_handle.get(); }
-    /// Whether a server has begun to send the file.
-    [[nodiscard]] bool hasBegun() const { return isSuccess(); }
-    /// How long nothing has been received.
-    [[nodiscard]] Clock::duration silence() const { return Clock::now() - m_lastActivity; }
-    /// Whether all that was promised is there, whatever the connection does then.
-    [[nodiscard]] bool isComplete() const;
-
-    /// Reports what came since the last report, when that is long enough ago: what follows may be
-    /// long in coming.
-    void reportProgressIfDue();
     /// The result after the library ended with `code`; the transfer is of no use afterwards.
     [[nodiscard]] Outcome finish(CURLcode code);
 
 private:
+    using Clock = std::chrono::steady_clock;
     struct HandleDeleter
     {
         void operator()(CURL *handle) const { curl_easy_cleanup(handle); }
@@ -56,29 +56,28 @@ private:
 
     template <typename T>
     void setOption(CURLoption option, T value);
-    [[nodiscard]] bool isSuccess() const;
-    void headerLine(QByteArray line);
-    [[nodiscard]] bool bodyData(std::span<const char> bytes);
-    [[nodiscard]] bool fail(PlatformError error);
+    [[nodiscard]] PlatformError failure(CURLcode code) const;
+    /// What is wrong with a response that the library takes for whole.
+    [[nodiscard]] std::optional<PlatformError> fault() const;
+    [[nodiscard]] int64_t expectedSize() const;
+    /// Whether the transfer may go on.
+    [[nodiscard]] bool update();
     void reportProgress();
 
     static size_t onHeader(const char *data, size_t size, size_t count, void *self);
     static size_t onBody(const char *data, size_t size, size_t count, void *self);
+    static int onProgress(void *self, curl_off_t, curl_off_t, curl_off_t, curl_off_t);
 
     std::unique_ptr<PartialFile> m_file;
+    Patience m_patience;
     ProgressHandler m_onProgress;
     std::unique_ptr<curl_slist, ListDeleter> m_requestHeaders;
     std::array<char, CURL_ERROR_SIZE> m_libraryError{};
     Clock::time_point m_lastActivity = Clock::now();
     std::optional<Clock::time_point> m_lastReport;
     int64_t m_reportedSize = 0;
-
-    // What the latest response of a chain of redirects says of itself.
-    QByteArray m_statusText;
-    int m_status = 0;
-    int64_t m_promised = -1;
-    bool m_isChunked = false;
-
+    /// Of the latest response of a chain of redirects: "404 Not Found".
+    QString m_status;
     std::optional<PlatformError> m_error;
     std::unique_ptr<CURL, HandleDeleter> m_handle;
 };

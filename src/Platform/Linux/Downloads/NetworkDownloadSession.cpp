@@ -1,7 +1,5 @@
 #include "Platform/Linux/Downloads/NetworkDownloadSession.h"
 
-#include "Platform/Linux/Downloads/HttpTransfer.h"
-
 #include <QPointer>
 #include <algorithm>
 #include <csignal>
@@ -12,9 +10,6 @@ namespace Velloro {
 namespace {
 
 using namespace std::chrono_literals;
-
-/// How long a server that was asked to close the connection may keep it open after the last byte.
-constexpr auto closingTime = 1s;
 
 void initializeLibrary()
 {
@@ -32,12 +27,10 @@ struct NetworkDownloadSession::Running
 
 NetworkDownloadSession::NetworkDownloadSession(DownloadSessionDelegate &delegate,
                                                const QString &temporaryDirectory,
-                                               std::chrono::milliseconds answerTimeout,
-                                               std::chrono::milliseconds stallTimeout)
+                                               HttpTransfer::Patience patience)
     : m_delegate(delegate)
     , m_temporaryDirectory(temporaryDirectory)
-    , m_answerTimeout(answerTimeout)
-    , m_stallTimeout(stallTimeout)
+    , m_patience(patience)
 {
     initializeLibrary();
     m_multi.reset(curl_multi_init());
@@ -112,20 +105,11 @@ void NetworkDownloadSession::run()
             end(*running, message->data.result);
             transfers.erase(running);
         }
-        for (const Running &running : transfers)
-            running.transfer->reportProgressIfDue();
-        std::erase_if(transfers, [this](Running &running) {
-            const bool isOverdue
-                = running.transfer->silence() >= patienceWith(*running.transfer);
-            if (isOverdue)
-                end(running, CURLE_OPERATION_TIMEDOUT);
-            return isOverdue;
-        });
 
         const auto limit = transfers.empty()
             ? std::chrono::milliseconds(1h)
             : std::min<std::chrono::milliseconds>(
-                {500ms, m_answerTimeout / 2, m_stallTimeout / 2});
+                {500ms, m_patience.answer / 2, m_patience.stall / 2});
         curl_multi_poll(m_multi.get(), nullptr, 0, static_cast<int>(limit.count()), nullptr);
     }
     for (const Running &running : transfers)
@@ -148,7 +132,7 @@ void NetworkDownloadSession::begin(const Request &request, std::vector<Running> 
             Qt::QueuedConnection);
     };
     auto transfer =
-        std::make_unique<HttpTransfer>(request.url, std::move(*file), std::move(onProgress));
+        std::make_unique<HttpTransfer>(request.url, std::move(*file), m_patience, std::move(onProgress));
     curl_multi_add_handle(m_multi.get(), transfer->handle());
     transfers.push_back({request.task, std::move(transfer)});
 }
@@ -176,13 +160,6 @@ void NetworkDownloadSession::end(Running &running, CURLcode code)
                 m_delegate.downloadDidComplete(task, std::nullopt);
         },
         Qt::QueuedConnection);
-}
-
-std::chrono::milliseconds NetworkDownloadSession::patienceWith(const HttpTransfer &transfer) const
-{
-    if (transfer.isComplete())
-        return closingTime;
-    return transfer.hasBegun() ? m_stallTimeout : m_answerTimeout;
 }
 
 void NetworkDownloadSession::reportCompletion(DownloadTaskId task, const PlatformError &error)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/DownloadSession.h"
+#include "Platform/Linux/Downloads/HttpTransfer.h"
 
 #include <QObject>
 #include <chrono>
@@ -12,21 +13,15 @@
 
 namespace Velloro {
 
-class HttpTransfer;
-
 /// Downloads over HTTP and HTTPS, with libcurl, on a thread of its own that begins with the first
 /// transfer. Nothing but the reports takes the main thread's time.
 ///
-/// Qt's own client would not do: it takes a body that goes on beyond the promised length, and a
-/// chunked one that breaks off, for a success.
+/// Qt's own client would not do: it takes a chunked body that breaks off for a success.
 class NetworkDownloadSession : public QObject, public DownloadSession
 {
 public:
-    /// A transfer fails when no server begins to send the file for `answerTimeout`, and when
-    /// nothing more of it arrives for `stallTimeout`.
     NetworkDownloadSession(DownloadSessionDelegate &delegate, const QString &temporaryDirectory,
-                           std::chrono::milliseconds answerTimeout = std::chrono::seconds(20),
-                           std::chrono::milliseconds stallTimeout = std::chrono::seconds(60));
+                           HttpTransfer::Patience patience = {});
     /// Waits for the thread, which may have to finish a write to the disk.
     ~NetworkDownloadSession() override;
 
@@ -49,14 +44,11 @@ private:
     void run();
     void begin(const Request &request, std::vector<Running> &transfers);
     void end(Running &running, CURLcode code);
-    /// How long a transfer may be silent in the state in which it is.
-    [[nodiscard]] std::chrono::milliseconds patienceWith(const HttpTransfer &transfer) const;
     void reportCompletion(DownloadTaskId task, const PlatformError &error);
 
     DownloadSessionDelegate &m_delegate;
     const QString m_temporaryDirectory;
-    const std::chrono::milliseconds m_answerTimeout;
-    const std::chrono::milliseconds m_stallTimeout;
+    const HttpTransfer::Patience m_patience;
 
     // Main thread.
     DownloadTaskId m_lastTask = 0;

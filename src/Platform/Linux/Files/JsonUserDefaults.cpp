@@ -1,7 +1,7 @@
 #include "Platform/Linux/Files/JsonUserDefaults.h"
 
 #include "Base/Log.h"
-#include "Platform/Linux/Files/JsonSalvage.h"
+#include "Platform/Linux/Files/LinuxFileSystem.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -10,19 +10,18 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QStandardPaths>
+#include <QTemporaryFile>
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <tl/expected.hpp>
 #include <unistd.h>
-#include <utility>
 
 namespace Velloro {
 
@@ -36,46 +35,10 @@ const QString temporaryInfix = QStringLiteral(".part-");
 /// What follows it in the names of files that were set aside; the moment comes after.
 const QString asideInfix = QStringLiteral(".damaged-");
 /// Settings and 50 transcripts are far smaller; what is bigger is not ours.
-constexpr off_t maximumFileSize = 64 * 1024 * 1024;
+constexpr qint64 maximumFileSize = 64 * 1024 * 1024;
 constexpr int maximumLinkDepth = 40;
-
-/// A file descriptor that is closed at the end of its scope.
-class Descriptor
-{
-public:
-    explicit Descriptor(int descriptor)
-        : m_descriptor(descriptor)
-    {
-    }
-    ~Descriptor()
-    {
-        if (m_descriptor >= 0)
-            ::close(m_descriptor);
-    }
-    Q_DISABLE_COPY_MOVE(Descriptor)
-
-    [[nodiscard]] bool isOpen() const { return m_descriptor >= 0; }
-    [[nodiscard]] int get() const { return m_descriptor; }
-    /// Closes it now; false when the system reports a late write error.
-    [[nodiscard]] bool close() { return ::close(std::exchange(m_descriptor, -1)) == 0; }
-
-private:
-    int m_descriptor;
-};
-
-QString errorText(int error)
-{
-    return QString::fromLocal8Bit(std::strerror(error));
-}
-
-template <typename Call>
-auto retryInterrupted(Call call)
-{
-    auto result = call();
-    while (result == -1 && errno == EINTR)
-        result = call();
-    return result;
-}
+constexpr QFile::Permissions ownersPermissions
+    = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
 
 QString directoryOf(const QString &path)
 {
@@ -192,22 +155,6 @@ struct Encoder
     }
 };
 
-/// Makes a directory and its missing parents, for the user's eyes alone. 0 or the error.
-int makeDirectories(const QString &path)
-{
-    const QByteArray encoded = QFile::encodeName(path);
-    if (::mkdir(encoded.constData(), 0700) == 0 || errno == EEXIST)
-        return 0;
-    if (errno != ENOENT)
-        return errno;
-    const QString parent = directoryOf(path);
-    if (parent == path)
-        return ENOENT;
-    if (const int error = makeDirectories(parent); error != 0)
-        return error;
-    return ::mkdir(encoded.constData(), 0700) == 0 || errno == EEXIST ? 0 : errno;
-}
-
 /// The paths of the files beside `target` whose names go on with `infix` and what `rest` matches.
 QStringList filesBeside(const QString &target, const QString &infix,
                         const QString &rest = QStringLiteral(".*"))
@@ -228,84 +175,81 @@ QStringList filesBeside(const QString &target, const QString &infix,
 /// this moment is locked by it, and stays.
 void removeLeftovers(const QString &target)
 {
-    for (const QString &name : filesBeside(target, temporaryInfix)) {
-        const QByteArray path = QFile::encodeName(name);
-        const Descriptor file(
-            ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
-        if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0)
-            ::unlink(path.constData());
+    for (const QString &path : filesBeside(target, temporaryInfix)) {
+        QFile file(path);
+        if (file.open(QIODevice::ReadOnly) && ::flock(file.handle(), LOCK_EX | LOCK_NB) == 0)
+            file.remove();
     }
 }
 
-/// Writes `content` to a new file beside `target` and puts it in its place. 0 or the error.
-int replaceFile(const QString &target, const QByteArray &content)
+/// Writes `content` to a new file beside `target`, for the user's eyes alone, and puts it in its
+/// place. The reason of a failure, or nothing.
+///
+/// A QSaveFile would do the same, but what a killed process leaves of it bears a name that a user's
+/// own copy could have as well.
+std::optional<QString> replaceFile(const QString &target, const QByteArray &content)
 {
-    QByteArray temporary = QFile::encodeName(target + temporaryInfix) + "XXXXXX";
-    Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
-    if (!file.isOpen())
-        return errno;
-    const auto fail = [&](int error) {
-        ::unlink(temporary.constData());
-        return error;
-    };
-    // The lock tells this file from one that a killed process left. Its mode is 0600 from the
-    // start.
-    ::flock(file.get(), LOCK_EX | LOCK_NB);
+    QTemporaryFile file(target + temporaryInfix + QStringLiteral("XXXXXX"));
+    if (!file.open())
+        return file.errorString();
+    // The lock tells this file from one that a killed process left.
+    ::flock(file.handle(), LOCK_EX | LOCK_NB);
+    if (file.write(content) != content.size() || !file.flush())
+        return file.errorString();
+    if (::fsync(file.handle()) != 0
+        || ::rename(QFile::encodeName(file.fileName()), QFile::encodeName(target)) != 0)
+        return qt_error_string(errno);
+    file.setAutoRemove(false);
 
-    for (qsizetype written = 0; written < content.size();) {
-        const ssize_t count = retryInterrupted([&] {
-            return ::write(file.get(), content.constData() + written,
-                           static_cast<size_t>(content.size() - written));
-        });
-        if (count < 0)
-            return fail(errno);
-        written += count;
-    }
-    if (retryInterrupted([&] { return ::fsync(file.get()); }) != 0)
-        return fail(errno);
-    if (::rename(temporary.constData(), QFile::encodeName(target).constData()) != 0)
-        return fail(errno);
-    if (!file.close())
-        return errno;
-
-    // The rename itself is on disk when the directory is; some file systems can't be asked for it.
-    const QByteArray directoryName = QFile::encodeName(directoryOf(target));
-    const Descriptor directory(
-        ::open(directoryName.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (directory.isOpen() && retryInterrupted([&] { return ::fsync(directory.get()); }) != 0 &&
-        errno != EINVAL && errno != ENOTSUP)
-        return errno;
-    return 0;
+    // The rename itself is on disk when the directory is; some file systems refuse to say so.
+    const int directory
+        = ::open(QFile::encodeName(directoryOf(target)), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const auto closing = qScopeGuard([directory] {
+        if (directory >= 0)
+            ::close(directory);
+    });
+    if (directory >= 0 && ::fsync(directory) != 0 && errno != EINVAL && errno != ENOTSUP)
+        return qt_error_string(errno);
+    return std::nullopt;
 }
 
-/// Renames the file at `target`, whose content can't be used, without overwriting another one; with
-/// `keep`, it stays where it is under its own name as well. Returns the new name or the error.
-tl::expected<QString, int> setAside(const QString &target, bool keep = false)
+/// Gives the file another name, or with `copy` makes a copy of it, without overwriting another one.
+/// Returns the new path, or the reason of the failure.
+tl::expected<QString, QString> setAside(const QString &target, bool copy = false)
 {
-    const QByteArray from = QFile::encodeName(target);
-    const QString base = target + asideInfix +
-                         QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss");
-    for (int attempt = 1;; ++attempt) {
-        const QString aside = attempt == 1 ? base : QStringLiteral("%1-%2").arg(base).arg(attempt);
-        const QByteArray to = QFile::encodeName(aside);
-        if (keep ? ::link(from.constData(), to.constData()) == 0
-                 : ::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(),
-                               RENAME_NOREPLACE) == 0)
-            return aside;
-        if (errno == EEXIST)
-            continue;
-        // A file system without links: what is in memory is written anew.
-        if (keep)
-            return setAside(target);
-        // A file system that does not know the flag.
-        if (errno == EINVAL) {
-            if (QFileInfo::exists(aside))
-                continue;
-            if (::rename(from.constData(), to.constData()) == 0)
-                return aside;
-        }
-        return tl::unexpected(errno);
+    const QString base
+        = target + asideInfix + QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss");
+    QString aside = base;
+    for (int attempt = 2; QFileInfo::exists(aside); ++attempt)
+        aside = QStringLiteral("%1-%2").arg(base).arg(attempt);
+    QFile file(target);
+    if (copy ? file.copy(aside) : file.rename(aside))
+        return aside;
+    return tl::unexpected(file.errorString());
+}
+
+/// The object that the file holds; an empty file holds an empty one. Else what is wrong with it.
+tl::expected<QJsonObject, QString> read(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return tl::unexpected(file.errorString());
+    if (file.size() > maximumFileSize)
+        return tl::unexpected(QStringLiteral("it is too big"));
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return tl::unexpected(file.errorString());
+    if (bytes.isEmpty()) {
+        Log::line(logTag, QStringLiteral("%1 is empty").arg(path));
+        return {};
     }
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
+    if (error.error != QJsonParseError::NoError)
+        return tl::unexpected(error.errorString());
+    if (!document.isObject())
+        return tl::unexpected(QStringLiteral("it does not hold an object"));
+    return document.object();
 }
 
 } // namespace
@@ -359,7 +303,7 @@ void JsonUserDefaults::removeKeptCopies()
     const auto moment = QStringLiteral(R"(\d{8}-\d{6}(-\d+)?)");
     for (const QString &path : filesBeside(*target, asideInfix, moment)) {
         if (::unlink(QFile::encodeName(path).constData()) != 0)
-            Log::line(logTag, QStringLiteral("%1 can't be removed: %2").arg(path, errorText(errno)));
+            Log::line(logTag, QStringLiteral("%1 can't be removed: %2").arg(path, qt_error_string(errno)));
     }
     m_hasKept = false;
 }
@@ -379,7 +323,7 @@ void JsonUserDefaults::keepMistaken(const QString &key)
         return;
     if (const auto aside = setAside(*target, true)) {
         m_hasKept = true;
-        Log::line(logTag, QStringLiteral("%1 is of the wrong type and gives way; %2 as it was is "
+        Log::line(logTag, QStringLiteral("%1 is of the wrong type and is replaced; %2 as it was is "
                                          "kept as %3")
                               .arg(key, *target, *aside));
     }
@@ -391,59 +335,28 @@ void JsonUserDefaults::load()
     if (!target)
         return;
     removeLeftovers(*target);
-
-    const auto reject = [&](const QString &reason, const QJsonObject &salvaged = {}) {
-        const auto aside = setAside(*target);
-        m_mustSetAside = !aside;
-        QString line = aside ? QStringLiteral("%1 is damaged (%2) and was set aside as %3")
-                                   .arg(*target, reason, *aside)
-                             : QStringLiteral("%1 is damaged (%2) and can't be set aside (%3)")
-                                   .arg(*target, reason, errorText(aside.error()));
-        if (!salvaged.isEmpty())
-            line += QStringLiteral("; kept from it: %1").arg(salvaged.size());
-        Log::line(logTag, line);
-        m_object = salvaged;
-        if (!salvaged.isEmpty())
-            save();
-    };
-    const Descriptor file(
-        ::open(QFile::encodeName(*target).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!file.isOpen()) {
-        if (errno != ENOENT && errno != ENOTDIR)
-            reject(errorText(errno));
+    const QFileInfo info(*target);
+    if (!info.exists())
         return;
-    }
-    struct stat status{};
-    if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+    if (!info.isFile()) {
         // Not a file that we or the user's tools wrote; `write` leaves it alone, too.
         Log::line(logTag, QStringLiteral("%1 is not a file, so no settings are read").arg(*target));
         return;
     }
-    if (status.st_size > maximumFileSize)
-        return reject(QStringLiteral("it is too big"));
-
-    QFile content;
-    if (!content.open(file.get(), QIODevice::ReadOnly))
-        return reject(content.errorString());
-    const QByteArray bytes = content.readAll();
-    if (content.error() != QFileDevice::NoError)
-        return reject(content.errorString());
-    if (bytes.isEmpty()) {
-        // There is nothing in it to be lost.
-        Log::line(logTag, QStringLiteral("%1 is empty").arg(*target));
+    const auto settings = read(*target);
+    if (!settings) {
+        const auto aside = setAside(*target);
+        m_mustSetAside = !aside;
+        Log::line(logTag, aside
+                      ? QStringLiteral("%1 is damaged (%2) and was set aside as %3")
+                            .arg(*target, settings.error(), *aside)
+                      : QStringLiteral("%1 is damaged (%2) and can't be set aside (%3)")
+                            .arg(*target, settings.error(), aside.error()));
         return;
     }
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
-    if (error.error != QJsonParseError::NoError)
-        return reject(error.errorString(), salvageJsonMembers(bytes));
-    if (!document.isObject())
-        return reject(QStringLiteral("it does not hold an object"));
-
     // Dictated texts are nobody else's business, however the file came here.
-    if ((status.st_mode & 0077) != 0)
-        (void)::fchmod(file.get(), 0600);
-    m_object = document.object();
+    QFile::setPermissions(*target, info.permissions() & ownersPermissions);
+    m_object = *settings;
     m_stored = stampOf(*target);
 }
 
@@ -461,20 +374,19 @@ std::optional<QString> JsonUserDefaults::write()
 {
     const auto target = followLinks(m_path);
     if (!target)
-        return errorText(ELOOP);
+        return qt_error_string(ELOOP);
     const QFileInfo info(*target);
     if (info.exists() && !info.isFile())
         return QStringLiteral("something that is not a file is in its place");
     if (m_mustSetAside && info.exists()) {
         if (const auto aside = setAside(*target); !aside)
-            return QStringLiteral("the damaged file can't be set aside: ") +
-                   errorText(aside.error());
+            return QStringLiteral("the damaged file can't be set aside: ") + aside.error();
     }
     m_mustSetAside = false;
-    if (const int error = makeDirectories(directoryOf(*target)); error != 0)
-        return errorText(error);
-    if (const int error = replaceFile(*target, QJsonDocument(m_object).toJson()); error != 0)
-        return errorText(error);
+    if (const auto made = LinuxFileSystem().createDirectory(directoryOf(*target)); !made)
+        return made.error().localizedDescription;
+    if (const auto reason = replaceFile(*target, QJsonDocument(m_object).toJson()))
+        return reason;
     m_stored = stampOf(*target);
     return std::nullopt;
 }
