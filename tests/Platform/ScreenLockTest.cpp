@@ -79,7 +79,7 @@ protected:
     {
         if (!QDBusConnection::sessionBus().isConnected())
             GTEST_SKIP() << "needs a session bus";
-        ASSERT_TRUE(desktop.bus.registerService(gnome));
+        ASSERT_TRUE(desktop.bus.registerService(mate));
         ASSERT_TRUE(desktop.bus.registerService(u"org.freedesktop.login1"_qs));
     }
     /// One bus is both.
@@ -94,7 +94,7 @@ protected:
         return waitUntil([&] { return state->isLocked() == isLocked; });
     }
 
-    const QString gnome = u"org.gnome.ScreenSaver"_qs;
+    const QString mate = u"org.mate.ScreenSaver"_qs;
     Desktop desktop;
     std::unique_ptr<DBusLockState> state;
     std::unique_ptr<QSignalSpy> locks;
@@ -106,9 +106,8 @@ TEST_F(DBusLockStateTest, followsScreenSaversAndTheLoginManager)
     ASSERT_TRUE(waitUntil([&] { return desktop.answers == 4; })) << "all have been asked";
     EXPECT_FALSE(state->isLocked());
     int times = 0;
-    for (const char *name : {"org.gnome.ScreenSaver", "org.freedesktop.ScreenSaver",
-                             "org.cinnamon.ScreenSaver", "org.mate.ScreenSaver",
-                             "org.xfce.ScreenSaver"}) {
+    for (const char *name : {"org.freedesktop.ScreenSaver", "org.cinnamon.ScreenSaver",
+                             "org.mate.ScreenSaver", "org.xfce.ScreenSaver"}) {
         for (const bool active : {true, false}) {
             desktop.tellActive(QString::fromLatin1(name), active);
             EXPECT_TRUE(becomes(active)) << name;
@@ -119,20 +118,45 @@ TEST_F(DBusLockStateTest, followsScreenSaversAndTheLoginManager)
     // Another user's session says nothing about this one.
     desktop.tellHint(u"/org/freedesktop/login1/session/_38"_qs, true);
     for (const bool active : {true, false}) {
-        desktop.tellActive(gnome, active);
+        desktop.tellActive(mate, active);
         EXPECT_TRUE(becomes(active));
     }
     // When two say so it is locked once, and until the last one, which ends here, holds no lock.
     desktop.tellHint(desktop.sessionPath, true);
     EXPECT_TRUE(becomes(true));
-    desktop.tellActive(gnome, true);
+    desktop.tellActive(mate, true);
     desktop.tellHint(desktop.sessionPath, false);
-    desktop.bus.unregisterService(gnome);
+    desktop.bus.unregisterService(mate);
     EXPECT_TRUE(becomes(false));
     EXPECT_EQ(locks->count(), times + 2);
     desktop.isActive = true;
-    desktop.bus.registerService(gnome);
+    desktop.bus.registerService(mate);
     EXPECT_TRUE(becomes(true));
+}
+
+TEST_F(DBusLockStateTest, aBlankedScreenIsNotLockedWhereTheLoginManagerTellsOfLocks)
+{
+    const QString gnome = u"org.gnome.ScreenSaver"_qs;
+    start();
+    ASSERT_TRUE(waitUntil([&] { return desktop.answers == 4; }));
+    for (const bool isBlanked : {false, true}) {
+        desktop.tellActive(gnome, isBlanked);
+        for (const bool hint : {true, false}) {
+            desktop.tellHint(desktop.sessionPath, hint);
+            EXPECT_TRUE(becomes(hint));
+        }
+    }
+    // The other's word comes after the one that is not counted.
+    desktop.tellActive(mate, true);
+    EXPECT_TRUE(becomes(true));
+    desktop.tellActive(mate, false);
+    EXPECT_TRUE(becomes(false));
+    EXPECT_EQ(locks->count(), 3);
+
+    desktop.bus.unregisterService(u"org.freedesktop.login1"_qs);
+    start();
+    desktop.tellActive(gnome, true);
+    EXPECT_TRUE(becomes(true)) << "there is nobody else to tell";
 }
 
 TEST_F(DBusLockStateTest, knowsWhatWasLockedBefore)
