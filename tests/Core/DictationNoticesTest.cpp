@@ -84,6 +84,29 @@ TEST_F(RefusedPressTest, SaysWhatIsMissingAndWhereThatIsMended)
         << told.toStdString();
 }
 
+TEST_F(RefusedPressTest, SaysThatThePresetsModelIsDamaged)
+{
+    FakeWhisper::setLoadScript([](const QString &) { return false; });
+    // Whether the press finds another one to try or not.
+    for (const bool hasOther : {false, true}) {
+        controller.reset();
+        hotkeys.reset();
+        launch();
+        addModel(u"small-q8_0"_qs);
+        if (hasOther)
+            addModel(u"small"_qs);
+        const QString told
+            = toldAfterPresses(hasOther ? u"Failed to load model JIT: "_qs
+                                        : u"Cannot start recording: model not downloaded."_qs);
+        EXPECT_TRUE(told.contains(u"Medium preset is damaged"_qs) && told.contains(u"Settings"_qs))
+            << told.toStdString();
+    }
+
+    // One that can't be read may be whole.
+    ASSERT_TRUE(QFile::remove(state->whisperManager().modelURL(u"small-q8_0"_qs)));
+    EXPECT_TRUE(toldAfterPresses(u"Failed to load model JIT: "_qs).contains(u"could not be loaded"_qs));
+}
+
 TEST_F(RefusedPressTest, SaysThatTheHotkeyWasTakenByTheFieldThatRecordsIt)
 {
     launch();

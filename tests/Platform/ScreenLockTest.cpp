@@ -11,6 +11,8 @@
 #include <QDBusVirtualObject>
 #include <QSignalSpy>
 
+using namespace std::chrono_literals;
+
 namespace Velloro {
 namespace {
 
@@ -79,7 +81,7 @@ protected:
     {
         if (!QDBusConnection::sessionBus().isConnected())
             GTEST_SKIP() << "needs a session bus";
-        ASSERT_TRUE(desktop.bus.registerService(gnome));
+        ASSERT_TRUE(desktop.bus.registerService(mate));
         ASSERT_TRUE(desktop.bus.registerService(u"org.freedesktop.login1"_qs));
     }
     /// One bus is both.
@@ -94,7 +96,7 @@ protected:
         return waitUntil([&] { return state->isLocked() == isLocked; });
     }
 
-    const QString gnome = u"org.gnome.ScreenSaver"_qs;
+    const QString mate = u"org.mate.ScreenSaver"_qs;
     Desktop desktop;
     std::unique_ptr<DBusLockState> state;
     std::unique_ptr<QSignalSpy> locks;
@@ -106,9 +108,8 @@ TEST_F(DBusLockStateTest, followsScreenSaversAndTheLoginManager)
     ASSERT_TRUE(waitUntil([&] { return desktop.answers == 4; })) << "all have been asked";
     EXPECT_FALSE(state->isLocked());
     int times = 0;
-    for (const char *name : {"org.gnome.ScreenSaver", "org.freedesktop.ScreenSaver",
-                             "org.cinnamon.ScreenSaver", "org.mate.ScreenSaver",
-                             "org.xfce.ScreenSaver"}) {
+    for (const char *name : {"org.freedesktop.ScreenSaver", "org.cinnamon.ScreenSaver",
+                             "org.mate.ScreenSaver", "org.xfce.ScreenSaver"}) {
         for (const bool active : {true, false}) {
             desktop.tellActive(QString::fromLatin1(name), active);
             EXPECT_TRUE(becomes(active)) << name;
@@ -119,20 +120,45 @@ TEST_F(DBusLockStateTest, followsScreenSaversAndTheLoginManager)
     // Another user's session says nothing about this one.
     desktop.tellHint(u"/org/freedesktop/login1/session/_38"_qs, true);
     for (const bool active : {true, false}) {
-        desktop.tellActive(gnome, active);
+        desktop.tellActive(mate, active);
         EXPECT_TRUE(becomes(active));
     }
     // When two say so it is locked once, and until the last one, which ends here, holds no lock.
     desktop.tellHint(desktop.sessionPath, true);
     EXPECT_TRUE(becomes(true));
-    desktop.tellActive(gnome, true);
+    desktop.tellActive(mate, true);
     desktop.tellHint(desktop.sessionPath, false);
-    desktop.bus.unregisterService(gnome);
+    desktop.bus.unregisterService(mate);
     EXPECT_TRUE(becomes(false));
     EXPECT_EQ(locks->count(), times + 2);
     desktop.isActive = true;
-    desktop.bus.registerService(gnome);
+    desktop.bus.registerService(mate);
     EXPECT_TRUE(becomes(true));
+}
+
+TEST_F(DBusLockStateTest, aBlankedScreenIsNotLockedWhereTheLoginManagerTellsOfLocks)
+{
+    const QString gnome = u"org.gnome.ScreenSaver"_qs;
+    start();
+    ASSERT_TRUE(waitUntil([&] { return desktop.answers == 4; }));
+    for (const bool isBlanked : {false, true}) {
+        desktop.tellActive(gnome, isBlanked);
+        for (const bool hint : {true, false}) {
+            desktop.tellHint(desktop.sessionPath, hint);
+            EXPECT_TRUE(becomes(hint));
+        }
+    }
+    // The other's word comes after the one that is not counted.
+    desktop.tellActive(mate, true);
+    EXPECT_TRUE(becomes(true));
+    desktop.tellActive(mate, false);
+    EXPECT_TRUE(becomes(false));
+    EXPECT_EQ(locks->count(), 3);
+
+    desktop.bus.unregisterService(u"org.freedesktop.login1"_qs);
+    start();
+    desktop.tellActive(gnome, true);
+    EXPECT_TRUE(becomes(true)) << "there is nobody else to tell";
 }
 
 TEST_F(DBusLockStateTest, knowsWhatWasLockedBefore)
@@ -184,6 +210,72 @@ TEST_F(X11ScreenLockTest, tellsWhetherTheKeyboardIsTaken)
     EXPECT_EQ(answers, (std::vector<bool>{true, false, false}));
     EXPECT_FALSE(grab.isHeldByAnother());
     EXPECT_TRUE(X11Keyboards(connection).logicallyHeld().none());
+}
+
+/// Another program's window, which may be a locker's.
+class CoveringWindow
+{
+public:
+    CoveringWindow(bool isManaged, bool isLarge, bool takesKeyboard)
+    {
+        xcb_connection_t *xcb = m_client->xcb();
+        const XcbReply<xcb_get_geometry_reply_t> screen(
+            xcb_get_geometry_reply(xcb, xcb_get_geometry(xcb, m_client->root()), nullptr));
+        const uint16_t height = isLarge ? screen->height : screen->height / 2;
+        const uint32_t overridesRedirection = 1;
+        xcb_create_window(xcb, XCB_COPY_FROM_PARENT, m_window, m_client->root(), 0, 0,
+                          screen->width, height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                          XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT, &overridesRedirection);
+        if (isManaged) {
+            const xcb_window_t inFrame = xcb_generate_id(xcb);
+            xcb_create_window(xcb, XCB_COPY_FROM_PARENT, inFrame, m_window, 0, 0, 1, 1, 0,
+                              XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+            const xcb_atom_t state = m_client->atom("WM_STATE");
+            const uint32_t normal = 1;
+            xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, inFrame, state, state, 32, 1, &normal);
+        }
+        xcb_map_window(xcb, m_window);
+        if (takesKeyboard) {
+            xcb_grab_keyboard(xcb, 0, m_client->root(), XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC,
+                              XCB_GRAB_MODE_ASYNC);
+        }
+        (void)X11Keyboards(m_client).logicallyHeld();
+    }
+
+private:
+    std::shared_ptr<X11Connection> m_client = X11Connection::open();
+    xcb_window_t m_window = xcb_generate_id(m_client->xcb());
+};
+
+TEST_F(X11ScreenLockTest, noticesALockerThatTellsNobody)
+{
+    const struct
+    {
+        const char *description;
+        bool isManaged;
+        bool isLarge;
+        bool takesKeyboard;
+        bool isLocker;
+    } cases[] = {
+        {"a splash screen", false, true, false, false},
+        {"a menu", false, false, true, false},
+        {"a virtual machine", true, true, true, false},
+        {"a locker", false, true, true, true},
+    };
+    X11LockerWatch watch(connection, 10ms);
+    QSignalSpy lockers(&watch, &X11LockerWatch::lockerAppeared);
+    for (const auto &[description, isManaged, isLarge, takesKeyboard, isLocker] : cases) {
+        SCOPED_TRACE(description);
+        const CoveringWindow window(isManaged, isLarge, takesKeyboard);
+        if (isLocker) {
+            EXPECT_TRUE(waitUntil([&] { return lockers.count() == 1; }));
+            continue;
+        }
+        bool hasLooked = false;
+        QTimer::singleShot(200ms, [&] { hasLooked = true; });
+        ASSERT_TRUE(waitUntil([&] { return hasLooked; }));
+        EXPECT_EQ(lockers.count(), 0);
+    }
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "Core/Dictation/DictationController.h"
 
 #include "Base/Log.h"
+#include "Core/Recognition/ModelFile.h"
 #include "Managers/TextCorrector.h"
 
 #include <QCoroFuture>
@@ -468,7 +469,12 @@ void DictationController::reportFailedLoad(const ModelLoadError &error)
 {
     const QString reason = localizedDescription(error);
     log(u"Failed to load model JIT: "_qs + reason);
-    m_notices.tell(DictationNotices::Cause::modelLoadFailed, reason);
+    if (isPresetModelDamaged()) {
+        m_notices.tell(DictationNotices::Cause::modelDamaged,
+                       rawValue(m_appState.selectedModel()));
+    } else {
+        m_notices.tell(DictationNotices::Cause::modelLoadFailed, reason);
+    }
 }
 
 void DictationController::tellOfMissingModel()
@@ -478,8 +484,20 @@ void DictationController::tellOfMissingModel()
         = m_appState.whisperManager().modelStates().value(m_appState.modelId(preset));
     if (std::holds_alternative<ModelDownloadState::Downloading>(state.value))
         m_notices.tell(DictationNotices::Cause::modelOnItsWay);
+    else if (isPresetModelDamaged())
+        m_notices.tell(DictationNotices::Cause::modelDamaged, rawValue(preset));
     else
         m_notices.tell(DictationNotices::Cause::modelMissing, rawValue(preset));
+}
+
+bool DictationController::isPresetModelDamaged() const
+{
+    const WhisperManager &manager = m_appState.whisperManager();
+    const QString id = m_appState.modelId(m_appState.selectedModel());
+    if (!manager.isModelFilePresent(id))
+        return false;
+    const QString path = manager.modelURL(id);
+    return ModelFile::isForeign(path) || ModelFile::isDamaged(path);
 }
 
 bool DictationController::hasKeyboard()

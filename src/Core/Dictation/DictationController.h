@@ -96,6 +96,8 @@ private:
     void showTextFieldNotification();
     void reportFailedLoad(const ModelLoadError &error);
     void tellOfMissingModel();
+    /// Whether the file of the selected preset's model is there and holds no model. Reads it.
+    [[nodiscard]] bool isPresetModelDamaged() const;
     /// Whether what is typed reaches the window in front, not a screen locker or the like.
     [[nodiscard]] bool hasKeyboard();
     void tellWhoHasKeyboard();

@@ -42,6 +42,10 @@ QString DictationNotices::text(Cause cause, const QString &detail)
         return tr("There is no voice model for the %1 preset yet. Download one in Settings, under "
                   "Model.")
             .arg(detail);
+    case Cause::modelDamaged:
+        return tr("The voice model of the %1 preset is damaged. Delete it in Settings, under Model, "
+                  "and download it again.")
+            .arg(detail);
     case Cause::modelOnItsWay:
         return tr("The voice model is still being downloaded. You can dictate as soon as it has "
                   "arrived.");

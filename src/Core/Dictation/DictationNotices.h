@@ -22,6 +22,7 @@ public:
 
     enum class Cause {
         modelMissing,     ///< The detail is the preset's name.
+        modelDamaged,     ///< The detail is the preset's name.
         modelOnItsWay,    ///< The preset's model is being downloaded.
         modelLoadFailed,  ///< The detail is the error's description.
         microphoneRefused,

@@ -19,6 +19,10 @@ constexpr const char *screenSavers[] = {
     "org.freedesktop.ScreenSaver", "org.gnome.ScreenSaver", "org.cinnamon.ScreenSaver",
     "org.mate.ScreenSaver", "org.xfce.ScreenSaver"};
 
+/// Blanks the screen without locking it where the user wants that, and tells the login manager of
+/// every lock.
+const QString blankingScreenSaver = QStringLiteral("org.gnome.ScreenSaver");
+
 const QString connectionName = QStringLiteral("velloro-login");
 const QString login = QStringLiteral("org.freedesktop.login1");
 const QString loginPath = QStringLiteral("/org/freedesktop/login1");
@@ -55,6 +59,12 @@ DBusLockState::~DBusLockState()
 {
     m_systemBus = QDBusConnection(QString());
     QDBusConnection::disconnectFromBus(connectionName);
+}
+
+bool DBusLockState::isLocked() const
+{
+    const bool isBlanked = m_isHintKnown && m_locks.contains(blankingScreenSaver);
+    return m_locks.size() > (isBlanked ? 1 : 0);
 }
 
 QString DBusLockState::defaultSystemBusAddress()
@@ -117,7 +127,7 @@ void DBusLockState::watchSession(const QString &path)
     m_systemBus.connect(QString(), path, properties, QStringLiteral("PropertiesChanged"), this,
                         SLOT(sessionPropertiesChanged(QDBusMessage)));
     ask(m_systemBus, getProperty(path, lockedHint), [this](const QVariant &hint) {
-        setLocked(login, hint.value<QDBusVariant>().variant().toBool());
+        setHint(hint.value<QDBusVariant>().variant().toBool());
     });
 }
 
@@ -128,7 +138,7 @@ void DBusLockState::sessionPropertiesChanged(const QDBusMessage &message)
         return;
     const auto changed = qdbus_cast<QVariantMap>(arguments.value(1));
     if (const auto hint = changed.constFind(lockedHint); hint != changed.constEnd())
-        setLocked(login, hint->toBool());
+        setHint(hint->toBool());
 }
 
 void DBusLockState::ask(const QDBusConnection &bus, const QDBusMessage &call,
@@ -143,14 +153,20 @@ void DBusLockState::ask(const QDBusConnection &bus, const QDBusMessage &call,
     });
 }
 
-void DBusLockState::setLocked(const QString &who, bool isLocked)
+void DBusLockState::setHint(bool isLocked)
 {
-    const bool wasLocked = this->isLocked();
-    if (isLocked)
+    m_isHintKnown = true;
+    setLocked(login, isLocked);
+}
+
+void DBusLockState::setLocked(const QString &who, bool saysLocked)
+{
+    const bool wasLocked = isLocked();
+    if (saysLocked)
         m_locks.insert(who);
     else
         m_locks.remove(who);
-    if (isLocked && !wasLocked)
+    if (isLocked() && !wasLocked)
         Q_EMIT locked();
 }
 

@@ -13,6 +13,10 @@ namespace Velloro {
 
 /// Whether the screen is locked, as the desktop's screen saver tells on the session bus and the
 /// login manager on the system bus. Both are asked once and heard from then on; nobody is waited for.
+///
+/// A screen saver tells that it is active, which can also mean that it has only blanked the screen.
+/// GNOME's is not counted where the login manager knows of the session, which it tells of the lock
+/// itself. Of the others an active one counts as a lock: most tell nothing more of a real one.
 class DBusLockState final : public QObject
 {
     Q_OBJECT
@@ -23,7 +27,7 @@ public:
                            const QString &systemBusAddress = defaultSystemBusAddress());
     ~DBusLockState() override;
 
-    [[nodiscard]] bool isLocked() const { return !m_locks.isEmpty(); }
+    [[nodiscard]] bool isLocked() const;
 
     [[nodiscard]] static QString defaultSystemBusAddress();
 
@@ -45,13 +49,17 @@ private:
     void watchSession(const QString &path);
     /// Calls without waiting; an error leads to nothing.
     void ask(const QDBusConnection &bus, const QDBusMessage &call, const AnswerHandler &handler);
-    void setLocked(const QString &who, bool isLocked);
+    /// What the login manager has told.
+    void setHint(bool isLocked);
+    void setLocked(const QString &who, bool saysLocked);
 
     QDBusConnection m_sessionBus;
     QDBusConnection m_systemBus{QString()};
     std::unique_ptr<DBusGreeting> m_greeting;
-    /// Who says that the screen is locked.
+    /// Who says that the screen is locked, or that it has blanked it.
     QSet<QString> m_locks;
+    /// The login manager has told whether the session is locked.
+    bool m_isHintKnown = false;
 };
 
 } // namespace Velloro

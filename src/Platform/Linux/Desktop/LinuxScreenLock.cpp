@@ -5,11 +5,14 @@
 namespace Velloro {
 
 LinuxScreenLock::LinuxScreenLock(std::unique_ptr<DBusLockState> lockState,
-                                 std::shared_ptr<X11Connection> connection)
+                                 const std::shared_ptr<X11Connection> &connection)
     : m_lockState(std::move(lockState))
-    , m_keyboardGrab(connection ? std::make_unique<X11KeyboardGrab>(std::move(connection)) : nullptr)
+    , m_keyboardGrab(connection ? std::make_unique<X11KeyboardGrab>(connection) : nullptr)
+    , m_lockerWatch(connection ? std::make_unique<X11LockerWatch>(connection) : nullptr)
 {
     connect(m_lockState.get(), &DBusLockState::locked, this, &ScreenLock::locked);
+    if (m_lockerWatch)
+        connect(m_lockerWatch.get(), &X11LockerWatch::lockerAppeared, this, &ScreenLock::locked);
 }
 
 bool LinuxScreenLock::isKeyboardTaken()
