@@ -163,6 +163,25 @@ TEST_F(TextInsertionManagerTest, KnowsWhetherItsTextArrivedAndStillHasTheFocus)
     }
 }
 
+TEST_F(TextInsertionManagerTest, APasteThatIsRefusedIsNoInsertion)
+{
+    auto &field = accessibility->focusText(u"Hello"_qs, {5, 0});
+    manager.insertText(u"!"_qs);
+    field.refusesValue = field.refusesSelectedText = true;
+    memory.pasteboard->isFetched = false;
+    memory.pasteboard->isContested = true;
+    EXPECT_TRUE(manager.insertText(u"?"_qs));
+    EXPECT_TRUE(manager.wasLastPasteRefused());
+    EXPECT_EQ(memory.output, QStringList{u"borrow ?"_qs});
+    EXPECT_TRUE(manager.lastInsertionArrived()) << "the one before, which was written";
+    accessibility->showsWrites = false;
+    EXPECT_FALSE(manager.isAtLastInsertion());
+
+    field.refusesValue = false;
+    manager.insertText(u"?"_qs);
+    EXPECT_FALSE(manager.wasLastPasteRefused()) << "written";
+}
+
 TEST_F(TextInsertionManagerTest, GivesThePasteboardBackHalfASecondAfterTheLastPaste)
 {
     memory.pasteboard->content = u"mine"_qs;

@@ -7,8 +7,10 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <set>
 #include <vector>
+#include <xcb/xfixes.h>
 
 namespace Velloro {
 
@@ -58,6 +60,12 @@ public:
             m_client->given.clear();
             m_client->selection.own(content);
         });
+    }
+    /// Takes the selection with this content now, and again whenever another takes it.
+    void insistOn(const SelectionContent &content)
+    {
+        run([&] { m_client->insists = content; });
+        own(content);
     }
     /// Whether somebody has been given this form, to its end.
     bool hasGiven(const QByteArray &target)
@@ -123,6 +131,7 @@ private:
         BorrowedSelection selection;
         SelectionReader *reader = nullptr;
         std::set<xcb_atom_t> given;
+        std::optional<SelectionContent> insists;
         xcb_atom_t hangsAt = XCB_ATOM_NONE;
     };
 
@@ -138,7 +147,13 @@ private:
         m_client->selection.handleEvent(event);
         if (m_client->reader)
             m_client->reader->handleEvent(event);
-        m_changes += (event->response_type & 0x7f) == m_client->window.ownerEvent();
+        if ((event->response_type & 0x7f) == m_client->window.ownerEvent()) {
+            ++m_changes;
+            const auto &change
+                = *reinterpret_cast<const xcb_xfixes_selection_notify_event_t *>(event);
+            if (m_client->insists && change.owner != window())
+                m_client->selection.own(*m_client->insists);
+        }
         if ((event->response_type & 0x7f) != XCB_SELECTION_REQUEST)
             return;
         const auto &request = *reinterpret_cast<const xcb_selection_request_event_t *>(event);

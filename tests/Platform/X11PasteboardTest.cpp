@@ -293,7 +293,7 @@ TEST_F(X11PasteboardTest, aPasteGetsItsOwnTextHoweverLateItIs)
 {
     program->own(program->text(u"copied"_qs));
     pasteboard->borrow(u"first"_qs);
-    pasteboard->beginPaste(program->window());
+    EXPECT_TRUE(pasteboard->beginPaste(program->window()));
     pasteboard->borrow(u"second"_qs);
     EXPECT_EQ(paste(clipboard), "second");
     EXPECT_EQ(program->readText(), "first");
@@ -303,7 +303,7 @@ TEST_F(X11PasteboardTest, aPasteGetsItsOwnTextHoweverLateItIs)
     // The giving back waits for the paste, and not without end.
     for (const bool isRead : {true, false}) {
         pasteboard->borrow(u"dictated"_qs);
-        pasteboard->beginPaste(program->window());
+        EXPECT_TRUE(pasteboard->beginPaste(program->window()));
         pasteboard->giveBack();
         EXPECT_EQ(paste(clipboard), "dictated");
         if (isRead) {
@@ -313,12 +313,57 @@ TEST_F(X11PasteboardTest, aPasteGetsItsOwnTextHoweverLateItIs)
     }
 }
 
+TEST_F(X11PasteboardTest, aPasteGetsTheDictatedTextAlthoughAnotherTookTheClipboard)
+{
+    OtherProgram selected("PRIMARY");
+    for (OtherProgram *thief : {program.get(), &selected}) {
+        pasteboard->follow();
+        pasteboard->borrow(u"dictated"_qs);
+        pasteboard->lendToPrimarySelection();
+        thief->own(thief->text(u"copied meanwhile"_qs));
+        EXPECT_TRUE(pasteboard->beginPaste(program->window()));
+        EXPECT_FALSE(pasteboard->wasPasteRefused());
+        EXPECT_EQ(paste(clipboard), "dictated");
+        EXPECT_EQ(paste(primary), "dictated");
+        EXPECT_EQ(program->readText(), "dictated");
+        EXPECT_TRUE(pasteboard->awaitPaste());
+        // It is the user's.
+        pasteboard->giveBack();
+        const QString &selection = thief == &selected ? primary : clipboard;
+        EXPECT_TRUE(waitUntil([&] { return paste(selection) == "copied meanwhile"; }));
+        pasteboard->unfollow();
+    }
+}
+
+TEST_F(X11PasteboardTest, pastesNoOtherText)
+{
+    pasteboard->borrow(u"dictated"_qs);
+    program->insistOn(program->text(u"of another program"_qs));
+    EXPECT_TRUE(waitUntil([&] { return !pasteboard->beginPaste(program->window()); }));
+    EXPECT_TRUE(pasteboard->wasPasteRefused());
+    pasteboard->giveBack();
+    EXPECT_EQ(paste(clipboard), "of another program");
+
+    // A clipboard manager that keeps everything itself.
+    OtherProgram manager;
+    program.reset();
+    pasteboard->borrow(u"dictated, too"_qs);
+    EXPECT_FALSE(pasteboard->wasPasteRefused());
+    manager.own(manager.text(u"dictated, too"_qs));
+    EXPECT_EQ(manager.readText(), "dictated, too"); // and has met its own change
+    const int changes = manager.changes();
+    EXPECT_TRUE(pasteboard->beginPaste(manager.window()));
+    EXPECT_EQ(manager.readText(), "dictated, too");
+    EXPECT_EQ(manager.changes(), changes) << "nobody is fought";
+    EXPECT_FALSE(pasteboard->awaitPaste()) << "the manager does not tell who has fetched it";
+}
+
 TEST_F(X11PasteboardTest, waitsForThePasteAndNotWithoutEnd)
 {
     pasteboard->borrow(u"words"_qs);
     const auto beginPaste = [&] {
         EXPECT_EQ(program->readText(), "words"); // and is done with the one before
-        pasteboard->beginPaste(program->window());
+        EXPECT_TRUE(pasteboard->beginPaste(program->window()));
     };
     qint64 shortest = hangGuard;
     for (int tries = 0; tries < 3; ++tries) {
@@ -338,7 +383,7 @@ TEST_F(X11PasteboardTest, waitsForThePasteAndNotWithoutEnd)
     EXPECT_TRUE(pasteboard->awaitPaste());
 
     // A field of this program's own reads it when nobody waits any more.
-    pasteboard->beginPaste(program->window(), true);
+    EXPECT_TRUE(pasteboard->beginPaste(program->window(), true));
     QElapsedTimer unwaited;
     unwaited.start();
     EXPECT_FALSE(pasteboard->awaitPaste());

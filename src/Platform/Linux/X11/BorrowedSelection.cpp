@@ -121,6 +121,29 @@ void BorrowedSelection::borrow(SelectionContent content)
     take(std::move(content), m_window.serverTime());
 }
 
+bool BorrowedSelection::holds(const QByteArray &text)
+{
+    const xcb_window_t current = owner();
+    // The answer came after the news of every change before it.
+    m_connection->dispatchPending();
+    if (current == m_window.id())
+        return m_isBorrowed;
+    if (current == XCB_WINDOW_NONE)
+        return false;
+    if (current != m_readOwner || !m_reader)
+        startReading();
+    awaitReading();
+    const SelectionContent::Form *form =
+        m_displaced ? m_displaced->form(m_atoms.utf8String) : nullptr;
+    const bool isSame = form && form->data == text;
+    // Nobody would tell when it is out of date.
+    if (!m_isFollowing) {
+        m_reader.reset();
+        m_displaced.reset();
+    }
+    return isSame;
+}
+
 void BorrowedSelection::giveBack()
 {
     if (!m_isBorrowed || isReading())

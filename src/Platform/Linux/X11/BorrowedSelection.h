@@ -43,6 +43,10 @@ public:
     /// Puts a content there until `giveBack`. What is displaced is waited for where it has not been
     /// read yet: 120 ms without a sign of life and half a second at most.
     void borrow(SelectionContent content);
+    /// Whether this text, in UTF-8, is there now: borrowed by us, or in the hands of a program that
+    /// has taken it over, as some clipboard managers do. Waits like `borrow` for what another
+    /// program has.
+    [[nodiscard]] bool holds(const QByteArray &text);
     /// Puts back what was displaced. What is still being read then delays it: it is to be called
     /// again at `read`.
     void giveBack();

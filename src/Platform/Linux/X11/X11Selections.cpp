@@ -56,8 +56,10 @@ X11Selections::~X11Selections()
 
 void X11Selections::setString(const QString &text)
 {
-    if (m_connection->isAlive())
-        m_clipboard.own(SelectionContent::ofText(m_atoms, text));
+    if (!m_connection->isAlive())
+        return;
+    m_text.reset();
+    m_clipboard.own(SelectionContent::ofText(m_atoms, text));
 }
 
 void X11Selections::follow()
@@ -82,6 +84,8 @@ void X11Selections::borrow(const QString &text)
     // The paste before keeps its own text until it has been served.
     if (!isPasteUnderWay())
         m_paste.reset();
+    m_text = text;
+    m_isPrimaryLent = false;
     m_clipboard.borrow(SelectionContent::ofPassingText(m_atoms, text));
     awaitNotice();
 }
@@ -103,14 +107,17 @@ void X11Selections::awaitNotice()
 
 void X11Selections::lendToPrimarySelection()
 {
-    if (m_connection->isAlive() && m_clipboard.owned())
-        m_primary.borrow(m_clipboard.owned()->content);
+    if (!m_connection->isAlive() || !m_text)
+        return;
+    m_isPrimaryLent = true;
+    m_primary.borrow(SelectionContent::ofPassingText(m_atoms, *m_text));
 }
 
 void X11Selections::giveBack()
 {
     if (!m_connection->isAlive())
         return;
+    m_text.reset();
     m_isGivingBack = true;
     m_connection->dispatchPending();
     continueGivingBack();
@@ -130,10 +137,35 @@ void X11Selections::continueGivingBack()
     m_isGivingBack = m_clipboard.isBorrowed() || m_primary.isBorrowed();
 }
 
-void X11Selections::beginPaste(xcb_window_t window, bool isOwn)
+bool X11Selections::beginPaste(xcb_window_t window, bool isOwn)
 {
-    if (m_connection->isAlive() && m_clipboard.owned() && window != XCB_WINDOW_NONE)
+    if (!m_connection->isAlive() || !m_text)
+        return true;
+    if (!holdsText()) {
+        takeTextAgain();
+        if (!holdsText())
+            return false;
+    }
+    // Who has taken the text over does not tell who fetches it.
+    m_paste.reset();
+    if (m_clipboard.owned() && window != XCB_WINDOW_NONE)
         m_paste = {window, *m_clipboard.owned(), QDeadlineTimer(pastePatience), isOwn, false};
+    return true;
+}
+
+bool X11Selections::holdsText()
+{
+    const QByteArray text = m_text->toUtf8();
+    return m_clipboard.holds(text) && (!m_isPrimaryLent || m_primary.holds(text));
+}
+
+void X11Selections::takeTextAgain()
+{
+    const SelectionContent content = SelectionContent::ofPassingText(m_atoms, *m_text);
+    m_clipboard.borrow(content);
+    if (m_isPrimaryLent)
+        m_primary.borrow(content);
+    awaitNotice();
 }
 
 bool X11Selections::awaitPaste()

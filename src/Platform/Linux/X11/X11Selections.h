@@ -42,12 +42,15 @@ public:
     /// Puts back what was there, when a paste that is under way has been served.
     void giveBack();
 
-    /// The application of this window is about to paste what the clipboard holds now. It is given
-    /// that whenever it asks, although the clipboard may hold something else by then; once, and for
-    /// a second at most. Another process of the same program may ask for it: in Wine all windows
-    /// have their clipboard from one.
+    /// The application of this window is about to paste the borrowed text. It is given that whenever
+    /// it asks, although the clipboard may hold something else by then; once, and for a second at
+    /// most. Another process of the same program may ask for it: in Wine all windows have their
+    /// clipboard from one.
     /// A window of this program's own can't fetch the text while it is waited for.
-    void beginPaste(xcb_window_t window, bool isOwn);
+    ///
+    /// What another program has taken for something else since it was borrowed is borrowed once
+    /// more. False where it has been taken again by then: the application would paste that.
+    [[nodiscard]] bool beginPaste(xcb_window_t window, bool isOwn);
     /// Waits until that application has been given the text, for no longer than that second. What
     /// is sent to it afterwards reaches it afterwards. Whether it was given it; the last paste's
     /// answer stays until the next `borrow`.
@@ -73,6 +76,9 @@ private:
     /// Whether the application that was told to paste has yet to be given the text.
     [[nodiscard]] bool isPasteUnderWay() const;
     void awaitNotice();
+    /// Whether every selection that the paste needs holds its text.
+    [[nodiscard]] bool holdsText();
+    void takeTextAgain();
     void continueGivingBack();
     void saveToClipboardManager();
 
@@ -84,6 +90,9 @@ private:
     BorrowedSelection m_clipboard;
     BorrowedSelection m_primary;
     std::optional<Paste> m_paste;
+    /// What was borrowed for; nothing when it has been given back.
+    std::optional<QString> m_text;
+    bool m_isPrimaryLent = false;
     /// The selections are to be given back as soon as that can be.
     bool m_isGivingBack = false;
     QTimer m_pasteEnd;
