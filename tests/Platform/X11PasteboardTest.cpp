@@ -6,8 +6,11 @@
 
 #include <QClipboard>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QGuiApplication>
 #include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QWindow>
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -22,9 +25,9 @@ using testing::Contains;
 class Owner : public QProcess
 {
 public:
-    Owner(const QByteArray &content, const QString &selection)
+    Owner(const QByteArray &content, const QString &selection, const QString &program = u"xclip"_qs)
     {
-        start(u"xclip"_qs, {u"-quiet"_qs, u"-in"_qs, u"-selection"_qs, selection, u"-target"_qs,
+        start(program, {u"-quiet"_qs, u"-in"_qs, u"-selection"_qs, selection, u"-target"_qs,
                             u"UTF8_STRING"_qs});
         write(content);
         closeWriteChannel();
@@ -37,10 +40,11 @@ public:
 };
 
 /// What another program gets; nothing when it is refused.
-std::optional<QByteArray> paste(const QString &selection, const QString &target = u"UTF8_STRING"_qs)
+std::optional<QByteArray> paste(const QString &selection, const QString &target = u"UTF8_STRING"_qs,
+                                const QString &program = u"xclip"_qs)
 {
     QProcess reader;
-    reader.start(u"xclip"_qs, {u"-out"_qs, u"-selection"_qs, selection, u"-target"_qs, target});
+    reader.start(program, {u"-out"_qs, u"-selection"_qs, selection, u"-target"_qs, target});
     if (!reader.waitForFinished() || reader.exitCode() != 0)
         return std::nullopt;
     return reader.readAllStandardOutput();
@@ -377,7 +381,7 @@ TEST_F(X11PasteboardTest, waitsForThePasteAndNotWithoutEnd)
     EXPECT_LT(shortest, 500);
     // Asked again, as each stroke does.
     EXPECT_TRUE(pasteboard->awaitPaste());
-    // A second process of the same program reads it.
+    // Another connection of the same process reads it.
     beginPaste();
     EXPECT_EQ(OtherProgram().readText(), "words");
     EXPECT_TRUE(pasteboard->awaitPaste());
@@ -399,6 +403,35 @@ TEST_F(X11PasteboardTest, waitsForThePasteAndNotWithoutEnd)
     EXPECT_FALSE(pasteboard->awaitPaste());
     EXPECT_GE(timer.elapsed(), 500);
     EXPECT_LT(timer.elapsed(), hangGuard);
+}
+
+TEST_F(X11PasteboardTest, anotherProcessPastesInWineOnly)
+{
+    const QTemporaryDir directory;
+    const QString other = QStandardPaths::findExecutable(u"xclip"_qs);
+    const QString wine = directory.filePath(u"wine-preloader"_qs);
+    const QString wine64 = directory.filePath(u"wine64-preloader"_qs);
+    ASSERT_TRUE(QFile::copy(other, wine) && QFile::copy(other, wine64));
+    const auto connection = X11Connection::open();
+    const struct
+    {
+        QString application;
+        QString reader;
+        bool arrives;
+    } cases[] = {
+        {wine, wine64, true}, {wine, other, false}, {other, wine, false}, {other, other, false}};
+    for (const auto &[application, reader, arrives] : cases) {
+        SCOPED_TRACE((application + u" and "_qs + reader).toStdString());
+        const Owner window("selected", primary, application);
+        ASSERT_TRUE(waitUntil([] { return paste(primary) == "selected"; }));
+        const XcbReply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
+            connection->xcb(), xcb_get_selection_owner(connection->xcb(), XCB_ATOM_PRIMARY),
+            nullptr));
+        pasteboard->borrow(u"dictated"_qs);
+        EXPECT_TRUE(pasteboard->beginPaste(owner->owner));
+        EXPECT_EQ(paste(clipboard, u"UTF8_STRING"_qs, reader), "dictated");
+        EXPECT_EQ(pasteboard->awaitPaste(), arrives);
+    }
 }
 
 /// A clipboard manager that takes over the text of a program that ends.

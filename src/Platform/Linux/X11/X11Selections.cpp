@@ -216,7 +216,7 @@ void X11Selections::handleRequest(const xcb_selection_request_event_t &request)
     ++m_requests;
     const SelectionServer::Ownership *asked = owned(request.selection);
     const bool isPaste = asked && isPasteUnderWay()
-        && m_clients.areOfOneProgram(request.requestor, m_paste->window);
+        && m_clients.shareClipboard(request.requestor, m_paste->window);
     const bool hasText = m_server.answer(request, isPaste ? &m_paste->offered : asked);
     if (isPaste && hasText) {
         m_paste->served = true;

@@ -44,8 +44,7 @@ public:
 
     /// The application of this window is about to paste the borrowed text. It is given that whenever
     /// it asks, although the clipboard may hold something else by then; once, and for a second at
-    /// most. Another process of the same program may ask for it: in Wine all windows have their
-    /// clipboard from one.
+    /// most. In Wine another process may ask for it: all windows have their clipboard from one.
     /// A window of this program's own can't fetch the text while it is waited for.
     ///
     /// What another program has taken for something else since it was borrowed is borrowed once
