@@ -75,6 +75,14 @@ public:
         run([&] { given = m_client->given.contains(wanted) && m_client->server.isIdle(); });
         return given;
     }
+    /// How often it has been asked for this form since it took the selection.
+    size_t timesAsked(const QByteArray &target)
+    {
+        const xcb_atom_t wanted = atom(target);
+        size_t times = 0;
+        run([&] { times = m_client->given.count(wanted); });
+        return times;
+    }
     /// Reads the selection whenever it changes.
     void watch()
     {
@@ -130,7 +138,7 @@ private:
         SelectionServer server{connection, atoms};
         BorrowedSelection selection;
         SelectionReader *reader = nullptr;
-        std::set<xcb_atom_t> given;
+        std::multiset<xcb_atom_t> given;
         std::optional<SelectionContent> insists;
         xcb_atom_t hangsAt = XCB_ATOM_NONE;
     };
@@ -172,7 +180,8 @@ private:
     std::vector<SelectionContent::Form> readNow()
     {
         SelectionReader reader(m_client->connection, m_client->atoms, m_client->window,
-                               m_client->selection.selection(), SelectionReader::Forms::all);
+                               m_client->selection.selection(), SelectionReader::Forms::all,
+                               m_client->window.serverTime());
         m_client->reader = &reader;
         m_client->connection->dispatchUntil([&] { return reader.isFinished(); },
                                             QDeadlineTimer(std::chrono::seconds(10)));

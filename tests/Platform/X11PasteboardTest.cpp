@@ -1,5 +1,6 @@
 #include "Platform/Linux/X11/X11Pasteboard.h"
 
+#include "Platform/Linux/X11/X11Selections.h"
 #include "Platform/Linux/X11/XcbReply.h"
 #include "Platform/OtherProgram.h"
 #include "Support/WaitUntil.h"
@@ -168,6 +169,19 @@ TEST_F(X11PasteboardTest, aBusyOwnerLosesNothing)
         EXPECT_TRUE(waitUntil([&] { return program->read() == copied.forms; }));
         pasteboard->unfollow();
     }
+}
+
+TEST_F(X11PasteboardTest, whatWasCopiedIsReadOnce)
+{
+    // On this thread, so that the news of what was copied is still waiting when `follow` comes.
+    X11Selections selections(X11Connection::open());
+    program->own(program->text(u"copied"_qs));
+    program->own(program->text(u"copied again"_qs));
+    selections.follow();
+    ASSERT_TRUE(waitUntil([&] { return program->hasGiven("STRING"); }));
+    selections.borrow(u"dictated"_qs);
+    EXPECT_EQ(program->timesAsked("TARGETS"), 1U);
+    EXPECT_EQ(program->timesAsked("STRING"), 1U);
 }
 
 TEST_F(X11PasteboardTest, whatTheUserCopiesMeanwhileCounts)

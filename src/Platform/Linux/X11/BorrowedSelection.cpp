@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/X11/XcbReply.h"
 
+#include <QScopedValueRollback>
 #include <algorithm>
 #include <utility>
 #include <xcb/xfixes.h>
@@ -70,11 +71,19 @@ void BorrowedSelection::startReading()
 {
     m_reader.reset();
     m_displaced.reset();
+    // The time brings the news of every change before it, which are no reason to read twice, and
+    // perhaps of a later one, whose owner would refuse what is asked with an earlier time.
+    const QScopedValueRollback starting(m_isStarting, true);
+    xcb_timestamp_t now = XCB_CURRENT_TIME;
+    do {
+        m_hasChanged = false;
+        now = m_window.serverTime();
+    } while (m_hasChanged);
     m_readOwner = owner();
     if (m_readOwner == XCB_WINDOW_NONE || m_readOwner == m_window.id())
         return;
     m_reader = std::make_unique<SelectionReader>(m_connection, m_atoms, m_window, m_selection,
-                                                 m_forms);
+                                                 m_forms, now);
     connect(m_reader.get(), &SelectionReader::finished, this, [this] {
         m_displaced = m_reader->takeContent();
         Q_EMIT read();
@@ -213,7 +222,8 @@ void BorrowedSelection::handleNewOwner(xcb_window_t owner, xcb_timestamp_t since
         return;
     }
     lose();
-    if (m_isFollowing)
+    m_hasChanged = true;
+    if (m_isFollowing && !m_isStarting)
         startReading();
 }
 

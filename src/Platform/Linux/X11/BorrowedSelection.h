@@ -80,6 +80,9 @@ private:
     xcb_window_t m_readOwner = XCB_WINDOW_NONE;
     std::optional<SelectionContent> m_displaced;
     bool m_isFollowing = false;
+    /// A reading is about to begin, and the selection has changed hands meanwhile.
+    bool m_isStarting = false;
+    bool m_hasChanged = false;
     bool m_isBorrowed = false;
 };
 
