@@ -530,11 +530,22 @@ private:
 
 TEST_F(X11PasteboardTest, leavesItsContentToTheClipboardManager)
 {
-    program->own(program->text(u"to keep"_qs));
-    pasteboard->borrow(u"dictated"_qs);
-    ClipboardManager manager(true);
-    pasteboard.reset();
-    EXPECT_EQ(manager.saved(), "to keep");
+    // Of a program that sends it in many pieces when it is no longer busy, too.
+    for (const bool isBusy : {false, true}) {
+        pasteboard = std::make_unique<X11Pasteboard>();
+        SelectionContent copied = program->text(u"to keep"_qs);
+        copied.forms.push_back(
+            program->form("image/png", "image/png", 8, QByteArray(16 * 1024 * 1024, 'x')));
+        program->own(copied);
+        if (isBusy)
+            program->hang();
+        pasteboard->borrow(u"dictated"_qs);
+        ClipboardManager manager(true);
+        if (isBusy)
+            program->goOn();
+        pasteboard.reset();
+        EXPECT_EQ(manager.saved(), "to keep") << isBusy;
+    }
 
     ClipboardManager silent(false);
     pasteboard = std::make_unique<X11Pasteboard>();
@@ -542,7 +553,14 @@ TEST_F(X11PasteboardTest, leavesItsContentToTheClipboardManager)
     QElapsedTimer elapsed;
     elapsed.start();
     pasteboard.reset();
+    // The end waits for no program for long.
+    pasteboard = std::make_unique<X11Pasteboard>();
+    program->own(program->text(u"to lose"_qs));
+    program->hang();
+    pasteboard->borrow(u"dictated"_qs);
+    pasteboard.reset();
     EXPECT_LT(elapsed.elapsed(), hangGuard);
+    program->goOn();
 }
 
 } // namespace

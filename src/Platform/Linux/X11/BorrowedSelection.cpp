@@ -168,6 +168,15 @@ void BorrowedSelection::giveBack()
         giveUp();
 }
 
+void BorrowedSelection::finishReading(const QDeadlineTimer &deadline)
+{
+    if (!m_isBorrowed)
+        return;
+    m_connection->dispatchUntil([this] { return !isReading(); }, deadline);
+    if (m_reader)
+        m_reader->finish();
+}
+
 void BorrowedSelection::take(SelectionContent content, xcb_timestamp_t now)
 {
     xcb_set_selection_owner(m_connection->xcb(), m_window.id(), m_selection, now);

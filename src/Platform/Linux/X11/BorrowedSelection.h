@@ -50,6 +50,9 @@ public:
     /// Puts back what was displaced. What is still being read then delays it: it is to be called
     /// again at `read`.
     void giveBack();
+    /// Waits for what is still being read, so that it can be given back. What has not been sent by
+    /// then is lost.
+    void finishReading(const QDeadlineTimer &deadline);
 
     void handleEvent(const xcb_generic_event_t *event);
 

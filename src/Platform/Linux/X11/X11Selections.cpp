@@ -18,6 +18,8 @@ constexpr auto longestNotice = 100ms;
 // How long a clipboard manager may give no sign of life, and take altogether.
 constexpr auto savingPatience = 250ms;
 constexpr auto longestSaving = 2s;
+// For what is still being read at the end.
+constexpr auto longestEnd = 2s;
 
 } // namespace
 
@@ -46,9 +48,9 @@ X11Selections::X11Selections(std::shared_ptr<X11Connection> connection)
 
 X11Selections::~X11Selections()
 {
-    if (m_connection->isAlive()) {
+    if (m_connection->isAlive() && hasClipboardManager()) {
+        m_clipboard.finishReading(QDeadlineTimer(longestEnd));
         m_clipboard.giveBack();
-        m_primary.giveBack();
         saveToClipboardManager();
     }
     disconnect(m_connection.get(), nullptr, this, nullptr);
@@ -224,17 +226,20 @@ void X11Selections::handleRequest(const xcb_selection_request_event_t &request)
     }
 }
 
+bool X11Selections::hasClipboardManager()
+{
+    xcb_connection_t *xcb = m_connection->xcb();
+    const XcbReply<xcb_get_selection_owner_reply_t> manager(xcb_get_selection_owner_reply(
+        xcb, xcb_get_selection_owner(xcb, m_atoms.clipboardManager), nullptr));
+    return manager && manager->owner != XCB_WINDOW_NONE;
+}
+
 void X11Selections::saveToClipboardManager()
 {
     m_connection->dispatchPending();
     if (!m_clipboard.owned() || m_clipboard.owned()->content.forms.empty())
         return;
     xcb_connection_t *xcb = m_connection->xcb();
-    const XcbReply<xcb_get_selection_owner_reply_t> manager(xcb_get_selection_owner_reply(
-        xcb, xcb_get_selection_owner(xcb, m_atoms.clipboardManager), nullptr));
-    if (!manager || manager->owner == XCB_WINDOW_NONE)
-        return;
-
     std::vector<xcb_atom_t> targets;
     for (const SelectionContent::Form &form : m_clipboard.owned()->content.forms)
         targets.push_back(form.target);

@@ -23,8 +23,8 @@ class X11Selections final : public QObject
 
 public:
     explicit X11Selections(std::shared_ptr<X11Connection> connection);
-    /// Gives the selections back, and hands what the clipboard holds to the clipboard manager if one
-    /// runs, so that it outlives the program.
+    /// Hands what the user has on the clipboard to the clipboard manager if one runs, so that it
+    /// outlives the program. What is still being read is waited for, two seconds at most.
     ~X11Selections() override;
 
     /// Puts the text on the clipboard for good.
@@ -79,6 +79,7 @@ private:
     [[nodiscard]] bool holdsText();
     void takeTextAgain();
     void continueGivingBack();
+    [[nodiscard]] bool hasClipboardManager();
     void saveToClipboardManager();
 
     std::shared_ptr<X11Connection> m_connection;
