@@ -106,8 +106,7 @@ bool TextInsertionManager::lastInsertionArrived()
 
 bool TextInsertionManager::isAtLastInsertion()
 {
-    const std::optional<uint64_t> window = m_platform.workspace->frontmostWindow();
-    if (window && m_last.window && *window != *m_last.window)
+    if (!isInLastWindow())
         return false;
     if (m_last.target) {
         const AccessibilityElementRef element = focusedElement();
@@ -115,6 +114,12 @@ bool TextInsertionManager::isAtLastInsertion()
             return false;
     }
     return !m_last.wasWritten || m_platform.accessibility->showsLastText();
+}
+
+bool TextInsertionManager::isInLastWindow()
+{
+    const std::optional<uint64_t> window = m_platform.workspace->frontmostWindow();
+    return !window || !m_last.window || *window == *m_last.window;
 }
 
 AccessibilityElementRef TextInsertionManager::focusedElement()
@@ -214,7 +219,7 @@ void TextInsertionManager::deleteBackwards(int64_t count)
         return;
     m_deletion = deletion(count);
     KeyboardEvents &keyboard = *m_platform.keyboardEvents;
-    for (int64_t sent = 0; sent < count; ++sent) {
+    for (int64_t sent = 0; sent < count && isInLastWindow(); ++sent) {
         (void)keyboard.post(keyCodeDelete, true, 0);
         (void)keyboard.post(keyCodeDelete, false, 0);
         keyboard.pause(pauseAfterBackspace);

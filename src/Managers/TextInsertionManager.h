@@ -48,6 +48,8 @@ public:
     /// terminal's line takes one code point always. There, as many code points go as characters
     /// were counted, so that nothing that stood before is ever removed.
     ///
+    /// The strokes end when another window comes to the front: they would delete what is there.
+    ///
     /// What is inserted next comes after the strokes: it is written when the text shows what they
     /// have done, which is waited for, for a bounded time, and pasted where that isn't seen.
     void deleteBackwards(int64_t count);
@@ -69,6 +71,8 @@ private:
         std::optional<QString> remaining;
     };
 
+    /// Whether the window that the text inserted last went to is in front, as far as is known.
+    [[nodiscard]] bool isInLastWindow();
     [[nodiscard]] AccessibilityElementRef focusedElement();
     [[nodiscard]] Deletion deletion(int64_t count);
     [[nodiscard]] bool isDone(const Deletion &deletion, const AccessibilityElementRef &focused);

@@ -231,6 +231,20 @@ TEST_F(TextInsertionManagerTest, DeletesBackwardsByPacedStrokesWithoutModifiers)
     EXPECT_EQ(memory.output, stroke + stroke + stroke);
 }
 
+TEST_F(TextInsertionManagerTest, SendsNoBackspaceToAnotherWindow)
+{
+    memory.workspace->window = 1;
+    manager.insertText(u"words"_qs);
+    memory.output.clear();
+    int pauses = 0;
+    memory.keyboardEvents->paused = [&] {
+        if (++pauses == 2)
+            memory.workspace->window = 2;
+    };
+    manager.deleteBackwards(5);
+    EXPECT_EQ(memory.output, stroke + stroke);
+}
+
 TEST_F(TextInsertionManagerTest, WhatIsInsertedAfterBackspacesComesAfterThem)
 {
     struct Case
