@@ -78,32 +78,43 @@ bool TextInsertionManager::insertText(const QString &text)
     if (text.isEmpty())
         return false;
     m_lastInsertedText = text;
-    m_lastInsertionTarget.reset();
-    m_lastInsertionWindow = m_platform.workspace->frontmostWindow();
-    m_wasFetched = false;
-    m_wasWritten = insertViaAccessibility(text);
-    return m_wasWritten || insertViaClipboard(text);
+    m_wasPasteRefused = false;
+    const Insertion before = std::exchange(m_last, {});
+    m_last.window = m_platform.workspace->frontmostWindow();
+    m_last.wasWritten = insertViaAccessibility(text);
+    if (m_last.wasWritten)
+        return true;
+    const bool isInserted = insertViaClipboard(text);
+    m_wasPasteRefused = m_platform.pasteboard->wasPasteRefused();
+    if (m_wasPasteRefused)
+        m_last = before;
+    return isInserted;
 }
 
 bool TextInsertionManager::lastInsertionArrived()
 {
-    if (m_wasWritten)
+    if (m_last.wasWritten)
         return m_platform.accessibility->showsLastText();
-    m_wasFetched = m_wasFetched || m_platform.pasteboard->awaitPaste();
-    return m_wasFetched;
+    m_last.wasFetched = m_last.wasFetched || m_platform.pasteboard->awaitPaste();
+    return m_last.wasFetched;
 }
 
 bool TextInsertionManager::isAtLastInsertion()
 {
-    const std::optional<uint64_t> window = m_platform.workspace->frontmostWindow();
-    if (window && m_lastInsertionWindow && *window != *m_lastInsertionWindow)
+    if (!isInLastWindow())
         return false;
-    if (m_lastInsertionTarget) {
+    if (m_last.target) {
         const AccessibilityElementRef element = focusedElement();
-        if (element && !element->isSameAs(*m_lastInsertionTarget))
+        if (element && !element->isSameAs(*m_last.target))
             return false;
     }
-    return !m_wasWritten || m_platform.accessibility->showsLastText();
+    return !m_last.wasWritten || m_platform.accessibility->showsLastText();
+}
+
+bool TextInsertionManager::isInLastWindow()
+{
+    const std::optional<uint64_t> window = m_platform.workspace->frontmostWindow();
+    return !window || !m_last.window || *window == *m_last.window;
 }
 
 AccessibilityElementRef TextInsertionManager::focusedElement()
@@ -122,7 +133,7 @@ bool TextInsertionManager::insertViaAccessibility(const QString &text)
     const AccessibilityElementRef element = focusedElement();
     if (!element)
         return false;
-    m_lastInsertionTarget = element;
+    m_last.target = element;
     // Writing overtakes key strokes, and a paste stroke follows them.
     if (deletion && !isDone(*deletion, element))
         return false;
@@ -160,7 +171,7 @@ bool TextInsertionManager::insertViaClipboard(const QString &text)
 void TextInsertionManager::simulatePaste()
 {
     KeyboardEvents &keyboard = *m_platform.keyboardEvents;
-    // An event that can't be created is skipped.
+    // An event that can't be created is skipped, and so is a stroke that would paste another text.
     (void)keyboard.post(keyCodeV, true, KeyboardEvents::commandFlag);
     (void)keyboard.post(keyCodeV, false, KeyboardEvents::commandFlag);
 }
@@ -168,10 +179,10 @@ void TextInsertionManager::simulatePaste()
 TextInsertionManager::Deletion TextInsertionManager::deletion(int64_t count)
 {
     // Where the words were pasted, a paste takes their place.
-    if (!m_wasWritten)
+    if (!m_last.wasWritten)
         return {};
     Accessibility &accessibility = *m_platform.accessibility;
-    Deletion result{m_lastInsertionTarget, std::nullopt};
+    Deletion result{m_last.target, std::nullopt};
     const auto content = attribute<QString>(accessibility, result.element, QStringLiteral("AXValue"));
     const auto range = attribute<TextRange>(accessibility, result.element,
                                             QStringLiteral("AXSelectedTextRange"));
@@ -203,7 +214,7 @@ void TextInsertionManager::deleteBackwards(int64_t count)
         return;
     m_deletion = deletion(count);
     KeyboardEvents &keyboard = *m_platform.keyboardEvents;
-    for (int64_t sent = 0; sent < count; ++sent) {
+    for (int64_t sent = 0; sent < count && isInLastWindow(); ++sent) {
         (void)keyboard.post(keyCodeDelete, true, 0);
         (void)keyboard.post(keyCodeDelete, false, 0);
         keyboard.pause(pauseAfterBackspace);

@@ -26,6 +26,9 @@ public:
     void finish();
     /// Inserts the text over the selection or at the caret. False only for an empty text.
     bool insertText(const QString &text);
+    /// Whether the text inserted last went nowhere, because another program kept the pasteboard from
+    /// its paste. It does not count as inserted: what is asked below is answered for the one before.
+    [[nodiscard]] bool wasLastPasteRefused() const { return m_wasPasteRefused; }
     /// Whether the text inserted last was seen to arrive: the application shows what was written,
     /// or has fetched what it was to paste, which is waited for, for a bounded time. A text that is
     /// written may be seen later than at first.
@@ -43,11 +46,22 @@ public:
     /// terminal's line takes one code point always. There, as many code points go as characters
     /// were counted, so that nothing that stood before is ever removed.
     ///
+    /// The strokes end when another window comes to the front: they would delete what is there.
+    ///
     /// What is inserted next comes after the strokes: it is written when the text shows what they
     /// have done, which is waited for, for a bounded time, and pasted where that isn't seen.
     void deleteBackwards(int64_t count);
 
 private:
+    /// Where a text went, as far as it is known, and how.
+    struct Insertion
+    {
+        AccessibilityElementRef target;
+        std::optional<uint64_t> window;
+        /// Rather than pasted.
+        bool wasWritten = false;
+        bool wasFetched = false;
+    };
     /// Strokes that were sent, and what they leave of the text.
     struct Deletion
     {
@@ -55,6 +69,8 @@ private:
         std::optional<QString> remaining;
     };
 
+    /// Whether the window that the text inserted last went to is in front, as far as is known.
+    [[nodiscard]] bool isInLastWindow();
     [[nodiscard]] AccessibilityElementRef focusedElement();
     [[nodiscard]] Deletion deletion(int64_t count);
     [[nodiscard]] bool isDone(const Deletion &deletion, const AccessibilityElementRef &focused);
@@ -64,12 +80,8 @@ private:
 
     Platform &m_platform;
     QString m_lastInsertedText;
-    /// Where the latest insertion went, as far as it is known.
-    AccessibilityElementRef m_lastInsertionTarget;
-    std::optional<uint64_t> m_lastInsertionWindow;
-    /// Whether the latest insertion was written rather than pasted.
-    bool m_wasWritten = false;
-    bool m_wasFetched = false;
+    Insertion m_last;
+    bool m_wasPasteRefused = false;
     /// What the next insertion has to come after.
     std::optional<Deletion> m_deletion;
     /// Runs while the pasteboard is borrowed.

@@ -223,6 +223,24 @@ TEST_F(DictationControllerTest, ALockEndsTheRecordingAndItsWordsGoToTheHistoryAl
     expectKept(2);
 }
 
+TEST_F(DictationControllerTest, WordsThatCannotBePastedGoToTheHistoryAlone)
+{
+    launchWithModel();
+    memory.accessibility->trusted = false;
+    memory.pasteboard->isContested = true;
+    dictate();
+    EXPECT_EQ(memory.output.filter(u" down "_qs), QStringList());
+    EXPECT_EQ(state->transcriptionHistory().size(), 1);
+    ASSERT_EQ(memory.userNotifications->delivered.size(), 1U);
+    EXPECT_THAT(memory.userNotifications->delivered[0].second.toStdString(),
+                testing::AllOf(testing::HasSubstr("clipboard"), testing::HasSubstr("history")));
+
+    memory.pasteboard->isContested = false;
+    dictate();
+    EXPECT_EQ(memory.output.filter(u" down "_qs).size(), 1);
+    EXPECT_EQ(memory.userNotifications->delivered.size(), 1U);
+}
+
 TEST_F(DictationControllerTest, AsksForTheMicrophoneAndStartsOnceItIsGranted)
 {
     memory.captureAuthorization->status = AuthorizationStatus::denied;

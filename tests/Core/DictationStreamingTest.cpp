@@ -288,6 +288,27 @@ TEST_F(DictationStreamingTest, TypesOnWhenALateTextIsSeen)
     EXPECT_EQ(field.text(), u"End."_qs);
 }
 
+TEST_F(DictationStreamingTest, WhatCouldNotBePastedComesWithTheNextWords)
+{
+    InMemoryTextField field(memory, u"mine "_qs, 5);
+    field.refuseAccessibility();
+    start();
+    memory.pasteboard->isContested = true;
+    segment("one");
+    memory.pasteboard->isContested = false;
+    segment("one two");
+    memory.pasteboard->isContested = true;
+    segment("one two three");
+    EXPECT_EQ(field.text(), u"mine one two"_qs);
+    EXPECT_EQ(messages().mid(1),
+              strings({"Streaming held back: another program keeps the clipboard",
+                       "Streaming start: 'one two' (7 chars)"}));
+    // What was pasted before is still known to have arrived.
+    memory.pasteboard->isContested = memory.pasteboard->isFetched = false;
+    stop("End.");
+    EXPECT_EQ(field.text(), u"mine End."_qs);
+}
+
 TEST_F(DictationStreamingTest, LogsTheBeginningsInWholeCharacters)
 {
     const InMemoryTextField field(memory, {}, 0);

@@ -162,6 +162,25 @@ TEST_F(TextInsertionManagerTest, KnowsWhetherItsTextArrivedAndStillHasTheFocus)
     }
 }
 
+TEST_F(TextInsertionManagerTest, APasteThatIsRefusedIsNoInsertion)
+{
+    auto &field = accessibility->focusText(u"Hello"_qs, {5, 0});
+    manager.insertText(u"!"_qs);
+    field.refusesValue = field.refusesSelectedText = true;
+    memory.pasteboard->isFetched = false;
+    memory.pasteboard->isContested = true;
+    EXPECT_TRUE(manager.insertText(u"?"_qs));
+    EXPECT_TRUE(manager.wasLastPasteRefused());
+    EXPECT_EQ(memory.output, QStringList{u"borrow ?"_qs});
+    EXPECT_TRUE(manager.lastInsertionArrived()) << "the one before, which was written";
+    accessibility->showsWrites = false;
+    EXPECT_FALSE(manager.isAtLastInsertion());
+
+    field.refusesValue = false;
+    manager.insertText(u"?"_qs);
+    EXPECT_FALSE(manager.wasLastPasteRefused()) << "written";
+}
+
 TEST_F(TextInsertionManagerTest, GivesThePasteboardBackHalfASecondAfterTheLastPaste)
 {
     memory.pasteboard->content = u"mine"_qs;
@@ -209,6 +228,20 @@ TEST_F(TextInsertionManagerTest, DeletesBackwardsByPacedStrokesWithoutModifiers)
 
     manager.deleteBackwards(3);
     EXPECT_EQ(memory.output, stroke + stroke + stroke);
+}
+
+TEST_F(TextInsertionManagerTest, SendsNoBackspaceToAnotherWindow)
+{
+    memory.workspace->window = 1;
+    manager.insertText(u"words"_qs);
+    memory.output.clear();
+    int pauses = 0;
+    memory.keyboardEvents->paused = [&] {
+        if (++pauses == 2)
+            memory.workspace->window = 2;
+    };
+    manager.deleteBackwards(5);
+    EXPECT_EQ(memory.output, stroke + stroke);
 }
 
 TEST_F(TextInsertionManagerTest, WhatIsInsertedAfterBackspacesComesAfterThem)

@@ -7,8 +7,10 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <set>
 #include <vector>
+#include <xcb/xfixes.h>
 
 namespace Velloro {
 
@@ -59,6 +61,12 @@ public:
             m_client->selection.own(content);
         });
     }
+    /// Takes the selection with this content now, and again whenever another takes it.
+    void insistOn(const SelectionContent &content)
+    {
+        run([&] { m_client->insists = content; });
+        own(content);
+    }
     /// Whether somebody has been given this form, to its end.
     bool hasGiven(const QByteArray &target)
     {
@@ -66,6 +74,14 @@ public:
         bool given = false;
         run([&] { given = m_client->given.contains(wanted) && m_client->server.isIdle(); });
         return given;
+    }
+    /// How often it has been asked for this form since it took the selection.
+    size_t timesAsked(const QByteArray &target)
+    {
+        const xcb_atom_t wanted = atom(target);
+        size_t times = 0;
+        run([&] { times = m_client->given.count(wanted); });
+        return times;
     }
     /// Reads the selection whenever it changes.
     void watch()
@@ -122,7 +138,8 @@ private:
         SelectionServer server{connection, atoms};
         BorrowedSelection selection;
         SelectionReader *reader = nullptr;
-        std::set<xcb_atom_t> given;
+        std::multiset<xcb_atom_t> given;
+        std::optional<SelectionContent> insists;
         xcb_atom_t hangsAt = XCB_ATOM_NONE;
     };
 
@@ -138,7 +155,13 @@ private:
         m_client->selection.handleEvent(event);
         if (m_client->reader)
             m_client->reader->handleEvent(event);
-        m_changes += (event->response_type & 0x7f) == m_client->window.ownerEvent();
+        if ((event->response_type & 0x7f) == m_client->window.ownerEvent()) {
+            ++m_changes;
+            const auto &change
+                = *reinterpret_cast<const xcb_xfixes_selection_notify_event_t *>(event);
+            if (m_client->insists && change.owner != window())
+                m_client->selection.own(*m_client->insists);
+        }
         if ((event->response_type & 0x7f) != XCB_SELECTION_REQUEST)
             return;
         const auto &request = *reinterpret_cast<const xcb_selection_request_event_t *>(event);
@@ -157,7 +180,8 @@ private:
     std::vector<SelectionContent::Form> readNow()
     {
         SelectionReader reader(m_client->connection, m_client->atoms, m_client->window,
-                               m_client->selection.selection(), SelectionReader::Forms::all);
+                               m_client->selection.selection(), SelectionReader::Forms::all,
+                               m_client->window.serverTime());
         m_client->reader = &reader;
         m_client->connection->dispatchUntil([&] { return reader.isFinished(); },
                                             QDeadlineTimer(std::chrono::seconds(10)));

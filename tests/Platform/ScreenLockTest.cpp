@@ -185,7 +185,11 @@ TEST_F(X11ScreenLockTest, tellsWhetherTheKeyboardIsTaken)
                           XCB_GRAB_MODE_ASYNC),
         nullptr));
     ASSERT_EQ(taken->status, XCB_GRAB_STATUS_SUCCESS);
+    // What the user holds then is not released for the application that sees it held.
+    keyboard.press({Key::leftShift});
     EXPECT_TRUE(grab.isHeldByAnother());
+    EXPECT_TRUE(X11Keyboards(connection).logicallyHeld()[Key::leftShift]);
+    keyboard.release({Key::leftShift});
 
     // At a press of the hotkey, too, whose own grab does not hide it.
     X11HotkeyRegistration hotkeys(connection);
@@ -207,7 +211,21 @@ TEST_F(X11ScreenLockTest, tellsWhetherTheKeyboardIsTaken)
                  XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
     sync();
     press();
-    EXPECT_EQ(answers, (std::vector<bool>{true, false, false}));
+    xcb_ungrab_key(locker->xcb(), Key::leftSuper, locker->root(), XCB_MOD_MASK_ANY);
+    // As window managers have it.
+    const uint32_t keys =
+        XCB_INPUT_XI_EVENT_MASK_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE;
+    const uint32_t modifiers = 0;
+    XcbReply<xcb_input_xi_passive_grab_device_reply_t>(xcb_input_xi_passive_grab_device_reply(
+        locker->xcb(),
+        xcb_input_xi_passive_grab_device(
+            locker->xcb(), XCB_CURRENT_TIME, locker->root(), 0, Key::leftSuper,
+            X11Keyboards(locker).masterKeyboards().front(), 1, 1, XCB_INPUT_GRAB_TYPE_KEYCODE,
+            XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_MODE_22_ASYNC,
+            XCB_INPUT_GRAB_OWNER_NO_OWNER, &keys, &modifiers),
+        nullptr));
+    press();
+    EXPECT_EQ(answers, (std::vector<bool>{true, false, false, false}));
     EXPECT_FALSE(grab.isHeldByAnother());
     EXPECT_TRUE(X11Keyboards(connection).logicallyHeld().none());
 }

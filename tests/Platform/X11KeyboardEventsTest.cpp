@@ -37,7 +37,7 @@ protected:
             connection, X11KeyboardEvents::Hooks{
                             .focusedElementIsTerminal = [this] { return isTerminal; },
                             .willPastePrimarySelection = [this] { ++primaryPastes; },
-                            .willPaste = {},
+                            .willPaste = [this](auto, auto) { return mayPaste; },
                             .awaitPaste = [this] { arrived.push_back(window->take()); },
                         });
     }
@@ -68,6 +68,7 @@ protected:
     std::unique_ptr<KeyWindow> window;
     std::unique_ptr<X11KeyboardEvents> strokes;
     bool isTerminal = false;
+    bool mayPaste = true;
     int primaryPastes = 0;
     /// What had arrived whenever a paste before was to be waited for.
     std::vector<std::string> arrived;
@@ -78,6 +79,18 @@ TEST_F(X11KeyboardEventsTest, eachStrokeWaitsForThePasteBefore)
     stroke(keyDelete, 0);
     stroke(keyV, KeyboardEvents::commandFlag);
     EXPECT_THAT(arrived, testing::ElementsAre("", "+BackSpace, -BackSpace"));
+}
+
+TEST_F(X11KeyboardEventsTest, pastesNothingThatIsNotToBePasted)
+{
+    mayPaste = false;
+    keyboard.press({Key::leftShift});
+    EXPECT_EQ(window->take(), "+Shift_L");
+    EXPECT_FALSE(strokes->post(keyV, true, KeyboardEvents::commandFlag));
+    EXPECT_FALSE(strokes->post(keyV, false, KeyboardEvents::commandFlag));
+    sync();
+    EXPECT_EQ(window->take(), "");
+    keyboard.release({Key::leftShift});
 }
 
 TEST_F(X11KeyboardEventsTest, sendsKeysWithExactlyTheGivenModifiers)

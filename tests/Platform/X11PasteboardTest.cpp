@@ -1,15 +1,18 @@
 #include "Platform/Linux/X11/Clipboard/X11Pasteboard.h"
 
+#include "Platform/Linux/X11/Clipboard/X11Selections.h"
 #include "Platform/Linux/X11/XcbReply.h"
 #include "Platform/OtherProgram.h"
 #include "Support/WaitUntil.h"
 
 #include <QClipboard>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QGuiApplication>
 #include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QWindow>
-#include <algorithm>
 #include <gmock/gmock.h>
 #include <thread>
 
@@ -22,9 +25,9 @@ using testing::Contains;
 class Owner : public QProcess
 {
 public:
-    Owner(const QByteArray &content, const QString &selection)
+    Owner(const QByteArray &content, const QString &selection, const QString &program = u"xclip"_qs)
     {
-        start(u"xclip"_qs, {u"-quiet"_qs, u"-in"_qs, u"-selection"_qs, selection, u"-target"_qs,
+        start(program, {u"-quiet"_qs, u"-in"_qs, u"-selection"_qs, selection, u"-target"_qs,
                             u"UTF8_STRING"_qs});
         write(content);
         closeWriteChannel();
@@ -37,10 +40,11 @@ public:
 };
 
 /// What another program gets; nothing when it is refused.
-std::optional<QByteArray> paste(const QString &selection, const QString &target = u"UTF8_STRING"_qs)
+std::optional<QByteArray> paste(const QString &selection, const QString &target = u"UTF8_STRING"_qs,
+                                const QString &program = u"xclip"_qs)
 {
     QProcess reader;
-    reader.start(u"xclip"_qs, {u"-out"_qs, u"-selection"_qs, selection, u"-target"_qs, target});
+    reader.start(program, {u"-out"_qs, u"-selection"_qs, selection, u"-target"_qs, target});
     if (!reader.waitForFinished() || reader.exitCode() != 0)
         return std::nullopt;
     return reader.readAllStandardOutput();
@@ -49,8 +53,10 @@ std::optional<QByteArray> paste(const QString &selection, const QString &target 
 const QString clipboard = u"clipboard"_qs;
 const QString primary = u"primary"_qs;
 
-/// Milliseconds: far more than anything here takes unless it waits without a bound.
-constexpr qint64 hangGuard = 10'000;
+/// Milliseconds: far more than anything here takes. What waits for longer than it has to is done so
+/// often that it takes longer.
+constexpr qint64 hangGuard = 8'000;
+constexpr int often = 10;
 
 class X11PasteboardTest : public ::testing::Test
 {
@@ -166,6 +172,19 @@ TEST_F(X11PasteboardTest, aBusyOwnerLosesNothing)
     }
 }
 
+TEST_F(X11PasteboardTest, whatWasCopiedIsReadOnce)
+{
+    // On this thread, so that the news of what was copied is still waiting when `follow` comes.
+    X11Selections selections(X11Connection::open());
+    program->own(program->text(u"copied"_qs));
+    program->own(program->text(u"copied again"_qs));
+    selections.follow();
+    ASSERT_TRUE(waitUntil([&] { return program->hasGiven("STRING"); }));
+    selections.borrow(u"dictated"_qs);
+    EXPECT_EQ(program->timesAsked("TARGETS"), 1U);
+    EXPECT_EQ(program->timesAsked("STRING"), 1U);
+}
+
 TEST_F(X11PasteboardTest, whatTheUserCopiesMeanwhileCounts)
 {
     OtherProgram later;
@@ -217,22 +236,20 @@ TEST_F(X11PasteboardTest, theToolkitsOwnTextComesBack)
 TEST_F(X11PasteboardTest, anOwnerThatDoesNotAnswerCostsLittleTime)
 {
     OtherProgram selected("PRIMARY");
-    qint64 shortest = hangGuard;
-    for (int tries = 0; tries < 3; ++tries) {
+    QElapsedTimer elapsed;
+    elapsed.start();
+    for (int tries = 0; tries < often; ++tries) {
         for (OtherProgram *each : {program.get(), &selected}) {
             each->own(each->text(u"theirs"_qs));
             each->hang();
         }
-        QElapsedTimer elapsed;
-        elapsed.start();
         pasteboard->borrow(u"dictated"_qs);
         pasteboard->lendToPrimarySelection();
-        shortest = std::min(shortest, elapsed.elapsed());
         program->goOn();
         selected.goOn();
     }
-    EXPECT_GE(shortest, 240);
-    EXPECT_LT(shortest, 500);
+    EXPECT_GE(elapsed.elapsed(), often * 240);
+    EXPECT_LT(elapsed.elapsed(), hangGuard);
 }
 
 TEST_F(X11PasteboardTest, lendsItsContentToThePrimarySelection)
@@ -275,15 +292,16 @@ TEST_F(X11PasteboardTest, whoWatchesTheClipboardHasNoticedBeforeTheStroke)
 {
     OtherProgram desktop;
     desktop.watch();
-    constexpr int pastes = 9;
+    // Not always where the machine is slow, but by and large.
+    int pastes = 0;
     int noticed = 0;
-    for (int number = 0; number < pastes; ++number) {
+    while (pastes < often || (noticed <= pastes / 2 && pastes < 5 * often)) {
         const int before = desktop.readings();
         pasteboard->borrow(u"dictated"_qs);
+        ++pastes;
         noticed += desktop.readings() > before;
         ASSERT_TRUE(waitUntil([&] { return desktop.readings() > before; }));
     }
-    // Not always where the machine is slow.
     EXPECT_GT(noticed, pastes / 2);
     // Nothing in between that would look like an empty clipboard.
     EXPECT_EQ(desktop.changes(), pastes);
@@ -293,7 +311,7 @@ TEST_F(X11PasteboardTest, aPasteGetsItsOwnTextHoweverLateItIs)
 {
     program->own(program->text(u"copied"_qs));
     pasteboard->borrow(u"first"_qs);
-    pasteboard->beginPaste(program->window());
+    EXPECT_TRUE(pasteboard->beginPaste(program->window()));
     pasteboard->borrow(u"second"_qs);
     EXPECT_EQ(paste(clipboard), "second");
     EXPECT_EQ(program->readText(), "first");
@@ -303,7 +321,7 @@ TEST_F(X11PasteboardTest, aPasteGetsItsOwnTextHoweverLateItIs)
     // The giving back waits for the paste, and not without end.
     for (const bool isRead : {true, false}) {
         pasteboard->borrow(u"dictated"_qs);
-        pasteboard->beginPaste(program->window());
+        EXPECT_TRUE(pasteboard->beginPaste(program->window()));
         pasteboard->giveBack();
         EXPECT_EQ(paste(clipboard), "dictated");
         if (isRead) {
@@ -313,47 +331,123 @@ TEST_F(X11PasteboardTest, aPasteGetsItsOwnTextHoweverLateItIs)
     }
 }
 
+TEST_F(X11PasteboardTest, aPasteGetsTheDictatedTextAlthoughAnotherTookTheClipboard)
+{
+    OtherProgram selected("PRIMARY");
+    for (OtherProgram *thief : {program.get(), &selected}) {
+        pasteboard->follow();
+        pasteboard->borrow(u"dictated"_qs);
+        pasteboard->lendToPrimarySelection();
+        thief->own(thief->text(u"copied meanwhile"_qs));
+        EXPECT_TRUE(pasteboard->beginPaste(program->window()));
+        EXPECT_FALSE(pasteboard->wasPasteRefused());
+        EXPECT_EQ(program->readText(), "dictated");
+        EXPECT_TRUE(pasteboard->awaitPaste());
+        EXPECT_EQ(paste(clipboard), "dictated");
+        EXPECT_EQ(paste(primary), "dictated");
+        // It is the user's.
+        pasteboard->giveBack();
+        const QString &selection = thief == &selected ? primary : clipboard;
+        EXPECT_TRUE(waitUntil([&] { return paste(selection) == "copied meanwhile"; }));
+        pasteboard->unfollow();
+    }
+}
+
+TEST_F(X11PasteboardTest, pastesNoOtherText)
+{
+    pasteboard->borrow(u"dictated"_qs);
+    program->insistOn(program->text(u"of another program"_qs));
+    EXPECT_TRUE(waitUntil([&] { return !pasteboard->beginPaste(program->window()); }));
+    EXPECT_TRUE(pasteboard->wasPasteRefused());
+    pasteboard->giveBack();
+    EXPECT_EQ(paste(clipboard), "of another program");
+
+    // A clipboard manager that keeps everything itself.
+    OtherProgram manager;
+    program.reset();
+    pasteboard->borrow(u"dictated, too"_qs);
+    EXPECT_FALSE(pasteboard->wasPasteRefused());
+    manager.own(manager.text(u"dictated, too"_qs));
+    EXPECT_EQ(manager.readText(), "dictated, too"); // and has met its own change
+    const int changes = manager.changes();
+    EXPECT_TRUE(pasteboard->beginPaste(manager.window()));
+    EXPECT_EQ(manager.readText(), "dictated, too");
+    EXPECT_EQ(manager.changes(), changes) << "nobody is fought";
+    EXPECT_FALSE(pasteboard->awaitPaste()) << "the manager does not tell who has fetched it";
+}
+
 TEST_F(X11PasteboardTest, waitsForThePasteAndNotWithoutEnd)
 {
     pasteboard->borrow(u"words"_qs);
     const auto beginPaste = [&] {
         EXPECT_EQ(program->readText(), "words"); // and is done with the one before
-        pasteboard->beginPaste(program->window());
+        EXPECT_TRUE(pasteboard->beginPaste(program->window()));
     };
-    qint64 shortest = hangGuard;
-    for (int tries = 0; tries < 3; ++tries) {
+    QElapsedTimer timer;
+    timer.start();
+    for (int tries = 0; tries < often; ++tries) {
         beginPaste();
-        QElapsedTimer timer;
-        timer.start();
         program->readLater();
         EXPECT_TRUE(pasteboard->awaitPaste());
-        shortest = std::min(shortest, timer.elapsed());
     }
-    EXPECT_LT(shortest, 500);
+    EXPECT_LT(timer.elapsed(), hangGuard);
     // Asked again, as each stroke does.
     EXPECT_TRUE(pasteboard->awaitPaste());
-    // A second process of the same program reads it.
+    // Another connection of the same process reads it.
     beginPaste();
     EXPECT_EQ(OtherProgram().readText(), "words");
     EXPECT_TRUE(pasteboard->awaitPaste());
 
     // A field of this program's own reads it when nobody waits any more.
-    pasteboard->beginPaste(program->window(), true);
-    QElapsedTimer unwaited;
-    unwaited.start();
-    EXPECT_FALSE(pasteboard->awaitPaste());
-    EXPECT_LT(unwaited.elapsed(), 500);
+    timer.start();
+    for (int tries = 0; tries < often; ++tries) {
+        EXPECT_TRUE(pasteboard->beginPaste(program->window(), true));
+        EXPECT_FALSE(pasteboard->awaitPaste());
+    }
+    EXPECT_LT(timer.elapsed(), hangGuard);
     EXPECT_EQ(program->readText(), "words");
     EXPECT_TRUE(pasteboard->awaitPaste());
 
     // Another program's reading is not the paste.
+    timer.start();
     beginPaste();
     EXPECT_EQ(paste(clipboard), "words");
-    QElapsedTimer timer;
-    timer.start();
     EXPECT_FALSE(pasteboard->awaitPaste());
-    EXPECT_GE(timer.elapsed(), 500);
+    EXPECT_GE(timer.elapsed(), 1000);
     EXPECT_LT(timer.elapsed(), hangGuard);
+}
+
+TEST_F(X11PasteboardTest, anotherProcessPastesInWineOnly)
+{
+    const QTemporaryDir directory;
+    const QString other = QStandardPaths::findExecutable(u"xclip"_qs);
+    const QString wine = directory.filePath(u"wine-preloader"_qs);
+    const QString wine64 = directory.filePath(u"wine64-preloader"_qs);
+    ASSERT_TRUE(QFile::copy(other, wine) && QFile::copy(other, wine64));
+    const auto connection = X11Connection::open();
+    const struct
+    {
+        QString application;
+        QString reader;
+        bool arrives;
+    } cases[] = {
+        {wine, wine64, true}, {wine, other, false}, {other, wine, false}, {other, other, false}};
+    for (const auto &[application, reader, arrives] : cases) {
+        SCOPED_TRACE((application + u" and "_qs + reader).toStdString());
+        const Owner window("selected", primary, application);
+        ASSERT_TRUE(waitUntil([] { return paste(primary) == "selected"; }));
+        const XcbReply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
+            connection->xcb(), xcb_get_selection_owner(connection->xcb(), XCB_ATOM_PRIMARY),
+            nullptr));
+        const auto hasArrived = [&] {
+            pasteboard->borrow(u"dictated"_qs);
+            EXPECT_TRUE(pasteboard->beginPaste(owner->owner));
+            EXPECT_EQ(paste(clipboard, u"UTF8_STRING"_qs, reader), "dictated");
+            return pasteboard->awaitPaste();
+        };
+        // A reader that starts late misses its second.
+        EXPECT_EQ(arrives ? waitUntil(hasArrived) : hasArrived(), arrives);
+    }
 }
 
 /// A clipboard manager that takes over the text of a program that ends.
@@ -438,11 +532,22 @@ private:
 
 TEST_F(X11PasteboardTest, leavesItsContentToTheClipboardManager)
 {
-    program->own(program->text(u"to keep"_qs));
-    pasteboard->borrow(u"dictated"_qs);
-    ClipboardManager manager(true);
-    pasteboard.reset();
-    EXPECT_EQ(manager.saved(), "to keep");
+    // Of a program that sends it in many pieces when it is no longer busy, too.
+    for (const bool isBusy : {false, true}) {
+        pasteboard = std::make_unique<X11Pasteboard>();
+        SelectionContent copied = program->text(u"to keep"_qs);
+        copied.forms.push_back(
+            program->form("image/png", "image/png", 8, QByteArray(16 * 1024 * 1024, 'x')));
+        program->own(copied);
+        if (isBusy)
+            program->hang();
+        pasteboard->borrow(u"dictated"_qs);
+        ClipboardManager manager(true);
+        if (isBusy)
+            program->goOn();
+        pasteboard.reset();
+        EXPECT_EQ(manager.saved(), "to keep") << isBusy;
+    }
 
     ClipboardManager silent(false);
     pasteboard = std::make_unique<X11Pasteboard>();
@@ -450,7 +555,14 @@ TEST_F(X11PasteboardTest, leavesItsContentToTheClipboardManager)
     QElapsedTimer elapsed;
     elapsed.start();
     pasteboard.reset();
+    // The end waits for no program for long.
+    pasteboard = std::make_unique<X11Pasteboard>();
+    program->own(program->text(u"to lose"_qs));
+    program->hang();
+    pasteboard->borrow(u"dictated"_qs);
+    pasteboard.reset();
     EXPECT_LT(elapsed.elapsed(), hangGuard);
+    program->goOn();
 }
 
 } // namespace

@@ -28,6 +28,8 @@ public:
 
     /// Events can't be created.
     bool refuses = false;
+    /// Asked before a paste stroke: whether it may be sent.
+    std::function<bool()> willPaste;
     /// The application that has the focus.
     std::function<void(const Event &)> receiver;
     /// Told of each pause.
@@ -35,7 +37,9 @@ public:
 
     bool post(uint32_t keyCode, bool keyDown, uint64_t flags) override
     {
-        if (refuses)
+        constexpr uint32_t keyV = 9;
+        const bool isPaste = keyCode == keyV && flags == commandFlag;
+        if (refuses || (isPaste && willPaste && !willPaste()))
             return false;
         m_output << QStringLiteral("%1 %2 %3")
                         .arg(keyCode)

@@ -22,6 +22,8 @@ public:
     std::optional<QString> content;
     /// Whether applications fetch what they are told to paste.
     bool isFetched = true;
+    /// Another program takes it whenever this one has.
+    bool isContested = false;
 
     void setString(const QString &text) override
     {
@@ -33,6 +35,7 @@ public:
     void unfollow() override { m_output << QStringLiteral("unfollow"); }
     void borrow(const QString &text) override
     {
+        m_wasPasteRefused = false;
         m_output << QStringLiteral("borrow ") + text;
         if (!std::exchange(m_isBorrowed, true))
             m_displaced = content;
@@ -44,12 +47,21 @@ public:
         if (std::exchange(m_isBorrowed, false) && m_displaced)
             content = m_displaced;
     }
+    [[nodiscard]] bool wasPasteRefused() const override { return m_wasPasteRefused; }
     [[nodiscard]] bool awaitPaste() override { return isFetched; }
+
+    /// A paste stroke is about to be sent; whether it may be.
+    [[nodiscard]] bool beginPaste()
+    {
+        m_wasPasteRefused = isContested;
+        return !isContested;
+    }
 
 private:
     QStringList &m_output;
     std::optional<QString> m_displaced;
     bool m_isBorrowed = false;
+    bool m_wasPasteRefused = false;
 };
 
 } // namespace Velloro

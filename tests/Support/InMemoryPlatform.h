@@ -56,6 +56,7 @@ public:
         make(platform.keyEventMonitor, keyEventMonitor);
         make(platform.keyboardEvents, keyboardEvents, output);
         make(platform.pasteboard, pasteboard, output);
+        keyboardEvents->willPaste = [this] { return pasteboard->beginPaste(); };
         make(platform.appearance, appearance);
         make(platform.workspace, workspace);
         make(platform.userNotifications, userNotifications);

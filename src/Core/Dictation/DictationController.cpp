@@ -426,6 +426,10 @@ void DictationController::insertFinalText(const QString &text, bool isTyped)
     }
     if (isTyped) {
         m_textInsertionManager.insertText(final);
+        if (m_textInsertionManager.wasLastPasteRefused()) {
+            log(u"Keeping the transcription in the history: another program keeps the clipboard"_qs);
+            m_notices.tell(DictationNotices::Cause::wordsNotPasted);
+        }
     } else {
         log(u"Keeping the transcription in the history: its field has lost the keyboard"_qs);
         m_notices.tell(DictationNotices::Cause::wordsKept);

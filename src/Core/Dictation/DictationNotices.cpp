@@ -14,6 +14,7 @@ constexpr auto pauseBetween = 1min;
 bool isAboutSpokenWords(DictationNotices::Cause cause)
 {
     return cause == DictationNotices::Cause::wordsKept
+        || cause == DictationNotices::Cause::wordsNotPasted
         || cause == DictationNotices::Cause::notRecognised;
 }
 
@@ -70,6 +71,9 @@ QString DictationNotices::text(Cause cause, const QString &detail)
     case Cause::wordsKept:
         return tr("Your words could not be typed, because the screen was locked or another program "
                   "had taken the keyboard. They are in the history.");
+    case Cause::wordsNotPasted:
+        return tr("Your words could not be pasted, because another program kept putting something "
+                  "else on the clipboard. They are in the history.");
     case Cause::notRecognised:
         return tr("Your recording could not be turned into text: %1.").arg(detail);
     }

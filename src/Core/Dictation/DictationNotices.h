@@ -30,6 +30,7 @@ public:
         hotkeyTaken,      ///< By the field that records a new one. The detail is the combination.
         keyboardTaken,    ///< By the menu or prompt of another program.
         wordsKept,        ///< Recognised words were not typed; they are in the history.
+        wordsNotPasted,   ///< The same, since another program kept the clipboard.
         notRecognised,    ///< The detail is the error's description.
     };
 

@@ -65,13 +65,24 @@ void StreamedText::type(const QString &confirmed)
         piece = {0, u"Streaming edge: '"_qs + Graphemes::prefix(confirmed, 30) + u"' (total: "_qs,
                  u")"_qs};
     }
+    if (!added.isEmpty() && !insert(added))
+        return;
     m_typed = confirmed;
     if (added.isEmpty())
         return;
-    m_insertion.insertText(added);
     piece.length = Graphemes::count(added);
     m_pending = piece;
     (void)hasArrived();
+}
+
+bool StreamedText::insert(const QString &text)
+{
+    m_insertion.insertText(text);
+    if (!m_insertion.wasLastPasteRefused())
+        return true;
+    if (!std::exchange(m_isHeldBack, true))
+        log(u"Streaming held back: another program keeps the clipboard"_qs);
+    return false;
 }
 
 int64_t StreamedText::removableCount()

@@ -37,6 +37,8 @@ private:
         QString end;
     };
 
+    /// False where it could not be inserted: it comes with what is confirmed next.
+    bool insert(const QString &text);
     /// Whether all that was typed has arrived; counts it.
     bool hasArrived();
 

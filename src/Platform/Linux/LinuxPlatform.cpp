@@ -50,7 +50,7 @@ Platform makeLinuxPlatform()
             = [board = pasteboard.get()] { board->lendToPrimarySelection(); },
             .willPaste
             = [board = pasteboard.get()](uint32_t window,
-                                         bool isOwn) { board->beginPaste(window, isOwn); },
+                                         bool isOwn) { return board->beginPaste(window, isOwn); },
             .awaitPaste = [board = pasteboard.get()] { (void)board->awaitPaste(); },
         });
     accessibility->setActiveWindowTakesText(

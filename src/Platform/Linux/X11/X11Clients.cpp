@@ -2,8 +2,9 @@
 
 #include "Platform/Linux/X11/XcbReply.h"
 
+#include <filesystem>
 #include <string>
-#include <sys/stat.h>
+#include <system_error>
 #include <utility>
 #include <xcb/res.h>
 
@@ -11,13 +12,14 @@ namespace Velloro {
 
 namespace {
 
-/// The file that the process runs; nothing for a process of another user.
-std::optional<struct stat> programOf(pid_t process)
+/// Whether the process runs Windows programs: "wine", "wine64-preloader" and the like. False for a
+/// process of another user, which does not tell.
+bool isWine(pid_t process)
 {
-    struct stat program{};
-    if (stat(("/proc/" + std::to_string(process) + "/exe").c_str(), &program) != 0)
-        return std::nullopt;
-    return program;
+    std::error_code error;
+    const auto program = std::filesystem::read_symlink(
+        "/proc/" + std::to_string(process) + "/exe", error);
+    return !error && program.filename().string().starts_with("wine");
 }
 
 } // namespace
@@ -52,7 +54,7 @@ std::optional<pid_t> X11Clients::process(xcb_window_t window)
     return std::nullopt;
 }
 
-bool X11Clients::areOfOneProgram(xcb_window_t one, xcb_window_t other)
+bool X11Clients::shareClipboard(xcb_window_t one, xcb_window_t other)
 {
     const uint32_t connections = ~xcb_get_setup(m_connection->xcb())->resource_id_mask;
     if ((one & connections) == (other & connections))
@@ -61,10 +63,7 @@ bool X11Clients::areOfOneProgram(xcb_window_t one, xcb_window_t other)
     const auto otherProcess = this->process(other);
     if (!process || !otherProcess)
         return false;
-    const auto program = programOf(*process);
-    const auto otherProgram = programOf(*otherProcess);
-    return program && otherProgram && program->st_dev == otherProgram->st_dev
-        && program->st_ino == otherProgram->st_ino;
+    return *process == *otherProcess || (isWine(*process) && isWine(*otherProcess));
 }
 
 } // namespace Velloro

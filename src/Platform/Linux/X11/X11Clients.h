@@ -18,8 +18,9 @@ public:
     /// The process that the X server sees behind the window; nothing where it does not tell, or the
     /// process is on another machine.
     [[nodiscard]] std::optional<pid_t> process(xcb_window_t window);
-    /// Whether both windows are of one connection, or of processes that run the same program.
-    [[nodiscard]] bool areOfOneProgram(xcb_window_t one, xcb_window_t other);
+    /// Whether what one window fetches from the clipboard is for the other: both are of one
+    /// connection or one process, or of Wine, where one process has the clipboard for all windows.
+    [[nodiscard]] bool shareClipboard(xcb_window_t one, xcb_window_t other);
 
 private:
     std::shared_ptr<X11Connection> m_connection;

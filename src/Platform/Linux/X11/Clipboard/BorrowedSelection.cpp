@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/X11/XcbReply.h"
 
+#include <QScopedValueRollback>
 #include <algorithm>
 #include <utility>
 #include <xcb/xfixes.h>
@@ -70,11 +71,19 @@ void BorrowedSelection::startReading()
 {
     m_reader.reset();
     m_displaced.reset();
+    // The time brings the news of every change before it, which are no reason to read twice, and
+    // perhaps of a later one, whose owner would refuse what is asked with an earlier time.
+    const QScopedValueRollback starting(m_isStarting, true);
+    xcb_timestamp_t now = XCB_CURRENT_TIME;
+    do {
+        m_hasChanged = false;
+        now = m_window.serverTime();
+    } while (m_hasChanged);
     m_readOwner = owner();
     if (m_readOwner == XCB_WINDOW_NONE || m_readOwner == m_window.id())
         return;
     m_reader = std::make_unique<SelectionReader>(m_connection, m_atoms, m_window, m_selection,
-                                                 m_forms);
+                                                 m_forms, now);
     connect(m_reader.get(), &SelectionReader::finished, this, [this] {
         m_displaced = m_reader->takeContent();
         Q_EMIT read();
@@ -121,6 +130,29 @@ void BorrowedSelection::borrow(SelectionContent content)
     take(std::move(content), m_window.serverTime());
 }
 
+bool BorrowedSelection::holds(const QByteArray &text)
+{
+    const xcb_window_t current = owner();
+    // The answer came after the news of every change before it.
+    m_connection->dispatchPending();
+    if (current == m_window.id())
+        return m_isBorrowed;
+    if (current == XCB_WINDOW_NONE)
+        return false;
+    if (current != m_readOwner || !m_reader)
+        startReading();
+    awaitReading();
+    const SelectionContent::Form *form =
+        m_displaced ? m_displaced->form(m_atoms.utf8String) : nullptr;
+    const bool isSame = form && form->data == text;
+    // Nobody would tell when it is out of date.
+    if (!m_isFollowing) {
+        m_reader.reset();
+        m_displaced.reset();
+    }
+    return isSame;
+}
+
 void BorrowedSelection::giveBack()
 {
     if (!m_isBorrowed || isReading())
@@ -134,6 +166,15 @@ void BorrowedSelection::giveBack()
         take(*displaced, now);
     else if (m_whenEmpty == WhenEmpty::isGivenUp)
         giveUp();
+}
+
+void BorrowedSelection::finishReading(const QDeadlineTimer &deadline)
+{
+    if (!m_isBorrowed)
+        return;
+    m_connection->dispatchUntil([this] { return !isReading(); }, deadline);
+    if (m_reader)
+        m_reader->finish();
 }
 
 void BorrowedSelection::take(SelectionContent content, xcb_timestamp_t now)
@@ -190,7 +231,8 @@ void BorrowedSelection::handleNewOwner(xcb_window_t owner, xcb_timestamp_t since
         return;
     }
     lose();
-    if (m_isFollowing)
+    m_hasChanged = true;
+    if (m_isFollowing && !m_isStarting)
         startReading();
 }
 

@@ -43,9 +43,16 @@ public:
     /// Puts a content there until `giveBack`. What is displaced is waited for where it has not been
     /// read yet: 120 ms without a sign of life and half a second at most.
     void borrow(SelectionContent content);
+    /// Whether this text, in UTF-8, is there now: borrowed by us, or in the hands of a program that
+    /// has taken it over, as some clipboard managers do. Waits like `borrow` for what another
+    /// program has.
+    [[nodiscard]] bool holds(const QByteArray &text);
     /// Puts back what was displaced. What is still being read then delays it: it is to be called
     /// again at `read`.
     void giveBack();
+    /// Waits for what is still being read, so that it can be given back. What has not been sent by
+    /// then is lost.
+    void finishReading(const QDeadlineTimer &deadline);
 
     void handleEvent(const xcb_generic_event_t *event);
 
@@ -76,6 +83,9 @@ private:
     xcb_window_t m_readOwner = XCB_WINDOW_NONE;
     std::optional<SelectionContent> m_displaced;
     bool m_isFollowing = false;
+    /// A reading is about to begin, and the selection has changed hands meanwhile.
+    bool m_isStarting = false;
+    bool m_hasChanged = false;
     bool m_isBorrowed = false;
 };
 

@@ -27,13 +27,13 @@ bool isOwnersResource(xcb_atom_t type)
 
 SelectionReader::SelectionReader(std::shared_ptr<X11Connection> connection,
                                  const SelectionAtoms &atoms, SelectionWindow &window,
-                                 xcb_atom_t selection, Forms forms)
+                                 xcb_atom_t selection, Forms forms, xcb_timestamp_t now)
     : m_connection(std::move(connection))
     , m_atoms(atoms)
     , m_window(window)
     , m_selection(selection)
     , m_scope(forms)
-    , m_time(window.serverTime())
+    , m_time(now)
     , m_end(longestReading)
 {
     m_patience.setSingleShot(true);

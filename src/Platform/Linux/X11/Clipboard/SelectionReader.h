@@ -22,9 +22,10 @@ class SelectionReader final : public QObject
 public:
     enum class Forms { all, text };
 
-    /// Begins. `window` and `atoms` outlive the reader.
+    /// Begins; `now` is the X server's present time. `window` and `atoms` outlive the reader.
     SelectionReader(std::shared_ptr<X11Connection> connection, const SelectionAtoms &atoms,
-                    SelectionWindow &window, xcb_atom_t selection, Forms forms);
+                    SelectionWindow &window, xcb_atom_t selection, Forms forms,
+                    xcb_timestamp_t now);
 
     [[nodiscard]] bool isFinished() const { return m_isFinished; }
     /// Counts the owner's signs of life.
@@ -70,7 +71,7 @@ private:
     SelectionWindow &m_window;
     const xcb_atom_t m_selection;
     const Forms m_scope;
-    xcb_timestamp_t m_time = XCB_CURRENT_TIME;
+    const xcb_timestamp_t m_time;
     std::vector<Request> m_requests;
     std::deque<xcb_atom_t> m_wanted;
     std::vector<xcb_atom_t> m_ownersOrder;

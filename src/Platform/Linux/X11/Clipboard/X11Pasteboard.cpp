@@ -67,6 +67,7 @@ void X11Pasteboard::unfollow()
 
 void X11Pasteboard::borrow(const QString &text)
 {
+    m_wasPasteRefused = false;
     withSelections([&](X11Selections &selections) { selections.borrow(text); });
 }
 
@@ -80,9 +81,13 @@ void X11Pasteboard::lendToPrimarySelection()
     withSelections([](X11Selections &selections) { selections.lendToPrimarySelection(); });
 }
 
-void X11Pasteboard::beginPaste(uint32_t window, bool isOwn)
+bool X11Pasteboard::beginPaste(uint32_t window, bool isOwn)
 {
-    withSelections([&](X11Selections &selections) { selections.beginPaste(window, isOwn); });
+    bool mayPaste = true;
+    withSelections(
+        [&](X11Selections &selections) { mayPaste = selections.beginPaste(window, isOwn); });
+    m_wasPasteRefused = !mayPaste;
+    return mayPaste;
 }
 
 bool X11Pasteboard::awaitPaste()

@@ -33,15 +33,19 @@ public:
     /// What was there is waited for where it has not been read yet: 120 ms without a sign of life
     /// from its owner, half a second at most.
     void borrow(const QString &text) override;
+    [[nodiscard]] bool wasPasteRefused() const override { return m_wasPasteRefused; }
     void giveBack() override;
     [[nodiscard]] bool awaitPaste() override;
 
     /// Makes the primary selection hold what the pasteboard holds, until `giveBack`.
     void lendToPrimarySelection();
-    /// The application of this window is about to paste what the pasteboard holds now; it is given
-    /// that even if the pasteboard holds something else when it asks. A window of this program's own
-    /// is not waited for: it can't ask meanwhile.
-    void beginPaste(uint32_t window, bool isOwn = false);
+    /// The application of this window is about to paste the borrowed text; it is given that even if
+    /// the pasteboard holds something else when it asks. A window of this program's own is not waited
+    /// for: it can't ask meanwhile.
+    ///
+    /// Where another program has taken the pasteboard from the text, the text is put back. False when
+    /// it is taken again at once: no stroke may be sent then.
+    [[nodiscard]] bool beginPaste(uint32_t window, bool isOwn = false);
 
 private:
     /// Runs `work` on the selections' thread and waits for it; nothing without an X server.
@@ -56,6 +60,7 @@ private:
     QObject m_receiver;
     /// Made, used and destroyed on `m_thread`; null without an X server.
     std::unique_ptr<X11Selections> m_selections;
+    bool m_wasPasteRefused = false;
 };
 
 } // namespace Velloro

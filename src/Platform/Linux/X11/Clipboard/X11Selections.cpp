@@ -18,6 +18,8 @@ constexpr auto longestNotice = 100ms;
 // How long a clipboard manager may give no sign of life, and take altogether.
 constexpr auto savingPatience = 250ms;
 constexpr auto longestSaving = 2s;
+// For what is still being read at the end.
+constexpr auto longestEnd = 2s;
 
 } // namespace
 
@@ -46,9 +48,9 @@ X11Selections::X11Selections(std::shared_ptr<X11Connection> connection)
 
 X11Selections::~X11Selections()
 {
-    if (m_connection->isAlive()) {
+    if (m_connection->isAlive() && hasClipboardManager()) {
+        m_clipboard.finishReading(QDeadlineTimer(longestEnd));
         m_clipboard.giveBack();
-        m_primary.giveBack();
         saveToClipboardManager();
     }
     disconnect(m_connection.get(), nullptr, this, nullptr);
@@ -56,8 +58,10 @@ X11Selections::~X11Selections()
 
 void X11Selections::setString(const QString &text)
 {
-    if (m_connection->isAlive())
-        m_clipboard.own(SelectionContent::ofText(m_atoms, text));
+    if (!m_connection->isAlive())
+        return;
+    m_text.reset();
+    m_clipboard.own(SelectionContent::ofText(m_atoms, text));
 }
 
 void X11Selections::follow()
@@ -82,6 +86,8 @@ void X11Selections::borrow(const QString &text)
     // The paste before keeps its own text until it has been served.
     if (!isPasteUnderWay())
         m_paste.reset();
+    m_text = text;
+    m_isPrimaryLent = false;
     m_clipboard.borrow(SelectionContent::ofPassingText(m_atoms, text));
     awaitNotice();
 }
@@ -103,14 +109,17 @@ void X11Selections::awaitNotice()
 
 void X11Selections::lendToPrimarySelection()
 {
-    if (m_connection->isAlive() && m_clipboard.owned())
-        m_primary.borrow(m_clipboard.owned()->content);
+    if (!m_connection->isAlive() || !m_text)
+        return;
+    m_isPrimaryLent = true;
+    m_primary.borrow(SelectionContent::ofPassingText(m_atoms, *m_text));
 }
 
 void X11Selections::giveBack()
 {
     if (!m_connection->isAlive())
         return;
+    m_text.reset();
     m_isGivingBack = true;
     m_connection->dispatchPending();
     continueGivingBack();
@@ -130,10 +139,35 @@ void X11Selections::continueGivingBack()
     m_isGivingBack = m_clipboard.isBorrowed() || m_primary.isBorrowed();
 }
 
-void X11Selections::beginPaste(xcb_window_t window, bool isOwn)
+bool X11Selections::beginPaste(xcb_window_t window, bool isOwn)
 {
-    if (m_connection->isAlive() && m_clipboard.owned() && window != XCB_WINDOW_NONE)
+    if (!m_connection->isAlive() || !m_text)
+        return true;
+    if (!holdsText()) {
+        takeTextAgain();
+        if (!holdsText())
+            return false;
+    }
+    // Who has taken the text over does not tell who fetches it.
+    m_paste.reset();
+    if (m_clipboard.owned() && window != XCB_WINDOW_NONE)
         m_paste = {window, *m_clipboard.owned(), QDeadlineTimer(pastePatience), isOwn, false};
+    return true;
+}
+
+bool X11Selections::holdsText()
+{
+    const QByteArray text = m_text->toUtf8();
+    return m_clipboard.holds(text) && (!m_isPrimaryLent || m_primary.holds(text));
+}
+
+void X11Selections::takeTextAgain()
+{
+    const SelectionContent content = SelectionContent::ofPassingText(m_atoms, *m_text);
+    m_clipboard.borrow(content);
+    if (m_isPrimaryLent)
+        m_primary.borrow(content);
+    awaitNotice();
 }
 
 bool X11Selections::awaitPaste()
@@ -184,12 +218,20 @@ void X11Selections::handleRequest(const xcb_selection_request_event_t &request)
     ++m_requests;
     const SelectionServer::Ownership *asked = owned(request.selection);
     const bool isPaste = asked && isPasteUnderWay()
-        && m_clients.areOfOneProgram(request.requestor, m_paste->window);
+        && m_clients.shareClipboard(request.requestor, m_paste->window);
     const bool hasText = m_server.answer(request, isPaste ? &m_paste->offered : asked);
     if (isPaste && hasText) {
         m_paste->served = true;
         Q_EMIT pasteServed();
     }
+}
+
+bool X11Selections::hasClipboardManager()
+{
+    xcb_connection_t *xcb = m_connection->xcb();
+    const XcbReply<xcb_get_selection_owner_reply_t> manager(xcb_get_selection_owner_reply(
+        xcb, xcb_get_selection_owner(xcb, m_atoms.clipboardManager), nullptr));
+    return manager && manager->owner != XCB_WINDOW_NONE;
 }
 
 void X11Selections::saveToClipboardManager()
@@ -198,11 +240,6 @@ void X11Selections::saveToClipboardManager()
     if (!m_clipboard.owned() || m_clipboard.owned()->content.forms.empty())
         return;
     xcb_connection_t *xcb = m_connection->xcb();
-    const XcbReply<xcb_get_selection_owner_reply_t> manager(xcb_get_selection_owner_reply(
-        xcb, xcb_get_selection_owner(xcb, m_atoms.clipboardManager), nullptr));
-    if (!manager || manager->owner == XCB_WINDOW_NONE)
-        return;
-
     std::vector<xcb_atom_t> targets;
     for (const SelectionContent::Form &form : m_clipboard.owned()->content.forms)
         targets.push_back(form.target);

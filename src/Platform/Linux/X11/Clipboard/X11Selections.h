@@ -23,8 +23,8 @@ class X11Selections final : public QObject
 
 public:
     explicit X11Selections(std::shared_ptr<X11Connection> connection);
-    /// Gives the selections back, and hands what the clipboard holds to the clipboard manager if one
-    /// runs, so that it outlives the program.
+    /// Hands what the user has on the clipboard to the clipboard manager if one runs, so that it
+    /// outlives the program. What is still being read is waited for, two seconds at most.
     ~X11Selections() override;
 
     /// Puts the text on the clipboard for good.
@@ -42,12 +42,14 @@ public:
     /// Puts back what was there, when a paste that is under way has been served.
     void giveBack();
 
-    /// The application of this window is about to paste what the clipboard holds now. It is given
-    /// that whenever it asks, although the clipboard may hold something else by then; once, and for
-    /// a second at most. Another process of the same program may ask for it: in Wine all windows
-    /// have their clipboard from one.
+    /// The application of this window is about to paste the borrowed text. It is given that whenever
+    /// it asks, although the clipboard may hold something else by then; once, and for a second at
+    /// most. In Wine another process may ask for it: all windows have their clipboard from one.
     /// A window of this program's own can't fetch the text while it is waited for.
-    void beginPaste(xcb_window_t window, bool isOwn);
+    ///
+    /// What another program has taken for something else since it was borrowed is borrowed once
+    /// more. False where it has been taken again by then: the application would paste that.
+    [[nodiscard]] bool beginPaste(xcb_window_t window, bool isOwn);
     /// Waits until that application has been given the text, for no longer than that second. What
     /// is sent to it afterwards reaches it afterwards. Whether it was given it; the last paste's
     /// answer stays until the next `borrow`.
@@ -73,7 +75,11 @@ private:
     /// Whether the application that was told to paste has yet to be given the text.
     [[nodiscard]] bool isPasteUnderWay() const;
     void awaitNotice();
+    /// Whether every selection that the paste needs holds its text.
+    [[nodiscard]] bool holdsText();
+    void takeTextAgain();
     void continueGivingBack();
+    [[nodiscard]] bool hasClipboardManager();
     void saveToClipboardManager();
 
     std::shared_ptr<X11Connection> m_connection;
@@ -84,6 +90,9 @@ private:
     BorrowedSelection m_clipboard;
     BorrowedSelection m_primary;
     std::optional<Paste> m_paste;
+    /// What was borrowed for; nothing when it has been given back.
+    std::optional<QString> m_text;
+    bool m_isPrimaryLent = false;
     /// The selections are to be given back as soon as that can be.
     bool m_isGivingBack = false;
     QTimer m_pasteEnd;

@@ -205,8 +205,9 @@ std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::pasteChord()
         return std::nullopt;
     if (stroke == PasteStroke::shiftInsert && m_hooks.willPastePrimarySelection)
         m_hooks.willPastePrimarySelection();
-    if (m_hooks.willPaste)
-        m_hooks.willPaste(m_workspace->activeWindow(), othersWindow() == XCB_WINDOW_NONE);
+    if (m_hooks.willPaste
+        && !m_hooks.willPaste(m_workspace->activeWindow(), othersWindow() == XCB_WINDOW_NONE))
+        return std::nullopt;
     return result;
 }
 

@@ -32,7 +32,8 @@ public:
         /// pasteboard's content then.
         std::function<void()> willPastePrimarySelection;
         /// Called before a stroke that pastes into a window, which may be one of the program's own.
-        std::function<void(uint32_t window, bool isOwn)> willPaste;
+        /// False where the stroke would paste something else than it is to: none is sent.
+        std::function<bool(uint32_t window, bool isOwn)> willPaste;
         /// Waits, for a bounded time, until the window has been given what it was to paste. Strokes
         /// that came before would meet a field without it.
         std::function<void()> awaitPaste;

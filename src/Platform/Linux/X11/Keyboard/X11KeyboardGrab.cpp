@@ -6,6 +6,7 @@
 #include <chrono>
 #include <thread>
 #include <utility>
+#include <xcb/xinput.h>
 
 using namespace std::chrono_literals;
 
@@ -48,12 +49,47 @@ bool X11KeyboardGrab::isGrabbed()
     return reply && reply->status == XCB_GRAB_STATUS_ALREADY_GRABBED;
 }
 
+bool X11KeyboardGrab::setsOffGrab(uint8_t keycode)
+{
+    // The server refuses what another program has, with whichever modifiers.
+    xcb_connection_t *xcb = m_connection->xcb();
+    const auto cookie =
+        xcb_grab_key_checked(xcb, 1, m_connection->root(), XCB_MOD_MASK_ANY, keycode,
+                             XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    xcb_ungrab_key(xcb, keycode, m_connection->root(), XCB_MOD_MASK_ANY);
+    if (const XcbReply<xcb_generic_error_t> error{xcb_request_check(xcb, cookie)})
+        return error->error_code == XCB_ACCESS;
+    if (m_connection->inputOpcode() == 0)
+        return false;
+
+    // Grabs of the newer kind are not seen by that.
+    const uint32_t anyModifier = XCB_INPUT_MODIFIER_MASK_ANY;
+    const uint32_t events = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS;
+    for (const uint16_t master : m_keyboards.masterKeyboards()) {
+        const XcbReply<xcb_input_xi_passive_grab_device_reply_t> refusal(
+            xcb_input_xi_passive_grab_device_reply(
+                xcb,
+                xcb_input_xi_passive_grab_device(
+                    xcb, XCB_CURRENT_TIME, m_connection->root(), XCB_CURSOR_NONE, keycode, master, 1,
+                    1, XCB_INPUT_GRAB_TYPE_KEYCODE, XCB_INPUT_GRAB_MODE_22_ASYNC,
+                    XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_OWNER_NO_OWNER, &events,
+                    &anyModifier),
+                nullptr));
+        xcb_input_xi_passive_ungrab_device(xcb, m_connection->root(), keycode, master, 1,
+                                           XCB_INPUT_GRAB_TYPE_KEYCODE, &anyModifier);
+        if (refusal && refusal->num_modifiers > 0)
+            return true;
+    }
+    return false;
+}
+
 bool X11KeyboardGrab::isHeldByAnother()
 {
     if (!isGrabbed())
         return false;
-    const KeySet modifiers = m_keyboards.logicallyHeld() & m_keymap.heldModifierKeys();
+    KeySet modifiers = m_keyboards.logicallyHeld() & m_keymap.heldModifierKeys();
     for (size_t key = 0; key < modifiers.size(); ++key) {
+        modifiers[key] = modifiers[key] && setsOffGrab(static_cast<uint8_t>(key));
         if (modifiers[key])
             m_keyboards.fakeKey(static_cast<uint8_t>(key), false);
     }

@@ -20,11 +20,14 @@ public:
     /// Whether another program has the keyboard now, for whatever reason.
     [[nodiscard]] bool isGrabbed();
     /// A grab that a held modifier has set off (a desktop that waits for a tap on Super) does not
-    /// count. Where there is a grab, it is told apart by releasing the modifiers for the
-    /// applications, and waiting 0.1 s at most for the grab's end.
+    /// count. Where there is a grab, it is told apart by releasing for the applications the modifiers
+    /// that another program waits for, and waiting 0.1 s at most for the grab's end.
     [[nodiscard]] bool isHeldByAnother();
 
 private:
+    /// Whether a press of the key gives another program the keyboard.
+    [[nodiscard]] bool setsOffGrab(uint8_t keycode);
+
     std::shared_ptr<X11Connection> m_connection;
     X11Keymap m_keymap;
     X11Keyboards m_keyboards;
