@@ -11,6 +11,19 @@ using namespace std::chrono_literals;
 
 namespace {
 
+class CountedUpdater : public Updater
+{
+public:
+    explicit CountedUpdater(int &starts)
+        : m_starts(starts)
+    {
+    }
+    void start() override { ++m_starts; }
+
+private:
+    int &m_starts;
+};
+
 class AppDelegateTest : public DictationControllerTestBase
 {
 protected:
@@ -38,7 +51,12 @@ TEST_F(AppDelegateTest, SetsDictationUpOnce)
 {
     addModel(u"small"_qs);
     memory.loginItem->error = PlatformError{13, u"Permission denied"_qs};
+    int updaterStarts = 0;
+    memory.platform.updater = std::make_unique<CountedUpdater>(updaterStarts);
+    QGuiApplication::setQuitOnLastWindowClosed(true);
     start();
+    EXPECT_EQ(updaterStarts, 1);
+    EXPECT_FALSE(QGuiApplication::quitOnLastWindowClosed());
     EXPECT_EQ(memory.hotkeyRegistration->registered.size(), 1U);
     EXPECT_TRUE(appState().hasMicrophonePermission());
     EXPECT_TRUE(appState().hasAccessibilityPermission());
@@ -96,10 +114,10 @@ TEST_F(AppDelegateTest, EndsAtOnceInTheMiddleOfARecording)
 
 TEST_F(AppDelegateTest, BringsTheFirstRunToTheFrontUntilItIsCompleted)
 {
-    QWindow welcome;
-    welcome.setTitle(u"Welcome to Velloro"_qs);
     QWindow other;
     other.setTitle(u"Welcome to something else"_qs);
+    QWindow welcome;
+    welcome.setTitle(u"Welcome to Velloro"_qs);
     welcome.show();
     other.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&welcome));

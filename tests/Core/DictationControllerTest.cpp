@@ -106,6 +106,8 @@ TEST_F(DictationControllerTest, ToggleModeStopsAtTheSecondPressAndIsBusyMeanwhil
     press();
     ASSERT_TRUE(waitForState(TranscriptionState::listening));
     release();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(state->transcriptionState(), TranscriptionState::listening);
     speak(4096);
     {
         FakeWhisper::Hold hold;

@@ -207,6 +207,18 @@ TEST_F(DictationStreamingTest, TypesWhatIsConfirmedAndReplacesItByTheFinalText)
     }
 }
 
+TEST_F(DictationStreamingTest, EveryPassIsInTheSelectedLanguage)
+{
+    launchWithModel();
+    state->setSelectedLanguage(WhisperLanguage::polish);
+    start();
+    pass(" no dobrze");
+    stop(" no dobrze");
+    ASSERT_EQ(FakeWhisper::calls().size(), 2U);
+    for (const FakeWhisper::Call &call : FakeWhisper::calls())
+        EXPECT_EQ(call.language, "pl");
+}
+
 TEST_F(DictationStreamingTest, DeletesThenPausesThenTypesTheFinalText)
 {
     memory.accessibility->trusted = false;

@@ -109,20 +109,20 @@ TEST_F(PresetModelLoaderTest, FollowsThePresetAndItsModel)
 
 TEST_F(PresetModelLoaderTest, AModelThatTheUserChoseByItsNameStays)
 {
-    launchWith(strings({"small-q8_0", "small", "tiny"}));
+    launchWith(strings({"small-q8_0", "base", "tiny"}));
     WhisperManager &manager = state->whisperManager();
     {
         // The preset's is still on its way.
         ASSERT_TRUE(waitForModel(u"small-q8_0"_qs));
         FakeWhisper::Hold hold(FakeWhisper::Point::load);
-        state->setModelId(u"small"_qs, ModelPreset::medium);
+        state->setModelId(u"base"_qs, ModelPreset::medium);
         ASSERT_TRUE(hold.waitUntilHeld());
         manager.loadModel(u"tiny"_qs);
     }
     ASSERT_TRUE(waitForModel(u"tiny"_qs));
     dictate();
     EXPECT_TRUE(isLeftAlone(manager.whisperContext()));
-    EXPECT_EQ(readModels(), strings({"small-q8_0", "small", "tiny"}));
+    EXPECT_EQ(readModels(), strings({"small-q8_0", "base", "tiny"}));
 }
 
 TEST_F(PresetModelLoaderTest, DoesNothingBetweenAPressAndTheEndOfItsDictation)

@@ -421,12 +421,18 @@ TEST_F(AudioCaptureManagerTest, DurationRunsAndEndsAtZero)
     ASSERT_TRUE(manager.startRecording());
     EXPECT_EQ(manager.recordingDuration(), 0.0);
     // Ten times a second: even where everything is late, once before this runs out.
-    bool isLater = false;
-    QTimer::singleShot(std::chrono::milliseconds(200), Qt::PreciseTimer, [&] { isLater = true; });
-    ASSERT_TRUE(waitUntil([&] { return isLater; }));
+    const auto waitForATick = [] {
+        bool isLater = false;
+        QTimer::singleShot(std::chrono::milliseconds(200), Qt::PreciseTimer,
+                           [&] { isLater = true; });
+        ASSERT_TRUE(waitUntil([&] { return isLater; }));
+    };
+    waitForATick();
     EXPECT_GE(changes, 1);
     EXPECT_GE(manager.recordingDuration(), 0.09);
     manager.stopRecording();
+    EXPECT_EQ(manager.recordingDuration(), 0.0);
+    waitForATick();
     EXPECT_EQ(manager.recordingDuration(), 0.0);
 }
 
