@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 """Builds the benchmarks, runs them all and prints a table: each figure beside what it is measured
 against in the same run. Times are medians. They are worth something on a machine that does nothing
 else meanwhile (or started with `chrt --rr 5`, as root).
@@ -19,14 +18,11 @@ import tempfile
 
 import program
 import recognition
+from velloro_tools import models
+from velloro_tools.models import CACHE
+from velloro_tools.places import ROOT
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
 BUILD = ROOT / "build/benchmark"
-CACHE = ROOT / ".deps/models"
-sys.path.insert(0, str(ROOT / "tools"))
-
-from velloro_desktop import models  # noqa: E402
-
 # How much faster than the default build each model is to be.
 SPEED_UP = {"tiny.en-q5_1": 2.5, "base-q5_1": 2.5, "base-q8_0": 2.5, "base": 1.75}
 ROWS = []
@@ -205,7 +201,7 @@ def print_table(started):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__,
+    parser = argparse.ArgumentParser(prog="benchmarks/run", description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--repetitions", type=int, default=5, metavar="N",
                         help="of each recognition and, twice as many, of each start")

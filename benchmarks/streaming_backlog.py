@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 """Measures whether streaming keeps up where a pass takes longer than the audio that it covers: a
 minute of speech on a private desktop, the time from the key's release to the final text, and the
 program's memory meanwhile."""
@@ -10,13 +9,10 @@ import sys
 import threading
 import time
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
-sys.path.insert(0, str(ROOT / "tools"))
+from velloro_tools.desktop import DesktopError, PrivateDesktop, User, Velloro
+from velloro_tools.models import ModelError, obtain
+from velloro_tools.places import PROGRAM, RECORDING
 
-from velloro_desktop import DesktopError, PrivateDesktop, User, Velloro  # noqa: E402
-from velloro_desktop.models import ModelError, obtain  # noqa: E402
-
-SPEECH = ROOT / ".deps/whisper/share/jfk.wav"
 PASS = "[WhisperContext] Streaming: "
 # Seconds of new audio that make a pass due.
 INTERVAL = 1.5
@@ -41,7 +37,7 @@ def longest_backlog(begin, ends):
 def measure(arguments, model, path, desktop):
     user = User(desktop)
     recording = desktop.folder / "minute.wav"
-    desktop.run(["sox", *[str(SPEECH)] * (arguments.seconds // 11 + 1), str(recording),
+    desktop.run(["sox", *[str(RECORDING)] * (arguments.seconds // 11 + 1), str(recording),
                  "trim", "0", str(arguments.seconds)])
     user.prepare_speech(recording)
     times = []
@@ -117,10 +113,10 @@ def measure(arguments, model, path, desktop):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
+    parser = argparse.ArgumentParser(prog="benchmarks/streaming-backlog", description=__doc__)
     parser.add_argument("--seconds", type=int, default=60)
     parser.add_argument("--model", metavar="ID", default="base")
-    parser.add_argument("--program", type=pathlib.Path, default=ROOT / "build/release/src/velloro")
+    parser.add_argument("--program", type=pathlib.Path, default=PROGRAM)
     arguments = parser.parse_args()
     try:
         model, path = obtain("en", arguments.model)

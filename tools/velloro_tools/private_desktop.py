@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 """Runs a command on a private desktop, without a screen, a sound card or a session of one's own.
 
 The desktop has an X server, a window manager that takes no keys, a session bus, an accessibility
@@ -12,7 +11,7 @@ import signal
 import subprocess
 import sys
 
-from velloro_desktop import DesktopError, MissingComponent, PrivateDesktop
+from .desktop import DesktopError, MissingComponent, PrivateDesktop
 
 NOT_INSTALLED = 77
 
@@ -22,7 +21,7 @@ def interrupted(number, _frame):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__,
+    parser = argparse.ArgumentParser(prog="tools/private-desktop", description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--screen", default="1280x800x24", metavar="WxHxDEPTH")
     parser.add_argument("command", nargs=argparse.REMAINDER, metavar="-- COMMAND...")

@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 """Dictates many times in a row on a private desktop and fails when the program's memory,
 descriptors or threads grow."""
 
@@ -9,11 +8,10 @@ import re
 import sys
 import time
 
-from velloro_desktop import DesktopError, PrivateDesktop, User, Velloro
-from velloro_desktop.models import ModelError, obtain
+from .desktop import DesktopError, PrivateDesktop, User, Velloro
+from .models import ModelError, obtain
+from .places import PROGRAM, RECORDING
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
-SPEECH = ROOT / ".deps/whisper/share/jfk.wav"
 # What is allocated once has been after so many; the history holds fifty entries.
 WARM_UP = 20
 # The allocator keeps this and that; a leak of a recording or a text per dictation exceeds it.
@@ -27,7 +25,7 @@ def parse_arguments():
     parser.add_argument("--app", default="mousepad", choices=["mousepad", "xterm"])
     parser.add_argument("--model", metavar="ID", default="tiny.en-q5_1",
                         help="a model of the catalogue (tiny.en-q5_1)")
-    parser.add_argument("--program", type=pathlib.Path, default=ROOT / "build/release/src/velloro",
+    parser.add_argument("--program", type=pathlib.Path, default=PROGRAM,
                         help="the program to try")
     arguments = parser.parse_args()
     if arguments.count <= WARM_UP:
@@ -63,7 +61,7 @@ def soak(arguments, model, path, desktop):
     user = User(desktop)
     recording = desktop.folder / "speech.wav"
     # Understood at once: a second attempt with more decoders costs memory that is then kept.
-    desktop.run(["sox", str(SPEECH), str(recording), "trim", "7.9", "2.9"])
+    desktop.run(["sox", str(RECORDING), str(recording), "trim", "7.9", "2.9"])
     velloro = Velloro(desktop, arguments.program)
     velloro.set_up(model=model, model_file=path, enableRealtimeStreaming=arguments.streaming)
     velloro.start()

@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 """Dictates into real applications, in batch and in streaming mode, and writes what became of it as
 a table.
 
@@ -10,19 +9,19 @@ applications that are named are tried again.
 
 import argparse
 import datetime
+import os
 import pathlib
 import shutil
 import signal
 import sys
 
-from applications_lib.catalogue import APPLICATIONS
-from applications_lib.dictation import JFK, MODES
-from applications_lib.root import Root, RootError, check_needs
-from applications_lib.runner import Runner
-from applications_lib.table import table
-from velloro_desktop import models
-
-ROOT = pathlib.Path(__file__).resolve().parents[1]
+from .. import models
+from ..places import PROGRAM, RECORDING, ROOT
+from .catalogue import APPLICATIONS
+from .dictation import MODES
+from .root import Root, RootError, check_needs
+from .runner import Runner
+from .table import table
 
 
 def say(text):
@@ -30,7 +29,7 @@ def say(text):
 
 
 def parse_arguments():
-    parser = argparse.ArgumentParser(description=__doc__,
+    parser = argparse.ArgumentParser(prog="tools/applications", description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("names", nargs="*", metavar="NAME",
                         help="only applications whose name begins so, in any case of letters")
@@ -45,7 +44,7 @@ def parse_arguments():
                         help="where outcomes, logs and pictures are kept")
     parser.add_argument("--table", type=pathlib.Path, default=ROOT / "docs/applications.md",
                         help="the table's file")
-    parser.add_argument("--program", type=pathlib.Path, default=ROOT / "build/release/src/velloro")
+    parser.add_argument("--program", type=pathlib.Path, default=PROGRAM)
     return parser.parse_args()
 
 
@@ -62,7 +61,7 @@ def chosen(names):
 def find_model():
     """The quickest that is there hears the recordings well enough."""
     present = models.models_in(models.CACHE) | models.models_in(
-        models.os.environ.get(models.ENVIRONMENT_FOLDER))
+        os.environ.get(models.ENVIRONMENT_FOLDER))
     if not present:
         return models.obtain(say=say)
     return min(present.items(), key=lambda model: model[1].stat().st_size)
@@ -88,7 +87,7 @@ def main():
     install(root, applications)
     if arguments.install_only:
         return
-    if not arguments.program.exists() or not JFK.exists():
+    if not arguments.program.exists() or not RECORDING.exists():
         sys.exit(f"applications: build {arguments.program} first")
 
     if arguments.again and not arguments.names and not arguments.mode:
