@@ -7,13 +7,10 @@ import sys
 import threading
 import time
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
-sys.path.insert(0, str(ROOT / "tools"))
-
-from velloro_desktop import DesktopError, PrivateDesktop, User, Velloro  # noqa: E402
+from velloro_tools.desktop import DesktopError, PrivateDesktop, User, Velloro
+from velloro_tools.places import RECORDING
 
 HERE = pathlib.Path(__file__).resolve().parent
-RECORDING = ROOT / ".deps/whisper/share/jfk.wav"
 
 
 # --- what the system knows of a process ----------------------------------------------------------

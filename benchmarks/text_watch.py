@@ -5,9 +5,6 @@ monotonic clock: "down" and "up" when the last key was pressed or released, "tex
 accessibility bus told that text was inserted.
 """
 
-import importlib.machinery
-import importlib.util
-import pathlib
 import sys
 import time
 
@@ -16,7 +13,8 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
+from velloro_tools.desktop import press_key as press  # noqa: E402
+
 KEYS = ("Alt_L", "space")
 
 
@@ -24,16 +22,7 @@ def tell(word):
     print(word, f"{time.monotonic():.6f}", flush=True)
 
 
-def load_press_key():
-    loader = importlib.machinery.SourceFileLoader("press_key",
-                                                  str(ROOT / "tools/velloro_desktop/press-key"))
-    module = importlib.util.module_from_spec(importlib.util.spec_from_loader("press_key", loader))
-    loader.exec_module(module)
-    return module
-
-
 def main():
-    press = load_press_key()
     display = press.x11.XOpenDisplay(None)
     press.xi.XIQueryVersion(display, press.byref(press.c_int(2)), press.byref(press.c_int(2)))
     device = press.xi.XOpenDevice(display, press.find_keyboard(display, "Xvfb keyboard"))

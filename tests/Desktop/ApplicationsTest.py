@@ -5,7 +5,7 @@ import urllib.parse
 
 from desktop_case import JFK, DesktopCase, main
 from streaming_case import StreamingCase
-from velloro_desktop import wait_for
+from velloro_tools.desktop import wait_for
 
 # Short enough for a title that has the dictated words as well.
 MINE = "My letter, word by word. "

@@ -1,7 +1,7 @@
 """The main job: speech becomes text in the focused field of a real application."""
 
 from desktop_case import (BUSY, JFK, JFK_WORDS, PHRASE_WORDS, RECORDING, DesktopCase, main, words)
-from velloro_desktop import wait_for
+from velloro_tools.desktop import wait_for
 
 
 class DictationTest(DesktopCase):

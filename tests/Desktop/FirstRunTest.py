@@ -5,8 +5,8 @@ import os
 import threading
 
 from desktop_case import PHRASE_WORDS, RECORDING, DesktopCase, main
-from velloro_desktop import Velloro, wait_for
-from velloro_desktop.models import file_name
+from velloro_tools.desktop import Velloro, wait_for
+from velloro_tools.models import file_name
 
 WELCOME = "Welcome to Velloro"
 STEPS = [WELCOME, "Permissions", "Voice Model Ready!", "Set Up Your Hotkey",

@@ -1,7 +1,7 @@
 """The settings without a pointer and without eyes: by Tab, as the accessibility bus tells it."""
 
 from desktop_case import DesktopCase, main
-from velloro_desktop import wait_for
+from velloro_tools.desktop import wait_for
 
 WIDTH = 1280  # of the screen
 TABS = ["General", "Model", "Dictionary", "History", "Privacy"]

@@ -4,7 +4,7 @@ of the window manager's lists."""
 import re
 
 from desktop_case import DesktopCase, main
-from velloro_desktop import DesktopError, wait_for
+from velloro_tools.desktop import DesktopError, wait_for
 
 # Side by side, their upper edges level.
 LEFT = (0, 0, 640, 800)

@@ -4,7 +4,7 @@ import signal
 import time
 
 from desktop_case import PHRASE_WORDS, DesktopCase, main
-from velloro_desktop import wait_for
+from velloro_tools.desktop import wait_for
 
 
 class OutagesTest(DesktopCase):

@@ -5,7 +5,7 @@ import stat
 import time
 
 from desktop_case import PHRASE_WORDS, DesktopCase, main
-from velloro_desktop import wait_for
+from velloro_tools.desktop import wait_for
 
 CHOSEN = {
     "recordingMode": "Hold to Talk", "selectedModel": "Large", "selectedLanguage": "en",

@@ -3,7 +3,7 @@
 import array
 
 from desktop_case import DesktopCase, main
-from velloro_desktop import wait_for
+from velloro_tools.desktop import wait_for
 
 RATE = 8000
 LEVEL = "[AudioCapture] Audio Level: "

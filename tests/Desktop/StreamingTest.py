@@ -7,7 +7,7 @@ import time
 
 from desktop_case import BUSY, JFK, JFK_WORDS, main
 from streaming_case import STARTED, StreamingCase
-from velloro_desktop import wait_for
+from velloro_tools.desktop import wait_for
 
 
 class StreamingTest(StreamingCase):

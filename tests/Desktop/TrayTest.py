@@ -5,7 +5,7 @@ import signal
 import time
 
 from desktop_case import RECORDING, DesktopCase, main
-from velloro_desktop import wait_for
+from velloro_tools.desktop import wait_for
 
 SCREEN = (0, 0, 1280, 800)
 PANEL_WIDTH = 280

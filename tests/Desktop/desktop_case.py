@@ -5,21 +5,17 @@ a component of the desktop is missing, the tests are skipped, and the file's exi
 """
 
 import os
-import pathlib
 import re
 import shutil
 import signal
 import sys
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(ROOT / "tools"))
-
-from velloro_desktop import MissingComponent, PrivateDesktop, User, Velloro  # noqa: E402
-from velloro_desktop import models  # noqa: E402
+from velloro_tools import models
+from velloro_tools.desktop import MissingComponent, PrivateDesktop, User, Velloro
+from velloro_tools.places import RECORDING as JFK
 
 SKIPPED = 77
-JFK = ROOT / ".deps/whisper/share/jfk.wav"
 JFK_WORDS = ("and so my fellow americans ask not what your country can do for you "
              "ask what you can do for your country")
 PHRASE_WORDS = "ask not what your country can do for you"

@@ -3,7 +3,7 @@
 import re
 
 from desktop_case import DesktopCase
-from velloro_desktop import models
+from velloro_tools import models
 
 STARTED = "[Dictation] Started recording with realtime streaming"
 TYPED = re.compile(r"\[Dictation\] (?:Streaming start|Confirmed|Streaming edge): .*?"

@@ -10,7 +10,7 @@ import sys
 from .desktop import DesktopError, wait_for
 
 HERE = pathlib.Path(__file__).resolve().parent
-PRESS_KEY = HERE / "press-key"
+PRESS_KEY = HERE / "press_key.py"
 HOTKEY = ["Alt_L", "space"]
 
 
@@ -24,7 +24,7 @@ class User:
     # --- keys -----------------------------------------------------------------------------------
 
     def keys(self, *actions):
-        """As press-key has it: `keys("down", "Alt_L", "space")`, `keys("tap", "Tab")`."""
+        """As press_key.py has it: `keys("down", "Alt_L", "space")`, `keys("tap", "Tab")`."""
         self.desktop.run([sys.executable, PRESS_KEY, *actions])
 
     def press(self, keys=HOTKEY):

@@ -8,7 +8,8 @@ import time
 import urllib.error
 import urllib.request
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+from .places import ROOT, WHISPER
+
 CACHE = ROOT / ".deps/models"
 ENVIRONMENT_FOLDER = "VELLORO_MODEL_DIR"
 REPOSITORY = "https://huggingface.co/ggerganov/whisper.cpp/resolve/main/"
@@ -130,7 +131,7 @@ def make(model, target):
             subprocess.run([ROOT / "tools/convert-weights", base], check=True)
         if quantization:
             partial = target.with_name(target.name + ".part")
-            subprocess.run([ROOT / ".deps/whisper/bin/whisper-quantize", base, partial,
+            subprocess.run([WHISPER / "bin/whisper-quantize", base, partial,
                             quantization], check=True, stdout=subprocess.DEVNULL,
                            stderr=subprocess.DEVNULL)
             os.replace(partial, target)

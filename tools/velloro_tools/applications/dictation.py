@@ -1,16 +1,14 @@
 """One dictation into one application, on a private desktop of its own."""
 
-import os
 import subprocess
 import time
 import traceback
 
-from velloro_desktop import DesktopError, PrivateDesktop, User, Velloro, models, wait_for
-
+from ..desktop import DesktopError, PrivateDesktop, User, Velloro, wait_for
+from ..places import RECORDING
 from .fields import BEFORE
 from .outcome import Outcome, Verdict
 
-JFK = models.ROOT / ".deps/whisper/share/jfk.wav"
 BATCH, STREAMING = MODES = ["batch", "streaming"]
 COPIED = "what the user had copied"
 
@@ -120,10 +118,10 @@ class Dictation:
         return process
 
     def _dictate(self, mark):
-        recording = JFK
+        recording = RECORDING
         if self._mode == BATCH:
             recording = self._desktop.folder / "phrase.wav"
-            self._desktop.run(["sox", str(JFK), str(recording), "trim", "3.2", "4.6"])
+            self._desktop.run(["sox", str(RECORDING), str(recording), "trim", "3.2", "4.6"])
         self._user.prepare_speech(recording)
         self._user.press()
         try:

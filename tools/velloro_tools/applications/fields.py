@@ -9,8 +9,7 @@ import subprocess
 import sys
 import time
 
-from velloro_desktop import DesktopError, wait_for
-
+from ..desktop import DesktopError, wait_for
 from .page import Page
 from .telnet import TelnetServer
 

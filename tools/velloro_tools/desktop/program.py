@@ -8,8 +8,8 @@ import subprocess
 import threading
 import time
 
+from ..models import file_name
 from .desktop import DesktopError
-from .models import file_name
 
 
 class Velloro:

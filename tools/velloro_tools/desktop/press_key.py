@@ -1,7 +1,6 @@
-#!/usr/bin/python3
 """Presses keys as a user does: on the keyboard itself, not on the XTEST device.
 
-usage: press-key [--device NAME] ACTION KEY... [ACTION KEY...]...
+usage: press_key.py [--device NAME] ACTION KEY... [ACTION KEY...]...
 
 ACTION is down (press the keys in order), up (release them in order) or tap (press them in order
 and release them in reverse: a chord). KEY is a keysym's name (Alt_L, space, v) or a keycode of at
