@@ -10,7 +10,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 sys.path.insert(0, str(ROOT / "tools"))
 
-from velloro_desktop import DesktopError, PrivateDesktop, User, Velloro  # noqa: E402
+from velloro_desktop import PrivateDesktop, User, Velloro  # noqa: E402
 
 HERE = pathlib.Path(__file__).resolve().parent
 RECORDING = ROOT / ".deps/whisper/share/jfk.wav"
@@ -77,7 +77,8 @@ def tray_only(program, seconds):
         velloro = Velloro(desktop, program)
         velloro.set_up()
         velloro.start()
-        time.sleep(15)  # what the start has begun comes to rest; a desktop without a tray is told of it
+        # What the start has begun comes to rest; a desktop without a tray is told of it.
+        time.sleep(15)
         before = wake_ups(velloro.process)
         time.sleep(seconds)
         woken = wake_ups(velloro.process) - before
@@ -227,8 +228,8 @@ def dictations(program, model, path, repetitions, recording_seconds):
         result = {"delay": statistics.median(delays), "before": statistics.median(before),
                   "after": statistics.median(after), "idle": idle,
                   "after_use": memory(velloro.process, "VmRSS"),
-                  "peak": memory(velloro.process, "VmHWM"), "recording": shares[0], "pill": shares[1],
-                  "cue": statistics.median(cues)}
+                  "peak": memory(velloro.process, "VmHWM"), "recording": shares[0],
+                  "pill": shares[1], "cue": statistics.median(cues)}
         watch.close()
         velloro.stop()
     return result

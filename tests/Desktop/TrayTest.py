@@ -4,7 +4,7 @@ and what there is without any tray."""
 import signal
 import time
 
-from desktop_case import RECORDING, DesktopCase, main
+from desktop_case import DesktopCase, main
 from velloro_desktop import wait_for
 
 SCREEN = (0, 0, 1280, 800)
@@ -18,7 +18,7 @@ def is_inside(place, frame):
 
 
 class TrayTest(DesktopCase):
-    components = ["xdotool", "trayer"]
+    components = ("xdotool", "trayer")
 
     def panel(self):
         """Where the panel is, or None."""
@@ -47,12 +47,13 @@ class TrayTest(DesktopCase):
         tray = self.desktop.start(["trayer", *place, "--widthtype", "request", "--height", "24",
                                    "--expand", "false"], log="trayer")
         self.start_velloro()
-        icon = wait_for(lambda: next(
-            (one for one in self.user.windows("Velloro") if one[2] == one[3] > 10), None), "the icon")
+        icon = wait_for(lambda: next((one for one in self.user.windows("Velloro")
+                                      if one[2] == one[3] > 10), None), "the icon")
         return tray, icon
 
     def test_a_click_on_the_icon_opens_and_closes_the_panel_beside_it(self):
-        for place in (["--edge", "bottom", "--align", "right"], ["--edge", "top", "--align", "left"]):
+        for place in (["--edge", "bottom", "--align", "right"],
+                      ["--edge", "top", "--align", "left"]):
             with self.subTest(place):
                 tray, icon = self.start_with_tray(*place)
                 middle = icon[0] + icon[2] // 2, icon[1] + icon[3] // 2
@@ -122,7 +123,8 @@ class TrayTest(DesktopCase):
         settled = {tooltip: seen[-1] for tooltip, seen in icons.items()}
         # The insertion may be over before the tray has asked.
         settled.pop("Velloro: Inserting...", None)
-        self.assertEqual(list(settled), [ready, "Velloro: Listening...", "Velloro: Transcribing..."])
+        self.assertEqual(list(settled),
+                         [ready, "Velloro: Listening...", "Velloro: Transcribing..."])
         self.assertEqual(len(set(settled.values())), 3)
         self.assertEqual(shown[-1]["icon"], shown[0]["icon"])
 
@@ -181,8 +183,8 @@ class TrayTest(DesktopCase):
             self.wait_for_no_panel()
         self.assertEqual(
             [(one["summary"], one["body"]) for one in self.user.notifications()],
-            [("Velloro is running", "This desktop has no tray for its icon. "
-              "Start Velloro again to open its panel.")])
+            [("Velloro is running", ("This desktop has no tray for its icon. "
+                                     "Start Velloro again to open its panel."))])
 
 
 if __name__ == "__main__":

@@ -15,8 +15,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tools"))
 
-from velloro_desktop import MissingComponent, PrivateDesktop, User, Velloro  # noqa: E402
-from velloro_desktop import models  # noqa: E402
+from velloro_desktop import MissingComponent, PrivateDesktop, User, Velloro, models  # noqa: E402
 
 SKIPPED = 77
 JFK = ROOT / ".deps/whisper/share/jfk.wav"
@@ -40,7 +39,7 @@ def find_models():
 
 class DesktopCase(unittest.TestCase):
     # Programs that the tests of a class need beside the desktop's own.
-    components = []
+    components = ()
 
     def setUp(self):
         missing = [name for name in self.components if not shutil.which(name)]

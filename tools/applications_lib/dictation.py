@@ -1,6 +1,5 @@
 """One dictation into one application, on a private desktop of its own."""
 
-import os
 import subprocess
 import time
 import traceback
