@@ -24,7 +24,7 @@ AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    // A program of the tray only: it goes on without any window.
+    // A program of the tray only: it continues to run without any window.
     QGuiApplication::setQuitOnLastWindowClosed(false);
     setupDictation();
     if (const auto refreshed = m_platform.loginItem->refresh(); !refreshed) {

@@ -1,4 +1,4 @@
-"""Words are typed while they are spoken, and give way to the final text."""
+"""Words are typed while they are spoken, and are replaced by the final text."""
 
 import contextlib
 import itertools

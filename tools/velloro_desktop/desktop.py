@@ -290,7 +290,7 @@ class PrivateDesktop:
                 os.kill(pid, number)
 
     def signal_service(self, name, number):
-        """Sends a signal to the service, which goes on to be one of the desktop's."""
+        """Sends a signal to the service, which remains one of the desktop's."""
         self._services[name].send_signal(number)
 
     def stop_service(self, name, number=signal.SIGTERM):

@@ -12,7 +12,8 @@
 namespace Velloro {
 
 /// Whether the screen is locked, as the desktop's screen saver tells on the session bus and the
-/// login manager on the system bus. Both are asked once and heard from then on; nobody is waited for.
+/// login manager on the system bus. Both are asked once and listened to from then on; no answer is
+/// waited for.
 class DBusLockState final : public QObject
 {
     Q_OBJECT

@@ -31,7 +31,7 @@ void DBusUserNotifications::deliverOnce(const QString &identifier, const QString
                          watcher->deleteLater();
                          if (watcher->isError() || support.isEmpty())
                              return;
-                         // Where the file can't be had, the notification comes again.
+                         // Where the file is unavailable, the notification is sent again.
                          QFile file(seen);
                          if (LinuxFileSystem().createDirectory(folder))
                              (void)file.open(QIODevice::WriteOnly);

@@ -17,7 +17,7 @@ class HttpTransfer;
 /// Downloads over HTTP and HTTPS, with libcurl, on a thread of its own that begins with the first
 /// transfer. Nothing but the reports takes the main thread's time.
 ///
-/// Qt's own client would not do: it takes a body that goes on beyond the promised length, and a
+/// Qt's own client would not do: it takes a body that is longer than was promised, and a
 /// chunked one that breaks off, for a success.
 class NetworkDownloadSession : public QObject, public DownloadSession
 {

@@ -102,7 +102,7 @@ private:
             } else if (m_text[position] == '"') {
                 return position;
             } else if (m_text[position] == '\n') {
-                // No string goes on in the next line: the quotation mark is missing.
+                // A string ends in its line: the quotation mark is missing.
                 if (m_nesting.isEmpty())
                     begin(position + 1);
                 return position;

@@ -208,7 +208,7 @@ int makeDirectories(const QString &path)
     return ::mkdir(encoded.constData(), 0700) == 0 || errno == EEXIST ? 0 : errno;
 }
 
-/// The paths of the files beside `target` whose names go on with `infix` and what `rest` matches.
+/// The paths of the files beside `target` whose names continue with `infix` and a match of `rest`.
 QStringList filesBeside(const QString &target, const QString &infix,
                         const QString &rest = QStringLiteral(".*"))
 {

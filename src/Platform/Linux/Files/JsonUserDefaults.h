@@ -21,7 +21,8 @@ namespace Velloro {
 /// link, the file that it points to is replaced. An assignment that changes nothing in a file that
 /// is as we left it writes nothing. A file that can't be read as settings is set aside as
 /// "<name>.damaged-YYYYMMDD-HHMMSS" before anything is written in its place, and the members of it
-/// that are whole are kept; so is one in which a value is about to give way to one of another type.
+/// that are whole are kept; so is one in which a value is about to be replaced by one of another
+/// type.
 class JsonUserDefaults : public UserDefaults
 {
 public:
