@@ -94,7 +94,9 @@ def run_ctranslate2(repetitions):
     packages, model = prepare_ctranslate2()
     output = subprocess.run(
         [sys.executable, pathlib.Path(__file__).with_name("ctranslate2_time.py"), model, RECORDING,
-         str(repetitions)], env=os.environ | {"PYTHONPATH": str(packages)}, check=True, stdout=subprocess.PIPE, text=True).stdout
+         str(repetitions)],
+        env=os.environ | {"PYTHONPATH": str(packages)},
+        check=True, stdout=subprocess.PIPE, text=True).stdout
     result = json.loads(output)
     if len(result["tokens"]) < 15:
         raise RuntimeError(f"CTranslate2 heard only the tokens {result['tokens']}")

@@ -37,7 +37,7 @@ AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    // A program of the tray only: it goes on without any window.
+    // A program of the tray only: it continues to run without any window.
     QGuiApplication::setQuitOnLastWindowClosed(false);
     setupDictation();
     logFailure(m_platform.loginItem->refresh());

@@ -43,7 +43,7 @@ void VelloroApp::terminate()
 
 void VelloroApp::activate()
 {
-    // A welcome that was closed halfway can be had again.
+    // A welcome that was closed halfway is opened again.
     if (m_appDelegate.appState().hasCompletedOnboarding())
         m_menuBarExtra.openPanel();
     else

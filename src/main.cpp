@@ -8,9 +8,6 @@
 
 #include <QApplication>
 #include <QIcon>
-#include <QLocale>
-#include <QStandardPaths>
-#include <QTranslator>
 #include <csignal>
 #include <unistd.h>
 
@@ -27,14 +24,6 @@ int run(int argc, char **argv)
     QApplication::setApplicationName(QStringLiteral("Velloro"));
     QApplication::setDesktopFileName(QStringLiteral("velloro"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/velloro.svg")));
-
-    QTranslator translator;
-    const QString translations = QStandardPaths::locate(QStandardPaths::GenericDataLocation,
-                                                        QStringLiteral("velloro/translations"),
-                                                        QStandardPaths::LocateDirectory);
-    if (!translations.isEmpty()
-        && translator.load(QLocale(), QStringLiteral("velloro"), QStringLiteral("_"), translations))
-        QApplication::installTranslator(&translator);
 
     SingleInstance instance;
     if (!instance.acquire())

@@ -78,8 +78,8 @@ public:
                                                          const QString &attribute,
                                                          const AccessibilityValue &value) = 0;
 
-    /// Whether the text that was written last stands in its element now, with the caret where that
-    /// left it. Applications may be late to show what they were sent, so that the answer may change.
+    /// Whether the text that was written last is in its element now, with the caret where that
+    /// left it. Applications may be late to show what they were sent, so the answer may change.
     /// False when nothing was written, and where it can't be read.
     [[nodiscard]] virtual bool showsLastText() = 0;
 };

@@ -53,11 +53,11 @@ public:
 
     /// Installs the handler of what changes of the layout or of the keyboards do to registrations:
     /// one call when a registration is no longer in force on every keyboard, and one when it is
-    /// again. One with the reference 0 says that what was refused by `registerHotkey` may be had
-    /// now. The handler may register and unregister. Empty removes it.
+    /// again. One with the reference 0 says that what was refused by `registerHotkey` may be
+    /// available now. The handler may register and unregister. Empty removes it.
     virtual void setStatusHandler(StatusHandler handler) = 0;
 
-    /// Registers the combination, or says with a status why it can't be had (for one, because
+    /// Registers the combination, or says with a status why it is unavailable (for one, because
     /// another program holds it). It follows layout and keyboard changes from then on, and is tried
     /// again with each of them while it is not in force.
     [[nodiscard]] virtual tl::expected<Reference, Status>

@@ -11,7 +11,7 @@ class ScreenLock : public QObject
     Q_OBJECT
 
 public:
-    /// Whether the screen is locked, as far as the session has told. Asks nobody.
+    /// Whether the screen is locked, as far as the session has reported. Sends no request.
     [[nodiscard]] virtual bool isLocked() const = 0;
 
     /// Whether another program has the keyboard to itself, so that keys do not go to the window

@@ -33,8 +33,10 @@ fields[0].focus();
 </script>
 """
 FIELDS = 3
-PREFERENCES = {"browser.aboutwelcome.enabled": "false", "browser.shell.checkDefaultBrowser": "false",
-               "datareporting.policy.dataSubmissionEnabled": "false", "browser.tabs.warnOnClose": "false"}
+PREFERENCES = {"browser.aboutwelcome.enabled": "false",
+               "browser.shell.checkDefaultBrowser": "false",
+               "browser.tabs.warnOnClose": "false",
+               "datareporting.policy.dataSubmissionEnabled": "false"}
 
 
 class Batch(DesktopCase):
@@ -58,7 +60,7 @@ class Streaming(StreamingCase):
 
 
 class Firefox:
-    components = ["firefox-esr"]
+    components = ("firefox-esr",)
 
     def open_page(self):
         profile = self.desktop.home / "profile"
@@ -82,13 +84,13 @@ class Firefox:
         self.open_page()
         for field in range(FIELDS):
             expected = field, MINE + self.speak()
-            wait_for(lambda: self.written() == expected,
+            wait_for(lambda expected=expected: self.written() == expected,
                      f"{expected} in the page's title", timeout=5)
             self.user.keys("tap", "Tab")
 
 
 class Kate:
-    components = ["kate"]
+    components = ("kate",)
 
     def open_file(self):
         self.file = self.desktop.home / "letter.txt"

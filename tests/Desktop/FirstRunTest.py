@@ -1,4 +1,5 @@
-"""The first minutes: an empty home, the welcome window, a model from the repository, a dictation."""
+"""The first minutes: an empty home, the welcome window, a model from the repository and a
+dictation."""
 
 import http.server
 import os

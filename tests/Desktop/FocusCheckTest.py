@@ -29,8 +29,8 @@ class FocusCheckTest(DesktopCase):
         self.assertEqual(len(recordings), 1)
         self.assertEqual(
             [(one["summary"], one["body"], one["silent"]) for one in self.user.notifications()],
-            [("Velloro", "Please click on a text field before recording. "
-              "You can disable this check in Settings.", True)])
+            [("Velloro", ("Please click on a text field before recording. "
+                          "You can disable this check in Settings."), True)])
 
     def test_a_button_is_taken_when_the_check_is_off(self):
         self.user.watch_notifications()

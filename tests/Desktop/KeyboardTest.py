@@ -43,8 +43,8 @@ class KeyboardTest(DesktopCase):
         if before | {"focused": False} not in self.user.controls():
             return after, None  # all was scrolled, and looks different anyway
         return after, wait_for(
-            lambda: crop(now := self.screen(), after["place"]) != crop(screen, after["place"]) and now,
-            f"a sign of the keyboard at {after}", timeout=5)
+            lambda: crop(now := self.screen(), after["place"]) != crop(screen, after["place"])
+            and now, f"a sign of the keyboard at {after}", timeout=5)
 
     def walk(self):
         """Presses Tab until it comes around; roles and names, in this order. The arrow keys lead
@@ -82,7 +82,7 @@ class KeyboardTest(DesktopCase):
             self.tab()
         for tab in TABS[TABS.index(self.focused()["name"]) + 1:TABS.index(name) + 1]:
             self.user.keys("tap", "Right")
-            wait_for(lambda: self.focused()["name"] == tab, f"the tab {tab}")
+            wait_for(lambda tab=tab: self.focused()["name"] == tab, f"the tab {tab}")
 
     def wait_for_control(self, role, name=""):
         """The control with the keyboard, once it is of this role and its name begins so."""
@@ -103,7 +103,9 @@ class KeyboardTest(DesktopCase):
         self.user.click(place[0] + place[2] // 2, place[1] + place[3] // 2)
 
     def test_a_list_that_was_open_is_followed_by_whatever_the_user_does(self):
-        closed = lambda: not self.user.windows("Velloro Settings")  # noqa: E731
+        def closed():
+            return not self.user.windows("Velloro Settings")
+
         # What listens for the focus, as a screen reader does, makes the toolkit tell of the list.
         self.open_settings()
         self.go_to_the_languages()

@@ -13,7 +13,7 @@ SIZE = (260, 48)
 
 
 class MonitorsTest(DesktopCase):
-    components = ["xdotool", "xrandr", "trayer"]
+    components = ("xdotool", "xrandr", "trayer")
 
     def use_two_monitors(self):
         for name, (x, y, width, height), output in (("left", LEFT, "screen"),

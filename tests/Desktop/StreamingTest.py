@@ -1,6 +1,7 @@
-"""Words are typed while they are spoken, and give way to the final text."""
+"""Words are typed while they are spoken, and are replaced by the final text."""
 
 import contextlib
+import itertools
 import signal
 import threading
 import time
@@ -37,11 +38,12 @@ class StreamingTest(StreamingCase):
         self.assert_words(final, JFK_WORDS)
         # It only ever grew.
         self.assertTrue(seen)
-        for before, after in zip(seen, seen[1:]):
+        for before, after in itertools.pairwise(seen):
             self.assertTrue(after.startswith(before), (before, after))
-        deletion = [line for line in self.velloro.lines[mark:] if " characters of streaming" in line]
-        self.assertEqual(deletion, [f"[Dictation] Deleting {self.counted(mark)} characters of "
-                                    "streaming text"])
+        deletion = [line for line in self.velloro.lines[mark:]
+                    if " characters of streaming" in line]
+        self.assertEqual(
+            deletion, [f"[Dictation] Deleting {self.counted(mark)} characters of streaming text"])
         # The hotkey is held for long, and repeats itself.
         self.assertEqual(sum(line == STARTED for line in self.velloro.lines[mark:]), 1)
         self.assertFalse([line for line in self.velloro.lines if line.startswith(BUSY)])

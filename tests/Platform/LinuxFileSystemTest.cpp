@@ -46,7 +46,7 @@ TEST_F(LinuxFileSystemTest, MovesWithoutReplacing)
     EXPECT_TRUE(moved.error().localizedDescription.contains(path(to)));
     EXPECT_EQ(read(from), "newer");
     EXPECT_EQ(read(to), "new");
-    // A link that leads nowhere gives way.
+    // A broken link is replaced.
     ASSERT_TRUE(files.removeItem(path(to)));
     ASSERT_TRUE(QFile::link(path(QStringLiteral("nowhere")), path(to)));
     ASSERT_TRUE(files.moveItem(path(from), path(to)));

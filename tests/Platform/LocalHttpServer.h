@@ -46,7 +46,7 @@ public:
         };
     }
 
-    /// Answers with these bytes and then neither goes on nor closes.
+    /// Answers with these bytes and then neither continues nor closes.
     [[nodiscard]] static Answer bytesThenSilence(const QByteArray &response)
     {
         return [response](QTcpSocket &socket) { socket.write(response); };

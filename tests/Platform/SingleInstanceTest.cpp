@@ -19,7 +19,7 @@ class SingleInstanceTest : public ::testing::Test
 protected:
     void SetUp() override { qputenv("XDG_RUNTIME_DIR", directory.path().toUtf8()); }
 
-    /// Another start of the program, which waits while this thread goes on.
+    /// Another start of the program, which waits while this thread continues.
     class Start
     {
     public:

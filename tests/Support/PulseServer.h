@@ -25,7 +25,7 @@ public:
     [[nodiscard]] bool start();
     /// Ends it as a crash would.
     void kill();
-    /// Makes it stop answering, and go on.
+    /// Makes it stop answering, and continue.
     void suspend();
     void resume();
 

@@ -20,7 +20,7 @@ PREFERRED = ["base-q8_0", "base-q5_1", "base", "base.en-q8_0", "base.en-q5_1"]
 
 
 class ModelError(Exception):
-    """No model could be had."""
+    """No model is available."""
 
 
 def file_name(model):

@@ -9,7 +9,7 @@
 namespace Velloro {
 
 /// Behind the first-run flow's download of the medium preset's model. It outlives the step and the
-/// window, so that a download goes on being watched. Main thread only.
+/// window, so that a download is still watched. Main thread only.
 class ModelDownloadStepViewModel : public QObject
 {
     Q_OBJECT

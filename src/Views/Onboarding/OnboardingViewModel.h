@@ -21,7 +21,7 @@ class OnboardingViewModel : public QObject
     /// The `AppState`.
     Q_PROPERTY(QObject *appState READ appState CONSTANT)
     Q_PROPERTY(Step currentStep READ currentStep NOTIFY currentStepChanged)
-    /// Whether the current step lets the user go on.
+    /// Whether the current step lets the user continue.
     Q_PROPERTY(bool canProceed READ canProceed NOTIFY canProceedChanged)
     Q_PROPERTY(Velloro::ModelDownloadStepViewModel *download READ download CONSTANT)
     Q_PROPERTY(Velloro::HotkeyRecorderViewModel *hotkey READ hotkey CONSTANT)

@@ -22,7 +22,7 @@ protected:
     [[nodiscard]] Content makeContent() override;
 
 private:
-    // The download goes on when the window has been closed.
+    // The download continues when the window has been closed.
     ModelDownloadStepViewModel m_download;
 };
 

@@ -12,7 +12,7 @@ namespace Velloro {
 
 /// Owns the pill's window: makes, places, shows and hides it. Main thread only.
 ///
-/// The window never takes the keyboard focus, is in no task list or window switcher, and stands on
+/// The window never takes the keyboard focus, is in no task list or window switcher, and is on
 /// every desktop above all other windows: it is outside the window manager's care.
 class RecordingPillWindowController : public RecordingPill
 {

@@ -12,7 +12,7 @@ namespace {
 /// Command, Shift, Caps Lock, Option and Control, on either side.
 constexpr uint32_t modifierKeyCodes[] = {54, 55, 56, 57, 58, 59, 60, 61, 62};
 
-/// The lower bits tell apart the sides of the keyboard and are nobody's concern.
+/// The lower bits tell apart the sides of the keyboard and are ignored.
 constexpr uint32_t deviceIndependent(uint32_t modifierFlags)
 {
     return modifierFlags & 0xffff'0000;

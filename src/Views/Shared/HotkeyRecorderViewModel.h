@@ -20,7 +20,7 @@ class HotkeyRecorderViewModel : public QObject
     Q_PROPERTY(bool isRecording READ isRecording NOTIFY isRecordingChanged)
     /// The modifiers that are held while recording.
     Q_PROPERTY(QString tempDisplayString READ tempDisplayString NOTIFY tempDisplayStringChanged)
-    /// The combination in force, or that was asked for and could not be had.
+    /// The combination in force, or the one that was asked for and is unavailable.
     Q_PROPERTY(QString displayString READ displayString NOTIFY displayStringChanged)
     /// Why the combination does not work, or why the last key is none, and what to do; else empty.
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)

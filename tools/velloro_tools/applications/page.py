@@ -26,7 +26,8 @@ const read = () => editable ? field.innerText : field.value;
 let told = null, number = 0;
 // What is told is numbered, since it arrives in any order.
 function tell() {{
-    const state = {{text: read(), focused: document.hasFocus() && document.activeElement === field}};
+    const focused = document.hasFocus() && document.activeElement === field;
+    const state = {{text: read(), focused}};
     if (JSON.stringify(state) === told)
         return;
     told = JSON.stringify(state);

@@ -96,7 +96,8 @@ class Root:
         found = subprocess.run(
             ["dpkg-query", f"--admindir={self.folder}/var/lib/dpkg", "--show",
              "--showformat=${db:Status-Status} ${Version}", package],
-            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True).stdout.split()
+            check=False, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+            text=True).stdout.split()
         return found[1] if found[:1] == ["installed"] else None
 
     def missing(self, packages):
@@ -125,7 +126,7 @@ class Root:
         sources = "\n".join(machine_sources()) + "\n"
         made = subprocess.run(
             ["mmdebstrap", "--variant=minbase", '--aptopt=Acquire::Languages "none"', SUITE,
-             self.folder, "-"], input=sources, text=True)
+             self.folder, "-"], check=False, input=sources, text=True)
         if made.returncode != 0:
             raise RootError("mmdebstrap could not make the root")
         (self.folder / "etc/machine-id").write_text(uuid.uuid4().hex + "\n")
@@ -136,7 +137,7 @@ class Root:
         if os.geteuid() != 0:
             namespace += ["--user", "--map-root-user", "--map-auto"]
         return subprocess.run([*namespace, "sh", "-e", "-c", INSTALLATION, "sh", self.folder,
-                               *packages], stdin=subprocess.DEVNULL).returncode == 0
+                               *packages], check=False, stdin=subprocess.DEVNULL).returncode == 0
 
     # --- entering it ----------------------------------------------------------------------------
 

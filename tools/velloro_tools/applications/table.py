@@ -36,8 +36,8 @@ def table(applications, kept, day):
             rows.append(row(application, outcomes))
             packages.add(application.package)
     summary = (f"Of {len(rows)} fields, in the programs of {len(packages)} packages, the words "
-               f"arrived in {arrived[BATCH]} in batch mode and in {arrived[STREAMING]} in streaming "
-               "mode.")
+               f"arrived in {arrived[BATCH]} in batch mode and in {arrived[STREAMING]} in "
+               "streaming mode.")
     return (HEADING.format(day=day, suite=SUITE, summary=summary)
             + "".join("| " + " | ".join(map(cell, row)) + " |\n" for row in rows))
 

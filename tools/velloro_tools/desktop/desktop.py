@@ -28,7 +28,9 @@ OPENBOX_CONFIGURATION = """<?xml version="1.0" encoding="UTF-8"?>
   <keyboard><chainQuitKey>none</chainQuitKey></keyboard>
   <mouse>
     <context name="Client">
-      <mousebind button="Left" action="Press"><action name="Focus"/><action name="Raise"/></mousebind>
+      <mousebind button="Left" action="Press">
+        <action name="Focus"/><action name="Raise"/>
+      </mousebind>
     </context>
   </mouse>
 </openbox_config>
@@ -44,7 +46,7 @@ load-module module-null-sink sink_name=voice rate=48000 channels=2 norewinds=1 s
 load-module module-remap-source source_name=microphone master=voice.monitor source_properties=device.description=Microphone
 set-default-sink speakers
 set-default-source microphone
-"""
+"""  # noqa: E501
 
 # Settings of the desktop that a private one must not take over.
 FOREIGN_VARIABLES = [
@@ -288,7 +290,7 @@ class PrivateDesktop:
                 os.kill(pid, number)
 
     def signal_service(self, name, number):
-        """Sends a signal to the service, which goes on to be one of the desktop's."""
+        """Sends a signal to the service, which remains one of the desktop's."""
         self._services[name].send_signal(number)
 
     def stop_service(self, name, number=signal.SIGTERM):
@@ -334,8 +336,10 @@ class PrivateDesktop:
             "org.freedesktop.DBus.NameHasOwner", "string:" + name)
 
     def _output(self, command):
-        return subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL, timeout=10,
-                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True).stdout
+        return subprocess.run(command, check=False, env=self.environment,
+                              stdin=subprocess.DEVNULL, timeout=10,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                              text=True).stdout
 
     def _bus_call(self, name, path, method, *arguments):
         return self._output(["dbus-send", "--session", "--print-reply", "--dest=" + name, path,

@@ -139,7 +139,7 @@ class Velloro:
                 self._changed.wait(remaining)
 
     def wait_for_text(self, since=0, timeout=120.0):
-        """The final transcription that the output tells of next."""
+        """The next final transcription in the output."""
         start = "[Dictation] Final transcription: '"
         return self.wait_for(start, since, timeout)[len(start):-1]
 

@@ -65,8 +65,8 @@ class User:
     def start_speaking(self, recording):
         """Begins to play the recording into the microphone; `wait()` on the result waits for
         its end."""
-        return self.desktop.start(["paplay", "--device=voice", "--latency-msec=40", self.prepare_speech(recording)],
-                                  log="speech")
+        return self.desktop.start(["paplay", "--device=voice", "--latency-msec=40",
+                                   self.prepare_speech(recording)], log="speech")
 
     def speak(self, recording):
         """Plays the recording into the microphone, to its end."""
@@ -122,7 +122,8 @@ class User:
     def active_window(self):
         """The number of the window that has the focus and its process, or None. (The number
         alone may come back with the next program's window.)"""
-        number = re.search("0x[0-9a-f]+", self.desktop.run(["xprop", "-root", "_NET_ACTIVE_WINDOW"]))
+        number = re.search("0x[0-9a-f]+",
+                           self.desktop.run(["xprop", "-root", "_NET_ACTIVE_WINDOW"]))
         if not number or number[0] == "0x0":
             return None
         try:

@@ -19,7 +19,7 @@ QString address()
     const QString named = qEnvironmentVariable(variable);
     if (!named.isEmpty())
         return named;
-    // Where the desktop's own bus is when nobody says so. None is started here.
+    // Where the desktop's own bus is by default. None is started here.
     const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
     return folder.isEmpty() ? QString() : QStringLiteral("unix:path=%1/bus").arg(folder);
 }

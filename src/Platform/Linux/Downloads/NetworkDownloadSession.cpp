@@ -141,7 +141,7 @@ void NetworkDownloadSession::end(Running &running, CURLcode code)
 {
     curl_multi_remove_handle(m_multi.get(), running.transfer->handle());
     auto outcome = running.transfer->finish(code);
-    // With it goes the partial file of a failure, before anybody hears of that.
+    // The partial file of a failure is removed before the failure is reported.
     running.transfer.reset();
     if (!outcome) {
         reportCompletion(running.task, outcome.error());

@@ -35,7 +35,7 @@ PartialFile::Result<std::unique_ptr<PartialFile>> PartialFile::create(const QStr
     const int descriptor = mkostemps(path.data(), static_cast<int>(nameSuffix.size()), O_CLOEXEC);
     if (descriptor < 0)
         return tl::unexpected(writeError(errno));
-    // Where locks are not to be had, the file is merely not safe from a second program's cleaning.
+    // Where locks are unavailable, the file is merely not safe from a second program's cleaning.
     (void)flock(descriptor, LOCK_EX | LOCK_NB);
     return std::unique_ptr<PartialFile>(new PartialFile(descriptor, std::move(path)));
 }

@@ -86,7 +86,7 @@ FileSystem::Result LinuxFileSystem::removeItem(const QString &path)
 
 FileSystem::Result LinuxFileSystem::moveItem(const QString &from, const QString &to)
 {
-    // A link that leads nowhere is no file that could be lost.
+    // With a broken link no file is lost.
     const QFileInfo destination(to);
     if (destination.isSymLink() && !destination.exists())
         std::remove(QFile::encodeName(to).constData());

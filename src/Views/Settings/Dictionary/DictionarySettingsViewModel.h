@@ -14,7 +14,7 @@ class DictionarySettingsViewModel : public QAbstractListModel
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by the settings' model")
-    /// What stands in the entry field.
+    /// The text of the entry field.
     Q_PROPERTY(QString newWord READ newWord WRITE setNewWord NOTIFY newWordChanged)
     /// Whether the entry field holds more than blanks, and not too much.
     Q_PROPERTY(bool canAdd READ canAdd NOTIFY newWordChanged)
@@ -41,7 +41,7 @@ public:
     [[nodiscard]] static QStringList suggestions();
     [[nodiscard]] QList<bool> suggestionsAvailable() const;
 
-    /// Adds what stands in the entry field, without the blanks around it, and empties the field.
+    /// Adds the text of the entry field, without the blanks around it, and empties the field.
     /// An empty word, one that is too long and one that is there already change nothing.
     Q_INVOKABLE void addWord();
     /// Adds a suggestion, unless it is there already.

@@ -16,7 +16,7 @@ CatalogModelRowViewModel::CatalogModelRowViewModel(const WhisperModelInfo &info,
 
 void CatalogModelRowViewModel::select()
 {
-    // The task goes on by itself; a failure has been logged where it happened.
+    // The task continues by itself; a failure has been logged where it happened.
     (void)appState().whisperManager().loadModel(modelId());
 }
 
