@@ -207,7 +207,7 @@ AtSpiText::Result<QDBusMessage> AtSpiText::ask(const QString &interface, const Q
     case QDBusError::UnknownMethod:
     case QDBusError::UnknownInterface:
     case QDBusError::NotSupported:
-        return failure(AccessibilityError::attributeUnsupported);
+        return failure(AccessibilityError::unsupported);
     case QDBusError::NoReply:
     case QDBusError::Timeout:
     case QDBusError::TimedOut:
@@ -257,12 +257,12 @@ AtSpiText::Result<bool> AtSpiText::isSecret()
 AtSpiText::Result<void> AtSpiText::requireEditable()
 {
     if (m_bus.toolkitOf(m_object.service) == u"Gecko")
-        return failure(AccessibilityError::attributeUnsupported);
+        return failure(AccessibilityError::unsupported);
     const auto reply = ask(accessibleInterface, QStringLiteral("GetState"));
     if (!reply)
         return failure(reply.error());
     if (!AtSpiStates::of(*reply).isWritable())
-        return failure(AccessibilityError::attributeUnsupported);
+        return failure(AccessibilityError::unsupported);
     return {};
 }
 
