@@ -1,5 +1,6 @@
 #include "Platform/AtSpiTestBase.h"
 #include "Platform/Linux/Accessibility/AtSpiRole.h"
+#include "Platform/Linux/Accessibility/AtSpiTimeAllowance.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -94,6 +95,22 @@ TEST(AtSpiRoleTest, KnowsTextFieldsAndNothingElseAsSuch)
     };
     for (const Case &each : cases)
         EXPECT_EQ(AtSpiRole::accessibilityRole(each.role, each.states), each.is) << each.role;
+}
+
+TEST(AtSpiTimeAllowanceTest, IsWholeAgainWhenTheEventLoopHasComeRound)
+{
+    AtSpiTimeAllowance allowance;
+    const auto whole = allowance.remaining();
+    const quint64 turn = allowance.turn();
+    const std::chrono::milliseconds part(100);
+    allowance.spend(part);
+    EXPECT_EQ(allowance.remaining(), whole - part);
+    allowance.spend(whole);
+    EXPECT_EQ(allowance.remaining(), std::chrono::milliseconds(0));
+    EXPECT_EQ(allowance.turn(), turn);
+
+    EXPECT_TRUE(waitUntil([&] { return allowance.remaining() == whole; }));
+    EXPECT_EQ(allowance.turn(), turn + 1);
 }
 
 class AtSpiToolkitTest : public AtSpiTest, public testing::WithParamInterface<const char *>

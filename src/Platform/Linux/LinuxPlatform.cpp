@@ -36,7 +36,7 @@ Platform makeLinuxPlatform()
 
     const auto display = X11Connection::open();
     auto accessibility = std::make_unique<AtSpiAccessibility>();
-    // Before the event loop starts: see AtSpiBus.
+    // Before the event loop starts: see AtSpiLauncher.
     (void)accessibility->isProcessTrusted();
     auto pasteboard = std::make_unique<X11Pasteboard>();
     // Both are there for every stroke; none is sent while the bundle is destroyed.

@@ -22,7 +22,9 @@ AccessibilityElementRef makeElement(const AtSpiReference &object)
 } // namespace
 
 AtSpiAccessibility::AtSpiAccessibility()
-    : m_focus(m_bus)
+    : m_bus(m_launcher)
+    , m_applications(m_bus)
+    , m_focus(m_bus, m_applications)
 {
 }
 
@@ -30,12 +32,13 @@ AtSpiAccessibility::~AtSpiAccessibility() = default;
 
 bool AtSpiAccessibility::isProcessTrusted()
 {
-    return m_bus.isUsable();
+    m_launcher.waitForAnswers();
+    return m_launcher.isEnabled() && m_bus.isConnected();
 }
 
 void AtSpiAccessibility::requestTrust()
 {
-    m_bus.enable();
+    m_launcher.enable();
 }
 
 Accessibility::Result<AccessibilityElementRef> AtSpiAccessibility::focusedElement()
@@ -56,8 +59,8 @@ AtSpiAccessibility::role(const AccessibilityElementRef &element)
     const Result<AtSpiReference> object = objectOf(element);
     if (!object)
         return tl::unexpected(object.error());
-    const QDBusMessage number = m_bus.call(*object, accessibleInterface, QStringLiteral("GetRole"));
-    const QDBusMessage states = m_bus.call(*object, accessibleInterface, QStringLiteral("GetState"));
+    const QDBusMessage number = m_applications.call(*object, accessibleInterface, QStringLiteral("GetRole"));
+    const QDBusMessage states = m_applications.call(*object, accessibleInterface, QStringLiteral("GetState"));
     if (number.type() != QDBusMessage::ReplyMessage || states.type() != QDBusMessage::ReplyMessage)
         return tl::unexpected(AccessibilityError::cannotComplete);
     const std::optional<AccessibilityRole> role = AtSpiRole::accessibilityRole(
@@ -66,7 +69,7 @@ AtSpiAccessibility::role(const AccessibilityElementRef &element)
         return tl::unexpected(AccessibilityError::noValue);
     // A page that is not spelt out says nothing about what is in it.
     if (*role == AccessibilityRole::webArea
-        && m_bus.property(*object, accessibleInterface, QStringLiteral("ChildCount")) == 0)
+        && m_applications.property(*object, accessibleInterface, QStringLiteral("ChildCount")) == 0)
         return tl::unexpected(AccessibilityError::noValue);
     if (*role == AccessibilityRole::textField && isSearchField(*object))
         return AccessibilityRole::searchField;
@@ -130,7 +133,7 @@ bool AtSpiAccessibility::isTerminalFocused()
     const Result<AtSpiReference> focused = m_focus.focused();
     if (!focused)
         return false;
-    const QDBusMessage role = m_bus.call(*focused, accessibleInterface, QStringLiteral("GetRole"));
+    const QDBusMessage role = m_applications.call(*focused, accessibleInterface, QStringLiteral("GetRole"));
     return role.arguments().value(0).toUInt() == AtSpiRole::terminal;
 }
 
@@ -140,7 +143,7 @@ AtSpiAccessibility::objectOf(const AccessibilityElementRef &element)
     const auto *known = dynamic_cast<const AtSpiElement *>(element.get());
     if (!known)
         return tl::unexpected(AccessibilityError::failure);
-    if (m_bus.processOf(known->object.service) == getpid())
+    if (m_applications.processOf(known->object.service) == getpid())
         return tl::unexpected(AccessibilityError::cannotComplete);
     return known->object;
 }
@@ -149,7 +152,7 @@ AtSpiAccessibility::objectOf(const AccessibilityElementRef &element)
 bool AtSpiAccessibility::isSearchField(const AtSpiReference &object)
 {
     const QDBusMessage reply =
-        m_bus.call(object, accessibleInterface, QStringLiteral("GetAttributes"));
+        m_applications.call(object, accessibleInterface, QStringLiteral("GetAttributes"));
     if (reply.signature() != u"a{ss}")
         return false;
     const auto attributes = qdbus_cast<QMap<QString, QString>>(reply.arguments().value(0));
@@ -159,8 +162,8 @@ bool AtSpiAccessibility::isSearchField(const AtSpiReference &object)
 
 AtSpiText &AtSpiAccessibility::textOf(const AtSpiReference &object)
 {
-    if (!m_text || m_text->turn() != m_bus.turn() || m_text->object() != object)
-        m_text.emplace(m_bus, object);
+    if (!m_text || m_text->turn() != m_applications.allowance().turn() || m_text->object() != object)
+        m_text.emplace(m_applications, object);
     return *m_text;
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "Platform/Accessibility.h"
+#include "Platform/Linux/Accessibility/AtSpiApplications.h"
 #include "Platform/Linux/Accessibility/AtSpiBus.h"
 #include "Platform/Linux/Accessibility/AtSpiFocusTracker.h"
+#include "Platform/Linux/Accessibility/AtSpiLauncher.h"
 #include "Platform/Linux/Accessibility/AtSpiText.h"
 
 #include <functional>
@@ -61,7 +63,9 @@ private:
                        Result<void> (AtSpiText::*edit)(const Value &), const Value &value);
 
     std::function<bool()> m_beforeAccess;
+    AtSpiLauncher m_launcher;
     AtSpiBus m_bus;
+    AtSpiApplications m_applications;
     AtSpiFocusTracker m_focus;
     /// What is known about the text that was used last, for the rest of the event loop's turn.
     std::optional<AtSpiText> m_text;
