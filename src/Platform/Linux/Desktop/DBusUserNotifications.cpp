@@ -1,9 +1,9 @@
 #include "Platform/Linux/Desktop/DBusUserNotifications.h"
 
+#include "Platform/Linux/Desktop/DBusCall.h"
 #include "Platform/Linux/Files/LinuxFileSystem.h"
 #include "Platform/Linux/Desktop/SessionBus.h"
 
-#include <QDBusPendingCallWatcher>
 #include <QFile>
 #include <QVariantMap>
 
@@ -24,33 +24,29 @@ void DBusUserNotifications::deliverOnce(const QString &identifier, const QString
     const QString seen = folder + u'/' + identifier;
     if (!support.isEmpty() && fileSystem.fileExists(seen))
         return;
-    auto *watcher = new QDBusPendingCallWatcher(
-        SessionBus::connection().asyncCall(notify(title, informativeText)), &m_waiting);
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &m_waiting,
-                     [watcher, support, folder, seen] {
-                         watcher->deleteLater();
-                         if (watcher->isError() || support.isEmpty())
-                             return;
-                         // Where the file can't be had, the notification comes again.
-                         QFile file(seen);
-                         if (LinuxFileSystem().createDirectory(folder))
-                             (void)file.open(QIODevice::WriteOnly);
-                     });
+    DBusCall::whenAnswered(
+        SessionBus::connection().asyncCall(notify(title, informativeText)), &m_waiting,
+        [support, folder, seen](const QDBusMessage &reply) {
+            if (reply.type() != QDBusMessage::ReplyMessage || support.isEmpty())
+                return;
+            // Where the file can't be made, the notification comes again.
+            QFile file(seen);
+            if (LinuxFileSystem().createDirectory(folder))
+                (void)file.open(QIODevice::WriteOnly);
+        });
 }
 
 QDBusMessage DBusUserNotifications::notify(const QString &title, const QString &informativeText)
 {
     constexpr uint replacesNothing = 0;
     constexpr int serversOwnTimeout = -1;
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.Notifications"),
-        QStringLiteral("/org/freedesktop/Notifications"),
-        QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("Notify"));
-    message.setArguments(
+    const QString service = QStringLiteral("org.freedesktop.Notifications");
+    return DBusCall::make(
+        service, QStringLiteral("/org/freedesktop/Notifications"), service,
+        QStringLiteral("Notify"),
         {QStringLiteral("Velloro"), replacesNothing, QStringLiteral("velloro"), title,
          informativeText, QStringList(),
          QVariantMap{{QStringLiteral("suppress-sound"), true}}, serversOwnTimeout});
-    return message;
 }
 
 } // namespace Velloro
