@@ -1,5 +1,7 @@
 #include "Base/LogOutput.h"
 
+#include "Base/FileDescriptor.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -9,7 +11,6 @@
 #include <fcntl.h>
 #include <mutex>
 #include <poll.h>
-#include <string>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <thread>
@@ -38,16 +39,9 @@ public:
         m_isSocket = S_ISSOCK(status.st_mode);
         // A second opening of a pipe or terminal has flags of its own.
         if (S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode)) {
-            const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
-            m_ownDescriptor = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+            m_own = FileDescriptor::open("/proc/self/fd/" + QByteArray::number(descriptor),
+                                         O_WRONLY | O_NONBLOCK | O_NOCTTY);
         }
-    }
-    Writer(const Writer &) = delete;
-    Writer &operator=(const Writer &) = delete;
-    ~Writer()
-    {
-        if (m_ownDescriptor >= 0)
-            close(m_ownDescriptor);
     }
 
     /// Removes from `bytes` what was written.
@@ -74,7 +68,7 @@ public:
 private:
     [[nodiscard]] int descriptor() const
     {
-        return m_ownDescriptor >= 0 ? m_ownDescriptor : m_descriptor;
+        return m_own.isOpen() ? m_own.get() : m_descriptor;
     }
 
     ssize_t writeSome(const QByteArray &bytes) const
@@ -82,8 +76,8 @@ private:
         const auto size = static_cast<size_t>(bytes.size());
         if (m_isSocket)
             return send(m_descriptor, bytes.constData(), size, MSG_DONTWAIT | MSG_NOSIGNAL);
-        if (m_ownDescriptor >= 0)
-            return ::write(m_ownDescriptor, bytes.constData(), size);
+        if (m_own.isOpen())
+            return ::write(m_own.get(), bytes.constData(), size);
         pollfd request = {m_descriptor, POLLOUT, 0};
         if (poll(&request, 1, 0) == 0) {
             errno = EAGAIN;
@@ -94,7 +88,7 @@ private:
     }
 
     int m_descriptor;
-    int m_ownDescriptor = -1;
+    FileDescriptor m_own;
     bool m_isSocket = false;
 };
 

@@ -22,19 +22,6 @@ constexpr auto pauseAfterBackspace = 5000us;
 constexpr auto pauseBetweenLooks = 10ms;
 constexpr int mostLooks = 30;
 
-/// The attribute of an element as a value of type T; nothing when it can't be read or is of
-/// another type.
-template <typename T>
-std::optional<T> attribute(Accessibility &accessibility, const AccessibilityElementRef &element,
-                           const QString &name)
-{
-    const auto value = accessibility.copyAttributeValue(element, name);
-    if (!value)
-        return std::nullopt;
-    const T *typed = std::get_if<T>(&*value);
-    return typed ? std::optional<T>(*typed) : std::nullopt;
-}
-
 /// The content with the characters of the range replaced; the range may reach beyond the end.
 QString replaced(const QString &content, const TextRange &range, const QString &text)
 {
@@ -122,9 +109,7 @@ AccessibilityElementRef TextInsertionManager::focusedElement()
     Accessibility &accessibility = *m_platform.accessibility;
     if (!accessibility.isProcessTrusted())
         return nullptr;
-    return attribute<AccessibilityElementRef>(accessibility, accessibility.systemWideElement(),
-                                              QStringLiteral("AXFocusedUIElement"))
-        .value_or(nullptr);
+    return accessibility.focusedElement().value_or(nullptr);
 }
 
 bool TextInsertionManager::insertViaAccessibility(const QString &text)
@@ -139,24 +124,20 @@ bool TextInsertionManager::insertViaAccessibility(const QString &text)
         return false;
 
     Accessibility &accessibility = *m_platform.accessibility;
-    const auto content = attribute<QString>(accessibility, element, QStringLiteral("AXValue"));
-    const auto range = content ? attribute<TextRange>(accessibility, element,
-                                                      QStringLiteral("AXSelectedTextRange"))
-                               : std::nullopt;
+    const auto content = accessibility.text(element);
+    const auto range
+        = content.and_then([&](const QString &) { return accessibility.selection(element); });
     if (range && range->location >= 0 && range->length >= 0
-        && accessibility.setAttributeValue(element, QStringLiteral("AXValue"),
-                                           replaced(*content, *range, text))) {
+        && accessibility.setText(element, replaced(*content, *range, text))) {
         const int64_t inserted = Graphemes::count(text);
         // A caret that can't be counted is not set.
         if (range->location <= std::numeric_limits<int64_t>::max() - inserted) {
-            (void)accessibility.setAttributeValue(element, QStringLiteral("AXSelectedTextRange"),
-                                                  TextRange{range->location + inserted, 0});
+            (void)accessibility.setSelection(element, {range->location + inserted, 0});
         }
         return true;
     }
 
-    return accessibility.setAttributeValue(element, QStringLiteral("AXSelectedText"), text)
-        .has_value();
+    return accessibility.insert(element, text).has_value();
 }
 
 bool TextInsertionManager::insertViaClipboard(const QString &text)
@@ -183,9 +164,8 @@ TextInsertionManager::Deletion TextInsertionManager::deletion(int64_t count)
         return {};
     Accessibility &accessibility = *m_platform.accessibility;
     Deletion result{m_last.target, std::nullopt};
-    const auto content = attribute<QString>(accessibility, result.element, QStringLiteral("AXValue"));
-    const auto range = attribute<TextRange>(accessibility, result.element,
-                                            QStringLiteral("AXSelectedTextRange"));
+    const auto content = accessibility.text(result.element);
+    const auto range = accessibility.selection(result.element);
     if (content && range && range->length == 0 && range->location >= count)
         result.remaining = replaced(*content, {range->location - count, count}, {});
     return result;
@@ -198,11 +178,10 @@ bool TextInsertionManager::isDone(const Deletion &deletion, const AccessibilityE
     for (int look = 0; deletion.remaining && look < mostLooks; ++look) {
         if (look > 0)
             m_platform.keyboardEvents->pause(pauseBetweenLooks);
-        const auto content =
-            attribute<QString>(*m_platform.accessibility, focused, QStringLiteral("AXValue"));
+        const auto content = m_platform.accessibility->text(focused);
         if (!content)
             return false;
-        if (content == deletion.remaining)
+        if (*content == *deletion.remaining)
             return true;
     }
     return false;

@@ -6,7 +6,6 @@
 #include <optional>
 #include <sys/types.h>
 #include <tl/expected.hpp>
-#include <variant>
 
 namespace Velloro {
 
@@ -34,23 +33,30 @@ public:
 
 using AccessibilityElementRef = std::shared_ptr<const AccessibilityElement>;
 
-/// The value of an attribute: a text, a range of text or an element.
-using AccessibilityValue = std::variant<QString, TextRange, AccessibilityElementRef>;
+/// What an element is, as far as it matters for dictating into it.
+enum class AccessibilityRole {
+    textField,   ///< A line of text.
+    textArea,    ///< A text of several lines, a terminal included.
+    searchField, ///< A line of text to search for.
+    comboBox,    ///< A list of choices with a text that can be edited.
+    staticText,  ///< A text that is shown.
+    webArea,     ///< A page or document that is not edited.
+    button,      ///< A button.
+    other,       ///< Anything else that takes no text.
+};
 
-/// Why an attribute could not be read or written.
+/// Why an element could not be found, read or written.
 enum class AccessibilityError {
-    failure,              ///< The application refused or answered nonsense.
-    attributeUnsupported, ///< The element has no such attribute.
-    noValue,              ///< The attribute has no value now.
-    cannotComplete,       ///< The application did not answer in time, or is gone.
+    failure,        ///< The application refused or answered nonsense.
+    unsupported,    ///< The element has nothing of the kind.
+    noValue,        ///< There is none now.
+    cannotComplete, ///< The application did not answer in time, or is gone.
 };
 
 /// The accessibility interface: who has the focus, and reading and writing text elements.
 ///
-/// Attributes used: "AXFocusedUIElement" (an element), "AXRole" and "AXValue" (texts),
-/// "AXSelectedTextRange" (a range), "AXSelectedText" (a text). Called on the main thread. Every
-/// call has a time limit, and one application that does not answer costs at most half a second
-/// for all calls of an insertion together.
+/// Called on the main thread. Every call has a time limit, and one application that does not answer
+/// costs at most half a second for all calls of an insertion together.
 class Accessibility
 {
 public:
@@ -65,18 +71,27 @@ public:
     /// Asks for the permission; the answer arrives later, through `isProcessTrusted`.
     virtual void requestTrust() = 0;
 
-    /// The element that stands for the whole desktop.
-    [[nodiscard]] virtual AccessibilityElementRef systemWideElement() = 0;
+    /// The element that has the keyboard focus; never null.
+    [[nodiscard]] virtual Result<AccessibilityElementRef> focusedElement() = 0;
+    /// The element that has the focus within the application of this process; never null.
+    [[nodiscard]] virtual Result<AccessibilityElementRef> focusedElementOf(pid_t process) = 0;
 
-    /// The element that stands for the application with this process identifier.
-    [[nodiscard]] virtual AccessibilityElementRef applicationElement(pid_t processIdentifier) = 0;
+    /// `noValue` where what the element says of itself leaves open whether it takes text.
+    [[nodiscard]] virtual Result<AccessibilityRole> role(const AccessibilityElementRef &element) = 0;
+    /// The whole text.
+    [[nodiscard]] virtual Result<QString> text(const AccessibilityElementRef &element) = 0;
+    /// What is selected of the text, or the caret with length 0.
+    [[nodiscard]] virtual Result<TextRange> selection(const AccessibilityElementRef &element) = 0;
 
-    [[nodiscard]] virtual Result<AccessibilityValue>
-    copyAttributeValue(const AccessibilityElementRef &element, const QString &attribute) = 0;
-
-    [[nodiscard]] virtual Result<void> setAttributeValue(const AccessibilityElementRef &element,
-                                                         const QString &attribute,
-                                                         const AccessibilityValue &value) = 0;
+    /// Makes the whole text equal to `text`.
+    [[nodiscard]] virtual Result<void> setText(const AccessibilityElementRef &element,
+                                               const QString &text) = 0;
+    /// Selects the range, or sets the caret where it has length 0.
+    [[nodiscard]] virtual Result<void> setSelection(const AccessibilityElementRef &element,
+                                                    const TextRange &range) = 0;
+    /// Puts the text in place of the selection, or at the caret.
+    [[nodiscard]] virtual Result<void> insert(const AccessibilityElementRef &element,
+                                              const QString &text) = 0;
 
     /// Whether the text that was written last is in its element now, with the caret where that
     /// left it. Applications may be late to show what they were sent, so the answer may change.

@@ -11,6 +11,9 @@ namespace Velloro {
 struct RunningApplication
 {
     pid_t processIdentifier = 0;
+    /// A terminal or an editor that is known to take text, whatever the accessibility interface
+    /// says of what has the focus in it.
+    bool isKnownToTakeText = false;
 
     friend bool operator==(const RunningApplication &, const RunningApplication &) = default;
 };

@@ -124,36 +124,34 @@ TEST_F(DictationControllerTest, ToggleModeStopsAtTheSecondPressAndIsBusyMeanwhil
     EXPECT_EQ(typed(), u"Hello world."_qs);
 }
 
-TEST_F(DictationControllerTest, FocusCheckRefusesOnlyWhatIsNoTextFieldForSure)
+TEST_F(DictationControllerTest, ChecksTheFocusedElementOfTheApplicationInFront)
 {
     struct Case
     {
         const char *description;
-        std::optional<pid_t> frontmost;
+        std::optional<RunningApplication> frontmost;
         bool hasElement;
-        std::optional<QString> role;
+        std::optional<AccessibilityRole> role;
         bool isRequired;
         bool starts;
     };
+    constexpr auto button = AccessibilityRole::button;
+    const RunningApplication inFront{7};
     const Case cases[] = {
-        {"text area", 7, true, u"AXTextArea"_qs, true, true},
-        {"static text", 7, true, u"AXStaticText"_qs, true, true},
-        {"text field", 7, true, u"AXTextField"_qs, true, true},
-        {"search field", 7, true, u"AXSearchField"_qs, true, true},
-        {"combo box", 7, true, u"AXComboBox"_qs, true, true},
-        {"button", 7, true, u"AXButton"_qs, true, false},
-        {"other case", 7, true, u"axtextarea"_qs, true, false},
-        {"button, check off", 7, true, u"AXButton"_qs, false, true},
-        {"no role", 7, true, std::nullopt, true, true},
-        {"no focused element", 7, false, std::nullopt, true, true},
-        {"no application", std::nullopt, true, u"AXButton"_qs, true, true},
+        {"text field", inFront, true, AccessibilityRole::textField, true, true},
+        {"button", inFront, true, button, true, false},
+        {"button, check off", inFront, true, button, false, true},
+        {"button in a terminal", RunningApplication{7, true}, true, button, true, true},
+        {"no role", inFront, true, std::nullopt, true, true},
+        {"no focused element", inFront, false, std::nullopt, true, true},
+        {"element of another application", RunningApplication{8}, true, button, true, true},
+        {"no application", std::nullopt, true, button, true, true},
     };
     launchWithModel();
     for (const Case &c : cases) {
         SCOPED_TRACE(c.description);
         log.clear();
-        memory.workspace->frontmost
-            = c.frontmost ? std::optional(RunningApplication{*c.frontmost}) : std::nullopt;
+        memory.workspace->frontmost = c.frontmost;
         memory.accessibility->focusedOf.clear();
         if (c.hasElement) {
             auto element = std::make_shared<InMemoryAccessibility::Element>();
@@ -172,7 +170,7 @@ TEST_F(DictationControllerTest, FocusCheckRefusesOnlyWhatIsNoTextFieldForSure)
             release();
         }
     }
-    ASSERT_EQ(memory.userNotifications->delivered.size(), 2U);
+    ASSERT_EQ(memory.userNotifications->delivered.size(), 1U);
     EXPECT_EQ(memory.userNotifications->delivered[0].first, u"Velloro"_qs);
     EXPECT_EQ(memory.userNotifications->delivered[0].second,
               u"Please click on a text field before recording. You can disable this "
@@ -257,7 +255,7 @@ TEST_F(DictationControllerTest, AsksForTheMicrophoneAndStartsOnceItIsGranted)
     // Whatever has the focus: the question may have taken it.
     memory.workspace->frontmost = RunningApplication{7};
     auto button = std::make_shared<InMemoryAccessibility::Element>();
-    button->role = u"AXButton"_qs;
+    button->role = AccessibilityRole::button;
     memory.accessibility->focusedOf[7] = button;
     memory.captureAuthorization->granted = true;
     press();

@@ -57,6 +57,8 @@ public:
 class AtSpiTest : public testing::Test
 {
 protected:
+    using Role = AccessibilityRole;
+
     void SetUp() override
     {
         if (!QDBusConnection::sessionBus().isConnected() || qEnvironmentVariableIsEmpty("DISPLAY"))
@@ -72,25 +74,21 @@ protected:
 
     AccessibilityElementRef focused()
     {
-        const auto value = platform.accessibility->copyAttributeValue(
-            platform.accessibility->systemWideElement(), u"AXFocusedUIElement"_qs);
-        return value ? std::get<AccessibilityElementRef>(*value) : nullptr;
+        return platform.accessibility->focusedElement().value_or(nullptr);
     }
     AccessibilityElementRef focusedOf(pid_t process)
     {
-        const auto value = platform.accessibility->copyAttributeValue(
-            platform.accessibility->applicationElement(process), u"AXFocusedUIElement"_qs);
-        return value ? std::get<AccessibilityElementRef>(*value) : nullptr;
+        return platform.accessibility->focusedElementOf(process).value_or(nullptr);
     }
-    QString text(const AccessibilityElementRef &element, const QString &attribute)
+    /// The role of an element; nothing where there is none, or that is not known.
+    std::optional<Role> roleOf(const AccessibilityElementRef &element)
     {
-        const auto value = platform.accessibility->copyAttributeValue(element, attribute);
-        const auto *text = value ? std::get_if<QString>(&*value) : nullptr;
-        return text ? *text : QString();
+        const auto role = platform.accessibility->role(element);
+        return role ? std::optional(*role) : std::nullopt;
     }
-    bool waitForRole(const QString &role)
+    bool waitForRole(Role role)
     {
-        return waitUntil([&] { return text(focused(), u"AXRole"_qs) == role; });
+        return waitUntil([&] { return roleOf(focused()) == role; });
     }
     bool insert(const QString &text)
     {

@@ -59,7 +59,7 @@ TEST_F(X11WorkspaceTest, followsTheFocusToAnotherProgram)
         GTEST_SKIP() << "xterm is not installed";
     EXPECT_TRUE(waitUntil([&] {
         return workspace->frontmostApplication()
-            == RunningApplication{static_cast<pid_t>(terminal.processId())};
+            == RunningApplication{static_cast<pid_t>(terminal.processId()), true};
     }));
     const WindowClass expected{u"notes"_qs, u"XTerm"_qs};
     EXPECT_TRUE(waitUntil([&] { return workspace->activeWindowClass() == expected; }));

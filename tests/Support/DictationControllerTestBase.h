@@ -135,10 +135,7 @@ protected:
     }
 
     [[nodiscard]] QStringList messages() const { return log.messages(QStringLiteral("Dictation")); }
-    [[nodiscard]] QString typed() const
-    {
-        return std::get<QString>(*memory.accessibility->focused->value);
-    }
+    [[nodiscard]] QString typed() const { return *memory.accessibility->focused->value; }
 
     QTemporaryDir directory;
     LogRecorder log;

@@ -2,9 +2,9 @@
 
 #include "Platform/Accessibility.h"
 
+#include <QStringList>
 #include <map>
 #include <optional>
-#include <vector>
 
 namespace Velloro {
 
@@ -15,21 +15,12 @@ public:
     /// A text element. What has no value can't be read; what is refused can't be written.
     struct Element : AccessibilityElement
     {
-        std::optional<QString> role;
-        std::optional<AccessibilityValue> value;
-        std::optional<AccessibilityValue> selectedRange;
+        std::optional<AccessibilityRole> role;
+        std::optional<QString> value;
+        std::optional<TextRange> selectedRange;
         bool refusesValue = false;
         bool refusesSelectedRange = false;
         bool refusesSelectedText = false;
-    };
-
-    /// One attribute that was asked to be set, whether or not it was.
-    struct Write
-    {
-        QString attribute;
-        AccessibilityValue value;
-
-        friend bool operator==(const Write &, const Write &) = default;
     };
 
     // Script.
@@ -41,14 +32,16 @@ public:
     bool showsWrites = true;
 
     // What was asked.
-    std::vector<Write> writes;
+    /// What was to be written, whether or not it was: "set TEXT", "select LOCATION LENGTH" and
+    /// "insert TEXT".
+    QStringList writes;
     int trustRequests = 0;
 
     /// Makes a text field with the focus.
     Element &focusText(const QString &value, TextRange selectedRange)
     {
         focused = std::make_shared<Element>();
-        focused->role = QStringLiteral("AXTextField");
+        focused->role = AccessibilityRole::textField;
         focused->value = value;
         focused->selectedRange = selectedRange;
         return *focused;
@@ -56,67 +49,70 @@ public:
 
     bool isProcessTrusted() override { return trusted; }
     void requestTrust() override { ++trustRequests; }
-    AccessibilityElementRef systemWideElement() override { return m_systemWide; }
 
-    AccessibilityElementRef applicationElement(pid_t processIdentifier) override
+    Result<AccessibilityElementRef> focusedElement() override { return reference(focused); }
+    Result<AccessibilityElementRef> focusedElementOf(pid_t process) override
     {
-        return std::make_shared<Application>(processIdentifier);
+        return reference(focusedOf[process]);
     }
 
-    Result<AccessibilityValue> copyAttributeValue(const AccessibilityElementRef &element,
-                                                  const QString &attribute) override
+    Result<AccessibilityRole> role(const AccessibilityElementRef &element) override
     {
-        std::optional<AccessibilityValue> result;
-        if (attribute == u"AXFocusedUIElement") {
-            std::shared_ptr<Element> found;
-            if (element == m_systemWide)
-                found = focused;
-            else if (const auto *application = dynamic_cast<const Application *>(element.get()))
-                found = focusedOf[application->process];
-            if (found)
-                result = AccessibilityElementRef(found);
-        } else if (const auto *text = dynamic_cast<const Element *>(element.get())) {
-            if (attribute == u"AXRole" && text->role)
-                result = *text->role;
-            else if (attribute == u"AXValue")
-                result = text->value;
-            else if (attribute == u"AXSelectedTextRange")
-                result = text->selectedRange;
-        }
-        if (!result)
-            return tl::unexpected(AccessibilityError::noValue);
-        return *result;
+        return known(of(element).role);
+    }
+    Result<QString> text(const AccessibilityElementRef &element) override
+    {
+        return known(of(element).value);
+    }
+    Result<TextRange> selection(const AccessibilityElementRef &element) override
+    {
+        return known(of(element).selectedRange);
     }
 
-    Result<void> setAttributeValue(const AccessibilityElementRef &element,
-                                   const QString &attribute,
-                                   const AccessibilityValue &value) override
+    Result<void> setText(const AccessibilityElementRef &element, const QString &text) override
     {
-        writes.push_back({attribute, value});
-        if (!focused || element != focused)
+        writes << QStringLiteral("set ") + text;
+        if (element != focused || focused->refusesValue)
             return tl::unexpected(AccessibilityError::failure);
-        if (attribute == u"AXValue" && !focused->refusesValue)
-            focused->value = value;
-        else if (attribute == u"AXSelectedTextRange" && !focused->refusesSelectedRange)
-            focused->selectedRange = value;
-        else if (attribute != u"AXSelectedText" || focused->refusesSelectedText)
-            return tl::unexpected(AccessibilityError::attributeUnsupported);
+        focused->value = text;
+        return {};
+    }
+    Result<void> setSelection(const AccessibilityElementRef &element,
+                              const TextRange &range) override
+    {
+        writes << QStringLiteral("select %1 %2").arg(range.location).arg(range.length);
+        if (element != focused || focused->refusesSelectedRange)
+            return tl::unexpected(AccessibilityError::failure);
+        focused->selectedRange = range;
+        return {};
+    }
+    /// Taken or refused, but not done.
+    Result<void> insert(const AccessibilityElementRef &element, const QString &text) override
+    {
+        writes << QStringLiteral("insert ") + text;
+        if (element != focused || focused->refusesSelectedText)
+            return tl::unexpected(AccessibilityError::failure);
         return {};
     }
 
     bool showsLastText() override { return showsWrites; }
 
 private:
-    struct Application : AccessibilityElement
+    static const Element &of(const AccessibilityElementRef &element)
     {
-        explicit Application(pid_t process)
-            : process(process)
-        {
-        }
-        const pid_t process;
-    };
-
-    const AccessibilityElementRef m_systemWide = std::make_shared<AccessibilityElement>();
+        return dynamic_cast<const Element &>(*element);
+    }
+    template <typename T>
+    static Result<T> known(const std::optional<T> &value)
+    {
+        if (!value)
+            return tl::unexpected(AccessibilityError::noValue);
+        return *value;
+    }
+    static Result<AccessibilityElementRef> reference(const std::shared_ptr<Element> &element)
+    {
+        return known(element ? std::optional<AccessibilityElementRef>(element) : std::nullopt);
+    }
 };
 
 } // namespace Velloro

@@ -47,14 +47,14 @@ public:
             receive(event);
     }
 
-    [[nodiscard]] QString text() const { return std::get<QString>(*m_element.value); }
+    [[nodiscard]] QString text() const { return *m_element.value; }
 
 private:
     void receive(const InMemoryKeyboardEvents::Event &event)
     {
         constexpr uint32_t keyV = 9;
         constexpr uint32_t keyDelete = 51;
-        const int64_t caret = std::get<TextRange>(*m_element.selectedRange).location;
+        const int64_t caret = m_element.selectedRange->location;
         if (event == InMemoryKeyboardEvents::Event{keyDelete, true, 0} && caret > 0)
             replace(caret - 1, caret, {});
         else if (event == InMemoryKeyboardEvents::Event{keyV, true, KeyboardEvents::commandFlag})

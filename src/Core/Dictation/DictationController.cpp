@@ -1,13 +1,12 @@
 #include "Core/Dictation/DictationController.h"
 
 #include "Base/Log.h"
+#include "Core/Dictation/TextFieldCheck.h"
 #include "Core/Recognition/ModelFile.h"
 #include "Managers/TextCorrector.h"
 
 #include <QCoroFuture>
 #include <QScopeGuard>
-#include <algorithm>
-#include <array>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -18,10 +17,6 @@ namespace {
 
 constexpr auto recordingTick = 50ms;
 constexpr auto pauseAfterDeletion = 50ms;
-
-/// Roles of the elements into which text can be dictated.
-const std::array textFieldRoles = {u"AXTextField", u"AXTextArea", u"AXComboBox", u"AXSearchField",
-                                   u"AXStaticText"};
 
 void log(const QString &message)
 {
@@ -441,24 +436,15 @@ void DictationController::insertFinalText(const QString &text, bool isTyped)
 
 bool DictationController::isTextFieldFocused()
 {
-    // Answers false only for an element that is positively no text field.
     const auto application = m_platform.workspace->frontmostApplication();
     if (!application)
         return true;
     Accessibility &accessibility = *m_platform.accessibility;
-    const auto focused = accessibility.copyAttributeValue(
-        accessibility.applicationElement(application->processIdentifier), u"AXFocusedUIElement"_qs);
-    if (!focused)
-        return true;
-    const auto *element = std::get_if<AccessibilityElementRef>(&*focused);
-    if (!element || !*element)
-        return true;
-    const auto role = accessibility.copyAttributeValue(*element, u"AXRole"_qs);
-    const auto *roleName = role ? std::get_if<QString>(&*role) : nullptr;
-    if (!roleName)
-        return true;
-    return std::any_of(textFieldRoles.begin(), textFieldRoles.end(),
-                       [&](const char16_t *accepted) { return *roleName == QStringView(accepted); });
+    const auto role = accessibility.focusedElementOf(application->processIdentifier)
+                          .and_then([&](const AccessibilityElementRef &element) {
+                              return accessibility.role(element);
+                          });
+    return TextFieldCheck::mayTakeText(*application, role);
 }
 
 void DictationController::showTextFieldNotification()

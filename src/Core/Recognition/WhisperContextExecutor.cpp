@@ -89,16 +89,6 @@ QStringList newlyConfirmed(const QStringList &before, const QStringList &heard, 
 
 } // namespace
 
-void WhisperContext::Executor::ContextDeleter::operator()(whisper_context *context) const
-{
-    whisper_free(context);
-}
-
-void WhisperContext::Executor::StateDeleter::operator()(whisper_state *state) const
-{
-    whisper_free_state(state);
-}
-
 WhisperContext::Executor::Executor(std::shared_ptr<const ProcessInfo> processInfo)
     : m_processInfo(std::move(processInfo))
     , m_threads(std::clamp(m_processInfo->processorCount() - 2, 1, 8))

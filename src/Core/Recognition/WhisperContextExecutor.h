@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/CustomDelete.h"
 #include "Base/SerialExecutor.h"
 #include "Core/Recognition/WhisperContext.h"
 
@@ -8,10 +9,7 @@
 #include <mutex>
 #include <optional>
 #include <type_traits>
-
-struct whisper_context;
-struct whisper_full_params;
-struct whisper_state;
+#include <whisper.h>
 
 namespace Velloro {
 
@@ -43,15 +41,6 @@ public:
     void stopStreaming();
 
 private:
-    struct ContextDeleter
-    {
-        void operator()(whisper_context *context) const;
-    };
-    struct StateDeleter
-    {
-        void operator()(whisper_state *state) const;
-    };
-
     /// Samples that came while the executor was busy, and the future of their callers.
     struct Batch
     {
@@ -79,8 +68,8 @@ private:
     const int m_threads;
 
     // On the executor only. The decoding state goes before the context that it belongs to.
-    std::unique_ptr<whisper_context, ContextDeleter> m_context;
-    std::unique_ptr<whisper_state, StateDeleter> m_state;
+    std::unique_ptr<whisper_context, CustomDelete<whisper_free>> m_context;
+    std::unique_ptr<whisper_state, CustomDelete<whisper_free_state>> m_state;
     bool m_isModelLoaded = false;
     std::vector<float> m_audioBuffer;
     qsizetype m_lastProcessedSamples = 0;

@@ -16,7 +16,6 @@
 #include "Platform/Linux/Sound/PulseSystemSounds.h"
 #include "Platform/Linux/Desktop/SessionBus.h"
 #include "Platform/Linux/X11/Keyboard/WindowKeyEvents.h"
-#include "Platform/Linux/X11/Keyboard/PasteStroke.h"
 #include "Platform/Linux/X11/Keyboard/X11HotkeyRegistration.h"
 #include "Platform/Linux/X11/Keyboard/X11KeyboardEvents.h"
 #include "Platform/Linux/X11/Clipboard/X11Pasteboard.h"
@@ -37,7 +36,7 @@ Platform makeLinuxPlatform()
 
     const auto display = X11Connection::open();
     auto accessibility = std::make_unique<AtSpiAccessibility>();
-    // Before the event loop starts: see AtSpiBus.
+    // Before the event loop starts: see AtSpiLauncher.
     (void)accessibility->isProcessTrusted();
     auto pasteboard = std::make_unique<X11Pasteboard>();
     // Both are there for every stroke; none is sent while the bundle is destroyed.
@@ -52,10 +51,6 @@ Platform makeLinuxPlatform()
             = [board = pasteboard.get()](uint32_t window,
                                          bool isOwn) { return board->beginPaste(window, isOwn); },
             .awaitPaste = [board = pasteboard.get()] { (void)board->awaitPaste(); },
-        });
-    accessibility->setActiveWindowTakesText(
-        [workspace = std::make_shared<X11Workspace>(display)] {
-            return isKnownToPaste(workspace->activeWindowClass().value_or(WindowClass{}));
         });
     // A text field is read and written when the backspaces before have done their work.
     accessibility->setBeforeAccess([strokes = keyboard.get()] { return strokes->awaitReceipt(); });

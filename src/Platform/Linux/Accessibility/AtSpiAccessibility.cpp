@@ -13,21 +13,18 @@ namespace Velloro {
 namespace {
 
 const QString accessibleInterface = QStringLiteral("org.a11y.atspi.Accessible");
-const QString roleAttribute = QStringLiteral("AXRole");
-const QString valueAttribute = QStringLiteral("AXValue");
-const QString selectedTextAttribute = QStringLiteral("AXSelectedText");
-const QString selectedTextRangeAttribute = QStringLiteral("AXSelectedTextRange");
-const QString focusedElementAttribute = QStringLiteral("AXFocusedUIElement");
 
-AccessibilityElementRef makeElement(AtSpiElement::Target target)
+AccessibilityElementRef makeElement(const AtSpiReference &object)
 {
-    return std::make_shared<const AtSpiElement>(std::move(target));
+    return std::make_shared<const AtSpiElement>(object);
 }
 
 } // namespace
 
 AtSpiAccessibility::AtSpiAccessibility()
-    : m_focus(m_bus)
+    : m_bus(m_launcher)
+    , m_applications(m_bus)
+    , m_focus(m_bus, m_applications)
 {
 }
 
@@ -35,76 +32,91 @@ AtSpiAccessibility::~AtSpiAccessibility() = default;
 
 bool AtSpiAccessibility::isProcessTrusted()
 {
-    return m_bus.isUsable();
+    m_launcher.waitForAnswers();
+    return m_launcher.isEnabled() && m_bus.isConnected();
 }
 
 void AtSpiAccessibility::requestTrust()
 {
-    m_bus.enable();
+    m_launcher.enable();
 }
 
-AccessibilityElementRef AtSpiAccessibility::systemWideElement()
+Accessibility::Result<AccessibilityElementRef> AtSpiAccessibility::focusedElement()
 {
-    return makeElement(AtSpiElement::Desktop{});
+    if (m_beforeAccess && !m_beforeAccess())
+        return tl::unexpected(AccessibilityError::cannotComplete);
+    return m_focus.focused().map(makeElement);
 }
 
-AccessibilityElementRef AtSpiAccessibility::applicationElement(pid_t processIdentifier)
+Accessibility::Result<AccessibilityElementRef> AtSpiAccessibility::focusedElementOf(pid_t process)
 {
-    return makeElement(processIdentifier);
+    return m_focus.focusedOf(process).map(makeElement);
 }
 
-Accessibility::Result<AccessibilityValue>
-AtSpiAccessibility::copyAttributeValue(const AccessibilityElementRef &element,
-                                       const QString &attribute)
+Accessibility::Result<AccessibilityRole>
+AtSpiAccessibility::role(const AccessibilityElementRef &element)
 {
-    const auto *target = dynamic_cast<const AtSpiElement *>(element.get());
-    if (!target)
-        return tl::unexpected(AccessibilityError::failure);
-
-    if (attribute == focusedElementAttribute) {
-        Result<AtSpiReference> focused = tl::unexpected(AccessibilityError::attributeUnsupported);
-        const bool isOfDesktop = std::holds_alternative<AtSpiElement::Desktop>(target->target);
-        if (isOfDesktop && m_beforeAccess && !m_beforeAccess())
-            return tl::unexpected(AccessibilityError::cannotComplete);
-        if (isOfDesktop)
-            focused = m_focus.focused();
-        else if (const auto *process = std::get_if<pid_t>(&target->target))
-            focused = m_focus.focusedOf(*process);
-        return focused.map([](const AtSpiReference &object) {
-            return AccessibilityValue(makeElement(object));
-        });
-    }
-
     const Result<AtSpiReference> object = objectOf(element);
     if (!object)
         return tl::unexpected(object.error());
-    const auto asValue = [](const auto &value) { return AccessibilityValue(value); };
-    if (attribute == roleAttribute)
-        return role(*object);
-    if (attribute == valueAttribute)
-        return textOf(*object).content().map(asValue);
-    if (attribute == selectedTextRangeAttribute)
-        return textOf(*object).selection().map(asValue);
-    return tl::unexpected(AccessibilityError::attributeUnsupported);
+    const QDBusMessage number = m_applications.call(*object, accessibleInterface, QStringLiteral("GetRole"));
+    const QDBusMessage states = m_applications.call(*object, accessibleInterface, QStringLiteral("GetState"));
+    if (number.type() != QDBusMessage::ReplyMessage || states.type() != QDBusMessage::ReplyMessage)
+        return tl::unexpected(AccessibilityError::cannotComplete);
+    const std::optional<AccessibilityRole> role = AtSpiRole::accessibilityRole(
+        number.arguments().value(0).toUInt(), AtSpiStates::of(states));
+    if (!role)
+        return tl::unexpected(AccessibilityError::noValue);
+    // A page that is not spelt out says nothing about what is in it.
+    if (*role == AccessibilityRole::webArea
+        && m_applications.property(*object, accessibleInterface, QStringLiteral("ChildCount")) == 0)
+        return tl::unexpected(AccessibilityError::noValue);
+    if (*role == AccessibilityRole::textField && isSearchField(*object))
+        return AccessibilityRole::searchField;
+    return *role;
+}
+
+Accessibility::Result<QString> AtSpiAccessibility::text(const AccessibilityElementRef &element)
+{
+    return objectOf(element).and_then(
+        [this](const AtSpiReference &object) { return textOf(object).content(); });
+}
+
+Accessibility::Result<TextRange>
+AtSpiAccessibility::selection(const AccessibilityElementRef &element)
+{
+    return objectOf(element).and_then(
+        [this](const AtSpiReference &object) { return textOf(object).selection(); });
+}
+
+Accessibility::Result<void> AtSpiAccessibility::setText(const AccessibilityElementRef &element,
+                                                        const QString &text)
+{
+    return write(element, &AtSpiText::setContent, text);
 }
 
 Accessibility::Result<void>
-AtSpiAccessibility::setAttributeValue(const AccessibilityElementRef &element,
-                                      const QString &attribute, const AccessibilityValue &value)
+AtSpiAccessibility::setSelection(const AccessibilityElementRef &element, const TextRange &range)
+{
+    return write(element, &AtSpiText::setSelection, range);
+}
+
+Accessibility::Result<void> AtSpiAccessibility::insert(const AccessibilityElementRef &element,
+                                                       const QString &text)
+{
+    return write(element, &AtSpiText::replaceSelection, text);
+}
+
+template <typename Value>
+Accessibility::Result<void>
+AtSpiAccessibility::write(const AccessibilityElementRef &element,
+                          Result<void> (AtSpiText::*edit)(const Value &), const Value &value)
 {
     const Result<AtSpiReference> object = objectOf(element);
     if (!object)
         return tl::unexpected(object.error());
-    const auto *text = std::get_if<QString>(&value);
-    const auto *range = std::get_if<TextRange>(&value);
     AtSpiText &target = textOf(*object);
-    Result<void> result = tl::unexpected(AccessibilityError::attributeUnsupported);
-    if (attribute == valueAttribute && text)
-        result = target.setContent(*text);
-    else if (attribute == selectedTextAttribute && text)
-        result = target.replaceSelection(*text);
-    else if (attribute == selectedTextRangeAttribute && range)
-        result = target.setSelection(*range);
+    const Result<void> result = (target.*edit)(value);
     m_written.reset();
     if (target.lastInsertion())
         m_written = Written{*object, *target.lastInsertion()};
@@ -121,56 +133,37 @@ bool AtSpiAccessibility::isTerminalFocused()
     const Result<AtSpiReference> focused = m_focus.focused();
     if (!focused)
         return false;
-    const QDBusMessage role = m_bus.call(*focused, accessibleInterface, QStringLiteral("GetRole"));
+    const QDBusMessage role = m_applications.call(*focused, accessibleInterface, QStringLiteral("GetRole"));
     return role.arguments().value(0).toUInt() == AtSpiRole::terminal;
-}
-
-Accessibility::Result<AccessibilityValue> AtSpiAccessibility::role(const AtSpiReference &object)
-{
-    const QDBusMessage number = m_bus.call(object, accessibleInterface, QStringLiteral("GetRole"));
-    const QDBusMessage states = m_bus.call(object, accessibleInterface, QStringLiteral("GetState"));
-    if (number.type() != QDBusMessage::ReplyMessage || states.type() != QDBusMessage::ReplyMessage)
-        return tl::unexpected(AccessibilityError::cannotComplete);
-    QString name = AtSpiRole::attributeName(number.arguments().value(0).toUInt(),
-                                            AtSpiStates::of(states));
-    const bool isText = name == u"AXTextField" || name == u"AXTextArea";
-    if (name.isEmpty() || (!isText && m_activeWindowTakesText && m_activeWindowTakesText()))
-        return tl::unexpected(AccessibilityError::noValue);
-    // A page that is not spelt out says nothing about what is in it.
-    if (name == u"AXWebArea"
-        && m_bus.property(object, accessibleInterface, QStringLiteral("ChildCount")) == 0)
-        return tl::unexpected(AccessibilityError::noValue);
-    if (name == u"AXTextField") {
-        // A search field differs from others only by what pages and toolkits say of it besides.
-        const QDBusMessage reply =
-            m_bus.call(object, accessibleInterface, QStringLiteral("GetAttributes"));
-        if (reply.signature() == u"a{ss}") {
-            const auto attributes =
-                qdbus_cast<QMap<QString, QString>>(reply.arguments().value(0));
-            if (attributes.value(QStringLiteral("xml-roles")) == u"searchbox"
-                || attributes.value(QStringLiteral("text-input-type")) == u"search")
-                name = QStringLiteral("AXSearchField");
-        }
-    }
-    return AccessibilityValue(name);
 }
 
 Accessibility::Result<AtSpiReference>
 AtSpiAccessibility::objectOf(const AccessibilityElementRef &element)
 {
-    const auto *target = dynamic_cast<const AtSpiElement *>(element.get());
-    const auto *object = target ? std::get_if<AtSpiReference>(&target->target) : nullptr;
-    if (!object)
-        return tl::unexpected(AccessibilityError::attributeUnsupported);
-    if (m_bus.processOf(object->service) == getpid())
+    const auto *known = dynamic_cast<const AtSpiElement *>(element.get());
+    if (!known)
+        return tl::unexpected(AccessibilityError::failure);
+    if (m_applications.processOf(known->object.service) == getpid())
         return tl::unexpected(AccessibilityError::cannotComplete);
-    return *object;
+    return known->object;
+}
+
+/// A search field differs from others only by what pages and toolkits say of it besides.
+bool AtSpiAccessibility::isSearchField(const AtSpiReference &object)
+{
+    const QDBusMessage reply =
+        m_applications.call(object, accessibleInterface, QStringLiteral("GetAttributes"));
+    if (reply.signature() != u"a{ss}")
+        return false;
+    const auto attributes = qdbus_cast<QMap<QString, QString>>(reply.arguments().value(0));
+    return attributes.value(QStringLiteral("xml-roles")) == u"searchbox"
+        || attributes.value(QStringLiteral("text-input-type")) == u"search";
 }
 
 AtSpiText &AtSpiAccessibility::textOf(const AtSpiReference &object)
 {
-    if (!m_text || m_text->turn() != m_bus.turn() || m_text->object() != object)
-        m_text.emplace(m_bus, object);
+    if (!m_text || m_text->turn() != m_applications.allowance().turn() || m_text->object() != object)
+        m_text.emplace(m_applications, object);
     return *m_text;
 }
 

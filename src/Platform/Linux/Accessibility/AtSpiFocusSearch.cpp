@@ -1,5 +1,6 @@
 #include "Platform/Linux/Accessibility/AtSpiFocusSearch.h"
 
+#include "Platform/Linux/Accessibility/AtSpiApplications.h"
 #include "Platform/Linux/Accessibility/AtSpiBus.h"
 #include "Platform/Linux/Accessibility/AtSpiRole.h"
 #include "Platform/Linux/Accessibility/AtSpiStates.h"
@@ -77,10 +78,11 @@ Q_DECLARE_METATYPE(Velloro::FocusedRule)
 
 namespace Velloro {
 
-AtSpiFocusSearch::AtSpiFocusSearch(AtSpiBus &bus, std::chrono::milliseconds timeout,
-                                   QObject *parent)
+AtSpiFocusSearch::AtSpiFocusSearch(AtSpiBus &bus, AtSpiApplications &applications,
+                                   std::chrono::milliseconds timeout, QObject *parent)
     : QObject(parent)
     , m_bus(bus)
+    , m_applications(applications)
     , m_timeout(timeout)
 {
     qDBusRegisterMetaType<QMap<QString, QString>>();
@@ -120,8 +122,8 @@ void AtSpiFocusSearch::finish(std::chrono::milliseconds longest)
         QElapsedTimer timer;
         timer.start();
         watcher->QDBusPendingCall::waitForFinished();
-        m_bus.spend(service, std::chrono::milliseconds(timer.elapsed()));
-        if (m_bus.remaining().count() <= 0)
+        m_applications.spend(service, std::chrono::milliseconds(timer.elapsed()));
+        if (m_applications.allowance().remaining().count() <= 0)
             return;
         take(watcher);
     }

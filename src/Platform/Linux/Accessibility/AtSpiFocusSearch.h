@@ -15,6 +15,7 @@ class QDBusPendingCallWatcher;
 
 namespace Velloro {
 
+class AtSpiApplications;
 class AtSpiBus;
 class AtSpiStates;
 
@@ -30,7 +31,8 @@ class AtSpiFocusSearch : public QObject
 
 public:
     /// Each reply is waited for as long as `timeout`.
-    AtSpiFocusSearch(AtSpiBus &bus, std::chrono::milliseconds timeout, QObject *parent = nullptr);
+    AtSpiFocusSearch(AtSpiBus &bus, AtSpiApplications &applications,
+                     std::chrono::milliseconds timeout, QObject *parent = nullptr);
     ~AtSpiFocusSearch() override;
 
     /// Looks under this window.
@@ -40,7 +42,7 @@ public:
     /// Looks for the active window among all applications, and under it.
     void searchDesktop();
 
-    /// Waits for the end of the search within the bus's allowance, and no longer than `longest`.
+    /// Waits for the end of the search within the time allowance, and no longer than `longest`.
     void finish(std::chrono::milliseconds longest = std::chrono::milliseconds::max());
 
     /// The active window, as far as the search found it.
@@ -79,6 +81,7 @@ private:
     void end();
 
     AtSpiBus &m_bus;
+    AtSpiApplications &m_applications;
     const std::chrono::milliseconds m_timeout;
     std::vector<Question> m_questions;
     QList<AtSpiReference> m_unvisited;

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Accessibility/AtSpiFocusTracker.h"
 
+#include "Platform/Linux/Accessibility/AtSpiApplications.h"
 #include "Platform/Linux/Accessibility/AtSpiBus.h"
 #include "Platform/Linux/Accessibility/AtSpiFocusSearch.h"
 #include "Platform/Linux/Accessibility/AtSpiRole.h"
@@ -20,16 +21,18 @@ using namespace std::chrono_literals;
 /// How long a newly active window has to tell of its focus by an event.
 constexpr auto searchDelay = 150ms;
 constexpr auto backgroundTimeout = 2s;
-/// What looking behind an announcement may take of the bus's allowance.
+/// What looking behind an announcement may take of the time allowance.
 constexpr auto longestLook = 150ms;
 
 const QString accessibleInterface = QStringLiteral("org.a11y.atspi.Accessible");
 
 } // namespace
 
-AtSpiFocusTracker::AtSpiFocusTracker(AtSpiBus &bus, QObject *parent)
+AtSpiFocusTracker::AtSpiFocusTracker(AtSpiBus &bus, AtSpiApplications &applications,
+                                     QObject *parent)
     : QObject(parent)
     , m_bus(bus)
+    , m_applications(applications)
 {
     m_searchDelay.setSingleShot(true);
     connect(&m_searchDelay, &QTimer::timeout, this, &AtSpiFocusTracker::searchActiveWindow);
@@ -104,7 +107,7 @@ void AtSpiFocusTracker::onServiceGone(const QString &service)
 
 AtSpiFocusSearch &AtSpiFocusTracker::newSearch()
 {
-    m_search = std::make_unique<AtSpiFocusSearch>(m_bus, backgroundTimeout);
+    m_search = std::make_unique<AtSpiFocusSearch>(m_bus, m_applications, backgroundTimeout);
     return *m_search;
 }
 
@@ -145,7 +148,7 @@ Accessibility::Result<AtSpiReference> AtSpiFocusTracker::focused()
 {
     takePendingEvents();
     const std::optional<AtSpiReference> candidate = m_focused ? m_focused : m_activeWindow;
-    return known(candidate ? m_bus.processOf(candidate->service) : -1);
+    return known(candidate ? m_applications.processOf(candidate->service) : -1);
 }
 
 Accessibility::Result<AtSpiReference> AtSpiFocusTracker::focusedOf(pid_t process)
@@ -167,27 +170,27 @@ Accessibility::Result<AtSpiReference> AtSpiFocusTracker::confirmed(pid_t process
 {
     if (process == getpid())
         return tl::unexpected(AccessibilityError::noValue);
-    if (m_focused && m_bus.processOf(m_focused->service) == process) {
+    if (m_focused && m_applications.processOf(m_focused->service) == process) {
         const AtSpiReference object = *m_focused;
         if (const std::optional<bool> takesText = this->takesText(object))
             return *takesText ? object : preferredTo(object);
-        if (m_bus.isUnresponsive(object.service))
+        if (m_applications.isUnresponsive(object.service))
             return tl::unexpected(AccessibilityError::cannotComplete);
         m_focused.reset();
     }
-    if (!m_activeWindow || m_bus.processOf(m_activeWindow->service) != process)
+    if (!m_activeWindow || m_applications.processOf(m_activeWindow->service) != process)
         return tl::unexpected(AccessibilityError::noValue);
-    if (m_bus.isUnresponsive(m_activeWindow->service))
+    if (m_applications.isUnresponsive(m_activeWindow->service))
         return tl::unexpected(AccessibilityError::cannotComplete);
 
-    AtSpiFocusSearch search(m_bus, m_bus.remaining());
+    AtSpiFocusSearch search(m_bus, m_applications, m_applications.allowance().remaining());
     search.searchWindow(*m_activeWindow);
     search.finish();
     if (search.hasEnded() || search.hasFoundTextField())
         m_focused = search.found();
     if (m_focused)
         return *m_focused;
-    return tl::unexpected(m_bus.isUnresponsive(m_activeWindow->service)
+    return tl::unexpected(m_applications.isUnresponsive(m_activeWindow->service)
                               ? AccessibilityError::cannotComplete
                               : AccessibilityError::noValue);
 }
@@ -198,14 +201,15 @@ Accessibility::Result<AtSpiReference>
 AtSpiFocusTracker::preferredTo(const AtSpiReference &announced)
 {
     const QString &service = announced.service;
-    if (m_bus.toolkitOf(service) != u"Qt")
+    if (m_applications.toolkitOf(service) != u"Qt")
         return announced;
     if (m_textField && m_textField->service == service && takesText(*m_textField).value_or(false))
         return *m_textField;
     m_textField.reset();
 
-    AtSpiFocusSearch search(m_bus, std::min<std::chrono::milliseconds>(longestLook,
-                                                                       m_bus.remaining()));
+    AtSpiFocusSearch search(m_bus, m_applications,
+                            std::min<std::chrono::milliseconds>(
+                                longestLook, m_applications.allowance().remaining()));
     search.searchApplication(service);
     search.finish(longestLook);
     if (search.hasFoundTextField()) {
@@ -219,13 +223,14 @@ AtSpiFocusTracker::preferredTo(const AtSpiReference &announced)
 
 std::optional<bool> AtSpiFocusTracker::takesText(const AtSpiReference &object)
 {
-    const AtSpiStates states =
-        AtSpiStates::of(m_bus.call(object, accessibleInterface, QStringLiteral("GetState")));
+    const AtSpiStates states = AtSpiStates::of(
+        m_applications.call(object, accessibleInterface, QStringLiteral("GetState")));
     if (!states.contains(AtSpiStates::focused))
         return std::nullopt;
     if (AtSpiRole::takesText(AtSpiRole::unknown, states))
         return true;
-    const QDBusMessage role = m_bus.call(object, accessibleInterface, QStringLiteral("GetRole"));
+    const QDBusMessage role =
+        m_applications.call(object, accessibleInterface, QStringLiteral("GetRole"));
     return AtSpiRole::takesText(role.arguments().value(0).toUInt(), states);
 }
 

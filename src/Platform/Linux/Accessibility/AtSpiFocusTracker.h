@@ -11,6 +11,7 @@
 
 namespace Velloro {
 
+class AtSpiApplications;
 class AtSpiBus;
 class AtSpiFocusSearch;
 
@@ -24,13 +25,13 @@ class AtSpiFocusTracker : public QObject
     Q_OBJECT
 
 public:
-    /// `bus` outlives the tracker.
-    explicit AtSpiFocusTracker(AtSpiBus &bus, QObject *parent = nullptr);
+    /// `bus` and `applications` outlive the tracker.
+    AtSpiFocusTracker(AtSpiBus &bus, AtSpiApplications &applications, QObject *parent = nullptr);
     ~AtSpiFocusTracker() override;
 
     /// The object that has the focus now, as its application confirms; `noValue` when none is
     /// known, or it is one of this process, which can't answer while it asks. Waits within the
-    /// bus's allowance.
+    /// time allowance.
     [[nodiscard]] Accessibility::Result<AtSpiReference> focused();
     /// The same, of the application with this process.
     [[nodiscard]] Accessibility::Result<AtSpiReference> focusedOf(pid_t process);
@@ -53,6 +54,7 @@ private:
     AtSpiFocusSearch &newSearch();
 
     AtSpiBus &m_bus;
+    AtSpiApplications &m_applications;
     /// What was announced or found last.
     std::optional<AtSpiReference> m_focused;
     /// What was found to have the focus although something else was announced.

@@ -4,34 +4,34 @@ namespace Velloro::AtSpiRole {
 
 namespace {
 
-QString textName(bool severalLines)
+AccessibilityRole textRole(bool severalLines)
 {
-    return severalLines ? QStringLiteral("AXTextArea") : QStringLiteral("AXTextField");
+    return severalLines ? AccessibilityRole::textArea : AccessibilityRole::textField;
 }
 
 } // namespace
 
-QString attributeName(uint32_t role, const AtSpiStates &states)
+std::optional<AccessibilityRole> accessibilityRole(uint32_t role, const AtSpiStates &states)
 {
     const bool editable = states.contains(AtSpiStates::editable);
     switch (role) {
     case text:
     case entry:
         // Toolkits give one role to both kinds, and not all of them say that one has a single line.
-        return textName(states.contains(AtSpiStates::multiLine));
+        return textRole(states.contains(AtSpiStates::multiLine));
     case passwordText:
     case spinButton:
-        return QStringLiteral("AXTextField");
+        return AccessibilityRole::textField;
     case terminal:
-        return QStringLiteral("AXTextArea");
+        return AccessibilityRole::textArea;
     case comboBox:
-        return editable ? QStringLiteral("AXComboBox") : QStringLiteral("AXPopUpButton");
+        return editable ? AccessibilityRole::comboBox : AccessibilityRole::other;
     default:
         break;
     }
     // A part of a page or a document that is edited in place can have any other role.
     if (editable)
-        return textName(!states.contains(AtSpiStates::singleLine));
+        return textRole(!states.contains(AtSpiStates::singleLine));
 
     switch (role) {
     case invalid:
@@ -55,42 +55,21 @@ QString attributeName(uint32_t role, const AtSpiStates &states)
     case viewport:
     case window:
     case application:
-        return {};
+        return std::nullopt;
     case label:
     case caption:
     case staticText:
-        return QStringLiteral("AXStaticText");
+        return AccessibilityRole::staticText;
     case pushButton:
     case toggleButton:
-        return QStringLiteral("AXButton");
-    case checkBox:
-        return QStringLiteral("AXCheckBox");
-    case radioButton:
-        return QStringLiteral("AXRadioButton");
-    case slider:
-        return QStringLiteral("AXSlider");
-    case link:
-        return QStringLiteral("AXLink");
-    case menu:
-        return QStringLiteral("AXMenu");
-    case menuItem:
-        return QStringLiteral("AXMenuItem");
-    case list:
-    case listItem:
-        return QStringLiteral("AXList");
-    case table:
-    case tableCell:
-        return QStringLiteral("AXTable");
-    case tree:
-    case treeTable:
-        return QStringLiteral("AXOutline");
+        return AccessibilityRole::button;
     case documentFrame:
     case documentText:
     case documentWeb:
     case documentEmail:
-        return QStringLiteral("AXWebArea");
+        return AccessibilityRole::webArea;
     default:
-        return QStringLiteral("AXGroup");
+        return AccessibilityRole::other;
     }
 }
 

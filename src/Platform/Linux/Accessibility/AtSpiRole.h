@@ -1,9 +1,10 @@
 #pragma once
 
+#include "Platform/Accessibility.h"
 #include "Platform/Linux/Accessibility/AtSpiStates.h"
 
-#include <QString>
 #include <cstdint>
+#include <optional>
 
 namespace Velloro {
 
@@ -14,7 +15,6 @@ namespace AtSpiRole {
 enum Role : uint32_t {
     invalid = 0,
     canvas = 6,
-    checkBox = 7,
     comboBox = 11,
     drawingArea = 18,
     filler = 20,
@@ -24,29 +24,20 @@ enum Role : uint32_t {
     internalFrame = 28,
     label = 29,
     layeredPane = 30,
-    list = 31,
-    listItem = 32,
-    menu = 33,
-    menuItem = 35,
     optionPane = 36,
     pageTab = 37,
     pageTabList = 38,
     panel = 39,
     passwordText = 40,
     pushButton = 43,
-    radioButton = 44,
     rootPane = 46,
     scrollPane = 49,
-    slider = 51,
     spinButton = 52,
     splitPane = 53,
-    table = 55,
     tableCell = 56,
     terminal = 60,
     text = 61,
     toggleButton = 62,
-    tree = 65,
-    treeTable = 66,
     unknown = 67,
     viewport = 68,
     window = 69,
@@ -55,17 +46,17 @@ enum Role : uint32_t {
     entry = 79,
     caption = 81,
     documentFrame = 82,
-    link = 88,
     documentText = 94,
     documentWeb = 95,
     documentEmail = 96,
     staticText = 116,
 };
 
-/// The role's name as the focus check knows it; empty when the role says nothing about whether the
-/// object takes text, as of a surface on which an application draws by itself, or of a container
-/// that has the focus on behalf of what is in it.
-[[nodiscard]] QString attributeName(uint32_t role, const AtSpiStates &states);
+/// What an object of this role is; nothing when the role says nothing about whether the object
+/// takes text, as of a surface on which an application draws by itself, or of a container that has
+/// the focus on behalf of what is in it.
+[[nodiscard]] std::optional<AccessibilityRole> accessibilityRole(uint32_t role,
+                                                                 const AtSpiStates &states);
 
 /// Whether an object that has the focus is where text goes, which a container of that object, or
 /// the current cell of a list beside it, may claim as well.

@@ -1,11 +1,11 @@
 #include "Platform/Linux/Accessibility/AtSpiText.h"
 
 #include "Base/Graphemes.h"
-#include "Platform/Linux/Accessibility/AtSpiBus.h"
+#include "Platform/Linux/Accessibility/AtSpiApplications.h"
 #include "Platform/Linux/Accessibility/AtSpiRole.h"
+#include "Platform/Linux/Desktop/DBusCall.h"
 
 #include <QDBusError>
-#include <QDBusVariant>
 #include <algorithm>
 #include <limits>
 #include <utility>
@@ -44,10 +44,10 @@ int codePoints(QStringView text)
 
 } // namespace
 
-AtSpiText::AtSpiText(AtSpiBus &bus, AtSpiReference object)
-    : m_bus(bus)
+AtSpiText::AtSpiText(AtSpiApplications &applications, AtSpiReference object)
+    : m_applications(applications)
     , m_object(std::move(object))
-    , m_turn(bus.turn())
+    , m_turn(applications.allowance().turn())
 {
 }
 
@@ -200,14 +200,14 @@ AtSpiText::Result<void> AtSpiText::replaceSelection(const QString &text)
 AtSpiText::Result<QDBusMessage> AtSpiText::ask(const QString &interface, const QString &method,
                                                const QVariantList &arguments)
 {
-    QDBusMessage reply = m_bus.call(m_object, interface, method, arguments);
+    QDBusMessage reply = m_applications.call(m_object, interface, method, arguments);
     if (reply.type() == QDBusMessage::ReplyMessage)
         return reply;
     switch (QDBusError(reply).type()) {
     case QDBusError::UnknownMethod:
     case QDBusError::UnknownInterface:
     case QDBusError::NotSupported:
-        return failure(AccessibilityError::attributeUnsupported);
+        return failure(AccessibilityError::unsupported);
     case QDBusError::NoReply:
     case QDBusError::Timeout:
     case QDBusError::TimedOut:
@@ -232,13 +232,11 @@ AtSpiText::Answer AtSpiText::tell(const QString &interface, const QString &metho
 
 AtSpiText::Result<int> AtSpiText::number(const QString &property)
 {
-    const auto reply = ask(QStringLiteral("org.freedesktop.DBus.Properties"),
-                           QStringLiteral("Get"), {textInterface, property});
+    const auto reply = ask(DBusCall::properties, QStringLiteral("Get"), {textInterface, property});
     if (!reply)
         return failure(reply.error());
     bool ok = false;
-    const int value =
-        reply->arguments().value(0).value<QDBusVariant>().variant().toInt(&ok);
+    const int value = DBusCall::property(*reply).toInt(&ok);
     if (!ok || value < 0)
         return failure();
     return value;
@@ -256,13 +254,13 @@ AtSpiText::Result<bool> AtSpiText::isSecret()
 /// every field and writes into none.
 AtSpiText::Result<void> AtSpiText::requireEditable()
 {
-    if (m_bus.toolkitOf(m_object.service) == u"Gecko")
-        return failure(AccessibilityError::attributeUnsupported);
+    if (m_applications.toolkitOf(m_object.service) == u"Gecko")
+        return failure(AccessibilityError::unsupported);
     const auto reply = ask(accessibleInterface, QStringLiteral("GetState"));
     if (!reply)
         return failure(reply.error());
     if (!AtSpiStates::of(*reply).isWritable())
-        return failure(AccessibilityError::attributeUnsupported);
+        return failure(AccessibilityError::unsupported);
     return {};
 }
 
@@ -297,7 +295,7 @@ AtSpiText::Result<AtSpiText::Offsets> AtSpiText::selectionOffsets()
 /// For when the text itself does not show in what its toolkit counts.
 AtSpiText::Unit AtSpiText::unitByToolkit()
 {
-    const QString toolkit = m_bus.toolkitOf(m_object.service);
+    const QString toolkit = m_applications.toolkitOf(m_object.service);
     for (const QString &each : {QStringLiteral("Qt"), QStringLiteral("VCL"),
                                 QStringLiteral("J2SE-access-bridge")}) {
         if (toolkit == each)
@@ -343,7 +341,7 @@ AtSpiText::Answer AtSpiText::insert(int offset, const QString &text)
 {
     // The protocol does not say what the length is counted in. Qt cuts the text to so many code
     // units; all others take it for bytes.
-    const qsizetype length = m_bus.toolkitOf(m_object.service) == u"Qt" ? text.size()
+    const qsizetype length = m_applications.toolkitOf(m_object.service) == u"Qt" ? text.size()
                                                                         : text.toUtf8().size();
     return tell(editableTextInterface, QStringLiteral("InsertText"),
                 {offset, text, static_cast<int>(length)});
@@ -358,7 +356,7 @@ AtSpiText::Answer AtSpiText::remove(const Offsets &range)
 /// there yet must not be inserted once more.
 bool AtSpiText::answersWhenDone()
 {
-    const QString toolkit = m_bus.toolkitOf(m_object.service);
+    const QString toolkit = m_applications.toolkitOf(m_object.service);
     return toolkit == u"gtk" || toolkit == u"Qt";
 }
 

@@ -11,11 +11,11 @@
 
 namespace Velloro {
 
-class AtSpiBus;
+class AtSpiApplications;
 
 /// The text of one object on the accessibility bus, in user-perceived characters. Offsets on the
 /// bus are code points; some toolkits count UTF-16 code units there, which is found out and allowed
-/// for. Main thread; calls wait within the bus's allowance.
+/// for. Main thread; calls wait within the time allowance.
 ///
 /// Writing is always the smallest edit that makes the wanted text, so that the application's undo
 /// history, formatting and scroll position live on, and is either done whole or undone. What an
@@ -38,8 +38,8 @@ public:
         int caret = 0;
     };
 
-    /// `bus` outlives this object.
-    AtSpiText(AtSpiBus &bus, AtSpiReference object);
+    /// `applications` outlives this object.
+    AtSpiText(AtSpiApplications &applications, AtSpiReference object);
 
     /// Reads the whole text. The text of a password field can't be read, nor can one in which
     /// other objects are embedded, since offsets in it say too little about where the caret is.
@@ -92,7 +92,7 @@ private:
     Answer select(const Offsets &range);
     Result<void> replace(const Offsets &range, const QString &removed, const QString &inserted);
 
-    AtSpiBus &m_bus;
+    AtSpiApplications &m_applications;
     const AtSpiReference m_object;
     const quint64 m_turn;
     /// The text as it was read or as it was last written; toolkits may be late to show the latter.

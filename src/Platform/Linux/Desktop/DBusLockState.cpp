@@ -1,8 +1,9 @@
 #include "Platform/Linux/Desktop/DBusLockState.h"
 
+#include "Platform/Linux/Desktop/DBusCall.h"
+
 #include <QDBusArgument>
 #include <QDBusObjectPath>
-#include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
 #include <QVariantMap>
 
@@ -28,15 +29,12 @@ const QString login = QStringLiteral("org.freedesktop.login1");
 const QString loginPath = QStringLiteral("/org/freedesktop/login1");
 const QString loginManager = QStringLiteral("org.freedesktop.login1.Manager");
 const QString loginSession = QStringLiteral("org.freedesktop.login1.Session");
-const QString properties = QStringLiteral("org.freedesktop.DBus.Properties");
 const QString lockedHint = QStringLiteral("LockedHint");
+using DBusCall::properties;
 
 QDBusMessage getProperty(const QString &path, const QString &name)
 {
-    QDBusMessage call
-        = QDBusMessage::createMethodCall(login, path, properties, QStringLiteral("Get"));
-    call.setArguments({loginSession, name});
-    return call;
+    return DBusCall::makeGet(login, path, loginSession, name);
 }
 
 } // namespace
@@ -87,8 +85,7 @@ void DBusLockState::watchScreenSaver(const QString &name)
 void DBusLockState::askScreenSaver(const QString &name)
 {
     const QString path = u'/' + QString(name).replace(u'.', u'/');
-    QDBusMessage call
-        = QDBusMessage::createMethodCall(name, path, name, QStringLiteral("GetActive"));
+    QDBusMessage call = DBusCall::make(name, path, name, QStringLiteral("GetActive"));
     call.setAutoStartService(false);
     ask(m_sessionBus, call,
         [this, name](const QVariant &active) { setLocked(name, active.toBool()); });
@@ -113,9 +110,9 @@ void DBusLockState::findSession()
     ask(m_systemBus,
         getProperty(loginPath + QStringLiteral("/session/auto"), QStringLiteral("Id")),
         [this](const QVariant &id) {
-            QDBusMessage call = QDBusMessage::createMethodCall(login, loginPath, loginManager,
-                                                               QStringLiteral("GetSession"));
-            call.setArguments({id.value<QDBusVariant>().variant().toString()});
+            const QDBusMessage call
+                = DBusCall::make(login, loginPath, loginManager, QStringLiteral("GetSession"),
+                                 {id.value<QDBusVariant>().variant().toString()});
             ask(m_systemBus, call, [this](const QVariant &path) {
                 watchSession(path.value<QDBusObjectPath>().path());
             });
@@ -144,11 +141,8 @@ void DBusLockState::sessionPropertiesChanged(const QDBusMessage &message)
 void DBusLockState::ask(const QDBusConnection &bus, const QDBusMessage &call,
                         const AnswerHandler &handler)
 {
-    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, handler] {
-        watcher->deleteLater();
-        const QDBusMessage reply = watcher->reply();
-        if (!watcher->isError() && !reply.arguments().isEmpty())
+    DBusCall::whenAnswered(bus.asyncCall(call), this, [handler](const QDBusMessage &reply) {
+        if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
             handler(reply.arguments().constFirst());
     });
 }

@@ -1,10 +1,9 @@
 #include "Platform/Linux/Desktop/DesktopAppearance.h"
 
+#include "Platform/Linux/Desktop/DBusCall.h"
+
 #include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <QEvent>
 #include <QGuiApplication>
@@ -130,14 +129,11 @@ void DesktopAppearance::askPortal()
     // From whichever sender: who owns the portal's name need not be known, now or when it restarts.
     bus.connect(QString(), portalPath, portalSettings, QStringLiteral("SettingChanged"), this,
                 SLOT(settingChanged(QDBusMessage)));
-    QDBusMessage message
-        = QDBusMessage::createMethodCall(portal, portalPath, portalSettings, QStringLiteral("ReadAll"));
-    message.setArguments({QStringList{appearanceGroup, interfaceGroup}});
-    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(message), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-        watcher->deleteLater();
-        const QDBusMessage reply = watcher->reply();
-        if (watcher->isError() || reply.arguments().isEmpty()) {
+    const QDBusMessage question
+        = DBusCall::make(portal, portalPath, portalSettings, QStringLiteral("ReadAll"),
+                         {QStringList{appearanceGroup, interfaceGroup}});
+    DBusCall::whenAnswered(bus.asyncCall(question), this, [this](const QDBusMessage &reply) {
+        if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
             readSettingsStore();
             return;
         }
@@ -156,18 +152,16 @@ void DesktopAppearance::askPortal()
 
 void DesktopAppearance::askForShell()
 {
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
-    message.setArguments({QStringLiteral("org.gnome.Shell")});
-    auto *watcher
-        = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(message), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-        watcher->deleteLater();
-        const QDBusPendingReply<bool> reply = *watcher;
-        if (!reply.isError() && assign(m_hasDarkShell, reply.value()))
-            Q_EMIT changed();
-    });
+    const QString daemon = QStringLiteral("org.freedesktop.DBus");
+    const QDBusMessage question
+        = DBusCall::make(daemon, QStringLiteral("/org/freedesktop/DBus"), daemon,
+                         QStringLiteral("NameHasOwner"), {QStringLiteral("org.gnome.Shell")});
+    DBusCall::whenAnswered(
+        QDBusConnection::sessionBus().asyncCall(question), this, [this](const QDBusMessage &reply) {
+            if (reply.type() == QDBusMessage::ReplyMessage
+                && assign(m_hasDarkShell, reply.arguments().value(0).toBool()))
+                Q_EMIT changed();
+        });
 }
 
 void DesktopAppearance::readSettingsStore()

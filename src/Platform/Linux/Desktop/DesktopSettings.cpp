@@ -1,9 +1,9 @@
 #include "Platform/Linux/Desktop/DesktopSettings.h"
 
 #include "Base/Log.h"
+#include "Platform/Linux/Desktop/DBusCall.h"
 
 #include <QDBusConnection>
-#include <QDBusMessage>
 #include <QProcess>
 #include <QStandardPaths>
 
@@ -43,12 +43,14 @@ const QList<Desktop> &desktops()
 
 QStringList namesOnTheBus()
 {
-    const QDBusMessage question = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("ListNames"));
-    const QDBusMessage answer = QDBusConnection::sessionBus().call(question, QDBus::Block,
-                                                                   busPatienceMilliseconds);
-    return answer.arguments().value(0).toStringList();
+    const QString daemon = QStringLiteral("org.freedesktop.DBus");
+    return QDBusConnection::sessionBus()
+        .call(DBusCall::make(daemon, QStringLiteral("/org/freedesktop/DBus"), daemon,
+                             QStringLiteral("ListNames")),
+              QDBus::Block, busPatienceMilliseconds)
+        .arguments()
+        .value(0)
+        .toStringList();
 }
 
 } // namespace

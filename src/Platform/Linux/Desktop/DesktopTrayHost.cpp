@@ -1,11 +1,8 @@
 #include "Platform/Linux/Desktop/DesktopTrayHost.h"
 
+#include "Platform/Linux/Desktop/DBusCall.h"
 #include "Platform/Linux/Desktop/SessionBus.h"
 
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
-#include <QDBusVariant>
 #include <limits>
 
 namespace Velloro {
@@ -35,22 +32,17 @@ void DesktopTrayHost::askWatcher()
 {
     constexpr int withoutEnd = std::numeric_limits<int>::max();
     m_host = Host::unknown;
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        watcher, watcherPath, QStringLiteral("org.freedesktop.DBus.Properties"),
-        QStringLiteral("Get"));
-    message.setArguments({watcher, QStringLiteral("IsStatusNotifierHostRegistered")});
+    QDBusMessage message = DBusCall::makeGet(watcher, watcherPath, watcher,
+                                             QStringLiteral("IsStatusNotifierHostRegistered"));
     message.setAutoStartService(false);
-    auto *answer = new QDBusPendingCallWatcher(m_bus.asyncCall(message, withoutEnd), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this,
-            [this, answer, question = ++m_question] {
-                answer->deleteLater();
-                if (question != m_question)
-                    return;
-                const QDBusPendingReply<QDBusVariant> reply = *answer;
-                const bool isRegistered = !reply.isError() && reply.value().variant().toBool();
-                m_host = isRegistered ? Host::present : Host::absent;
-                update();
-            });
+    DBusCall::whenAnswered(m_bus.asyncCall(message, withoutEnd), this,
+                           [this, question = ++m_question](const QDBusMessage &reply) {
+                               if (question != m_question)
+                                   return;
+                               m_host = DBusCall::property(reply).toBool() ? Host::present
+                                                                           : Host::absent;
+                               update();
+                           });
 }
 
 void DesktopTrayHost::update()

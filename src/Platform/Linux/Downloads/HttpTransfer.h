@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/CustomDelete.h"
 #include "Platform/Linux/Downloads/PartialFile.h"
 
 #include <QUrl>
@@ -45,14 +46,6 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    struct HandleDeleter
-    {
-        void operator()(CURL *handle) const { curl_easy_cleanup(handle); }
-    };
-    struct ListDeleter
-    {
-        void operator()(curl_slist *list) const { curl_slist_free_all(list); }
-    };
 
     template <typename T>
     void setOption(CURLoption option, T value);
@@ -71,7 +64,7 @@ private:
     std::unique_ptr<PartialFile> m_file;
     Patience m_patience;
     ProgressHandler m_onProgress;
-    std::unique_ptr<curl_slist, ListDeleter> m_requestHeaders;
+    std::unique_ptr<curl_slist, CustomDelete<curl_slist_free_all>> m_requestHeaders;
     std::array<char, CURL_ERROR_SIZE> m_libraryError{};
     Clock::time_point m_lastActivity = Clock::now();
     std::optional<Clock::time_point> m_lastReport;
@@ -79,7 +72,7 @@ private:
     /// Of the latest response of a chain of redirects: "404 Not Found".
     QString m_status;
     std::optional<PlatformError> m_error;
-    std::unique_ptr<CURL, HandleDeleter> m_handle;
+    std::unique_ptr<CURL, CustomDelete<curl_easy_cleanup>> m_handle;
 };
 
 } // namespace Velloro

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/CustomDelete.h"
 #include "Platform/DownloadSession.h"
 #include "Platform/Linux/Downloads/HttpTransfer.h"
 
@@ -35,10 +36,6 @@ private:
         QUrl url;
     };
     struct Running;
-    struct MultiDeleter
-    {
-        void operator()(CURLM *multi) const { curl_multi_cleanup(multi); }
-    };
 
     // On the session's thread.
     void run();
@@ -58,7 +55,7 @@ private:
     std::vector<Request> m_requests; ///< Under the mutex.
     bool m_isEnding = false;         ///< Under the mutex.
 
-    std::unique_ptr<CURLM, MultiDeleter> m_multi;
+    std::unique_ptr<CURLM, CustomDelete<curl_multi_cleanup>> m_multi;
     std::thread m_thread;
 };
 

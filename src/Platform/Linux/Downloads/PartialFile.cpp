@@ -1,5 +1,6 @@
 #include "Platform/Linux/Downloads/PartialFile.h"
 
+#include "Base/FileLock.h"
 #include "Platform/Linux/Files/SystemError.h"
 
 #include <QDir>
@@ -7,7 +8,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 namespace Velloro {
@@ -32,12 +32,12 @@ PartialFile::Result<std::unique_ptr<PartialFile>> PartialFile::create(const QStr
 {
     QByteArray path =
         QFile::encodeName(directory + u'/' + namePrefix + QStringLiteral("XXXXXX") + nameSuffix);
-    const int descriptor = mkostemps(path.data(), static_cast<int>(nameSuffix.size()), O_CLOEXEC);
-    if (descriptor < 0)
+    FileDescriptor file(mkostemps(path.data(), static_cast<int>(nameSuffix.size()), O_CLOEXEC));
+    if (!file.isOpen())
         return tl::unexpected(writeError(errno));
     // Where locks are unavailable, the file is merely not safe from a second program's cleaning.
-    (void)flock(descriptor, LOCK_EX | LOCK_NB);
-    return std::unique_ptr<PartialFile>(new PartialFile(descriptor, std::move(path)));
+    FileLock::tryLock(file.get());
+    return std::unique_ptr<PartialFile>(new PartialFile(std::move(file), std::move(path)));
 }
 
 void PartialFile::removeStale(const QString &directory)
@@ -45,19 +45,12 @@ void PartialFile::removeStale(const QString &directory)
     const QDir folder(directory);
     const QStringList names = folder.entryList({namePrefix + QLatin1String("*") + nameSuffix},
                                                QDir::Files | QDir::Hidden | QDir::NoSymLinks);
-    for (const QString &name : names) {
-        const QByteArray path = QFile::encodeName(folder.filePath(name));
-        const int descriptor = open(path.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
-        if (descriptor < 0)
-            continue;
-        if (flock(descriptor, LOCK_EX | LOCK_NB) == 0)
-            unlink(path.constData());
-        close(descriptor);
-    }
+    for (const QString &name : names)
+        FileLock::removeUnlocked(QFile::encodeName(folder.filePath(name)));
 }
 
-PartialFile::PartialFile(int descriptor, QByteArray path)
-    : m_descriptor(descriptor)
+PartialFile::PartialFile(FileDescriptor file, QByteArray path)
+    : m_file(std::move(file))
     , m_path(std::move(path))
 {
 }
@@ -65,7 +58,6 @@ PartialFile::PartialFile(int descriptor, QByteArray path)
 PartialFile::~PartialFile()
 {
     unlink(m_path.constData());
-    close(m_descriptor);
 }
 
 QString PartialFile::path() const
@@ -76,7 +68,7 @@ QString PartialFile::path() const
 PartialFile::Result<void> PartialFile::append(std::span<const char> bytes)
 {
     while (!bytes.empty()) {
-        const ssize_t written = write(m_descriptor, bytes.data(), bytes.size());
+        const ssize_t written = write(m_file.get(), bytes.data(), bytes.size());
         if (written < 0) {
             if (errno == EINTR)
                 continue;
@@ -92,7 +84,7 @@ PartialFile::Result<void> PartialFile::append(std::span<const char> bytes)
 
 PartialFile::Result<void> PartialFile::synchronize()
 {
-    if (fsync(m_descriptor) != 0)
+    if (fsync(m_file.get()) != 0)
         return tl::unexpected(writeError(errno));
     m_synchronizedSize = m_size;
     return {};

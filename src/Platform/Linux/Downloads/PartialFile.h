@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/FileDescriptor.h"
 #include "Platform/PlatformError.h"
 
 #include <QString>
@@ -38,9 +39,9 @@ public:
     [[nodiscard]] Result<void> synchronize();
 
 private:
-    PartialFile(int descriptor, QByteArray path);
+    PartialFile(FileDescriptor file, QByteArray path);
 
-    int m_descriptor;
+    FileDescriptor m_file;
     QByteArray m_path;
     int64_t m_size = 0;
     int64_t m_synchronizedSize = 0;

@@ -1,5 +1,7 @@
 #include "Platform/Linux/Files/JsonUserDefaults.h"
 
+#include "Base/FileDescriptor.h"
+#include "Base/FileLock.h"
 #include "Base/Log.h"
 #include "Platform/Linux/Files/LinuxFileSystem.h"
 
@@ -10,7 +12,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QRegularExpression>
-#include <QScopeGuard>
 #include <QStandardPaths>
 #include <QTemporaryFile>
 #include <algorithm>
@@ -18,7 +19,6 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <tl/expected.hpp>
 #include <unistd.h>
@@ -175,11 +175,8 @@ QStringList filesBeside(const QString &target, const QString &infix,
 /// this moment is locked by it, and stays.
 void removeLeftovers(const QString &target)
 {
-    for (const QString &path : filesBeside(target, temporaryInfix)) {
-        QFile file(path);
-        if (file.open(QIODevice::ReadOnly) && ::flock(file.handle(), LOCK_EX | LOCK_NB) == 0)
-            file.remove();
-    }
+    for (const QString &path : filesBeside(target, temporaryInfix))
+        FileLock::removeUnlocked(QFile::encodeName(path));
 }
 
 /// Writes `content` to a new file beside `target`, for the user's eyes alone, and puts it in its
@@ -193,7 +190,7 @@ std::optional<QString> replaceFile(const QString &target, const QByteArray &cont
     if (!file.open())
         return file.errorString();
     // The lock tells this file from one that a killed process left.
-    ::flock(file.handle(), LOCK_EX | LOCK_NB);
+    FileLock::tryLock(file.handle());
     if (file.write(content) != content.size() || !file.flush())
         return file.errorString();
     if (::fsync(file.handle()) != 0
@@ -202,13 +199,9 @@ std::optional<QString> replaceFile(const QString &target, const QByteArray &cont
     file.setAutoRemove(false);
 
     // The rename itself is on disk when the directory is; some file systems refuse to say so.
-    const int directory
-        = ::open(QFile::encodeName(directoryOf(target)), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const auto closing = qScopeGuard([directory] {
-        if (directory >= 0)
-            ::close(directory);
-    });
-    if (directory >= 0 && ::fsync(directory) != 0 && errno != EINVAL && errno != ENOTSUP)
+    const FileDescriptor directory
+        = FileDescriptor::open(QFile::encodeName(directoryOf(target)), O_RDONLY | O_DIRECTORY);
+    if (directory.isOpen() && ::fsync(directory.get()) != 0 && errno != EINVAL && errno != ENOTSUP)
         return qt_error_string(errno);
     return std::nullopt;
 }

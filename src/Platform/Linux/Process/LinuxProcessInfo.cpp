@@ -1,5 +1,7 @@
 #include "Platform/Linux/Process/LinuxProcessInfo.h"
 
+#include "Base/CustomDelete.h"
+
 #include <QFileInfo>
 #include <algorithm>
 #include <array>
@@ -16,12 +18,8 @@ namespace {
 
 QString demangled(const char *symbol)
 {
-    struct Free
-    {
-        void operator()(char *text) const { std::free(text); }
-    };
     int status = 0;
-    const std::unique_ptr<char, Free> text(
+    const std::unique_ptr<char, CustomDelete<std::free>> text(
         abi::__cxa_demangle(symbol, nullptr, nullptr, &status));
     return QString::fromUtf8(text ? text.get() : symbol);
 }

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Process/SingleInstance.h"
 
+#include "Base/FileLock.h"
 #include "Base/Log.h"
 
 #include <QDeadlineTimer>
@@ -9,9 +10,7 @@
 #include <QStandardPaths>
 #include <chrono>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <thread>
-#include <unistd.h>
 
 namespace Velloro {
 
@@ -49,13 +48,6 @@ SingleInstance::SingleInstance(QObject *parent)
 SingleInstance::~SingleInstance()
 {
     m_server.close();
-    if (m_lockFile >= 0)
-        ::close(m_lockFile);
-}
-
-bool SingleInstance::lock() const
-{
-    return ::flock(m_lockFile, LOCK_EX | LOCK_NB) == 0;
 }
 
 void SingleInstance::stopAnswering()
@@ -66,10 +58,10 @@ void SingleInstance::stopAnswering()
 bool SingleInstance::acquire()
 {
     const QString socketPath = runtimePath(QStringLiteral("velloro.socket"));
-    m_lockFile = ::open(QFile::encodeName(runtimePath(QStringLiteral("velloro.lock"))).constData(),
-                        O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    m_lockFile = FileDescriptor::open(
+        QFile::encodeName(runtimePath(QStringLiteral("velloro.lock"))), O_RDWR | O_CREAT, 0600);
     // Where no lock can be made, a second instance is the lesser evil.
-    if (m_lockFile >= 0 && !lock()) {
+    if (m_lockFile.isOpen() && !FileLock::tryLock(m_lockFile.get())) {
         const QDeadlineTimer deadline(endLimit);
         QLocalSocket socket;
         do {
@@ -83,7 +75,7 @@ bool SingleInstance::acquire()
             }
             if (socket.state() != QLocalSocket::ConnectedState)
                 std::this_thread::sleep_for(retryInterval);
-        } while (!lock());
+        } while (!FileLock::tryLock(m_lockFile.get()));
     }
     // The socket's file outlives a crash; the lock says that nobody listens on it.
     QLocalServer::removeServer(socketPath);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Base/FileDescriptor.h"
+
 #include <QLocalServer>
 #include <QObject>
 
@@ -27,9 +29,7 @@ Q_SIGNALS:
     void activationRequested();
 
 private:
-    [[nodiscard]] bool lock() const;
-
-    int m_lockFile = -1;
+    FileDescriptor m_lockFile;
     QLocalServer m_server;
 };
 

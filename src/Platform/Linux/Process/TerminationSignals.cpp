@@ -47,13 +47,13 @@ void setHandler(void (*handler)(int))
 
 TerminationSignals::TerminationSignals(QObject *parent)
     : QObject(parent)
-    , m_signalDescriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
-    , m_notifier(m_signalDescriptor, QSocketNotifier::Read)
+    , m_signal(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+    , m_notifier(m_signal.get(), QSocketNotifier::Read)
 {
-    eventDescriptor = m_signalDescriptor;
+    eventDescriptor = m_signal.get();
     connect(&m_notifier, &QSocketNotifier::activated, this, [this] {
         eventfd_t count = 0;
-        ::eventfd_read(m_signalDescriptor, &count);
+        ::eventfd_read(m_signal.get(), &count);
         Q_EMIT terminationRequested();
     });
     setHandler(wakeMainThread);
@@ -62,8 +62,6 @@ TerminationSignals::TerminationSignals(QObject *parent)
 TerminationSignals::~TerminationSignals()
 {
     setHandler(SIG_DFL);
-    m_notifier.setEnabled(false);
-    ::close(m_signalDescriptor);
 }
 
 } // namespace Velloro

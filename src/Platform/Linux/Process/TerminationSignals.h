@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Base/FileDescriptor.h"
+
 #include <QObject>
 #include <QSocketNotifier>
 
@@ -19,7 +21,7 @@ Q_SIGNALS:
     void terminationRequested();
 
 private:
-    int m_signalDescriptor;
+    FileDescriptor m_signal;
     QSocketNotifier m_notifier;
 };
 

@@ -33,15 +33,6 @@ PlatformError platformError(const PulseMicrophoneQuery::Answer &answer)
 
 } // namespace
 
-void PulseAudioEngine::StreamDeleter::operator()(pa_stream *stream) const
-{
-    pa_stream_set_state_callback(stream, nullptr, nullptr);
-    pa_stream_set_read_callback(stream, nullptr, nullptr);
-    pa_stream_set_moved_callback(stream, nullptr, nullptr);
-    pa_stream_disconnect(stream);
-    pa_stream_unref(stream);
-}
-
 PulseAudioEngine::PulseAudioEngine(std::shared_ptr<PulseConnection> connection)
     : m_connection(std::move(connection))
 {

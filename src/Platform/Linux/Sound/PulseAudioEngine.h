@@ -30,11 +30,6 @@ public:
     void setInterruptionHandler(InterruptionHandler handler) override;
 
 private:
-    struct StreamDeleter
-    {
-        void operator()(pa_stream *stream) const;
-    };
-
     // With the connection's lock held.
     void streamStateChanged();
     void streamMoved();
@@ -50,7 +45,7 @@ private:
     // What that has left of the connection's patience for the start that follows it.
     std::chrono::milliseconds m_patience = PulseConnection::patience;
     std::optional<BufferAssembler> m_assembler;
-    std::unique_ptr<pa_stream, StreamDeleter> m_stream;
+    PulseConnection::Stream m_stream;
     bool m_isRunning = false;
     uint64_t m_bytesReceived = 0;
     // Counts starts and stops: an interruption that is reported later than the stop is dropped.

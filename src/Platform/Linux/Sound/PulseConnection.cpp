@@ -36,6 +36,21 @@ PulseConnection::Timer::~Timer()
         pa_threaded_mainloop_get_api(m_connection.m_loop)->time_free(m_event);
 }
 
+void PulseConnection::cancel(pa_operation *operation)
+{
+    pa_operation_cancel(operation);
+    pa_operation_unref(operation);
+}
+
+void PulseConnection::disconnect(pa_stream *stream)
+{
+    pa_stream_set_state_callback(stream, nullptr, nullptr);
+    pa_stream_set_read_callback(stream, nullptr, nullptr);
+    pa_stream_set_moved_callback(stream, nullptr, nullptr);
+    pa_stream_disconnect(stream);
+    pa_stream_unref(stream);
+}
+
 PulseConnection::PulseConnection(QByteArray server)
     : m_server(std::move(server))
     , m_loop(pa_threaded_mainloop_new())

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Base/CustomDelete.h"
+
 #include <QByteArray>
 #include <chrono>
 #include <functional>
@@ -47,16 +49,12 @@ public:
         pa_time_event *m_event = nullptr;
     };
 
-    struct OperationDeleter
-    {
-        // Cancelled, it never calls back into what may be gone.
-        void operator()(pa_operation *operation) const
-        {
-            pa_operation_cancel(operation);
-            pa_operation_unref(operation);
-        }
-    };
-    using Operation = std::unique_ptr<pa_operation, OperationDeleter>;
+    /// Cancelled, it never calls back into what may be gone.
+    static void cancel(pa_operation *operation);
+    using Operation = std::unique_ptr<pa_operation, CustomDelete<&PulseConnection::cancel>>;
+    /// Disconnected, it never calls back either.
+    static void disconnect(pa_stream *stream);
+    using Stream = std::unique_ptr<pa_stream, CustomDelete<&PulseConnection::disconnect>>;
 
     /// The longest that a press of the hotkey waits for the server, with all that it asks.
     static constexpr std::chrono::milliseconds patience{500};

@@ -53,13 +53,6 @@ std::vector<float> synthesize(const Tone &tone)
 
 } // namespace
 
-void PulseSystemSounds::StreamDeleter::operator()(pa_stream *stream) const
-{
-    pa_stream_set_state_callback(stream, nullptr, nullptr);
-    pa_stream_disconnect(stream);
-    pa_stream_unref(stream);
-}
-
 PulseSystemSounds::PulseSystemSounds(std::shared_ptr<PulseConnection> connection)
     : m_connection(std::move(connection))
 {

@@ -24,10 +24,6 @@ public:
     void play(const QString &name) override;
 
 private:
-    struct StreamDeleter
-    {
-        void operator()(pa_stream *stream) const;
-    };
     /// One cue and how far it has got in the current connection.
     struct Cue
     {
@@ -37,7 +33,7 @@ private:
         std::vector<float> samples;
         /// The connection in which the server has it, 0 for none.
         unsigned generation = 0;
-        std::unique_ptr<pa_stream, StreamDeleter> upload;
+        PulseConnection::Stream upload;
         /// When it was to be heard; none when nothing waits.
         std::optional<std::chrono::steady_clock::time_point> requested;
         PulseConnection::Operation playing;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Base/CustomDelete.h"
+
 #include <QByteArray>
 #include <QDeadlineTimer>
 #include <QHash>
@@ -63,16 +65,11 @@ Q_SIGNALS:
     void syntheticKeyGone(uint8_t keycode);
 
 private:
-    struct Disconnect
-    {
-        void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
-    };
-
     explicit X11Connection(xcb_connection_t *connection, int screen);
 
     void selectInputEvents(uint16_t device, uint32_t mask);
 
-    std::unique_ptr<xcb_connection_t, Disconnect> m_xcb;
+    std::unique_ptr<xcb_connection_t, CustomDelete<xcb_disconnect>> m_xcb;
     xcb_window_t m_root = XCB_WINDOW_NONE;
     uint8_t m_inputOpcode = 0;
     bool m_hasXTest = false;

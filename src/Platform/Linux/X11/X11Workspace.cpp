@@ -26,7 +26,7 @@ std::optional<RunningApplication> X11Workspace::frontmostApplication()
         process = namedProcess(window);
     if (!process)
         return std::nullopt;
-    return RunningApplication{*process};
+    return RunningApplication{*process, isKnownToPaste(windowClass(window).value_or(WindowClass{}))};
 }
 
 std::optional<uint64_t> X11Workspace::frontmostWindow()
@@ -38,8 +38,11 @@ std::optional<uint64_t> X11Workspace::frontmostWindow()
 std::optional<WindowClass> X11Workspace::activeWindowClass()
 {
     const xcb_window_t window = activeWindow();
-    if (window == XCB_WINDOW_NONE)
-        return std::nullopt;
+    return window == XCB_WINDOW_NONE ? std::nullopt : windowClass(window);
+}
+
+std::optional<WindowClass> X11Workspace::windowClass(xcb_window_t window)
+{
     const QList<QByteArray> names =
         property(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING).split('\0');
     if (names.size() < 2)

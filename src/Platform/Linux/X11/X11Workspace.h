@@ -30,6 +30,7 @@ public:
 
 private:
     [[nodiscard]] xcb_window_t focusedWindow();
+    [[nodiscard]] std::optional<WindowClass> windowClass(xcb_window_t window);
     [[nodiscard]] QByteArray property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     /// The process that the window names.
     [[nodiscard]] std::optional<pid_t> namedProcess(xcb_window_t window);

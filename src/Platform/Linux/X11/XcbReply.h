@@ -1,17 +1,14 @@
 #pragma once
 
+#include "Base/CustomDelete.h"
+
 #include <cstdlib>
 #include <memory>
 
 namespace Velloro {
 
-struct FreeDeleter
-{
-    void operator()(void *pointer) const { std::free(pointer); }
-};
-
 /// A reply, event or error that XCB allocated.
 template <typename T>
-using XcbReply = std::unique_ptr<T, FreeDeleter>;
+using XcbReply = std::unique_ptr<T, CustomDelete<std::free>>;
 
 } // namespace Velloro

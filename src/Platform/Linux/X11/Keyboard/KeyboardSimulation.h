@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Base/CustomDelete.h"
+
 #include <cstdint>
 #include <memory>
 #include <xkbcommon/xkbcommon.h>
@@ -36,15 +38,10 @@ public:
     [[nodiscard]] bool holdsAny() const;
 
 private:
-    struct StateUnref
-    {
-        void operator()(xkb_state *state) const { xkb_state_unref(state); }
-    };
-
     [[nodiscard]] uint8_t serialized(xkb_state_component component) const;
     [[nodiscard]] KeyboardLocks locks() const;
 
-    std::unique_ptr<xkb_state, StateUnref> m_state;
+    std::unique_ptr<xkb_state, CustomDelete<xkb_state_unref>> m_state;
     KeyboardLocks m_initialLocks;
 };
 

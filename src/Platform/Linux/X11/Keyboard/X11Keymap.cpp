@@ -78,8 +78,8 @@ bool X11Keymap::load()
         return false;
 
     xcb_connection_t *xcb = m_connection->xcb();
-    const std::unique_ptr<xkb_context, decltype(&xkb_context_unref)> context(
-        xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES), &xkb_context_unref);
+    const std::unique_ptr<xkb_context, CustomDelete<xkb_context_unref>> context(
+        xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES));
     const int32_t device = m_device == XCB_XKB_ID_USE_CORE_KBD
         ? xkb_x11_get_core_keyboard_device_id(xcb)
         : m_device;

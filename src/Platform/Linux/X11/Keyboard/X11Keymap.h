@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/CustomDelete.h"
 #include "Platform/Linux/X11/Keyboard/KeyboardSimulation.h"
 #include "Platform/Linux/X11/X11Connection.h"
 
@@ -76,11 +77,6 @@ Q_SIGNALS:
     void changed();
 
 private:
-    struct KeymapUnref
-    {
-        void operator()(xkb_keymap *keymap) const { xkb_keymap_unref(keymap); }
-    };
-
     void handleEvent(const xcb_generic_event_t *event);
     /// Reads keymap and modifiers if that has not been done since the last change.
     bool load();
@@ -99,7 +95,7 @@ private:
 
     std::shared_ptr<X11Connection> m_connection;
     uint16_t m_device;
-    std::unique_ptr<xkb_keymap, KeymapUnref> m_keymap;
+    std::unique_ptr<xkb_keymap, CustomDelete<xkb_keymap_unref>> m_keymap;
     /// The X modifiers of each key.
     std::array<uint8_t, 256> m_modifierMap{};
 };
