@@ -18,14 +18,14 @@ using namespace Velloro::FakeWhisper;
 
 struct whisper_context
 {
-    QList<std::optional<QByteArray>> segments;
     bool timingsReset = false;
-    bool busy = false;
 };
 
 struct whisper_state
 {
     whisper_context *context = nullptr;
+    QList<std::optional<QByteArray>> segments;
+    bool busy = false;
 };
 
 namespace {
@@ -71,6 +71,13 @@ struct World
     {
         if (!contexts.contains(context))
             qFatal("whisper.cpp was called with a model that is not live");
+    }
+
+    void require(whisper_state *state)
+    {
+        if (!states.contains(state))
+            qFatal("whisper.cpp was called with a decoding state that is not live");
+        require(state->context);
     }
 };
 
@@ -258,7 +265,8 @@ whisper_full_params whisper_full_default_params(whisper_sampling_strategy strate
     return params;
 }
 
-whisper_context *whisper_init_from_file_with_params(const char *path, whisper_context_params params)
+whisper_context *whisper_init_from_file_with_params_no_state(const char *path,
+                                                             whisper_context_params params)
 {
     std::unique_lock lock(world().mutex);
     const QString name = QFile::decodeName(path);
@@ -287,9 +295,10 @@ void whisper_free_state(whisper_state *state)
     const std::lock_guard lock(world().mutex);
     if (!state)
         return;
-    if (world().states.erase(state) == 0)
-        qFatal("whisper.cpp was told to free a decoding state that is not live");
-    world().require(state->context);
+    world().require(state);
+    if (state->busy)
+        qFatal("whisper.cpp was told to free a decoding state that is transcribing");
+    world().states.erase(state);
     const std::unique_ptr<whisper_state> freed(state);
 }
 
@@ -299,8 +308,9 @@ void whisper_free(whisper_context *context)
     if (!context)
         return;
     world().require(context);
-    if (context->busy)
-        qFatal("whisper.cpp was told to free a model that is transcribing");
+    const auto isOfContext = [context](whisper_state *state) { return state->context == context; };
+    if (std::ranges::any_of(world().states, isOfContext))
+        qFatal("whisper.cpp was told to free a model before its decoding state");
     world().passGate(lock, Point::release);
     world().contexts.erase(context);
     const std::unique_ptr<whisper_context> freed(context);
@@ -319,12 +329,14 @@ void whisper_reset_timings(whisper_context *context)
     context->timingsReset = true;
 }
 
-int whisper_full(whisper_context *context, whisper_full_params params, const float *samples,
-                 int count)
+int whisper_full_with_state(whisper_context *context, whisper_state *state,
+                            whisper_full_params params, const float *samples, int count)
 {
     std::unique_lock lock(world().mutex);
-    world().require(context);
-    if (context->busy)
+    world().require(state);
+    if (state->context != context)
+        qFatal("whisper.cpp was given the decoding state of another model");
+    if (state->busy)
         qFatal("whisper.cpp was asked for two transcriptions at a time");
     const bool quiet = params.offset_ms == 0 && !params.translate && !params.single_segment
         && !params.print_special && !params.print_progress && !params.print_realtime
@@ -347,27 +359,27 @@ int whisper_full(whisper_context *context, whisper_full_params params, const flo
         world().results.pop_front();
     }
 
-    context->busy = true;
+    state->busy = true;
     world().passGate(lock, Point::transcription);
-    context->busy = false;
-    context->segments = std::move(result.segments);
+    state->busy = false;
+    state->segments = std::move(result.segments);
     return result.code;
 }
 
-int whisper_full_n_segments(whisper_context *context)
+int whisper_full_n_segments_from_state(whisper_state *state)
 {
     const std::lock_guard lock(world().mutex);
-    world().require(context);
-    return static_cast<int>(context->segments.size());
+    world().require(state);
+    return static_cast<int>(state->segments.size());
 }
 
-const char *whisper_full_get_segment_text(whisper_context *context, int index)
+const char *whisper_full_get_segment_text_from_state(whisper_state *state, int index)
 {
     const std::lock_guard lock(world().mutex);
-    world().require(context);
-    if (index < 0 || index >= context->segments.size())
+    world().require(state);
+    if (index < 0 || index >= state->segments.size())
         qFatal("whisper.cpp was asked for a segment that it does not have");
-    const std::optional<QByteArray> &text = std::as_const(context->segments).at(index);
+    const std::optional<QByteArray> &text = std::as_const(state->segments).at(index);
     return text ? text->constData() : nullptr;
 }
 

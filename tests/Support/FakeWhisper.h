@@ -10,8 +10,8 @@
 /// A scripted recogniser in the place of whisper.cpp, linked into the unit tests.
 ///
 /// Without a script every file that exists loads as a model, and every transcription hears the one
-/// segment " Hello world.". Any thread. Freeing a handle twice, using a freed one, and two
-/// transcriptions at a time on one model end the test program.
+/// segment " Hello world.". Any thread. Freeing a handle twice, using a freed one, freeing a model
+/// before its decoding state, and two transcriptions at a time on one state end the test program.
 namespace Velloro::FakeWhisper {
 
 /// What one transcription gives.
@@ -19,11 +19,11 @@ struct Result
 {
     /// UTF-8 texts; an absent one is reported as a null text.
     QList<std::optional<QByteArray>> segments = {};
-    /// What `whisper_full` returns: 0 for success.
+    /// What the library returns: 0 for success.
     int code = 0;
 };
 
-/// What one `whisper_full` was called with.
+/// What one transcription was called with.
 struct Call
 {
     std::vector<float> samples;

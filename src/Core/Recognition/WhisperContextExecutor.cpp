@@ -40,7 +40,8 @@ void log(const QString &message)
 void silenceLibrary()
 {
     static std::once_flag once;
-    std::call_once(once, [] { whisper_log_set([](ggml_log_level, const char *, void *) {}, nullptr); });
+    std::call_once(once,
+                   [] { whisper_log_set([](ggml_log_level, const char *, void *) {}, nullptr); });
 }
 
 /// The words between blanks (no-break and other wide or narrow ones included) and tabs.
@@ -146,7 +147,7 @@ WhisperContext::LoadResult WhisperContext::Executor::loadModel(const QString &pa
     try {
         if (!ModelFile::isDamaged(path))
             m_context.reset(
-                whisper_init_from_file_with_params(path.toUtf8().constData(), parameters));
+                whisper_init_from_file_with_params_no_state(path.toUtf8().constData(), parameters));
         SerialExecutor::checkpoint();
         if (m_context)
             m_state.reset(whisper_init_state(m_context.get()));
@@ -221,7 +222,8 @@ WhisperContext::Executor::transcribe(const std::vector<float> &samples)
     }
     // Decoded as a whole: a character may begin in one segment and end in the next.
     const QString text = QString::fromUtf8(segmentTexts().join()).trimmed();
-    log(QStringLiteral("Batch transcription complete: '") + Graphemes::prefix(text, 50) + QStringLiteral("...'"));
+    log(QStringLiteral("Batch transcription complete: '") + Graphemes::prefix(text, 50) +
+        QStringLiteral("...'"));
     return text;
 }
 
@@ -313,15 +315,16 @@ std::optional<TranscriptionSegment> WhisperContext::Executor::processCurrentBuff
     const QString confirmed = m_confirmedWords.join(u' ');
     const QString uncommitted = uncommittedWords.join(u' ');
     if (!confirmed.isEmpty() || !uncommitted.isEmpty()) {
-        log(QStringLiteral("Streaming: confirmed='") + Graphemes::prefix(confirmed, 30) + QStringLiteral("...' uncommitted='")
-            + Graphemes::prefix(uncommitted, 20) + QStringLiteral("...'"));
+        log(QStringLiteral("Streaming: confirmed='") + Graphemes::prefix(confirmed, 30) +
+            QStringLiteral("...' uncommitted='") + Graphemes::prefix(uncommitted, 20) +
+            QStringLiteral("...'"));
     }
-    return TranscriptionSegment{
-        .text = confirmed,
-        .uncommitted = uncommitted,
-        .startTime = m_bufferTimeOffset,
-        .endTime = m_bufferTimeOffset + static_cast<double>(bufferCount()) / sampleRate,
-        .isPartial = !uncommittedWords.isEmpty()};
+    return TranscriptionSegment{.text = confirmed,
+                                .uncommitted = uncommitted,
+                                .startTime = m_bufferTimeOffset,
+                                .endTime = m_bufferTimeOffset +
+                                           static_cast<double>(bufferCount()) / sampleRate,
+                                .isPartial = !uncommittedWords.isEmpty()};
 }
 
 void WhisperContext::Executor::deliver(const TranscriptionSegment &segment,
@@ -376,9 +379,9 @@ int WhisperContext::Executor::recognise(const std::vector<float> &samples, const
     whisper_reset_timings(m_context.get());
     int code = exceptionThrown;
     try {
-        code = whisper_full(m_context.get(), parameters,
-                            lengthened.empty() ? samples.data() : lengthened.data(),
-                            static_cast<int>(samples.size()));
+        code = whisper_full_with_state(m_context.get(), m_state.get(), parameters,
+                                       lengthened.empty() ? samples.data() : lengthened.data(),
+                                       static_cast<int>(samples.size()));
     } catch (const std::exception &) {
         // Mostly for want of memory; a failure like the library's own.
     }
@@ -389,9 +392,9 @@ int WhisperContext::Executor::recognise(const std::vector<float> &samples, const
 QByteArrayList WhisperContext::Executor::segmentTexts() const
 {
     QByteArrayList texts;
-    const int count = whisper_full_n_segments(m_context.get());
+    const int count = whisper_full_n_segments_from_state(m_state.get());
     for (int index = 0; index < count; ++index) {
-        if (const char *text = whisper_full_get_segment_text(m_context.get(), index))
+        if (const char *text = whisper_full_get_segment_text_from_state(m_state.get(), index))
             texts += text;
     }
     return texts;
