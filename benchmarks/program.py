@@ -7,7 +7,7 @@ import sys
 import threading
 import time
 
-from velloro_tools.desktop import DesktopError, PrivateDesktop, User, Velloro
+from velloro_tools.desktop import PrivateDesktop, User, Velloro
 from velloro_tools.places import RECORDING
 
 HERE = pathlib.Path(__file__).resolve().parent

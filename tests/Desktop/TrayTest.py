@@ -4,7 +4,7 @@ and what there is without any tray."""
 import signal
 import time
 
-from desktop_case import RECORDING, DesktopCase, main
+from desktop_case import DesktopCase, main
 from velloro_tools.desktop import wait_for
 
 SCREEN = (0, 0, 1280, 800)

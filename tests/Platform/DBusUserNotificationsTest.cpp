@@ -41,7 +41,7 @@ TEST(DBusUserNotificationsTest, AsksTheDesktopForASilentNotification)
         GTEST_SKIP() << "another notification service runs on this session bus";
 
     DBusUserNotifications notifications;
-    notifications.deliver(u"Velloro"_qs, u"Click – on a field."_qs);
+    notifications.deliver(u"Velloro"_qs, u"Click – on a field."_qs, {});
     ASSERT_TRUE(waitUntil([&] { return !service.messages.isEmpty(); }));
     ASSERT_EQ(service.messages.size(), 1);
     const QDBusMessage message = service.messages.first();

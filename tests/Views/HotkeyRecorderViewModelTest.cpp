@@ -59,7 +59,8 @@ TEST_F(HotkeyRecorderViewModelTest, TakesTheNextKeyWithTheHeldModifiers)
         ASSERT_TRUE(hasStopped());
         EXPECT_FALSE(hotkeyManager->isPaused());
         EXPECT_EQ(keyboard.monitorCount(), 0);
-        EXPECT_EQ(memory.hotkeyRegistration->registered.begin()->second.keyCode, c.keyCode);
+        EXPECT_EQ(memory.hotkeyRegistration->registered.begin()->second.combination.keyCode,
+                  c.keyCode);
     }
     EXPECT_FALSE(changes.isEmpty());
 }
