@@ -19,6 +19,7 @@ import tempfile
 import program
 import recognition
 from velloro_tools import models
+from velloro_tools.desktop import DesktopError
 from velloro_tools.models import CACHE
 from velloro_tools.places import ROOT
 
@@ -216,7 +217,7 @@ def main():
     peaks = recognise(found, arguments.repetitions)
     try:
         watch_program(found, peaks, arguments)
-    except program.DesktopError as error:
+    except DesktopError as error:
         print(f"Nothing can be measured on a private desktop: {error}", file=sys.stderr)
     print_table(started)
 
