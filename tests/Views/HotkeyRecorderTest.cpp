@@ -179,7 +179,7 @@ TEST_P(HotkeyRecorderTest, EndsWhenItIsHiddenOrLeft)
 }
 
 INSTANTIATE_TEST_SUITE_P(Both, HotkeyRecorderTest,
-                         ::testing::Values("HotkeyRecorder.qml", "OnboardingHotkeyRecorder.qml"),
+                         ::testing::Values("Settings/General/HotkeyRecorder.qml", "Onboarding/OnboardingHotkeyRecorder.qml"),
                          [](const auto &info) {
                              return std::string(info.param).substr(0, info.param[0] == 'H' ? 6 : 10);
                          });
