@@ -360,7 +360,7 @@ TEST_F(AtSpiTest, ABusThatHangsIsUsedWhenItAnswersAgain)
     const auto goOn = qScopeGuard([&] { kill(static_cast<pid_t>(daemon), SIGCONT); });
     QElapsedTimer timer;
     timer.start();
-    platform.accessibility = std::make_unique<AtSpiAccessibility>();
+    platform.accessibility = std::make_unique<AtSpiAccessibility>(std::make_shared<PasteCoordinator>());
     EXPECT_FALSE(platform.accessibility->isProcessTrusted());
     EXPECT_TRUE(insert(u"x"_qs));
     EXPECT_TRUE(pasted());

@@ -23,6 +23,34 @@ const std::string controlShiftV = "+Control_L, +Shift_L with Control, +v with Sh
                                   "-v, -Shift_L, -Control_L";
 const std::string shiftInsert = "+Shift_L, +Insert with Shift, -Insert, -Shift_L";
 
+/// The other parts of a paste.
+class OtherParts final : public PasteCoordinator::Lender, public PasteCoordinator::Reader
+{
+public:
+    explicit OtherParts(const std::unique_ptr<KeyWindow> &window)
+        : m_window(window)
+    {
+    }
+
+    bool isTerminal = false;
+    bool mayPaste = true;
+    int primaryPastes = 0;
+    /// What had arrived whenever a paste before was to be waited for.
+    std::vector<std::string> arrived;
+
+    bool isTerminalFocused() override { return isTerminal; }
+    void lendToPrimarySelection() override { ++primaryPastes; }
+    bool beginPaste(const PasteTarget &) override { return mayPaste; }
+    bool awaitPaste() override
+    {
+        arrived.push_back(m_window->take());
+        return true;
+    }
+
+private:
+    const std::unique_ptr<KeyWindow> &m_window;
+};
+
 class X11KeyboardEventsTest : public X11KeyTestBase
 {
 protected:
@@ -33,13 +61,9 @@ protected:
             return;
         window = std::make_unique<KeyWindow>();
         ASSERT_TRUE(window->isReady);
-        strokes = std::make_unique<X11KeyboardEvents>(
-            connection, X11KeyboardEvents::Hooks{
-                            .focusedElementIsTerminal = [this] { return isTerminal; },
-                            .willPastePrimarySelection = [this] { ++primaryPastes; },
-                            .willPaste = [this](auto, auto) { return mayPaste; },
-                            .awaitPaste = [this] { arrived.push_back(window->take()); },
-                        });
+        pasting->join(static_cast<PasteCoordinator::Lender &>(others));
+        pasting->join(static_cast<PasteCoordinator::Reader &>(others));
+        strokes = std::make_unique<X11KeyboardEvents>(connection, pasting);
     }
 
     void stroke(uint32_t keyCode, uint64_t flags)
@@ -66,24 +90,21 @@ protected:
     }
 
     std::unique_ptr<KeyWindow> window;
+    OtherParts others{window};
+    std::shared_ptr<PasteCoordinator> pasting = std::make_shared<PasteCoordinator>();
     std::unique_ptr<X11KeyboardEvents> strokes;
-    bool isTerminal = false;
-    bool mayPaste = true;
-    int primaryPastes = 0;
-    /// What had arrived whenever a paste before was to be waited for.
-    std::vector<std::string> arrived;
 };
 
 TEST_F(X11KeyboardEventsTest, eachStrokeWaitsForThePasteBefore)
 {
     stroke(keyDelete, 0);
     stroke(keyV, KeyboardEvents::commandFlag);
-    EXPECT_THAT(arrived, testing::ElementsAre("", "+BackSpace, -BackSpace"));
+    EXPECT_THAT(others.arrived, testing::ElementsAre("", "+BackSpace, -BackSpace"));
 }
 
 TEST_F(X11KeyboardEventsTest, pastesNothingThatIsNotToBePasted)
 {
-    mayPaste = false;
+    others.mayPaste = false;
     keyboard.press({Key::leftShift});
     EXPECT_EQ(window->take(), "+Shift_L");
     EXPECT_FALSE(strokes->post(keyV, true, KeyboardEvents::commandFlag));
@@ -101,7 +122,8 @@ TEST_F(X11KeyboardEventsTest, sendsKeysWithExactlyTheGivenModifiers)
     EXPECT_EQ(window->take(), "+Alt_L, +Shift_L with Alt, +a with Shift+Alt, -a, -Shift_L, -Alt_L");
     EXPECT_FALSE(strokes->post(keyDelete, false, 0));
     EXPECT_FALSE(strokes->post(127, true, 0));
-    EXPECT_FALSE(X11KeyboardEvents(nullptr).post(keyDelete, true, 0));
+    EXPECT_FALSE(
+        X11KeyboardEvents(nullptr, std::make_shared<PasteCoordinator>()).post(keyDelete, true, 0));
     EXPECT_EQ(window->take(), "");
 
     // One that was left pressed does not outlive its sender.
@@ -142,12 +164,14 @@ TEST_F(X11KeyboardEventsTest, arrivesPlainWhileTheHotkeyIsHeld)
 
 TEST_F(X11KeyboardEventsTest, liftingIsNoTapOnAModifier)
 {
-    const std::pair<uint8_t, std::string> cases[] = {
-        {Key::leftAlt, "+Control_L with Alt, -Control_L, -Alt_L, +BackSpace, -BackSpace, +Alt_L, "
-                       "+Control_L with Alt, -Control_L"},
-        // Control and Shift together switch input methods.
-        {Key::leftShift, "+none with Shift, -none, -Shift_L, +BackSpace, -BackSpace, +Shift_L, "
-                         "+none with Shift, -none"}};
+    const std::pair<uint8_t, std::string> cases[]
+        = {{Key::leftAlt,
+            "+Control_L with Alt, -Control_L, -Alt_L, +BackSpace, -BackSpace, +Alt_L, "
+            "+Control_L with Alt, -Control_L"},
+           // Control and Shift together switch input methods.
+           {Key::leftShift,
+            "+none with Shift, -none, -Shift_L, +BackSpace, -BackSpace, +Shift_L, "
+            "+none with Shift, -none"}};
     for (const auto &[modifier, expected] : cases) {
         keyboard.press({modifier});
         window->take();
@@ -176,7 +200,8 @@ TEST_F(X11KeyboardEventsTest, ownKeysAreNoHotkey)
         if (i == 2) {
             // While that one is held, too.
             stroke(keyDelete, 0);
-            EXPECT_EQ(window->take(), "+none with Control, -none, -Control_L, +BackSpace, -BackSpace");
+            EXPECT_EQ(window->take(),
+                      "+none with Control, -none, -Control_L, +BackSpace, -BackSpace");
         }
         onScreen.release({v, Key::leftControl});
         ASSERT_TRUE(waitUntil([&] { return releases == i; }));
@@ -248,7 +273,8 @@ TEST_F(X11KeyboardEventsTest, takesMetaForAltAndHyperForSuper)
     setKeySymbols("key <LALT> {[Meta_L]}; key <RALT> {[Meta_R]}; key <ALT> {[F13, F13]};"
                   "key <LWIN> {[Hyper_L]}; key <RWIN> {[Hyper_R]}; key <SUPR> {[F13, F13]};");
     stroke(0, EventFlag::option | EventFlag::command);
-    EXPECT_EQ(window->take(), "+Hyper_L, +Meta_L with Super, +a with Alt+Super, -a, -Meta_L, -Hyper_L");
+    EXPECT_EQ(window->take(),
+              "+Hyper_L, +Meta_L with Super, +a with Alt+Super, -a, -Meta_L, -Hyper_L");
     setKeySymbols("key <LWIN> {[F13]}; key <RWIN> {[F13]}; key <SUPR> {[F13, F13]};"
                   "key <HYPR> {[F13, F13]};");
     EXPECT_FALSE(strokes->post(0, true, EventFlag::command));
@@ -271,17 +297,19 @@ TEST_F(X11KeyboardEventsTest, pastesAsTheApplicationWantsIt)
     for (const auto &c : cases) {
         SCOPED_TRACE((c.instance + ' ' + c.name).toStdString());
         window->setClass(c.instance + '\0' + c.name + '\0');
-        isTerminal = c.isTerminal;
-        primaryPastes = 0;
+        others.isTerminal = c.isTerminal;
+        others.primaryPastes = 0;
         EXPECT_EQ(pasted(), c.expected);
-        EXPECT_EQ(primaryPastes, c.expected == shiftInsert ? 1 : 0);
+        EXPECT_EQ(others.primaryPastes, c.expected == shiftInsert ? 1 : 0);
     }
 }
 
 TEST_F(X11KeyboardEventsTest, pastesOnEveryLayout)
 {
-    for (const auto &layout :
-         {QStringList{u"us"_qs, u"-variant"_qs, u"dvorak"_qs}, {u"fr"_qs}, {u"us,ru"_qs}, {u"ru,us"_qs}}) {
+    for (const auto &layout : {QStringList{u"us"_qs, u"-variant"_qs, u"dvorak"_qs},
+                               {u"fr"_qs},
+                               {u"us,ru"_qs},
+                               {u"ru,us"_qs}}) {
         setKeyboardLayout(layout);
         if (layout.first() == u"ru,us") {
             // The window names the first layout's letter at the position.
@@ -293,11 +321,11 @@ TEST_F(X11KeyboardEventsTest, pastesOnEveryLayout)
     // No letter v anywhere.
     setKeyboardLayout({u"ru"_qs});
     EXPECT_EQ(pasted(), shiftInsert);
-    EXPECT_EQ(primaryPastes, 1);
+    EXPECT_EQ(others.primaryPastes, 1);
 
     // Of two layouts the one in force decides: on this one the position of v has another letter.
-    setKeyboardLayout({u"us,us"_qs, u"-variant"_qs, u",dvorak"_qs, u"-option"_qs,
-                       u"grp:menu_toggle"_qs});
+    setKeyboardLayout(
+        {u"us,us"_qs, u"-variant"_qs, u",dvorak"_qs, u"-option"_qs, u"grp:menu_toggle"_qs});
     EXPECT_EQ(pasted(), controlV);
     keyboard.tap(Key::menu);
     window->take();
@@ -369,8 +397,8 @@ TEST_F(X11KeyboardEventsTest, pressesNoKeyThatWorksBeyondItsRelease)
 
 TEST_F(X11KeyboardEventsTest, sendsKeysOfTheDeviceThatTheyAreSentFrom)
 {
-    keyboard.setLayout({u"us"_qs, u"-variant"_qs, u"dvorak"_qs, u"-option"_qs,
-                        u"caps:ctrl_modifier"_qs});
+    keyboard.setLayout(
+        {u"us"_qs, u"-variant"_qs, u"dvorak"_qs, u"-option"_qs, u"caps:ctrl_modifier"_qs});
     window->take();
     EXPECT_EQ(pasted(), controlV);
 

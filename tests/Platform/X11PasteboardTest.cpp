@@ -27,8 +27,9 @@ class Owner : public QProcess
 public:
     Owner(const QByteArray &content, const QString &selection, const QString &program = u"xclip"_qs)
     {
-        start(program, {u"-quiet"_qs, u"-in"_qs, u"-selection"_qs, selection, u"-target"_qs,
-                            u"UTF8_STRING"_qs});
+        start(program,
+              {u"-quiet"_qs, u"-in"_qs, u"-selection"_qs, selection, u"-target"_qs,
+               u"UTF8_STRING"_qs});
         write(content);
         closeWriteChannel();
     }
@@ -67,7 +68,7 @@ protected:
             GTEST_SKIP() << "there is no X server";
         if (QProcess::execute(u"xclip"_qs, {u"-version"_qs}) != 0)
             GTEST_SKIP() << "xclip is not installed";
-        pasteboard = std::make_unique<X11Pasteboard>();
+        pasteboard = std::make_unique<X11Pasteboard>(std::make_shared<PasteCoordinator>());
         program = std::make_unique<OtherProgram>();
     }
     static bool clipboardBecomes(const QByteArray &text)
@@ -115,10 +116,11 @@ TEST_F(X11PasteboardTest, givesBackEveryFormThatTheUserHadCopied)
     copied.forms.push_back(program->form("NUMBERS", "INTEGER", 32, QByteArray(300'000, 'n')));
     SelectionContent offered = copied;
     // What can't be handed on: an action, and what ends with its owner.
-    offered.forms.insert(offered.forms.begin() + 1,
-                         {program->form("DELETE", "NULL", 8, {}),
-                          program->form("PIXMAP", "PIXMAP", 32, QByteArray(4, 'x')),
-                          program->form("too large", "data", 8, QByteArray(65 * 1024 * 1024, 'x'))});
+    offered.forms.insert(
+        offered.forms.begin() + 1,
+        {program->form("DELETE", "NULL", 8, {}),
+         program->form("PIXMAP", "PIXMAP", 32, QByteArray(4, 'x')),
+         program->form("too large", "data", 8, QByteArray(65 * 1024 * 1024, 'x'))});
     program->own(offered);
 
     pasteboard->follow();
@@ -215,7 +217,7 @@ TEST_F(X11PasteboardTest, theTextStaysWhereNothingWas)
     pasteboard->giveBack();
     EXPECT_FALSE(pasteboard->awaitPaste());
     EXPECT_EQ(paste(clipboard), "dictated");
-    X11Pasteboard withoutServer(":99999");
+    X11Pasteboard withoutServer(std::make_shared<PasteCoordinator>(), ":99999");
     withoutServer.borrow(u"dictated"_qs);
     EXPECT_FALSE(withoutServer.awaitPaste());
 }
@@ -311,7 +313,7 @@ TEST_F(X11PasteboardTest, aPasteGetsItsOwnTextHoweverLateItIs)
 {
     program->own(program->text(u"copied"_qs));
     pasteboard->borrow(u"first"_qs);
-    EXPECT_TRUE(pasteboard->beginPaste(program->window()));
+    EXPECT_TRUE(pasteboard->beginPaste({program->window()}));
     pasteboard->borrow(u"second"_qs);
     EXPECT_EQ(paste(clipboard), "second");
     EXPECT_EQ(program->readText(), "first");
@@ -321,7 +323,7 @@ TEST_F(X11PasteboardTest, aPasteGetsItsOwnTextHoweverLateItIs)
     // The giving back waits for the paste, and not without end.
     for (const bool isRead : {true, false}) {
         pasteboard->borrow(u"dictated"_qs);
-        EXPECT_TRUE(pasteboard->beginPaste(program->window()));
+        EXPECT_TRUE(pasteboard->beginPaste({program->window()}));
         pasteboard->giveBack();
         EXPECT_EQ(paste(clipboard), "dictated");
         if (isRead) {
@@ -339,7 +341,7 @@ TEST_F(X11PasteboardTest, aPasteGetsTheDictatedTextAlthoughAnotherTookTheClipboa
         pasteboard->borrow(u"dictated"_qs);
         pasteboard->lendToPrimarySelection();
         thief->own(thief->text(u"copied meanwhile"_qs));
-        EXPECT_TRUE(pasteboard->beginPaste(program->window()));
+        EXPECT_TRUE(pasteboard->beginPaste({program->window()}));
         EXPECT_FALSE(pasteboard->wasPasteRefused());
         EXPECT_EQ(program->readText(), "dictated");
         EXPECT_TRUE(pasteboard->awaitPaste());
@@ -357,7 +359,7 @@ TEST_F(X11PasteboardTest, pastesNoOtherText)
 {
     pasteboard->borrow(u"dictated"_qs);
     program->insistOn(program->text(u"of another program"_qs));
-    EXPECT_TRUE(waitUntil([&] { return !pasteboard->beginPaste(program->window()); }));
+    EXPECT_TRUE(waitUntil([&] { return !pasteboard->beginPaste({program->window()}); }));
     EXPECT_TRUE(pasteboard->wasPasteRefused());
     pasteboard->giveBack();
     EXPECT_EQ(paste(clipboard), "of another program");
@@ -370,7 +372,7 @@ TEST_F(X11PasteboardTest, pastesNoOtherText)
     manager.own(manager.text(u"dictated, too"_qs));
     EXPECT_EQ(manager.readText(), "dictated, too"); // and has met its own change
     const int changes = manager.changes();
-    EXPECT_TRUE(pasteboard->beginPaste(manager.window()));
+    EXPECT_TRUE(pasteboard->beginPaste({manager.window()}));
     EXPECT_EQ(manager.readText(), "dictated, too");
     EXPECT_EQ(manager.changes(), changes) << "nobody is fought";
     EXPECT_FALSE(pasteboard->awaitPaste()) << "the manager does not tell who has fetched it";
@@ -381,7 +383,7 @@ TEST_F(X11PasteboardTest, waitsForThePasteAndNotWithoutEnd)
     pasteboard->borrow(u"words"_qs);
     const auto beginPaste = [&] {
         EXPECT_EQ(program->readText(), "words"); // and is done with the one before
-        EXPECT_TRUE(pasteboard->beginPaste(program->window()));
+        EXPECT_TRUE(pasteboard->beginPaste({program->window()}));
     };
     QElapsedTimer timer;
     timer.start();
@@ -430,8 +432,8 @@ TEST_F(X11PasteboardTest, anotherProcessPastesInWineOnly)
         QString application;
         QString reader;
         bool arrives;
-    } cases[] = {
-        {wine, wine64, true}, {wine, other, false}, {other, wine, false}, {other, other, false}};
+    } cases[]
+        = {{wine, wine64, true}, {wine, other, false}, {other, wine, false}, {other, other, false}};
     for (const auto &[application, reader, arrives] : cases) {
         SCOPED_TRACE((application + u" and "_qs + reader).toStdString());
         const Owner window("selected", primary, application);
@@ -441,7 +443,7 @@ TEST_F(X11PasteboardTest, anotherProcessPastesInWineOnly)
             nullptr));
         const auto hasArrived = [&] {
             pasteboard->borrow(u"dictated"_qs);
-            EXPECT_TRUE(pasteboard->beginPaste(owner->owner));
+            EXPECT_TRUE(pasteboard->beginPaste({owner->owner}));
             EXPECT_EQ(paste(clipboard, u"UTF8_STRING"_qs, reader), "dictated");
             return pasteboard->awaitPaste();
         };
@@ -463,7 +465,8 @@ public:
                           XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
         xcb_set_selection_owner(xcb, m_window, m_connection->atom("CLIPBOARD_MANAGER"),
                                 XCB_CURRENT_TIME);
-        for (const char *name : {"CLIPBOARD", "MULTIPLE", "UTF8_STRING", "ATOM_PAIR", "PAIRS", "SAVED"})
+        for (const char *name :
+             {"CLIPBOARD", "MULTIPLE", "UTF8_STRING", "ATOM_PAIR", "PAIRS", "SAVED"})
             (void)m_connection->atom(name);
         if (answers)
             m_thread = std::thread([this] { serve(); });
@@ -510,15 +513,16 @@ private:
         // The second pair names no form of text and must be marked so.
         if (static_cast<xcb_atom_t *>(xcb_get_property_value(marks.get()))[3] == XCB_ATOM_NONE) {
             m_saved = QByteArray(static_cast<char *>(xcb_get_property_value(text.get())),
-                               xcb_get_property_value_length(text.get()));
+                                 xcb_get_property_value_length(text.get()));
         }
 
         union {
             xcb_selection_notify_event_t event;
             char bytes[32];
         } answer{};
-        answer.event = {XCB_SELECTION_NOTIFY, 0,                request.sequence,
-                        request.time,         request.requestor, request.selection,
+        answer.event = {XCB_SELECTION_NOTIFY, 0,
+                        request.sequence,     request.time,
+                        request.requestor,    request.selection,
                         request.target,       request.property};
         xcb_send_event(xcb, 0, request.requestor, 0, answer.bytes);
         xcb_flush(xcb);
@@ -534,7 +538,7 @@ TEST_F(X11PasteboardTest, leavesItsContentToTheClipboardManager)
 {
     // Of a program that sends it in many pieces when it is no longer busy, too.
     for (const bool isBusy : {false, true}) {
-        pasteboard = std::make_unique<X11Pasteboard>();
+        pasteboard = std::make_unique<X11Pasteboard>(std::make_shared<PasteCoordinator>());
         SelectionContent copied = program->text(u"to keep"_qs);
         copied.forms.push_back(
             program->form("image/png", "image/png", 8, QByteArray(16 * 1024 * 1024, 'x')));
@@ -550,13 +554,13 @@ TEST_F(X11PasteboardTest, leavesItsContentToTheClipboardManager)
     }
 
     ClipboardManager silent(false);
-    pasteboard = std::make_unique<X11Pasteboard>();
+    pasteboard = std::make_unique<X11Pasteboard>(std::make_shared<PasteCoordinator>());
     pasteboard->setString(u"to lose"_qs);
     QElapsedTimer elapsed;
     elapsed.start();
     pasteboard.reset();
     // The end waits for no program for long.
-    pasteboard = std::make_unique<X11Pasteboard>();
+    pasteboard = std::make_unique<X11Pasteboard>(std::make_shared<PasteCoordinator>());
     program->own(program->text(u"to lose"_qs));
     program->hang();
     pasteboard->borrow(u"dictated"_qs);

@@ -21,14 +21,19 @@ AccessibilityElementRef makeElement(const AtSpiReference &object)
 
 } // namespace
 
-AtSpiAccessibility::AtSpiAccessibility()
-    : m_bus(m_launcher)
+AtSpiAccessibility::AtSpiAccessibility(std::shared_ptr<PasteCoordinator> pasting)
+    : m_pasting(std::move(pasting))
+    , m_bus(m_launcher)
     , m_applications(m_bus)
     , m_focus(m_bus, m_applications)
 {
+    m_pasting->join(*this);
 }
 
-AtSpiAccessibility::~AtSpiAccessibility() = default;
+AtSpiAccessibility::~AtSpiAccessibility()
+{
+    m_pasting->leave(*this);
+}
 
 bool AtSpiAccessibility::isProcessTrusted()
 {
@@ -43,7 +48,7 @@ void AtSpiAccessibility::requestTrust()
 
 Accessibility::Result<AccessibilityElementRef> AtSpiAccessibility::focusedElement()
 {
-    if (m_beforeAccess && !m_beforeAccess())
+    if (!m_pasting->awaitStrokes())
         return tl::unexpected(AccessibilityError::cannotComplete);
     return m_focus.focused().map(makeElement);
 }

@@ -6,8 +6,9 @@
 #include "Platform/Linux/Accessibility/AtSpiFocusTracker.h"
 #include "Platform/Linux/Accessibility/AtSpiLauncher.h"
 #include "Platform/Linux/Accessibility/AtSpiText.h"
+#include "Platform/Linux/PasteCoordinator.h"
 
-#include <functional>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -18,11 +19,12 @@ namespace Velloro {
 ///
 /// An object of this process is neither read nor written: it could not answer while this process
 /// asks.
-class AtSpiAccessibility final : public Accessibility
+class AtSpiAccessibility final : public Accessibility, public PasteCoordinator::Reader
 {
 public:
-    /// Starts to connect; does not wait.
-    AtSpiAccessibility();
+    /// Starts to connect; does not wait. The desktop's focused element is unavailable while strokes
+    /// that were sent to it are still to come: what is written then would come before them.
+    explicit AtSpiAccessibility(std::shared_ptr<PasteCoordinator> pasting);
     ~AtSpiAccessibility() override;
 
     [[nodiscard]] bool isProcessTrusted() override;
@@ -40,13 +42,7 @@ public:
                                       const QString &text) override;
     [[nodiscard]] bool showsLastText() override;
 
-    /// Called, if set, whenever the desktop's focused element is asked for: whatever was sent to
-    /// it by other ways must have arrived before it is read. Where that returns false, it has not,
-    /// and the element is unavailable: what is written now would come before it.
-    void setBeforeAccess(std::function<bool()> hook) { m_beforeAccess = std::move(hook); }
-
-    /// Whether the focused element is a terminal; false where that can't be known.
-    [[nodiscard]] bool isTerminalFocused();
+    [[nodiscard]] bool isTerminalFocused() override;
 
 private:
     struct Written
@@ -62,7 +58,7 @@ private:
     Result<void> write(const AccessibilityElementRef &element,
                        Result<void> (AtSpiText::*edit)(const Value &), const Value &value);
 
-    std::function<bool()> m_beforeAccess;
+    std::shared_ptr<PasteCoordinator> m_pasting;
     AtSpiLauncher m_launcher;
     AtSpiBus m_bus;
     AtSpiApplications m_applications;

@@ -4,8 +4,11 @@
 
 namespace Velloro {
 
-X11Pasteboard::X11Pasteboard(const QByteArray &displayName)
+X11Pasteboard::X11Pasteboard(std::shared_ptr<PasteCoordinator> pasting,
+                             const QByteArray &displayName)
+    : m_pasting(std::move(pasting))
 {
+    m_pasting->join(*this);
     m_thread.setObjectName(QStringLiteral("Pasteboard"));
     m_receiver.moveToThread(&m_thread);
     m_thread.start();
@@ -20,6 +23,7 @@ X11Pasteboard::X11Pasteboard(const QByteArray &displayName)
 
 X11Pasteboard::~X11Pasteboard()
 {
+    m_pasting->leave(*this);
     QMetaObject::invokeMethod(
         &m_receiver, [this] { m_selections.reset(); }, Qt::BlockingQueuedConnection);
     m_thread.quit();
@@ -81,11 +85,12 @@ void X11Pasteboard::lendToPrimarySelection()
     withSelections([](X11Selections &selections) { selections.lendToPrimarySelection(); });
 }
 
-bool X11Pasteboard::beginPaste(uint32_t window, bool isOwn)
+bool X11Pasteboard::beginPaste(const PasteTarget &target)
 {
     bool mayPaste = true;
-    withSelections(
-        [&](X11Selections &selections) { mayPaste = selections.beginPaste(window, isOwn); });
+    withSelections([&](X11Selections &selections) {
+        mayPaste = selections.beginPaste(xcb_window_t(target.window), target.isOwn);
+    });
     m_wasPasteRefused = !mayPaste;
     return mayPaste;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Linux/PasteCoordinator.h"
 #include "Platform/Pasteboard.h"
 
 #include <QByteArray>
@@ -17,12 +18,13 @@ class X11Selections;
 /// Its content is served from a thread of its own, so that an application can paste while the main
 /// thread is busy, and so that this program's own toolkit can: it waits for the content on the main
 /// thread. What the toolkit itself has copied is read as from any other program.
-class X11Pasteboard final : public Pasteboard
+class X11Pasteboard final : public Pasteboard, public PasteCoordinator::Lender
 {
 public:
     /// Connects to the display, the one of the environment when `displayName` is empty. Without an
     /// X server the pasteboard is always empty.
-    explicit X11Pasteboard(const QByteArray &displayName = {});
+    explicit X11Pasteboard(std::shared_ptr<PasteCoordinator> pasting,
+                           const QByteArray &displayName = {});
     /// Hands the content to the clipboard manager if one runs, so that it outlives the program.
     ~X11Pasteboard() override;
 
@@ -37,15 +39,13 @@ public:
     void giveBack() override;
     [[nodiscard]] bool awaitPaste() override;
 
-    /// Makes the primary selection hold what the pasteboard holds, until `giveBack`.
-    void lendToPrimarySelection();
-    /// The application of this window is about to paste the borrowed text; it is given that even if
-    /// the pasteboard holds something else when it asks. A window of this program's own is not waited
-    /// for: it can't ask meanwhile.
+    void lendToPrimarySelection() override;
+    /// The application of the target is given the text even if the pasteboard holds something else
+    /// when it asks.
     ///
-    /// Where another program has taken the pasteboard from the text, the text is put back. False when
-    /// it is taken again at once: no stroke may be sent then.
-    [[nodiscard]] bool beginPaste(uint32_t window, bool isOwn = false);
+    /// Where another program has taken the pasteboard from the text, the text is put back. False
+    /// when it is taken again at once.
+    [[nodiscard]] bool beginPaste(const PasteTarget &target) override;
 
 private:
     /// Runs `work` on the selections' thread and waits for it; nothing without an X server.
@@ -55,6 +55,7 @@ private:
     template <typename Work>
     void withSelectionsLater(Work work);
 
+    std::shared_ptr<PasteCoordinator> m_pasting;
     QThread m_thread;
     /// Lives on `m_thread` and receives what is to run there.
     QObject m_receiver;

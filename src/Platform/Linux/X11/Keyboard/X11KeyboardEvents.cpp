@@ -23,10 +23,12 @@ constexpr std::chrono::milliseconds receiptPatience{500};
 
 } // namespace
 
-X11KeyboardEvents::X11KeyboardEvents(std::shared_ptr<X11Connection> connection, Hooks hooks)
+X11KeyboardEvents::X11KeyboardEvents(std::shared_ptr<X11Connection> connection,
+                                     std::shared_ptr<PasteCoordinator> pasting)
     : m_connection(std::move(connection))
-    , m_hooks(std::move(hooks))
+    , m_pasting(std::move(pasting))
 {
+    m_pasting->join(*this);
     if (!m_connection)
         return;
     m_keyboards = std::make_unique<X11Keyboards>(m_connection);
@@ -41,6 +43,7 @@ X11KeyboardEvents::X11KeyboardEvents(std::shared_ptr<X11Connection> connection, 
 
 X11KeyboardEvents::~X11KeyboardEvents()
 {
+    m_pasting->leave(*this);
     if (!m_connection || !m_connection->isAlive())
         return;
     release();
@@ -67,8 +70,7 @@ void X11KeyboardEvents::pause(std::chrono::microseconds duration)
 bool X11KeyboardEvents::press(uint32_t keyCode, uint64_t flags)
 {
     release();
-    if (m_hooks.awaitPaste)
-        m_hooks.awaitPaste();
+    m_pasting->awaitPaste();
     // A new layout may be known to the connection already.
     m_connection->dispatchPending();
     m_pressed = chord(keyCode, flags);
@@ -156,11 +158,11 @@ std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::chord(uint32_t keyCod
         return std::nullopt;
 
     std::vector<uint16_t> masks;
-    constexpr std::pair<uint64_t, uint32_t> modifiers[] = {
-        {EventFlag::command, ClassicMask::command},
-        {EventFlag::control, ClassicMask::control},
-        {EventFlag::option, ClassicMask::option},
-        {EventFlag::shift, ClassicMask::shift}};
+    constexpr std::pair<uint64_t, uint32_t> modifiers[]
+        = {{EventFlag::command, ClassicMask::command},
+           {EventFlag::control, ClassicMask::control},
+           {EventFlag::option, ClassicMask::option},
+           {EventFlag::shift, ClassicMask::shift}};
     for (const auto &[flag, classic] : modifiers) {
         if (!(flags & flag))
             continue;
@@ -191,10 +193,8 @@ X11KeyboardEvents::chord(std::span<const uint16_t> modifiers, uint8_t key)
 
 std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::pasteChord()
 {
-    const bool isTerminal =
-        m_hooks.focusedElementIsTerminal && m_hooks.focusedElementIsTerminal();
-    PasteStroke stroke =
-        pasteStroke(m_workspace->activeWindowClass().value_or(WindowClass{}), isTerminal);
+    PasteStroke stroke = pasteStroke(m_workspace->activeWindowClass().value_or(WindowClass{}),
+                                     m_pasting->isTerminalFocused());
     auto result = chord(stroke);
     if (!result) {
         // Shift+Insert needs no letter, and both selections hold the text then.
@@ -203,12 +203,10 @@ std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::pasteChord()
     }
     if (!result)
         return std::nullopt;
-    if (stroke == PasteStroke::shiftInsert && m_hooks.willPastePrimarySelection)
-        m_hooks.willPastePrimarySelection();
-    if (m_hooks.willPaste
-        && !m_hooks.willPaste(m_workspace->activeWindow(), othersWindow() == XCB_WINDOW_NONE))
-        return std::nullopt;
-    return result;
+    const bool mayPaste = m_pasting->beginPaste(
+        {.window = m_workspace->activeWindow(), .isOwn = othersWindow() == XCB_WINDOW_NONE},
+        stroke == PasteStroke::shiftInsert);
+    return mayPaste ? result : std::nullopt;
 }
 
 std::optional<X11KeyboardEvents::Chord> X11KeyboardEvents::chord(PasteStroke stroke)

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "Platform/KeyboardEvents.h"
+#include "Platform/Linux/PasteCoordinator.h"
 #include "Platform/Linux/X11/Keyboard/X11Keyboards.h"
 #include "Platform/Linux/X11/Keyboard/X11Keymap.h"
 #include "Platform/Linux/X11/X11Workspace.h"
 
 #include <QObject>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -18,39 +18,24 @@ namespace Velloro {
 ///
 /// Modifiers that the user holds are released for the application before a stroke, and pressed
 /// again after it if he still holds them.
-class X11KeyboardEvents final : public QObject, public KeyboardEvents
+class X11KeyboardEvents final : public QObject,
+                                public KeyboardEvents,
+                                private PasteCoordinator::Typist
 {
     Q_OBJECT
 
 public:
-    /// What a paste stroke has to know of the rest; each may be empty.
-    struct Hooks
-    {
-        /// Whether the element that has the focus is a terminal.
-        std::function<bool()> focusedElementIsTerminal;
-        /// Called before a stroke that pastes the primary selection, which must hold the
-        /// pasteboard's content then.
-        std::function<void()> willPastePrimarySelection;
-        /// Called before a stroke that pastes into a window, which may be one of the program's own.
-        /// False where the stroke would paste something else than it is to: none is sent.
-        std::function<bool(uint32_t window, bool isOwn)> willPaste;
-        /// Waits, for a bounded time, until the window has been given what it was to paste. Strokes
-        /// that came before would meet a field without it.
-        std::function<void()> awaitPaste;
-    };
-
     /// Null without a connection: every post fails.
-    explicit X11KeyboardEvents(std::shared_ptr<X11Connection> connection, Hooks hooks = {});
+    X11KeyboardEvents(std::shared_ptr<X11Connection> connection,
+                      std::shared_ptr<PasteCoordinator> pasting);
     /// Releases what is still pressed.
     ~X11KeyboardEvents() override;
 
     bool post(uint32_t keyCode, bool keyDown, uint64_t flags) override;
     void pause(std::chrono::microseconds duration) override;
 
-    /// Waits until the active window has taken the strokes that were sent to it, for half a second
-    /// at most; not at all where nothing was sent, or it can't tell. False when it has not taken
-    /// them in that time: they are still to come.
-    bool awaitReceipt();
+    /// Waits half a second at most; not at all where nothing was sent, or the window can't tell.
+    [[nodiscard]] bool awaitReceipt() override;
 
 private:
     /// Keys that are pressed together.
@@ -83,7 +68,7 @@ private:
     [[nodiscard]] xcb_window_t othersWindow();
 
     std::shared_ptr<X11Connection> m_connection;
-    Hooks m_hooks;
+    std::shared_ptr<PasteCoordinator> m_pasting;
     std::unique_ptr<X11Keyboards> m_keyboards;
     /// The keymap of the device of synthetic strokes. A layout of the real keyboard's own is not in
     /// it, and the server makes it the one in force as soon as a stroke is sent.
