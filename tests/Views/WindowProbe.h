@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Support/WaitUntil.h"
+
 #include <QAccessible>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -85,11 +87,16 @@ public:
             .contains(item.mapRectToScene(item.boundingRect()));
     }
 
-    /// The names of the buttons in the window that are too small to be hit.
+    /// The names of the buttons in the window that are too small to be hit, and stay so: what has
+    /// just been made gets its size with a later frame.
     [[nodiscard]] QStringList smallButtons() const
     {
         QStringList names;
-        collectSmallButtons(*m_window->contentItem(), names);
+        (void)waitUntil([&] {
+            names.clear();
+            collectSmallButtons(*m_window->contentItem(), names);
+            return names.isEmpty();
+        });
         return names;
     }
 
