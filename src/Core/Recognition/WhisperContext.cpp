@@ -53,7 +53,7 @@ QFuture<void> WhisperContext::startStreaming(TranscriptionCallback callback)
 
 QFuture<void> WhisperContext::addAudioSamples(std::vector<float> samples)
 {
-    return m_executor->feed(std::move(samples));
+    return m_executor->feed(samples);
 }
 
 QFuture<void> WhisperContext::stopStreaming()

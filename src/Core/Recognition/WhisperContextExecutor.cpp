@@ -16,12 +16,6 @@ namespace Velloro {
 
 namespace {
 
-constexpr double sampleRate = 16000.0;
-constexpr double chunkDurationSeconds = 1.5;
-/// New samples that make a pass due.
-constexpr auto passInterval = static_cast<qsizetype>(sampleRate * chunkDurationSeconds);
-/// The most that a pass hears.
-constexpr qsizetype windowLimit = 240'000;
 constexpr int stackLines = 10;
 /// The library mirrors the first 200 samples after the first one, without asking for their number.
 constexpr size_t samplesLookedAt = 201;
@@ -44,24 +38,6 @@ void silenceLibrary()
                    [] { whisper_log_set([](ggml_log_level, const char *, void *) {}, nullptr); });
 }
 
-/// The words between blanks (no-break and other wide or narrow ones included) and tabs.
-QStringList words(const QString &text)
-{
-    QStringList words;
-    QString word;
-    for (const QChar character : text) {
-        if (character.category() != QChar::Separator_Space && character != u'\t') {
-            word += character;
-        } else if (!word.isEmpty()) {
-            words += word;
-            word.clear();
-        }
-    }
-    if (!word.isEmpty())
-        words += word;
-    return words;
-}
-
 /// The end of the prompt that the library can use, as UTF-8, from the beginning of a word where
 /// there is one.
 QByteArray usablePrompt(const QString &prompt)
@@ -76,16 +52,6 @@ QByteArray usablePrompt(const QString &prompt)
             ++start;
     }
     return whole.sliced(start);
-}
-
-/// The words, from index `confirmed` on, of `heard` that `before` agrees on.
-QStringList newlyConfirmed(const QStringList &before, const QStringList &heard, qsizetype confirmed)
-{
-    const qsizetype count = std::min(before.size(), heard.size());
-    qsizetype agreed = 0;
-    while (agreed < count && before.at(agreed).toLower() == heard.at(agreed).toLower())
-        ++agreed;
-    return confirmed < agreed ? heard.mid(confirmed, agreed - confirmed) : QStringList();
 }
 
 } // namespace
@@ -105,7 +71,7 @@ void WhisperContext::Executor::post(std::function<void()> job)
     m_executor.submit(std::move(job));
 }
 
-QFuture<void> WhisperContext::Executor::feed(std::vector<float> samples)
+QFuture<void> WhisperContext::Executor::feed(const std::vector<float> &samples)
 {
     const std::lock_guard lock(m_inboxMutex);
     if (!m_openBatch) {
@@ -114,17 +80,7 @@ QFuture<void> WhisperContext::Executor::feed(std::vector<float> samples)
         m_openBatch->promise.start();
         m_executor.submit([self = shared_from_this(), batch = m_openBatch] { self->drain(batch); });
     }
-    std::vector<float> &waiting = m_openBatch->samples;
-    if (waiting.empty())
-        waiting = std::move(samples);
-    else
-        waiting.insert(waiting.end(), samples.begin(), samples.end());
-    // A pass would cut this away, so it need not be kept until then.
-    if (std::ssize(waiting) > 2 * windowLimit) {
-        const qsizetype surplus = std::ssize(waiting) - windowLimit;
-        waiting.erase(waiting.begin(), waiting.begin() + surplus);
-        m_openBatch->skipped += surplus;
-    }
+    m_openBatch->audio.append(samples);
     return m_openBatch->promise.future();
 }
 
@@ -139,7 +95,7 @@ WhisperContext::LoadResult WhisperContext::Executor::loadModel(const QString &pa
 {
     if (!QFileInfo::exists(path))
         return tl::unexpected(WhisperContextError::modelNotFound);
-    if (m_context)
+    if (isModelLoaded())
         unloadModel();
 
     whisper_context_params parameters = whisper_context_default_params();
@@ -163,7 +119,6 @@ WhisperContext::LoadResult WhisperContext::Executor::loadModel(const QString &pa
         m_context.reset();
         return tl::unexpected(WhisperContextError::modelLoadFailed);
     }
-    m_isModelLoaded = true;
     log(QStringLiteral("Model loaded: ") + path);
     return {};
 }
@@ -182,10 +137,7 @@ void WhisperContext::Executor::release()
 {
     m_state.reset();
     m_context.reset();
-    m_isStreaming = false;
-    m_isModelLoaded = false;
-    m_audioBuffer = std::vector<float>();
-    m_lastProcessedSamples = 0;
+    m_streaming.reset();
 }
 
 void WhisperContext::Executor::setLanguage(const QString &code)
@@ -203,7 +155,7 @@ void WhisperContext::Executor::setCustomDictionary(const QStringList &words)
 WhisperContext::TranscriptionResult
 WhisperContext::Executor::transcribe(const std::vector<float> &samples)
 {
-    if (!m_isModelLoaded || !m_context) {
+    if (!isModelLoaded()) {
         log(QStringLiteral("Cannot transcribe: model not loaded"));
         return tl::unexpected(WhisperContextError::notReady);
     }
@@ -215,13 +167,13 @@ WhisperContext::Executor::transcribe(const std::vector<float> &samples)
     }
     log(QStringLiteral("Transcribing %1 samples in batch...").arg(samples.size()));
 
-    const int code = recognise(samples, m_customDictionary.join(QStringLiteral(", ")), true);
-    if (code != 0) {
-        log(QStringLiteral("Batch transcription failed with code %1").arg(code));
+    const auto heard = recognise(samples, m_customDictionary.join(QStringLiteral(", ")), true);
+    if (!heard) {
+        log(QStringLiteral("Batch transcription failed with code %1").arg(heard.error()));
         return tl::unexpected(WhisperContextError::transcriptionFailed);
     }
     // Decoded as a whole: a character may begin in one segment and end in the next.
-    const QString text = QString::fromUtf8(segmentTexts().join()).trimmed();
+    const QString text = QString::fromUtf8(heard->join()).trimmed();
     log(QStringLiteral("Batch transcription complete: '") + Graphemes::prefix(text, 50) +
         QStringLiteral("...'"));
     return text;
@@ -229,25 +181,15 @@ WhisperContext::Executor::transcribe(const std::vector<float> &samples)
 
 void WhisperContext::Executor::startStreaming(TranscriptionCallback callback)
 {
-    m_transcriptionCallback = std::move(callback);
-    m_audioBuffer.clear();
-    m_lastProcessedSamples = 0;
-    m_isStreaming = true;
-    m_previousWords.clear();
-    m_confirmedWords.clear();
-    m_bufferTimeOffset = 0;
+    m_streaming =
+        Streaming{.transcriptionCallback = std::move(callback), .window = {}, .agreement = {}};
     log(QStringLiteral("Streaming started with LocalAgreement"));
 }
 
 void WhisperContext::Executor::stopStreaming()
 {
     log(QStringLiteral("Streaming stopped"));
-    m_isStreaming = false;
-    m_transcriptionCallback = {};
-    m_audioBuffer = std::vector<float>();
-    m_lastProcessedSamples = 0;
-    m_previousWords.clear();
-    m_confirmedWords.clear();
+    m_streaming.reset();
 }
 
 void WhisperContext::Executor::drain(const std::shared_ptr<Batch> &batch)
@@ -259,11 +201,11 @@ void WhisperContext::Executor::drain(const std::shared_ptr<Batch> &batch)
             m_openBatch.reset();
         dropped = batch->generation != m_generation;
     }
-    if (!dropped && m_isStreaming) {
-        append(*batch);
-        batch->samples = std::vector<float>();
-        if (bufferCount() - m_lastProcessedSamples >= passInterval) {
-            if (const auto segment = processCurrentBuffer()) {
+    if (!dropped && m_streaming) {
+        m_streaming->window.append(batch->audio);
+        batch->audio = {};
+        if (m_streaming->window.isPassDue()) {
+            if (const auto segment = processCurrentBuffer(*m_streaming)) {
                 deliver(*segment, batch);
                 return;
             }
@@ -272,48 +214,31 @@ void WhisperContext::Executor::drain(const std::shared_ptr<Batch> &batch)
     batch->promise.finish();
 }
 
-void WhisperContext::Executor::append(const Batch &batch)
+std::optional<TranscriptionSegment>
+WhisperContext::Executor::processCurrentBuffer(Streaming &streaming)
 {
-    if (batch.skipped > 0) {
-        dropFront(bufferCount());
-        m_bufferTimeOffset += static_cast<double>(batch.skipped) / sampleRate;
-    }
-    m_audioBuffer.insert(m_audioBuffer.end(), batch.samples.begin(), batch.samples.end());
-}
-
-void WhisperContext::Executor::dropFront(qsizetype count)
-{
-    m_audioBuffer.erase(m_audioBuffer.begin(), m_audioBuffer.begin() + count);
-    m_bufferTimeOffset += static_cast<double>(count) / sampleRate;
-    m_lastProcessedSamples = std::max<qsizetype>(m_lastProcessedSamples - count, 0);
-}
-
-std::optional<TranscriptionSegment> WhisperContext::Executor::processCurrentBuffer()
-{
-    if (!m_isStreaming || !m_isModelLoaded || !m_context || m_audioBuffer.empty())
+    if (!isModelLoaded())
         return {};
-    if (bufferCount() > windowLimit)
-        dropFront(bufferCount() - windowLimit);
+    streaming.window.trim();
 
-    QStringList promptParts = {m_confirmedWords.join(u' '),
+    LocalAgreement &agreement = streaming.agreement;
+    QStringList promptParts = {agreement.confirmedWords().join(u' '),
                                m_customDictionary.join(QStringLiteral(", "))};
     promptParts.removeAll(QString());
-    const int code = recognise(m_audioBuffer, promptParts.join(QStringLiteral(". ")), false);
-    if (code != 0) {
-        log(QStringLiteral("Streaming transcription failed with code %1").arg(code));
+    const auto texts =
+        recognise(streaming.window.samples(), promptParts.join(QStringLiteral(". ")), false);
+    if (!texts) {
+        log(QStringLiteral("Streaming transcription failed with code %1").arg(texts.error()));
         return {};
     }
 
     QStringList heard;
-    const QByteArrayList texts = segmentTexts();
-    for (const QByteArray &text : texts)
-        heard += words(QString::fromUtf8(text).trimmed());
-    m_confirmedWords += newlyConfirmed(m_previousWords, heard, m_confirmedWords.size());
-    m_previousWords = heard;
-    const QStringList uncommittedWords = heard.mid(m_confirmedWords.size());
+    for (const QByteArray &text : *texts)
+        heard += LocalAgreement::words(QString::fromUtf8(text));
+    agreement.addPass(heard);
 
-    const QString confirmed = m_confirmedWords.join(u' ');
-    const QString uncommitted = uncommittedWords.join(u' ');
+    const QString confirmed = agreement.confirmedWords().join(u' ');
+    const QString uncommitted = agreement.uncommittedWords().join(u' ');
     if (!confirmed.isEmpty() || !uncommitted.isEmpty()) {
         log(QStringLiteral("Streaming: confirmed='") + Graphemes::prefix(confirmed, 30) +
             QStringLiteral("...' uncommitted='") + Graphemes::prefix(uncommitted, 20) +
@@ -321,10 +246,9 @@ std::optional<TranscriptionSegment> WhisperContext::Executor::processCurrentBuff
     }
     return TranscriptionSegment{.text = confirmed,
                                 .uncommitted = uncommitted,
-                                .startTime = m_bufferTimeOffset,
-                                .endTime = m_bufferTimeOffset +
-                                           static_cast<double>(bufferCount()) / sampleRate,
-                                .isPartial = !uncommittedWords.isEmpty()};
+                                .startTime = streaming.window.startTime(),
+                                .endTime = streaming.window.endTime(),
+                                .isPartial = !uncommitted.isEmpty()};
 }
 
 void WhisperContext::Executor::deliver(const TranscriptionSegment &segment,
@@ -337,19 +261,21 @@ void WhisperContext::Executor::deliver(const TranscriptionSegment &segment,
     // The executor serves others while the main thread gets to this.
     QMetaObject::invokeMethod(
         application,
-        [self = shared_from_this(), callback = m_transcriptionCallback, segment, batch] {
+        [self = shared_from_this(), callback = m_streaming->transcriptionCallback, segment, batch] {
             if (callback)
                 callback(segment);
             self->post([self, batch] {
-                self->m_lastProcessedSamples = self->bufferCount();
+                if (self->m_streaming)
+                    self->m_streaming->window.markProcessed();
                 batch->promise.finish();
             });
         },
         Qt::QueuedConnection);
 }
 
-int WhisperContext::Executor::recognise(const std::vector<float> &samples, const QString &prompt,
-                                        bool noContext)
+tl::expected<QByteArrayList, int>
+WhisperContext::Executor::recognise(const std::vector<float> &samples, const QString &prompt,
+                                    bool noContext)
 {
     // The library reads both during the call.
     const QByteArray language = m_language.toUtf8();
@@ -386,11 +312,9 @@ int WhisperContext::Executor::recognise(const std::vector<float> &samples, const
         // Mostly for want of memory; a failure like the library's own.
     }
     SerialExecutor::checkpoint();
-    return code;
-}
+    if (code != 0)
+        return tl::unexpected(code);
 
-QByteArrayList WhisperContext::Executor::segmentTexts() const
-{
     QByteArrayList texts;
     const int count = whisper_full_n_segments_from_state(m_state.get());
     for (int index = 0; index < count; ++index) {

@@ -2,6 +2,8 @@
 
 #include "Base/CustomDelete.h"
 #include "Base/SerialExecutor.h"
+#include "Core/Recognition/LocalAgreement.h"
+#include "Core/Recognition/StreamingWindow.h"
 #include "Core/Recognition/WhisperContext.h"
 
 #include <QByteArray>
@@ -25,7 +27,7 @@ public:
     template <typename Work>
     auto run(Work work) -> QFuture<std::invoke_result_t<Work &, Executor &>>;
     /// Queues samples. Those that wait for the executor together are appended together.
-    QFuture<void> feed(std::vector<float> samples);
+    QFuture<void> feed(const std::vector<float> &samples);
     /// Samples that still wait are dropped when their turn comes.
     void dropWaitingSamples();
 
@@ -41,28 +43,32 @@ public:
     void stopStreaming();
 
 private:
+    /// What one streamed recording has led to so far.
+    struct Streaming
+    {
+        TranscriptionCallback transcriptionCallback;
+        StreamingWindow window;
+        LocalAgreement agreement;
+    };
+
     /// Samples that came while the executor was busy, and the future of their callers.
     struct Batch
     {
-        std::vector<float> samples;
-        /// Samples in front of these that no pass can reach any more.
-        qsizetype skipped = 0;
+        StreamingWindow audio;
         uint64_t generation = 0;
         QPromise<void> promise;
     };
 
     void post(std::function<void()> job);
     void drain(const std::shared_ptr<Batch> &batch);
-    void append(const Batch &batch);
-    void dropFront(qsizetype count);
-    [[nodiscard]] std::optional<TranscriptionSegment> processCurrentBuffer();
+    /// One recognition pass; nothing without a model and when the library fails.
+    [[nodiscard]] std::optional<TranscriptionSegment> processCurrentBuffer(Streaming &streaming);
     void deliver(const TranscriptionSegment &segment, const std::shared_ptr<Batch> &batch);
 
-    [[nodiscard]] int recognise(const std::vector<float> &samples, const QString &prompt,
-                                bool noContext);
-    /// The texts of the last recognition, without the absent ones, as UTF-8.
-    [[nodiscard]] QByteArrayList segmentTexts() const;
-    [[nodiscard]] qsizetype bufferCount() const { return std::ssize(m_audioBuffer); }
+    /// The texts of the segments, without the absent ones, as UTF-8; or the library's result code.
+    [[nodiscard]] tl::expected<QByteArrayList, int>
+    recognise(const std::vector<float> &samples, const QString &prompt, bool noContext);
+    [[nodiscard]] bool isModelLoaded() const { return m_state != nullptr; }
 
     std::shared_ptr<const ProcessInfo> m_processInfo;
     const int m_threads;
@@ -70,16 +76,10 @@ private:
     // On the executor only. The decoding state goes before the context that it belongs to.
     std::unique_ptr<whisper_context, CustomDelete<whisper_free>> m_context;
     std::unique_ptr<whisper_state, CustomDelete<whisper_free_state>> m_state;
-    bool m_isModelLoaded = false;
-    std::vector<float> m_audioBuffer;
-    qsizetype m_lastProcessedSamples = 0;
-    TranscriptionCallback m_transcriptionCallback;
-    bool m_isStreaming = false;
     QString m_language = QStringLiteral("en");
     QStringList m_customDictionary;
-    QStringList m_previousWords;
-    QStringList m_confirmedWords;
-    double m_bufferTimeOffset = 0;
+    /// Absent while not streaming.
+    std::optional<Streaming> m_streaming;
 
     // The inbox, filled on one thread and emptied on the other.
     std::mutex m_inboxMutex;
