@@ -1,5 +1,6 @@
 #include "Base/Log.h"
 #include "Base/SerialExecutor.h"
+#include "CommandLine.h"
 #include "Managers/HotkeyManager.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/Linux/Process/SingleInstance.h"
@@ -9,6 +10,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <csignal>
+#include <cstdio>
 #include <unistd.h>
 
 using namespace Velloro;
@@ -17,7 +19,15 @@ namespace {
 
 int run(int argc, char **argv)
 {
-    // Whoever reads the log may go away; dictation goes on.
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    if (const auto answer = CommandLine::read(arguments)) {
+        std::fputs(answer->text.toLocal8Bit().constData(), answer->status == 0 ? stdout : stderr);
+        return answer->status;
+    }
+
+    // The reader of the log may end; dictation continues.
     std::signal(SIGPIPE, SIG_IGN);
 
     QApplication application(argc, argv);
