@@ -334,7 +334,7 @@ TEST_F(AtSpiTest, FollowsWhetherAccessibilityIsEnabled)
     };
     set(false);
     EXPECT_TRUE(waitUntil([&] { return !platform.accessibility->isProcessTrusted(); }));
-    EXPECT_FALSE(AtSpiAccessibility().isProcessTrusted());
+    EXPECT_FALSE(AtSpiAccessibility(std::make_shared<PasteCoordinator>()).isProcessTrusted());
     platform.accessibility->requestTrust();
     EXPECT_TRUE(waitUntil([&] { return platform.accessibility->isProcessTrusted(); }));
 }
@@ -365,7 +365,7 @@ TEST_F(AtSpiTest, ABusThatHangsIsUsedWhenItAnswersAgain)
     EXPECT_TRUE(insert(u"x"_qs));
     EXPECT_TRUE(pasted());
     // One that is given up while it asks.
-    AtSpiAccessibility().requestTrust();
+    AtSpiAccessibility(std::make_shared<PasteCoordinator>()).requestTrust();
     EXPECT_LE(timer.elapsed(), hangGuard);
 
     kill(static_cast<pid_t>(daemon), SIGCONT);

@@ -403,7 +403,7 @@ TEST_F(X11PasteboardTest, waitsForThePasteAndNotWithoutEnd)
     // A field of this program's own reads it when nobody waits any more.
     timer.start();
     for (int tries = 0; tries < often; ++tries) {
-        EXPECT_TRUE(pasteboard->beginPaste(program->window(), true));
+        EXPECT_TRUE(pasteboard->beginPaste({program->window(), true}));
         EXPECT_FALSE(pasteboard->awaitPaste());
     }
     EXPECT_LT(timer.elapsed(), hangGuard);
