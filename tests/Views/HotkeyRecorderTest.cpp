@@ -126,7 +126,7 @@ TEST_P(HotkeyRecorderTest, RefusesAKeyWithAltGrButNotWithALock)
 
 TEST_P(HotkeyRecorderTest, ShowsTheHeldModifiersAndItsPrompt)
 {
-    const char16_t *prompt = GetParam()[0] == 'H' ? u"Press keys..." : u"Press your hotkey...";
+    const char16_t *prompt = GetParam()[0] == 'S' ? u"Press keys..." : u"Press your hotkey...";
     EXPECT_EQ(text(u"⌥Space"), "⌥Space");
     start();
     EXPECT_EQ(text(prompt), QString::fromUtf16(prompt).toStdString());
