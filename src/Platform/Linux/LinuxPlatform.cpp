@@ -21,6 +21,7 @@
 #include "Platform/Linux/X11/X11KeyboardEvents.h"
 #include "Platform/Linux/X11/X11Pasteboard.h"
 #include "Platform/Linux/X11/X11ScreenFrames.h"
+#include "Platform/Linux/X11/X11UserInput.h"
 #include "Platform/Linux/X11/X11Workspace.h"
 #include "Platform/Linux/XdgLoginItem.h"
 
@@ -60,6 +61,7 @@ Platform makeLinuxPlatform()
     // A text field is read and written when the backspaces before have done their work.
     accessibility->setBeforeAccess([strokes = keyboard.get()] { return strokes->awaitReceipt(); });
     platform.keyboardEvents = std::move(keyboard);
+    platform.userInput = std::make_unique<X11UserInput>(display);
     platform.hotkeyRegistration = std::make_unique<X11HotkeyRegistration>(display);
     platform.keyEventMonitor = std::make_unique<WindowKeyEvents>(display);
     platform.systemSettings = std::make_unique<DesktopSettings>();
