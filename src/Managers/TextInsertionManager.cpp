@@ -53,11 +53,13 @@ TextInsertionManager::~TextInsertionManager()
 void TextInsertionManager::prepare()
 {
     m_platform.pasteboard->follow();
+    m_platform.userInput->follow();
 }
 
 void TextInsertionManager::finish()
 {
     m_platform.pasteboard->unfollow();
+    m_platform.userInput->unfollow();
 }
 
 bool TextInsertionManager::insertText(const QString &text)
@@ -68,9 +70,11 @@ bool TextInsertionManager::insertText(const QString &text)
     m_wasPasteRefused = false;
     const Insertion before = std::exchange(m_last, {});
     m_last.window = m_platform.workspace->frontmostWindow();
+    const uint64_t presses = m_platform.userInput->presses();
     m_last.wasWritten = insertViaAccessibility(text);
     if (m_last.wasWritten)
         return true;
+    m_last.presses = presses;
     const bool isInserted = insertViaClipboard(text);
     m_wasPasteRefused = m_platform.pasteboard->wasPasteRefused();
     if (m_wasPasteRefused)
@@ -88,7 +92,7 @@ bool TextInsertionManager::lastInsertionArrived()
 
 bool TextInsertionManager::isAtLastInsertion()
 {
-    if (!isInLastWindow())
+    if (!isInLastWindow() || !isUntouched())
         return false;
     if (m_last.target) {
         const AccessibilityElementRef element = focusedElement();
@@ -102,6 +106,11 @@ bool TextInsertionManager::isInLastWindow()
 {
     const std::optional<uint64_t> window = m_platform.workspace->frontmostWindow();
     return !window || !m_last.window || *window == *m_last.window;
+}
+
+bool TextInsertionManager::isUntouched()
+{
+    return !m_last.presses || *m_last.presses == m_platform.userInput->presses();
 }
 
 AccessibilityElementRef TextInsertionManager::focusedElement()
@@ -193,7 +202,7 @@ void TextInsertionManager::deleteBackwards(int64_t count)
         return;
     m_deletion = deletion(count);
     KeyboardEvents &keyboard = *m_platform.keyboardEvents;
-    for (int64_t sent = 0; sent < count && isInLastWindow(); ++sent) {
+    for (int64_t sent = 0; sent < count && isInLastWindow() && isUntouched(); ++sent) {
         (void)keyboard.post(keyCodeDelete, true, 0);
         (void)keyboard.post(keyCodeDelete, false, 0);
         keyboard.pause(pauseAfterBackspace);

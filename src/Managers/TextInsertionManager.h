@@ -35,7 +35,8 @@ public:
     [[nodiscard]] bool lastInsertionArrived();
     /// Whether what is typed now would come directly after the text inserted last, as far as that
     /// can be known: the same window and the same element are in front, and where the text was
-    /// written, the caret still stands at its end.
+    /// written, the caret still stands at its end; where it was pasted, the user has pressed no key
+    /// and no button since.
     [[nodiscard]] bool isAtLastInsertion();
     /// Sends that many backspace strokes, 5 ms apart, blocking meanwhile; nothing for a count
     /// below 1.
@@ -46,7 +47,8 @@ public:
     /// terminal's line takes one code point always. There, as many code points go as characters
     /// were counted, so that nothing that stood before is ever removed.
     ///
-    /// The strokes end when another window comes to the front: they would delete what is there.
+    /// The strokes end when another window comes to the front, or the user presses something after
+    /// words that were pasted: they would delete what is there.
     ///
     /// What is inserted next comes after the strokes: it is written when the text shows what they
     /// have done, which is waited for, for a bounded time, and pasted where that isn't seen.
@@ -61,6 +63,8 @@ private:
         /// Rather than pasted.
         bool wasWritten = false;
         bool wasFetched = false;
+        /// What the user had pressed when it was pasted.
+        std::optional<uint64_t> presses;
     };
     /// Strokes that were sent, and what they leave of the text.
     struct Deletion
@@ -71,6 +75,8 @@ private:
 
     /// Whether the window that the text inserted last went to is in front, as far as is known.
     [[nodiscard]] bool isInLastWindow();
+    /// Whether the user has left alone what was pasted last.
+    [[nodiscard]] bool isUntouched();
     [[nodiscard]] AccessibilityElementRef focusedElement();
     [[nodiscard]] Deletion deletion(int64_t count);
     [[nodiscard]] bool isDone(const Deletion &deletion, const AccessibilityElementRef &focused);

@@ -19,6 +19,7 @@
 #include "Platform/TrayHost.h"
 #include "Platform/Updater.h"
 #include "Platform/UserDefaults.h"
+#include "Platform/UserInput.h"
 #include "Platform/UserNotifications.h"
 #include "Platform/Workspace.h"
 
@@ -43,6 +44,7 @@ struct Platform
     std::unique_ptr<Accessibility> accessibility;
     std::unique_ptr<KeyEventMonitor> keyEventMonitor;
     std::unique_ptr<KeyboardEvents> keyboardEvents;
+    std::unique_ptr<UserInput> userInput;
     std::unique_ptr<Pasteboard> pasteboard;
     std::unique_ptr<Appearance> appearance;
     std::unique_ptr<Workspace> workspace;

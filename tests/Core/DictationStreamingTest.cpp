@@ -249,6 +249,7 @@ TEST_F(DictationStreamingTest, DeletesOnlyWhatWasSeenToArriveAndStillStandsBefor
     const auto seen = [](InMemoryPlatform &memory) { memory.accessibility->showsWrites = true; };
     const auto unfetched = [](InMemoryPlatform &memory) { memory.pasteboard->isFetched = false; };
     const auto elsewhere = [](InMemoryPlatform &memory) { memory.workspace->window = 2; };
+    const auto press = [](InMemoryPlatform &memory) { memory.userInput->press(); };
     const auto back = [](InMemoryPlatform &memory) { memory.workspace->window = 1; };
     const std::vector<Case> cases = {
         {"pastes that nobody fetches any more", false, unfetched, nothing, "one two", "one End."},
@@ -257,6 +258,10 @@ TEST_F(DictationStreamingTest, DeletesOnlyWhatWasSeenToArriveAndStillStandsBefor
         {"another window", true, elsewhere, nothing, "one", "oneEnd."},
         {"another window, pasted into", false, elsewhere, nothing, "one", "oneEnd."},
         {"and back", false, elsewhere, back, "one", "End."},
+        {"a key, after which the caret of a paste may be anywhere", false, press, nothing, "one",
+         "oneEnd."},
+        {"a key at the end", false, nothing, press, "one two three", "one two threeEnd."},
+        {"a key after what was written", true, press, press, "one two three", "End."},
         {"another window at the end alone", false, nothing, elsewhere, "one two three",
          "one two threeEnd."},
     };

@@ -178,6 +178,33 @@ TEST_F(TextInsertionManagerTest, APasteThatIsRefusedIsNoInsertion)
     EXPECT_FALSE(manager.wasLastPasteRefused()) << "written";
 }
 
+TEST_F(TextInsertionManagerTest, DeletesNoPastedWordsAfterTheUserHasPressedSomething)
+{
+    manager.prepare();
+    for (const bool refuses : {false, true}) {
+        SCOPED_TRACE(refuses ? "pasted" : "written");
+        auto &field = accessibility->focusText(u"Hello"_qs, {5, 0});
+        field.refusesValue = field.refusesSelectedText = refuses;
+        memory.userInput->press();
+        manager.insertText(u"!"_qs);
+        EXPECT_TRUE(manager.isAtLastInsertion());
+        memory.userInput->press();
+        // What is written shows where the caret is.
+        EXPECT_EQ(manager.isAtLastInsertion(), !refuses);
+
+        manager.insertText(u"!"_qs);
+        memory.output.clear();
+        memory.keyboardEvents->paused = [this] { memory.userInput->press(); };
+        manager.deleteBackwards(2);
+        EXPECT_EQ(memory.output, refuses ? stroke : stroke + stroke);
+        memory.keyboardEvents->paused = nullptr;
+    }
+    manager.finish();
+    const uint64_t before = memory.userInput->presses();
+    memory.userInput->press();
+    EXPECT_EQ(memory.userInput->presses(), before) << "nobody counts any more";
+}
+
 TEST_F(TextInsertionManagerTest, GivesThePasteboardBackHalfASecondAfterTheLastPaste)
 {
     memory.pasteboard->content = u"mine"_qs;

@@ -1,13 +1,16 @@
 #include "Platform/Linux/X11/Keyboard/X11HotkeyRegistration.h"
 
 #include "Platform/KeyWindow.h"
+#include "Platform/Linux/X11/Keyboard/X11KeyboardEvents.h"
 #include "Platform/Linux/X11/Keyboard/XcbKeyboardExtension.h"
+#include "Platform/Linux/X11/X11UserInput.h"
 #include "Platform/X11KeyTestBase.h"
 #include "Support/WaitUntil.h"
 
 #include <QCoreApplication>
 #include <QProcess>
 #include <algorithm>
+#include <functional>
 
 namespace Velloro {
 namespace {
@@ -247,6 +250,81 @@ TEST_F(X11HotkeyTest, theKeysOfTheCombinationMayBeOnDifferentKeyboards)
         EXPECT_THAT(window.take(), Not(HasSubstr("space")));
         EXPECT_FALSE(window.isAnyKeyDown());
     }
+}
+
+TEST_F(X11HotkeyTest, theUsersOtherPressesAreCounted)
+{
+    KeyWindow window;
+    ASSERT_TRUE(window.isReady);
+    PhysicalKeyboard other(nullptr, onScreenKeyboard);
+    X11KeyboardEvents strokes(connection);
+    X11UserInput input(connection);
+    registerOptionSpace();
+    keyboard.tap(Key::a);
+    EXPECT_EQ(input.presses(), 0U) << "not followed yet";
+    input.follow();
+
+    const auto click = [&] {
+        // A button that does nothing anywhere.
+        for (const uint8_t type : {XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE})
+            xcb_test_fake_input(connection->xcb(), type, 9, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+    };
+    const auto stroke = [&](uint32_t keyCode, uint64_t flags) {
+        EXPECT_TRUE(strokes.post(keyCode, true, flags));
+        EXPECT_TRUE(strokes.post(keyCode, false, flags));
+    };
+    struct Case
+    {
+        const char *what;
+        std::function<void()> act;
+        uint64_t presses;
+    };
+    const Case cases[] = {
+        {"a key", [&] { keyboard.tap(Key::a); }, 1},
+        {"a key of an on-screen keyboard", [&] { other.tap(Key::a); }, 1},
+        {"a button", click, 1},
+        {"a modifier alone", [&] { keyboard.tap(Key::leftShift); }, 0},
+        {"a key with a modifier",
+         [&] {
+             keyboard.press({Key::leftShift, Key::a});
+             keyboard.release({Key::a, Key::leftShift});
+         },
+         1},
+        {"a backspace of our own", [&] { stroke(51, 0); }, 0},
+        {"a paste of our own", [&] { stroke(9, KeyboardEvents::commandFlag); }, 0},
+        {"a backspace of the user's", [&] { keyboard.tap(Key::backspace); }, 1},
+        {"the hotkey", [&] { tapOptionSpace(); }, 0},
+        {"the hotkey on an on-screen keyboard",
+         [&] {
+             other.press({Key::leftAlt, Key::space});
+             other.release({Key::space, Key::leftAlt});
+         },
+         0},
+        {"the hotkey on two keyboards, and what was typed with it held",
+         [&] {
+             keyboard.press({Key::leftAlt, Key::space});
+             EXPECT_EQ(take(), "press");
+             other.tap(Key::space);
+             stroke(51, 0);
+             keyboard.tap(Key::a); // nobody hears of it
+             other.tap(Key::a);
+             keyboard.release({Key::space, Key::leftAlt});
+         },
+         1},
+        {"the key of the hotkey alone", [&] { keyboard.tap(Key::space); }, 1},
+    };
+    for (const auto &[what, act, presses] : cases) {
+        const uint64_t before = input.presses();
+        act();
+        EXPECT_EQ(input.presses() - before, presses) << what;
+        take();
+    }
+    input.unfollow();
+    const uint64_t before = input.presses();
+    keyboard.tap(Key::a);
+    EXPECT_EQ(input.presses(), before);
+    X11UserInput(nullptr).follow();
+    EXPECT_EQ(X11UserInput(nullptr).presses(), 0U);
 }
 
 TEST_F(X11HotkeyTest, anotherProgramsCombinationIsTaken)

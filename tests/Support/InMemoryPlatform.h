@@ -19,6 +19,7 @@
 #include "Support/InMemorySystemSounds.h"
 #include "Support/InMemoryTrayHost.h"
 #include "Support/InMemoryUserDefaults.h"
+#include "Support/InMemoryUserInput.h"
 #include "Support/InMemoryUserNotifications.h"
 #include "Support/InMemoryWorkspace.h"
 
@@ -55,6 +56,7 @@ public:
         make(platform.accessibility, accessibility);
         make(platform.keyEventMonitor, keyEventMonitor);
         make(platform.keyboardEvents, keyboardEvents, output);
+        make(platform.userInput, userInput);
         make(platform.pasteboard, pasteboard, output);
         keyboardEvents->willPaste = [this] { return pasteboard->beginPaste(); };
         make(platform.appearance, appearance);
@@ -87,6 +89,7 @@ public:
     InMemoryAccessibility *accessibility = nullptr;
     InMemoryKeyEventMonitor *keyEventMonitor = nullptr;
     InMemoryKeyboardEvents *keyboardEvents = nullptr;
+    InMemoryUserInput *userInput = nullptr;
     InMemoryPasteboard *pasteboard = nullptr;
     InMemoryAppearance *appearance = nullptr;
     InMemoryWorkspace *workspace = nullptr;

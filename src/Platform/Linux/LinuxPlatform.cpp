@@ -22,6 +22,7 @@
 #include "Platform/Linux/X11/Keyboard/X11HotkeyRegistration.h"
 #include "Platform/Linux/X11/Keyboard/X11KeyboardEvents.h"
 #include "Platform/Linux/X11/X11ScreenFrames.h"
+#include "Platform/Linux/X11/X11UserInput.h"
 #include "Platform/Linux/X11/X11Workspace.h"
 
 namespace Velloro {
@@ -43,6 +44,7 @@ Platform makeLinuxPlatform()
     platform.accessibility = std::move(accessibility);
     platform.pasteboard = std::make_unique<X11Pasteboard>(pasting);
     platform.keyboardEvents = std::make_unique<X11KeyboardEvents>(display, pasting);
+    platform.userInput = std::make_unique<X11UserInput>(display);
     platform.hotkeyRegistration = std::make_unique<X11HotkeyRegistration>(display);
     platform.keyEventMonitor = std::make_unique<WindowKeyEvents>(display);
     platform.systemSettings = std::make_unique<DesktopSettings>();

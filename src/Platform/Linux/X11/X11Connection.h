@@ -63,6 +63,8 @@ Q_SIGNALS:
     /// This program is about to press a key of its own, or has just released it.
     void syntheticKeyComing(uint8_t keycode);
     void syntheticKeyGone(uint8_t keycode);
+    /// A press of this key went to a hotkey, and to no application.
+    void hotkeyTaken(uint8_t keycode);
 
 private:
     explicit X11Connection(xcb_connection_t *connection, int screen);

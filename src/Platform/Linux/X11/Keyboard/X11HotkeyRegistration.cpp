@@ -264,12 +264,15 @@ X11HotkeyRegistration::registrationOf(uint8_t keycode) const
 
 void X11HotkeyRegistration::handleKeyPress(uint16_t device, uint8_t keycode)
 {
-    // The same combination on a second keyboard, while it is held on the first, is no new press;
-    // neither is another key on the keyboard that is grabbed.
-    if (m_press)
+    // Of a keyboard that is grabbed all keys come here.
+    if (m_press && m_press->device == device)
         return;
     const auto *const found = registrationOf(keycode);
     if (!found)
+        return;
+    Q_EMIT m_connection->hotkeyTaken(keycode);
+    // The same combination on a second keyboard, while it is held on the first, is no new press.
+    if (m_press)
         return;
 
     const auto &[reference, registration] = *found;

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Platform/UserInput.h"
+
+namespace Velloro {
+
+/// A user who presses what the test says.
+class InMemoryUserInput : public UserInput
+{
+public:
+    /// While it is followed.
+    void press() { m_presses += m_isFollowed; }
+
+    void follow() override { m_isFollowed = true; }
+    void unfollow() override { m_isFollowed = false; }
+    [[nodiscard]] uint64_t presses() override { return m_presses; }
+
+private:
+    uint64_t m_presses = 0;
+    bool m_isFollowed = false;
+};
+
+} // namespace Velloro
