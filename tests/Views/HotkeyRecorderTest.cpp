@@ -179,9 +179,11 @@ TEST_P(HotkeyRecorderTest, EndsWhenItIsHiddenOrLeft)
 }
 
 INSTANTIATE_TEST_SUITE_P(Both, HotkeyRecorderTest,
-                         ::testing::Values("HotkeyRecorder.qml", "OnboardingHotkeyRecorder.qml"),
+                         ::testing::Values("Settings/General/HotkeyRecorder.qml",
+                                           "Onboarding/OnboardingHotkeyRecorder.qml"),
                          [](const auto &info) {
-                             return std::string(info.param).substr(0, info.param[0] == 'H' ? 6 : 10);
+                             const std::string file = info.param;
+                             return file.substr(0, file.find('/'));
                          });
 
 } // namespace

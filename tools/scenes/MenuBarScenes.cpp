@@ -11,13 +11,12 @@ QImage panel(Stage &stage, const QString &focused = {})
 {
     MenuBarViewModel model(stage.appState, *stage.hotkeyManager);
     if (!focused.isEmpty()) {
-        return stage.windowPicture(QStringLiteral("MenuBarView.qml"),
-                                   {{QStringLiteral("model"), QVariant::fromValue(&model)}},
-                                   [&](QQuickItem &root) {
-                                       Stage::focus(Stage::findItem(root, focused));
-                                   });
+        return stage.windowPicture(
+            QStringLiteral("Tray/MenuBarView.qml"),
+            {{QStringLiteral("model"), QVariant::fromValue(&model)}},
+            [&](QQuickItem &root) { Stage::focus(Stage::findItem(root, focused)); });
     }
-    return stage.picture(QStringLiteral("MenuBarView.qml"),
+    return stage.picture(QStringLiteral("Tray/MenuBarView.qml"),
                          {{QStringLiteral("model"), QVariant::fromValue(&model)}});
 }
 

@@ -25,7 +25,7 @@ QImage models(Stage &stage, QSize size = paneSize, int category = 1, int openGro
 {
     ModelSettingsViewModel model(stage.appState);
     return stage.windowPicture(
-        QStringLiteral("ModelSettingsView.qml"), with(model),
+        QStringLiteral("Settings/Models/ModelSettingsView.qml"), with(model),
         [&](QQuickItem &root) {
             model.selectCategory(category);
             if (openGroup >= 0)
@@ -54,7 +54,7 @@ QImage privacy(Stage &stage, bool microphone, bool accessibility)
     stage.appState.setHasMicrophonePermission(microphone);
     stage.appState.setHasAccessibilityPermission(accessibility);
     PrivacySettingsViewModel model(stage.appState);
-    return stage.windowPicture(QStringLiteral("PrivacySettingsView.qml"), with(model), {},
+    return stage.windowPicture(QStringLiteral("Settings/Privacy/PrivacySettingsView.qml"), with(model), {},
                                paneSize);
 }
 
@@ -62,10 +62,9 @@ QImage help(Stage &stage, SettingsPage page, bool granted = false)
 {
     stage.memory.systemSettings->hasPages = false;
     stage.appState.setHasAccessibilityPermission(granted);
-    PermissionsManager manager(stage.memory.platform, stage.appState);
-    PermissionHelpViewModel model(manager, stage.appState);
+    PermissionHelpViewModel model(stage.appState);
     model.openSettingsPage(page);
-    return stage.windowPicture(QStringLiteral("PermissionHelpView.qml"), with(model));
+    return stage.windowPicture(QStringLiteral("Settings/Privacy/PermissionHelpView.qml"), with(model));
 }
 
 /// `held`: what is held while recording; nothing when it does not record.
@@ -163,9 +162,9 @@ QList<Scene> paneScenes()
          [](Stage &stage) { return help(stage, SettingsPage::accessibility, true); }},
     };
     for (const auto &[name, file] :
-         {std::pair(QStringLiteral("recorder"), QStringLiteral("HotkeyRecorder.qml")),
+         {std::pair(QStringLiteral("recorder"), QStringLiteral("Settings/General/HotkeyRecorder.qml")),
           std::pair(QStringLiteral("recorder-onboarding"),
-                    QStringLiteral("OnboardingHotkeyRecorder.qml"))}) {
+                    QStringLiteral("Onboarding/OnboardingHotkeyRecorder.qml"))}) {
         scenes << Scene{name + QStringLiteral("-idle"), [file](Stage &stage) {
                             return recorder(stage, file, std::nullopt);
                         }};

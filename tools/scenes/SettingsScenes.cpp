@@ -11,7 +11,7 @@ namespace {
 QImage settings(Stage &stage, int tab, const std::function<void(QQuickItem &root)> &act = {})
 {
     SettingsViewModel model(stage.memory.platform, stage.appState, *stage.hotkeyManager);
-    return stage.windowPicture(QStringLiteral("SettingsView.qml"),
+    return stage.windowPicture(QStringLiteral("Settings/SettingsView.qml"),
                                {{QStringLiteral("model"), QVariant::fromValue(&model)},
                                 {QStringLiteral("currentIndex"), tab}},
                                act);

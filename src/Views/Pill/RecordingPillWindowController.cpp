@@ -72,7 +72,7 @@ void RecordingPillWindowController::createWindow(AppState &appState)
         cornerRadius);
     window->setTitle(QStringLiteral("Velloro"));
     window->setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(model.get())}});
-    window->setSource(ViewEngine::url(QStringLiteral("RecordingPillView.qml")));
+    window->setSource(ViewEngine::url(QStringLiteral("Pill/RecordingPillView.qml")));
     if (window->status() != QQuickView::Ready) {
         for (const QQmlError &error : window->errors())
             log(error.toString());

@@ -18,7 +18,7 @@ WindowController::Content SettingsWindowController::makeContent()
     auto model = std::make_unique<SettingsViewModel>(m_platform, m_appState, m_hotkeyManager);
     connect(model.get(), &SettingsViewModel::closeRequested, this, &WindowController::close,
             Qt::QueuedConnection);
-    return {std::move(view), QSize(500, 400), QStringLiteral("SettingsView.qml"),
+    return {std::move(view), QSize(500, 400), QStringLiteral("Settings/SettingsView.qml"),
             std::move(model)};
 }
 

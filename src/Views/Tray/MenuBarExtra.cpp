@@ -187,7 +187,7 @@ void MenuBarExtra::makePanel()
                                                  cornerRadius);
     panel->setTitle(QStringLiteral("Velloro"));
     panel->setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&m_model)}});
-    panel->setSource(ViewEngine::url(QStringLiteral("MenuBarView.qml")));
+    panel->setSource(ViewEngine::url(QStringLiteral("Tray/MenuBarView.qml")));
     if (panel->status() != QQuickView::Ready) {
         for (const QQmlError &error : panel->errors())
             Log::line(u"MenuBar", error.toString());
