@@ -1,17 +1,25 @@
 #pragma once
 
-#include <QString>
-#include <span>
+#include "Core/Domain/EnumTable.h"
 
 namespace Velloro {
 
-/// The four fixed model families of the just-in-time load.
+/// The four fixed model families of the just-in-time load. The raw value is the catalogue id of the
+/// family's full model.
 enum class WhisperModelType { tiny, base, small, medium };
 
-/// The case name, which is the catalogue id of a full model.
-[[nodiscard]] QString modelId(WhisperModelType type);
+template <>
+inline constexpr auto enumTable<WhisperModelType> = std::to_array<EnumCase<WhisperModelType>>({
+    {WhisperModelType::tiny, u"tiny"},
+    {WhisperModelType::base, u"base"},
+    {WhisperModelType::small, u"small"},
+    {WhisperModelType::medium, u"medium"},
+});
 
-/// All cases in declaration order.
-[[nodiscard]] std::span<const WhisperModelType> allWhisperModelTypes();
+/// The catalogue id of the family's full model.
+[[nodiscard]] inline QString modelId(WhisperModelType type)
+{
+    return rawValue(type);
+}
 
 } // namespace Velloro

@@ -1,31 +1,49 @@
 #pragma once
 
+#include "Core/Domain/EnumTable.h"
+
 #include <QString>
 #include <QUrl>
 #include <optional>
-#include <span>
 
 namespace Velloro {
 
-/// How a model's weights are kept.
+/// How a model's weights are kept. The remark describes the category.
 enum class ModelCategory { full, quantized };
+
+template <>
+inline constexpr auto enumTable<ModelCategory> = std::to_array<EnumCase<ModelCategory>>({
+    {ModelCategory::full, u"Full", u"Full (Best Quality)",
+     u"Original models with maximum accuracy. Larger file sizes but best transcription quality."},
+    {ModelCategory::quantized, u"Quantized", u"Quantized (Smaller)",
+     u"Compressed models that are 50-65% smaller with minimal quality loss. Great for limited "
+     "storage."},
+});
 
 /// Model families, from the smallest to the greatest.
 enum class ModelSize { tiny, base, small, medium, largeV2, largeV3, largeV3Turbo };
 
+template <>
+inline constexpr auto enumTable<ModelSize> = std::to_array<EnumCase<ModelSize>>({
+    {ModelSize::tiny, u"tiny", u"Tiny"},
+    {ModelSize::base, u"base", u"Base"},
+    {ModelSize::small, u"small", u"Small"},
+    {ModelSize::medium, u"medium", u"Medium"},
+    {ModelSize::largeV2, u"large-v2", u"Large V2"},
+    {ModelSize::largeV3, u"large-v3", u"Large V3"},
+    {ModelSize::largeV3Turbo, u"large-v3-turbo", u"Large V3 Turbo"},
+});
+
 /// Weight formats.
 enum class QuantizationType { none, q5_0, q5_1, q8_0 };
 
-[[nodiscard]] QString rawValue(ModelCategory category);
-[[nodiscard]] QString rawValue(ModelSize size);
-[[nodiscard]] QString rawValue(QuantizationType type);
-[[nodiscard]] QString displayName(ModelCategory category);
-[[nodiscard]] QString displayName(ModelSize size);
-[[nodiscard]] QString description(ModelCategory category);
-/// All cases in declaration order.
-[[nodiscard]] std::span<const ModelCategory> allModelCategories();
-[[nodiscard]] std::span<const ModelSize> allModelSizes();
-[[nodiscard]] std::span<const QuantizationType> allQuantizationTypes();
+template <>
+inline constexpr auto enumTable<QuantizationType> = std::to_array<EnumCase<QuantizationType>>({
+    {QuantizationType::none, u"none"},
+    {QuantizationType::q5_0, u"q5_0"},
+    {QuantizationType::q5_1, u"q5_1"},
+    {QuantizationType::q8_0, u"q8_0"},
+});
 
 /// One row of the model catalogue.
 struct WhisperModelInfo

@@ -22,7 +22,13 @@ TEST(DomainTypes, haveTheirRawValuesInOrder)
     EXPECT_EQ(allRawValues<RecordingMode>(), QStringList({u"Hold to Talk"_qs, u"Toggle"_qs}));
     EXPECT_EQ(allRawValues<ModelPreset>(), QStringList({u"Small"_qs, u"Medium"_qs, u"Large"_qs}));
     EXPECT_EQ(allRawValues<WhisperLanguage>().join(u' '), u"en pl de es fr it pt ru ja zh auto"_qs);
-    EXPECT_EQ(caseName(TranscriptionState::transcribing), u"transcribing"_qs);
+
+    QStringList states;
+    for (const TranscriptionState state :
+         {TranscriptionState::idle, TranscriptionState::listening, TranscriptionState::transcribing,
+          TranscriptionState::inserting})
+        states << caseName(state);
+    EXPECT_EQ(states.join(u' '), u"idle listening transcribing inserting"_qs);
 }
 
 TEST(DomainTypes, acceptNoOtherRawValues)

@@ -82,7 +82,7 @@ TEST_F(ModelSettingsViewModelTest, GroupsTheCatalogueByCategoryAndSize)
     int count = 0;
     for (const int category : {0, 1}) {
         model.selectCategory(category);
-        for (const ModelSize size : allModelSizes())
+        for (const ModelSize size : allCases<ModelSize>())
             count += int(names(size).size());
     }
     EXPECT_EQ(count, 28);

@@ -62,8 +62,7 @@ QImage help(Stage &stage, SettingsPage page, bool granted = false)
 {
     stage.memory.systemSettings->hasPages = false;
     stage.appState.setHasAccessibilityPermission(granted);
-    PermissionsManager manager(stage.memory.platform, stage.appState);
-    PermissionHelpViewModel model(manager, stage.appState);
+    PermissionHelpViewModel model(stage.appState);
     model.openSettingsPage(page);
     return stage.windowPicture(QStringLiteral("Settings/Privacy/PermissionHelpView.qml"), with(model));
 }

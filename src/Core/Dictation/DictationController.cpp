@@ -548,7 +548,7 @@ void DictationController::updatePermissionStatus()
 void DictationController::updateAppStateFromWhisperManager()
 {
     AppState::PresetSet downloaded;
-    for (const WhisperModelType type : allWhisperModelTypes()) {
+    for (const WhisperModelType type : allCases<WhisperModelType>()) {
         if (!m_appState.whisperManager().isModelDownloaded(type))
             continue;
         QString name = modelId(type);

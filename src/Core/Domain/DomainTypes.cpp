@@ -2,22 +2,13 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QMetaEnum>
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace Velloro {
 
 namespace {
-
-constexpr std::array recordingModes{RecordingMode::holdToTalk, RecordingMode::toggle};
-constexpr std::array modelPresets{ModelPreset::small, ModelPreset::medium, ModelPreset::large};
-constexpr std::array whisperLanguages{
-    WhisperLanguage::english,    WhisperLanguage::polish,  WhisperLanguage::german,
-    WhisperLanguage::spanish,    WhisperLanguage::french,  WhisperLanguage::italian,
-    WhisperLanguage::portuguese, WhisperLanguage::russian, WhisperLanguage::japanese,
-    WhisperLanguage::chinese,    WhisperLanguage::auto_,
-};
 
 /// Seconds from 1970-01-01 to 2001-01-01, both at 00:00:00 UTC.
 constexpr qint64 epochOffset = 978'307'200;
@@ -25,14 +16,6 @@ constexpr qint64 epochOffset = 978'307'200;
 const QString idKey = QStringLiteral("id");
 const QString textKey = QStringLiteral("text");
 const QString timestampKey = QStringLiteral("timestamp");
-
-template <typename E>
-std::optional<E> findRawValue(QStringView text)
-{
-    const auto cases = allCases<E>();
-    const auto found = std::ranges::find_if(cases, [&](E each) { return rawValue(each) == text; });
-    return found == cases.end() ? std::nullopt : std::optional(*found);
-}
 
 /// A UUID from its canonical form alone, in either letter case; `QUuid` itself takes more.
 std::optional<QUuid> uuidFromCanonicalText(const QString &text)
@@ -61,147 +44,14 @@ std::optional<TranscriptionHistoryItem> decodeItem(const QJsonValue &value)
 
 QString caseName(TranscriptionState state)
 {
-    switch (state) {
-    case TranscriptionState::idle:
-        return QStringLiteral("idle");
-    case TranscriptionState::listening:
-        return QStringLiteral("listening");
-    case TranscriptionState::transcribing:
-        return QStringLiteral("transcribing");
-    case TranscriptionState::inserting:
-        return QStringLiteral("inserting");
-    }
-    Q_UNREACHABLE();
-}
-
-QString rawValue(RecordingMode mode)
-{
-    switch (mode) {
-    case RecordingMode::holdToTalk:
-        return QStringLiteral("Hold to Talk");
-    case RecordingMode::toggle:
-        return QStringLiteral("Toggle");
-    }
-    Q_UNREACHABLE();
-}
-
-QString rawValue(ModelPreset preset)
-{
-    switch (preset) {
-    case ModelPreset::small:
-        return QStringLiteral("Small");
-    case ModelPreset::medium:
-        return QStringLiteral("Medium");
-    case ModelPreset::large:
-        return QStringLiteral("Large");
-    }
-    Q_UNREACHABLE();
-}
-
-QString rawValue(WhisperLanguage language)
-{
-    switch (language) {
-    case WhisperLanguage::english:
-        return QStringLiteral("en");
-    case WhisperLanguage::polish:
-        return QStringLiteral("pl");
-    case WhisperLanguage::german:
-        return QStringLiteral("de");
-    case WhisperLanguage::spanish:
-        return QStringLiteral("es");
-    case WhisperLanguage::french:
-        return QStringLiteral("fr");
-    case WhisperLanguage::italian:
-        return QStringLiteral("it");
-    case WhisperLanguage::portuguese:
-        return QStringLiteral("pt");
-    case WhisperLanguage::russian:
-        return QStringLiteral("ru");
-    case WhisperLanguage::japanese:
-        return QStringLiteral("ja");
-    case WhisperLanguage::chinese:
-        return QStringLiteral("zh");
-    case WhisperLanguage::auto_:
-        return QStringLiteral("auto");
-    }
-    Q_UNREACHABLE();
-}
-
-template <>
-std::span<const RecordingMode> allCases<RecordingMode>()
-{
-    return recordingModes;
-}
-
-template <>
-std::span<const ModelPreset> allCases<ModelPreset>()
-{
-    return modelPresets;
-}
-
-template <>
-std::span<const WhisperLanguage> allCases<WhisperLanguage>()
-{
-    return whisperLanguages;
-}
-
-template <>
-std::optional<RecordingMode> fromRawValue<RecordingMode>(QStringView rawValue)
-{
-    return findRawValue<RecordingMode>(rawValue);
-}
-
-template <>
-std::optional<ModelPreset> fromRawValue<ModelPreset>(QStringView rawValue)
-{
-    return findRawValue<ModelPreset>(rawValue);
-}
-
-template <>
-std::optional<WhisperLanguage> fromRawValue<WhisperLanguage>(QStringView rawValue)
-{
-    return findRawValue<WhisperLanguage>(rawValue);
-}
-
-QString displayName(WhisperLanguage language)
-{
-    switch (language) {
-    case WhisperLanguage::english:
-        return QStringLiteral("English");
-    case WhisperLanguage::polish:
-        return QStringLiteral("Polish");
-    case WhisperLanguage::german:
-        return QStringLiteral("German");
-    case WhisperLanguage::spanish:
-        return QStringLiteral("Spanish");
-    case WhisperLanguage::french:
-        return QStringLiteral("French");
-    case WhisperLanguage::italian:
-        return QStringLiteral("Italian");
-    case WhisperLanguage::portuguese:
-        return QStringLiteral("Portuguese");
-    case WhisperLanguage::russian:
-        return QStringLiteral("Russian");
-    case WhisperLanguage::japanese:
-        return QStringLiteral("Japanese");
-    case WhisperLanguage::chinese:
-        return QStringLiteral("Chinese");
-    case WhisperLanguage::auto_:
-        return QStringLiteral("Auto-detect");
-    }
-    Q_UNREACHABLE();
+    return QString::fromLatin1(
+        QMetaEnum::fromType<TranscriptionState>().valueToKey(static_cast<int>(state)));
 }
 
 std::optional<QString> hint(WhisperLanguage language)
 {
-    switch (language) {
-    case WhisperLanguage::english:
-        return QStringLiteral("Best accuracy");
-    case WhisperLanguage::auto_:
-        return QStringLiteral("May be slower");
-    default:
-        return std::nullopt;
-    }
+    const QStringView remark = enumCase(language).remark;
+    return remark.isEmpty() ? std::nullopt : std::optional(remark.toString());
 }
 
 TranscriptionHistoryItem TranscriptionHistoryItem::now(const QString &text)

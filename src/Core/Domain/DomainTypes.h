@@ -1,13 +1,19 @@
 #pragma once
 
+#include "Core/Domain/EnumTable.h"
+
 #include <QDateTime>
 #include <QJsonObject>
+#include <QObject>
 #include <QString>
 #include <QUuid>
 #include <optional>
 #include <span>
 
 namespace Velloro {
+
+// In QML the enumerations are those of `Domain`.
+Q_NAMESPACE
 
 /// The phase of a dictation.
 enum class TranscriptionState {
@@ -16,13 +22,32 @@ enum class TranscriptionState {
     transcribing, ///< Recording has stopped; the audio is being transcribed and inserted.
     inserting,    ///< Text is being inserted into the target application.
 };
+Q_ENUM_NS(TranscriptionState)
 
-/// How the hotkey drives recording. Raw values: "Hold to Talk", "Toggle".
+/// The case's name, for log lines.
+[[nodiscard]] QString caseName(TranscriptionState state);
+
+/// How the hotkey drives recording. The raw value is shown, too.
 enum class RecordingMode { holdToTalk, toggle };
+Q_ENUM_NS(RecordingMode)
 
-/// The three models between which the user switches. Raw values: "Small", "Medium", "Large". The
-/// order of the cases is significant: it decides which `WhisperModelType` a preset loads.
+template <>
+inline constexpr auto enumTable<RecordingMode> = std::to_array<EnumCase<RecordingMode>>({
+    {RecordingMode::holdToTalk, u"Hold to Talk"},
+    {RecordingMode::toggle, u"Toggle"},
+});
+
+/// The three models between which the user switches. The raw value is shown, too. The order of the
+/// cases is significant: it decides which `WhisperModelType` a preset loads.
 enum class ModelPreset { small, medium, large };
+Q_ENUM_NS(ModelPreset)
+
+template <>
+inline constexpr auto enumTable<ModelPreset> = std::to_array<EnumCase<ModelPreset>>({
+    {ModelPreset::small, u"Small"},
+    {ModelPreset::medium, u"Medium"},
+    {ModelPreset::large, u"Large"},
+});
 
 /// The language that is spoken. The raw value is the recogniser's language code, or "auto".
 enum class WhisperLanguage {
@@ -36,29 +61,26 @@ enum class WhisperLanguage {
     russian,
     japanese,
     chinese,
-    auto_, ///< Automatic detection ("auto").
+    auto_, ///< Automatic detection.
 };
+Q_ENUM_NS(WhisperLanguage)
 
-/// The case's name as it stands in log lines.
-[[nodiscard]] QString caseName(TranscriptionState state);
+template <>
+inline constexpr auto enumTable<WhisperLanguage> = std::to_array<EnumCase<WhisperLanguage>>({
+    {WhisperLanguage::english, u"en", u"English", u"Best accuracy"},
+    {WhisperLanguage::polish, u"pl", u"Polish"},
+    {WhisperLanguage::german, u"de", u"German"},
+    {WhisperLanguage::spanish, u"es", u"Spanish"},
+    {WhisperLanguage::french, u"fr", u"French"},
+    {WhisperLanguage::italian, u"it", u"Italian"},
+    {WhisperLanguage::portuguese, u"pt", u"Portuguese"},
+    {WhisperLanguage::russian, u"ru", u"Russian"},
+    {WhisperLanguage::japanese, u"ja", u"Japanese"},
+    {WhisperLanguage::chinese, u"zh", u"Chinese"},
+    {WhisperLanguage::auto_, u"auto", u"Auto-detect", u"May be slower"},
+});
 
-/// The text that is persisted and, for modes and presets, shown.
-[[nodiscard]] QString rawValue(RecordingMode mode);
-[[nodiscard]] QString rawValue(ModelPreset preset);
-[[nodiscard]] QString rawValue(WhisperLanguage language);
-
-/// The case with exactly this raw value (case-sensitive), or nothing. `E` is one of
-/// `RecordingMode`, `ModelPreset` and `WhisperLanguage`.
-template <typename E>
-[[nodiscard]] std::optional<E> fromRawValue(QStringView rawValue);
-
-/// All cases in declaration order.
-template <typename E>
-[[nodiscard]] std::span<const E> allCases();
-
-/// The language's name as it is shown.
-[[nodiscard]] QString displayName(WhisperLanguage language);
-/// A short hint beside the name, where there is one.
+/// A short hint beside the language's name, where there is one.
 [[nodiscard]] std::optional<QString> hint(WhisperLanguage language);
 
 /// One entry of the transcription history.

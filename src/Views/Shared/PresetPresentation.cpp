@@ -1,59 +1,60 @@
 #include "Views/Shared/PresetPresentation.h"
 
 #include <QCoreApplication>
+#include <algorithm>
 
 namespace Velloro::PresetPresentation {
 
+namespace {
+
+struct Presentation
+{
+    ModelPreset preset;
+    const char *title;
+    const char *label;
+    QStringView symbol;
+    QStringView tint;
+};
+
+constexpr Presentation presentations[] = {
+    {ModelPreset::small, QT_TRANSLATE_NOOP("PresetPresentation", "Small"),
+     QT_TRANSLATE_NOOP("PresetPresentation", "Fast"), u"hare", u"green"},
+    {ModelPreset::medium, QT_TRANSLATE_NOOP("PresetPresentation", "Medium"),
+     QT_TRANSLATE_NOOP("PresetPresentation", "Balanced"), u"scalemass", u"orange"},
+    {ModelPreset::large, QT_TRANSLATE_NOOP("PresetPresentation", "Large"),
+     QT_TRANSLATE_NOOP("PresetPresentation", "Accurate"), u"checkmark.seal", u"purple"},
+};
+
+const Presentation &of(ModelPreset preset)
+{
+    return *std::ranges::find(presentations, preset, &Presentation::preset);
+}
+
+QString translated(const char *text)
+{
+    return QCoreApplication::translate("PresetPresentation", text);
+}
+
+} // namespace
+
 QString title(ModelPreset preset)
 {
-    switch (preset) {
-    case ModelPreset::small:
-        return QCoreApplication::translate("PresetPresentation", "Small");
-    case ModelPreset::medium:
-        return QCoreApplication::translate("PresetPresentation", "Medium");
-    case ModelPreset::large:
-        return QCoreApplication::translate("PresetPresentation", "Large");
-    }
-    Q_UNREACHABLE();
+    return translated(of(preset).title);
 }
 
 QString label(ModelPreset preset)
 {
-    switch (preset) {
-    case ModelPreset::small:
-        return QCoreApplication::translate("PresetPresentation", "Fast");
-    case ModelPreset::medium:
-        return QCoreApplication::translate("PresetPresentation", "Balanced");
-    case ModelPreset::large:
-        return QCoreApplication::translate("PresetPresentation", "Accurate");
-    }
-    Q_UNREACHABLE();
+    return translated(of(preset).label);
 }
 
 QString symbol(ModelPreset preset)
 {
-    switch (preset) {
-    case ModelPreset::small:
-        return QStringLiteral("hare");
-    case ModelPreset::medium:
-        return QStringLiteral("scalemass");
-    case ModelPreset::large:
-        return QStringLiteral("checkmark.seal");
-    }
-    Q_UNREACHABLE();
+    return of(preset).symbol.toString();
 }
 
 QString tint(ModelPreset preset)
 {
-    switch (preset) {
-    case ModelPreset::small:
-        return QStringLiteral("green");
-    case ModelPreset::medium:
-        return QStringLiteral("orange");
-    case ModelPreset::large:
-        return QStringLiteral("purple");
-    }
-    Q_UNREACHABLE();
+    return of(preset).tint.toString();
 }
 
 } // namespace Velloro::PresetPresentation

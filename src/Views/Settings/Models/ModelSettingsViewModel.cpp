@@ -17,7 +17,7 @@ ModelSettingsViewModel::ModelSettingsViewModel(AppState &appState, QObject *pare
 {
     for (const ModelPreset preset : allCases<ModelPreset>())
         m_presets << new PresetConfigRowViewModel(preset, appState, this);
-    for (const ModelSize size : allModelSizes()) {
+    for (const ModelSize size : allCases<ModelSize>()) {
         QList<CatalogModelRowViewModel *> rows;
         for (const WhisperModelInfo &info : ModelCatalog::allModels()) {
             if (info.size == size)
@@ -30,14 +30,14 @@ ModelSettingsViewModel::ModelSettingsViewModel(AppState &appState, QObject *pare
 QStringList ModelSettingsViewModel::categories() const
 {
     QStringList names;
-    for (const ModelCategory category : allModelCategories())
+    for (const ModelCategory category : allCases<ModelCategory>())
         names << displayName(category);
     return names;
 }
 
 int ModelSettingsViewModel::categoryIndex() const
 {
-    const auto all = allModelCategories();
+    const auto all = allCases<ModelCategory>();
     return int(std::ranges::find(all, m_selectedCategory) - all.begin());
 }
 
@@ -53,7 +53,7 @@ QString ModelSettingsViewModel::modelsDirectory() const
 
 void ModelSettingsViewModel::selectCategory(int index)
 {
-    const auto all = allModelCategories();
+    const auto all = allCases<ModelCategory>();
     if (index >= 0 && index < int(all.size()))
         setSelectedCategory(all[size_t(index)]);
 }

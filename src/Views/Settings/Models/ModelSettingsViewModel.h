@@ -36,7 +36,10 @@ public:
     [[nodiscard]] const QList<QObject *> &presets() const { return m_presets; }
     [[nodiscard]] QStringList categories() const;
     [[nodiscard]] int categoryIndex() const;
-    [[nodiscard]] QString categoryDescription() const { return description(m_selectedCategory); }
+    [[nodiscard]] QString categoryDescription() const
+    {
+        return enumCase(m_selectedCategory).remark.toString();
+    }
     [[nodiscard]] QList<QObject *> groups() const;
     [[nodiscard]] QString modelsDirectory() const;
 
