@@ -257,7 +257,7 @@ TEST_F(X11HotkeyTest, theUsersOtherPressesAreCounted)
     KeyWindow window;
     ASSERT_TRUE(window.isReady);
     PhysicalKeyboard other(nullptr, onScreenKeyboard);
-    X11KeyboardEvents strokes(connection);
+    X11KeyboardEvents strokes(connection, std::make_shared<PasteCoordinator>());
     X11UserInput input(connection);
     registerOptionSpace();
     keyboard.tap(Key::a);
