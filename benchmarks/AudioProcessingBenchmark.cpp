@@ -20,8 +20,8 @@ const std::array<std::vector<float>, 2> &channels()
         for (size_t channel = 0; channel < each.size(); ++channel) {
             each[channel].resize(static_cast<size_t>(inputRate));
             for (size_t i = 0; i < each[channel].size(); ++i) {
-                each[channel][i] =
-                    0.3F * std::sin(static_cast<float>(i) * 0.05F * static_cast<float>(channel + 1));
+                each[channel][i] = 0.3F
+                    * std::sin(static_cast<float>(i) * 0.05F * static_cast<float>(channel + 1));
             }
         }
         return each;

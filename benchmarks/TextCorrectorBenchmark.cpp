@@ -1,5 +1,7 @@
 #include "Managers/TextCorrector.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QStringList>
 #include <benchmark/benchmark.h>
 #include <unicode/regex.h>
@@ -10,11 +12,11 @@ namespace {
 const QString &transcript()
 {
     static const QString text = [] {
-        const QString sentence = QStringLiteral(
-            "[BLANK_AUDIO] Um, so I wanted to write down the the main points of this morning's "
-            "meeting before I forget them. The other team has finished their part, you know, and "
-            "they hope to see ours next week . We should, uh, probably start with the summary, "
-            "because everybody will read that first, and then go on ");
+        const QString sentence
+            = u"[BLANK_AUDIO] Um, so I wanted to write down the the main points of this morning's "
+              "meeting before I forget them. The other team has finished their part, you know, and "
+              "they hope to see ours next week . We should, uh, probably start with the summary, "
+              "because everybody will read that first, and then go on "_s;
         QStringList words;
         while (words.size() < 200)
             words += sentence.split(u' ', Qt::SkipEmptyParts);
@@ -25,7 +27,7 @@ const QString &transcript()
 
 void correct(benchmark::State &state)
 {
-    const QString language = QStringLiteral("en");
+    const QString language = u"en"_s;
     for ([[maybe_unused]] auto iteration : state)
         benchmark::DoNotOptimize(Velloro::TextCorrector::correct(transcript(), language));
 }

@@ -14,9 +14,8 @@ extern "C" int __wrap_whisper_full_with_state(whisper_context *context, whisper_
                                               int count)
 {
     using Seconds = std::chrono::duration<double>;
-    const auto now = [] {
-        return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count();
-    };
+    const auto now
+        = [] { return Seconds(std::chrono::steady_clock::now().time_since_epoch()).count(); };
     const double start = now();
     const int code = __real_whisper_full_with_state(context, state, parameters, samples, count);
     std::printf("[Timing] whisper_full %.6f %.6f\n", start, now());

@@ -1,6 +1,7 @@
 #include "AppDelegate.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 
 #include <QGuiApplication>
 #include <QTimer>
@@ -15,7 +16,7 @@ namespace {
 void logFailure(const LoginItem::Result &result)
 {
     if (!result)
-        Log::line(u"Failed to set launch at login: "_qs + result.error().localizedDescription);
+        Log::line(u"Failed to set launch at login: "_s + result.error().localizedDescription);
 }
 
 } // namespace
@@ -48,8 +49,8 @@ void AppDelegate::setupDictation()
 {
     if (m_dictationController)
         return;
-    m_dictationController
-        = std::make_unique<DictationController>(m_appState, m_platform, m_hotkeyManager, m_makePill);
+    m_dictationController = std::make_unique<DictationController>(m_appState, m_platform,
+                                                                  m_hotkeyManager, m_makePill);
     m_hotkeyManager.registerHotkey();
     m_dictationController->updatePermissionStatus();
     m_appState.whisperManager().refreshModelStates();
@@ -71,7 +72,7 @@ void AppDelegate::bringOnboardingToFront()
         return;
     const QWindowList windows = QGuiApplication::topLevelWindows();
     const auto onboarding = std::find_if(windows.begin(), windows.end(), [](const QWindow *window) {
-        return window->title() == QStringLiteral("Welcome to Velloro");
+        return window->title() == u"Welcome to Velloro"_s;
     });
     if (onboarding == windows.end())
         return;

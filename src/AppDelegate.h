@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Core/State/AppState.h"
 #include "Core/Dictation/DictationController.h"
 #include "Core/Dictation/PresetModelLoader.h"
+#include "Core/State/AppState.h"
 
 #include <QObject>
 #include <memory>

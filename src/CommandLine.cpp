@@ -1,5 +1,7 @@
 #include "CommandLine.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
@@ -30,17 +32,15 @@ std::optional<CommandLine::Answer> CommandLine::read(const QStringList &argument
 {
     QCommandLineParser parser;
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    parser.setApplicationDescription(QStringLiteral(
-        "Dictation into any application: hold the hotkey, speak, and release it.\n"
-        "Started a second time, it opens the panel of the Velloro that is running."));
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("Print this help and exit."));
-    const QCommandLineOption version({QStringLiteral("v"), QStringLiteral("version")},
-                                     QStringLiteral("Print the version and exit."));
+    parser.setApplicationDescription(
+        u"Dictation into any application: hold the hotkey, speak, and release it.\n"
+        "Started a second time, it opens the panel of the Velloro that is running."_s);
+    const QCommandLineOption help({u"h"_s, u"help"_s}, u"Print this help and exit."_s);
+    const QCommandLineOption version({u"v"_s, u"version"_s}, u"Print the version and exit."_s);
     parser.addOptions({help, version});
     for (const char *name : toolkitOptions) {
         QCommandLineOption option(QString::fromLatin1(name));
-        option.setValueName(QStringLiteral("value"));
+        option.setValueName(u"value"_s);
         option.setFlags(QCommandLineOption::HiddenFromHelp);
         parser.addOption(option);
     }
@@ -49,11 +49,9 @@ std::optional<CommandLine::Answer> CommandLine::read(const QStringList &argument
     if (!parser.parse(arguments))
         fault = parser.errorText();
     else if (!parser.positionalArguments().isEmpty())
-        fault
-            = QStringLiteral("Unexpected argument '%1'.").arg(parser.positionalArguments().first());
+        fault = u"Unexpected argument '%1'."_s.arg(parser.positionalArguments().first());
     if (!fault.isEmpty()) {
-        return Answer{usageError,
-                      QStringLiteral("velloro: %1\nTry 'velloro --help'.\n").arg(fault)};
+        return Answer{usageError, u"velloro: %1\nTry 'velloro --help'.\n"_s.arg(fault)};
     }
     if (parser.isSet(help))
         return Answer{0, helpText(parser)};

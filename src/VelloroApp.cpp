@@ -10,12 +10,13 @@ VelloroApp::VelloroApp(Platform &platform, HotkeyManager &hotkeyManager,
                        const QString &repositoryBaseUrl, QObject *parent)
     : QObject(parent)
     , m_viewEngine(*platform.appearance)
-    , m_appDelegate(platform, hotkeyManager,
-                    [this, &platform] {
-                        return std::make_unique<RecordingPillWindowController>(
-                            m_viewEngine, *platform.screenFrames);
-                    },
-                    repositoryBaseUrl)
+    , m_appDelegate(
+          platform, hotkeyManager,
+          [this, &platform] {
+              return std::make_unique<RecordingPillWindowController>(m_viewEngine,
+                                                                     *platform.screenFrames);
+          },
+          repositoryBaseUrl)
     , m_menuBarExtra(platform, m_appDelegate.appState(), hotkeyManager, m_viewEngine)
     , m_settingsWindow(platform, m_appDelegate.appState(), hotkeyManager, m_viewEngine)
     , m_onboardingWindow(platform, m_appDelegate.appState(), hotkeyManager, m_viewEngine)

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "AppDelegate.h"
-#include "Views/Tray/MenuBarExtra.h"
 #include "Views/Onboarding/OnboardingWindowController.h"
 #include "Views/Settings/SettingsWindowController.h"
+#include "Views/Tray/MenuBarExtra.h"
 #include "Views/Windows/ViewEngine.h"
 
 #include <QObject>

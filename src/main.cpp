@@ -1,5 +1,6 @@
 #include "Base/Log.h"
 #include "Base/SerialExecutor.h"
+#include "Base/StringLiterals.h"
 #include "CommandLine.h"
 #include "Managers/HotkeyManager.h"
 #include "Platform/Linux/LinuxPlatform.h"
@@ -31,9 +32,9 @@ int run(int argc, char **argv)
     std::signal(SIGPIPE, SIG_IGN);
 
     QApplication application(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("Velloro"));
-    QApplication::setDesktopFileName(QStringLiteral("velloro"));
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/velloro.svg")));
+    QApplication::setApplicationName(u"Velloro"_s);
+    QApplication::setDesktopFileName(u"velloro"_s);
+    QApplication::setWindowIcon(QIcon(u":/velloro.svg"_s));
 
     SingleInstance instance;
     if (!instance.acquire())

@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/DictationControllerTestBase.h"
 
 #include <QSignalSpy>
@@ -32,10 +33,9 @@ protected:
         delegate.reset();
         hotkeys.reset();
         hotkeys = std::make_unique<HotkeyManager>(memory.platform);
-        delegate = std::make_unique<AppDelegate>(
-            memory.platform, *hotkeys, [this] {
-                return std::make_unique<RecordedPill>([this](const QString &call) { pill << call; });
-            });
+        delegate = std::make_unique<AppDelegate>(memory.platform, *hotkeys, [this] {
+            return std::make_unique<RecordedPill>([this](const QString &call) { pill << call; });
+        });
         delegate->applicationDidFinishLaunching();
     }
     [[nodiscard]] AppState &appState() const { return delegate->appState(); }
@@ -49,8 +49,8 @@ protected:
 
 TEST_F(AppDelegateTest, SetsDictationUpOnce)
 {
-    addModel(u"small"_qs);
-    memory.loginItem->error = PlatformError{13, u"Permission denied"_qs};
+    addModel(u"small"_s);
+    memory.loginItem->error = PlatformError{13, u"Permission denied"_s};
     int updaterStarts = 0;
     memory.platform.updater = std::make_unique<CountedUpdater>(updaterStarts);
     QGuiApplication::setQuitOnLastWindowClosed(true);
@@ -61,8 +61,8 @@ TEST_F(AppDelegateTest, SetsDictationUpOnce)
     EXPECT_TRUE(appState().hasMicrophonePermission());
     EXPECT_TRUE(appState().hasAccessibilityPermission());
     EXPECT_EQ(appState().downloadedModels(), AppState::PresetSet{ModelPreset::small});
-    EXPECT_EQ(memory.loginItem->calls, QStringList{u"refresh"_qs});
-    EXPECT_TRUE(log.lines().contains(u"Failed to set launch at login: Permission denied"_qs));
+    EXPECT_EQ(memory.loginItem->calls, QStringList{u"refresh"_s});
+    EXPECT_TRUE(log.lines().contains(u"Failed to set launch at login: Permission denied"_s));
     ASSERT_TRUE(waitForModel());
 
     const DictationController *controller = delegate->dictationController();
@@ -71,29 +71,28 @@ TEST_F(AppDelegateTest, SetsDictationUpOnce)
     EXPECT_EQ(memory.hotkeyRegistration->attempts.size(), 1U);
 
     // What is put into the folder by hand is found at the next launch.
-    addModel(u"medium"_qs);
+    addModel(u"medium"_s);
     start();
     EXPECT_TRUE(appState().downloadedModels().contains(ModelPreset::medium));
 }
 
 TEST_F(AppDelegateTest, LaunchAtLoginRegistersAndLogsARefusal)
 {
-    memory.userDefaults->setValue(u"velloro.launchAtLogin"_qs, true);
+    memory.userDefaults->setValue(u"velloro.launchAtLogin"_s, true);
     start();
-    EXPECT_EQ(memory.loginItem->calls, QStringList{u"refresh"_qs})
+    EXPECT_EQ(memory.loginItem->calls, QStringList{u"refresh"_s})
         << "the initial value is no change";
-    memory.loginItem->error = PlatformError{30, u"Read-only file system"_qs};
+    memory.loginItem->error = PlatformError{30, u"Read-only file system"_s};
     appState().setLaunchAtLogin(false);
     appState().setLaunchAtLogin(true);
-    EXPECT_EQ(memory.loginItem->calls,
-              QStringList({u"refresh"_qs, u"unregister"_qs, u"register"_qs}));
+    EXPECT_EQ(memory.loginItem->calls, QStringList({u"refresh"_s, u"unregister"_s, u"register"_s}));
     EXPECT_TRUE(appState().launchAtLogin()) << "the choice stays";
-    EXPECT_EQ(log.lines().count(u"Failed to set launch at login: Read-only file system"_qs), 2);
+    EXPECT_EQ(log.lines().count(u"Failed to set launch at login: Read-only file system"_s), 2);
 }
 
 TEST_F(AppDelegateTest, EndsAtOnceInTheMiddleOfARecording)
 {
-    addModel(u"small"_qs);
+    addModel(u"small"_s);
     start();
     ASSERT_TRUE(waitForModel());
     press();
@@ -115,9 +114,9 @@ TEST_F(AppDelegateTest, EndsAtOnceInTheMiddleOfARecording)
 TEST_F(AppDelegateTest, BringsTheFirstRunToTheFrontUntilItIsCompleted)
 {
     QWindow other;
-    other.setTitle(u"Welcome to something else"_qs);
+    other.setTitle(u"Welcome to something else"_s);
     QWindow welcome;
-    welcome.setTitle(u"Welcome to Velloro"_qs);
+    welcome.setTitle(u"Welcome to Velloro"_s);
     welcome.show();
     other.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&welcome));

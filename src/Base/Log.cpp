@@ -1,6 +1,7 @@
 #include "Base/Log.h"
 
 #include "Base/LogOutput.h"
+#include "Base/StringLiterals.h"
 
 #include <mutex>
 #include <unistd.h>
@@ -31,7 +32,7 @@ LogOutput &standardOutput()
 
 void line(QStringView tag, const QString &message)
 {
-    line(QStringLiteral("[%1] ").arg(tag) + message);
+    line(u"[%1] "_s.arg(tag) + message);
 }
 
 void line(const QString &message)

@@ -66,10 +66,7 @@ public:
     }
 
 private:
-    [[nodiscard]] int descriptor() const
-    {
-        return m_own.isOpen() ? m_own.get() : m_descriptor;
-    }
+    [[nodiscard]] int descriptor() const { return m_own.isOpen() ? m_own.get() : m_descriptor; }
 
     ssize_t writeSome(const QByteArray &bytes) const
     {

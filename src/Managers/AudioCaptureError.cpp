@@ -1,5 +1,7 @@
 #include "Managers/AudioCaptureError.h"
 
+#include "Base/StringLiterals.h"
+
 namespace Velloro {
 
 QString localizedDescription(const CaptureStartError &error)
@@ -8,9 +10,9 @@ QString localizedDescription(const CaptureStartError &error)
         return platformError->description();
     switch (std::get<AudioCaptureError>(error)) {
     case AudioCaptureError::engineNotInitialized:
-        return QStringLiteral("The audio engine could not be created");
+        return u"The audio engine could not be created"_s;
     case AudioCaptureError::permissionDenied:
-        return QStringLiteral("The microphone may not be recorded");
+        return u"The microphone may not be recorded"_s;
     }
     return {};
 }

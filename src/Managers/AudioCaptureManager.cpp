@@ -1,6 +1,7 @@
 #include "Managers/AudioCaptureManager.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 #include "Managers/AudioProcessing.h"
 
 #include <QCoroFuture>
@@ -22,13 +23,14 @@ QString rateText(double rate)
 {
     QString text = QString::number(rate, 'f', QLocale::FloatingPointShortest);
     if (!text.contains(u'.'))
-        text += QStringLiteral(".0");
+        text += u".0"_s;
     return text;
 }
 
 // The handler is kept alive here: when it is a coroutine lambda, its captures are its own.
-QCoro::Task<void> runChunkHandler(
-    std::shared_ptr<const AudioCaptureManager::AsyncChunkHandler> handler, std::vector<float> chunk)
+QCoro::Task<void>
+runChunkHandler(std::shared_ptr<const AudioCaptureManager::AsyncChunkHandler> handler,
+                std::vector<float> chunk)
 {
     co_await (*handler)(std::move(chunk));
 }
@@ -84,12 +86,11 @@ AudioCaptureManager::startRecording(StreamingCallback streamingCallback)
     m_processor = std::make_shared<CaptureProcessor>(format.sampleRate, tapBufferSize,
                                                      std::move(streamingCallback));
 
-    m_audioEngine->installTap(
-        tapBufferSize, format,
-        [processor = std::weak_ptr(m_processor)](const AudioBuffer &buffer) {
-            if (const auto target = processor.lock())
-                target->process(buffer);
-        });
+    m_audioEngine->installTap(tapBufferSize, format,
+                              [processor = std::weak_ptr(m_processor)](const AudioBuffer &buffer) {
+                                  if (const auto target = processor.lock())
+                                      target->process(buffer);
+                              });
     if (auto started = m_audioEngine->start(); !started) {
         m_audioEngine->removeTap();
         m_processor.reset();
@@ -100,8 +101,8 @@ AudioCaptureManager::startRecording(StreamingCallback streamingCallback)
     m_recordingStartTime.start();
     m_durationTimer.start();
     Log::line(u"AudioCapture",
-              QStringLiteral("Started recording at %1Hz, resampling to %2Hz")
-                  .arg(rateText(format.sampleRate), rateText(AudioProcessing::targetSampleRate)));
+              u"Started recording at %1Hz, resampling to %2Hz"_s.arg(
+                  rateText(format.sampleRate), rateText(AudioProcessing::targetSampleRate)));
     Q_EMIT isRecordingChanged();
     return {};
 }
@@ -139,8 +140,7 @@ std::vector<float> AudioCaptureManager::stopRecording()
     const auto processor = std::exchange(m_processor, nullptr);
     std::vector<float> recording = processor->finish();
     deliver(processor->takeReport());
-    Log::line(u"AudioCapture",
-              QStringLiteral("Stopped recording, captured %1 samples").arg(recording.size()));
+    Log::line(u"AudioCapture", u"Stopped recording, captured %1 samples"_s.arg(recording.size()));
     setRecordingDuration(0);
     Q_EMIT isRecordingChanged();
     return recording;

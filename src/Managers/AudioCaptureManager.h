@@ -70,8 +70,8 @@ Q_SIGNALS:
     void captureInterrupted();
 
 private:
-    using ChunkQueue =
-        HandOffQueue<std::vector<float>, CaptureProcessor::maximumChunksPerReplenish>;
+    using ChunkQueue
+        = HandOffQueue<std::vector<float>, CaptureProcessor::maximumChunksPerReplenish>;
 
     void setupAudioEngineIfNeeded();
     void collectChunks();

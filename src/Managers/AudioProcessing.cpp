@@ -12,7 +12,8 @@ namespace {
 /// How many of the first `outputs` samples lie between two samples of the input.
 size_t successorCount(size_t inputs, double ratio, size_t outputs)
 {
-    while (outputs > 0 && static_cast<size_t>(ratio * static_cast<double>(outputs - 1)) + 1 >= inputs)
+    while (outputs > 0
+           && static_cast<size_t>(ratio * static_cast<double>(outputs - 1)) + 1 >= inputs)
         --outputs;
     return outputs;
 }

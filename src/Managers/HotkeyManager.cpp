@@ -1,6 +1,7 @@
 #include "Managers/HotkeyManager.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 
 #include <limits>
 #include <utility>
@@ -9,8 +10,8 @@ namespace Velloro {
 
 namespace {
 
-const QString kHotkeyKeyCode = QStringLiteral("VelloroHotkeyKeyCode");
-const QString kHotkeyModifiers = QStringLiteral("VelloroHotkeyModifiers");
+const QString kHotkeyKeyCode = u"VelloroHotkeyKeyCode"_s;
+const QString kHotkeyModifiers = u"VelloroHotkeyModifiers"_s;
 
 // 'VLRO', the four characters big-endian.
 constexpr uint32_t hotkeySignature = 0x564C524F;
@@ -81,10 +82,9 @@ std::optional<int32_t> HotkeyManager::tryToRegister()
 void HotkeyManager::reportStatus(std::optional<int32_t> status)
 {
     if (status) {
-        Log::line(u"HotkeyManager", QStringLiteral("Failed to register hotkey: %1").arg(*status));
+        Log::line(u"HotkeyManager", u"Failed to register hotkey: %1"_s.arg(*status));
     } else {
-        Log::line(u"HotkeyManager",
-                  QStringLiteral("Registered hotkey: %1").arg(hotkeyDisplayString()));
+        Log::line(u"HotkeyManager", u"Registered hotkey: %1"_s.arg(hotkeyDisplayString()));
     }
     if (std::exchange(m_registrationStatus, status) != status)
         Q_EMIT registrationStatusChanged();
@@ -102,8 +102,7 @@ void HotkeyManager::updateHotkey(uint32_t keyCode, uint32_t modifiers)
     setCurrentKeyCode(keyCode);
     setCurrentModifiers(modifiers);
     registerHotkey();
-    Log::line(u"HotkeyManager",
-              QStringLiteral("Updated hotkey to: %1").arg(hotkeyDisplayString()));
+    Log::line(u"HotkeyManager", u"Updated hotkey to: %1"_s.arg(hotkeyDisplayString()));
 }
 
 void HotkeyManager::cleanup()
@@ -132,8 +131,8 @@ QString HotkeyManager::hotkeyDisplayString() const
 
 QString HotkeyManager::string(uint32_t keyCode, uint32_t modifiers)
 {
-    const uint32_t mask =
-        modifiers > largestClassicMask ? nsEventToCarbonModifiers(modifiers) : modifiers;
+    const uint32_t mask = modifiers > largestClassicMask ? nsEventToCarbonModifiers(modifiers)
+                                                         : modifiers;
     QString text;
     if (mask & cmdKey)
         text += u'⌘';
@@ -148,13 +147,13 @@ QString HotkeyManager::string(uint32_t keyCode, uint32_t modifiers)
     case 0:
         return text;
     case 36:
-        return text + QStringLiteral("Return");
+        return text + u"Return"_s;
     case 48:
-        return text + QStringLiteral("Tab");
+        return text + u"Tab"_s;
     case 49:
-        return text + QStringLiteral("Space");
+        return text + u"Space"_s;
     case 53:
-        return text + QStringLiteral("Esc");
+        return text + u"Esc"_s;
     default:
         return text + keyString(static_cast<int>(keyCode));
     }
@@ -170,22 +169,31 @@ QString HotkeyManager::keyString(int keyCode)
 {
     // By virtual key code: the keys of a US keyboard.
     static constexpr const char16_t *names[127] = {
-        u"A", u"S", u"D", u"F", u"H", u"G", u"Z", u"X", u"C", u"V",                    // 0
-        nullptr, u"B", u"Q", u"W", u"E", u"R", u"Y", u"T", u"1", u"2",                 // 10
-        u"3", u"4", u"6", u"5", u"=", u"9", u"7", u"-", u"8", u"0",                    // 20
-        u"]", u"O", u"U", u"[", u"I", u"P", nullptr, u"L", u"J", u"'",                 // 30
-        u"K", u";", u"\\", u",", u"/", u"N", u"M", u".", nullptr, nullptr,             // 40
-        u"`", u"⌫", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, // 50
-        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, u"F5", u"F6", u"F7", u"F3", // 90
-        u"F8", u"F9", nullptr, u"F11", nullptr, nullptr, nullptr, nullptr, nullptr, u"F10", // 100
-        nullptr, u"F12", nullptr, nullptr, nullptr, u"Home", u"PgUp", u"⌦", u"F4", u"End", // 110
-        u"F2", u"PgDn", u"F1", u"←", u"→", u"↓", u"↑",                                 // 120
+        u"A",    u"S",    u"D",    u"F",    u"H",    u"G",    u"Z",    u"X",
+        u"C",    u"V", // 0
+        nullptr, u"B",    u"Q",    u"W",    u"E",    u"R",    u"Y",    u"T",
+        u"1",    u"2", // 10
+        u"3",    u"4",    u"6",    u"5",    u"=",    u"9",    u"7",    u"-",
+        u"8",    u"0", // 20
+        u"]",    u"O",    u"U",    u"[",    u"I",    u"P",    nullptr, u"L",
+        u"J",    u"'", // 30
+        u"K",    u";",    u"\\",   u",",    u"/",    u"N",    u"M",    u".",
+        nullptr, nullptr, // 40
+        u"`",    u"⌫",    nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+        nullptr, nullptr, // 50
+        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+        nullptr, nullptr, nullptr, nullptr, u"F5",   u"F6",   u"F7",   u"F3", // 90
+        u"F8",   u"F9",   nullptr, u"F11",  nullptr, nullptr, nullptr, nullptr,
+        nullptr, u"F10", // 100
+        nullptr, u"F12",  nullptr, nullptr, nullptr, u"Home", u"PgUp", u"⌦",
+        u"F4",   u"End",                                            // 110
+        u"F2",   u"PgDn", u"F1",   u"←",    u"→",    u"↓",    u"↑", // 120
     };
     if (keyCode < 0 || keyCode >= static_cast<int>(std::size(names)) || !names[keyCode])
-        return QStringLiteral("?");
+        return u"?"_s;
     return QString::fromUtf16(names[keyCode]);
 }
 

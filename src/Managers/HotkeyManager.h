@@ -21,7 +21,8 @@ class HotkeyManager : public QObject
     Q_PROPERTY(bool isPaused READ isPaused WRITE setIsPaused NOTIFY isPausedChanged)
     Q_PROPERTY(uint currentKeyCode READ currentKeyCode NOTIFY currentKeyCodeChanged)
     Q_PROPERTY(uint currentModifiers READ currentModifiers NOTIFY currentModifiersChanged)
-    Q_PROPERTY(QString hotkeyDisplayString READ hotkeyDisplayString NOTIFY hotkeyDisplayStringChanged)
+    Q_PROPERTY(
+        QString hotkeyDisplayString READ hotkeyDisplayString NOTIFY hotkeyDisplayStringChanged)
 
 public:
     using Callback = std::function<void()>;

@@ -26,8 +26,8 @@ void PermissionsManager::requestMicrophone()
 {
     // The answer may come on another thread, and when this manager is gone.
     m_platform.captureAuthorization->requestAccess(
-        [manager = QPointer<PermissionsManager>(this), context = QPointer<QCoreApplication>(qApp)](
-            bool isGranted) {
+        [manager = QPointer<PermissionsManager>(this),
+         context = QPointer<QCoreApplication>(qApp)](bool isGranted) {
             if (!context)
                 return;
             QMetaObject::invokeMethod(

@@ -31,13 +31,13 @@ using namespace std::string_view_literals;
 // In these patterns `\s` and `\w` stand in brackets where they are repeated. It means the same, but
 // the engine repeats a set without remembering every single step of it, so that no length of text
 // exhausts its memory.
-constexpr std::u16string_view soundTagPattern =
-    uR"(\[(?:Music|Applause|Laughter|BLANK_AUDIO|inaudible|silence|cough|sneeze|noise|phone ringing|)"
-    uR"(background noise|muzyka|applaus|śmiech|beifall|risas|rires|risate|risos|смех|音楽|拍手|[\w]+)\])";
-constexpr std::u16string_view stageDirectionPattern =
-    uR"(\*(?:stutters?|laughs?|laughing|coughs?|coughing|sneezes?|sneezing|sighs?|sighing|)"
-    uR"(clears throat|breaths?|breathing|pauses?|pausing|inaudible|silence|hesitates?|hesitating|)"
-    uR"(mumbles?|mumbling|whispers?|whispering|chuckles?|chuckling|giggles?|giggling)\*)";
+constexpr std::u16string_view soundTagPattern
+    = uR"(\[(?:Music|Applause|Laughter|BLANK_AUDIO|inaudible|silence|cough|sneeze|noise|phone ringing|)"
+      uR"(background noise|muzyka|applaus|śmiech|beifall|risas|rires|risate|risos|смех|音楽|拍手|[\w]+)\])";
+constexpr std::u16string_view stageDirectionPattern
+    = uR"(\*(?:stutters?|laughs?|laughing|coughs?|coughing|sneezes?|sneezing|sighs?|sighing|)"
+      uR"(clears throat|breaths?|breathing|pauses?|pausing|inaudible|silence|hesitates?|hesitating|)"
+      uR"(mumbles?|mumbling|whispers?|whispering|chuckles?|chuckling|giggles?|giggling)\*)";
 constexpr std::u16string_view repetitionPattern = uR"(\b([\w]+)[\s]+\1\b)";
 constexpr std::u16string_view blanksBeforePunctuationPattern = uR"([\s]+([,\.!?;:]))";
 constexpr std::u16string_view blanksPattern = uR"([\s][\s]+)";
@@ -47,8 +47,8 @@ constexpr std::u16string_view blanksPattern = uR"([\s][\s]+)";
 constexpr std::array<bool, 0x80> asciiWords = [] {
     std::array<bool, 0x80> words{};
     for (char16_t c = 0; c < words.size(); ++c) {
-        words[c] = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') ||
-                   (c >= u'0' && c <= u'9') || c == u'_';
+        words[c] = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9')
+            || c == u'_';
     }
     return words;
 }();
@@ -62,10 +62,11 @@ bool isWord(char32_t c)
 {
     if (c < 0x80)
         return asciiWords[c];
-    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_ALPHABETIC) ||
-           (U_MASK(u_charType(static_cast<UChar32>(c))) &
-            (U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK)) != 0 ||
-           c == 0x200C || c == 0x200D;
+    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_ALPHABETIC)
+        || (U_MASK(u_charType(static_cast<UChar32>(c)))
+            & (U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK))
+        != 0
+        || c == 0x200C || c == 0x200D;
 }
 
 /// Whether the search for a word boundary looks through the character to the one before.
@@ -73,8 +74,8 @@ bool isTransparent(char32_t c)
 {
     if (c < 0x80)
         return false;
-    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_GRAPHEME_EXTEND) ||
-           u_charType(static_cast<UChar32>(c)) == U_FORMAT_CHAR;
+    return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_GRAPHEME_EXTEND)
+        || u_charType(static_cast<UChar32>(c)) == U_FORMAT_CHAR;
 }
 
 /// All white space is in the basic plane, so that a code unit is enough.
@@ -506,8 +507,8 @@ size_t nextRepetition(std::u16string_view text, size_t from)
         size_t second = end;
         while (second < text.size() && isBlank(text[second]))
             ++second;
-        if (start != none && !wordBefore && second > end &&
-            mayRepeat(text.substr(start, end - start), text.substr(second)))
+        if (start != none && !wordBefore && second > end
+            && mayRepeat(text.substr(start, end - start), text.substr(second)))
             return start;
         at = second > end ? second : end;
     }
@@ -573,9 +574,11 @@ void applyPatterns(QString &text, const FillerSet &fillers)
 
 QString TextCorrector::correct(const QString &text, const QString &language)
 {
-    const auto known = std::ranges::find(correctionLanguages, view(language), &CorrectionLanguage::code);
-    const size_t fillers =
-        known == correctionLanguages.end() ? 0 : static_cast<size_t>(known - correctionLanguages.begin());
+    const auto known
+        = std::ranges::find(correctionLanguages, view(language), &CorrectionLanguage::code);
+    const size_t fillers = known == correctionLanguages.end()
+        ? 0
+        : static_cast<size_t>(known - correctionLanguages.begin());
 
     QString corrected = text;
     // The engine counts code units in 32 bits.

@@ -26,8 +26,9 @@ public:
     void finish();
     /// Inserts the text over the selection or at the caret. False only for an empty text.
     bool insertText(const QString &text);
-    /// Whether the text inserted last went nowhere, because another program kept the pasteboard from
-    /// its paste. It does not count as inserted: what is asked below is answered for the one before.
+    /// Whether the text inserted last went nowhere, because another program kept the pasteboard
+    /// from its paste. It does not count as inserted: what is asked below is answered for the one
+    /// before.
     [[nodiscard]] bool wasLastPasteRefused() const { return m_wasPasteRefused; }
     /// Whether the text inserted last was seen to arrive: the application shows what was written,
     /// or has fetched what it was to paste, which is waited for, for a bounded time. A text that is

@@ -1,18 +1,20 @@
 #include "Managers/WhisperError.h"
 
+#include "Base/StringLiterals.h"
+
 namespace Velloro {
 
 QString localizedDescription(WhisperError error)
 {
     switch (error) {
     case WhisperError::modelNotFound:
-        return QStringLiteral("Model file not found. Please download the model first.");
+        return u"Model file not found. Please download the model first."_s;
     case WhisperError::modelNotLoaded:
-        return QStringLiteral("No model is loaded. Please load a model first.");
+        return u"No model is loaded. Please load a model first."_s;
     case WhisperError::downloadFailed:
-        return QStringLiteral("Failed to download the model.");
+        return u"Failed to download the model."_s;
     case WhisperError::transcriptionFailed:
-        return QStringLiteral("Transcription failed.");
+        return u"Transcription failed."_s;
     }
     Q_UNREACHABLE();
 }

@@ -1,6 +1,7 @@
 #include "Managers/WhisperManager.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 #include "Core/Recognition/ModelFile.h"
 
 #include <QCoroFuture>
@@ -24,22 +25,23 @@ WhisperManager::WhisperManager(Platform &platform, const QString &baseUrl, QObje
     , m_selectedModelId(ModelCatalog::defaultModel().id)
     , m_id(QUuid::createUuid().toString(QUuid::WithoutBraces).left(8).toUpper())
 {
-    Log::line(u"WhisperManager-"_qs + m_id, QStringLiteral("init"));
+    Log::line(u"WhisperManager-"_s + m_id, u"init"_s);
     if (const auto supportDirectory = m_platform.fileSystem->applicationSupportDirectory()) {
-        m_modelsDirectory = *supportDirectory + QStringLiteral("/Velloro/Models");
+        m_modelsDirectory = *supportDirectory + u"/Velloro/Models"_s;
         m_downloadSession = m_platform.makeDownloadSession(*this, m_modelsDirectory);
         // A failure shows when something is saved there.
         (void)m_platform.fileSystem->createDirectory(m_modelsDirectory);
     } else {
-        Log::line(tag, QStringLiteral("No application-support directory: models can be neither "
-                                      "downloaded nor loaded"));
+        Log::line(tag,
+                  u"No application-support directory: models can be neither "
+                  "downloaded nor loaded"_s);
     }
     refreshModelStates();
 }
 
 WhisperManager::~WhisperManager()
 {
-    Log::line(u"WhisperManager-"_qs + m_id, QStringLiteral("deinit"));
+    Log::line(u"WhisperManager-"_s + m_id, u"deinit"_s);
 }
 
 void WhisperManager::refreshModelStates()
@@ -57,7 +59,7 @@ QString WhisperManager::modelURL(const QString &modelId) const
     if (m_modelsDirectory.isEmpty())
         return {};
     const WhisperModelInfo *row = ModelCatalog::modelById(modelId);
-    return m_modelsDirectory + u'/' + (row ? row->fileName : u"ggml-"_qs + modelId + u".bin"_qs);
+    return m_modelsDirectory + u'/' + (row ? row->fileName : u"ggml-"_s + modelId + u".bin"_s);
 }
 
 bool WhisperManager::isModelDownloaded(WhisperModelType type) const
@@ -71,12 +73,12 @@ void WhisperManager::downloadModel(const QString &modelId, ProgressHandler progr
         return;
     const WhisperModelInfo *row = ModelCatalog::modelById(modelId);
     if (!row) {
-        Log::line(tag, u"Unknown model ID: "_qs + modelId);
+        Log::line(tag, u"Unknown model ID: "_s + modelId);
         return;
     }
     if (!m_downloadSession) {
-        setModelState(modelId, ModelDownloadState::failed(
-                                   QStringLiteral("There is no folder to keep models in.")));
+        setModelState(modelId,
+                      ModelDownloadState::failed(u"There is no folder to keep models in."_s));
         return;
     }
 
@@ -88,7 +90,7 @@ void WhisperManager::downloadModel(const QString &modelId, ProgressHandler progr
     const DownloadTaskId task = m_downloadSession->downloadTask(row->downloadURL(m_baseUrl));
     m_downloadTasks.insert(modelId, task);
     m_downloadSession->resume(task);
-    Log::line(tag, u"Started downloading "_qs + row->displayName);
+    Log::line(tag, u"Started downloading "_s + row->displayName);
 }
 
 FileSystem::Result WhisperManager::deleteModel(const QString &modelId)
@@ -98,13 +100,13 @@ FileSystem::Result WhisperManager::deleteModel(const QString &modelId)
             return removed;
     }
     setModelState(modelId, ModelDownloadState::notDownloaded());
-    Log::line(tag, u"Deleted model: "_qs + modelId);
+    Log::line(tag, u"Deleted model: "_s + modelId);
     return {};
 }
 
 QCoro::Task<WhisperManager::LoadResult> WhisperManager::loadModel(QString modelId)
 {
-    Log::line(tag, u"loadModel requested for "_qs + modelId);
+    Log::line(tag, u"loadModel requested for "_s + modelId);
     const WhisperModelInfo *row = ModelCatalog::modelById(modelId);
     if (!row || !isModelFilePresent(modelId))
         co_return tl::unexpected<ModelLoadError>(WhisperError::modelNotFound);
@@ -150,7 +152,7 @@ QCoro::Task<WhisperManager::LoadResult> WhisperManager::load(const WhisperModelI
     const bool selectionChanged = std::exchange(m_selectedModelId, row.id) != row.id;
     const bool loadedChanged = !std::exchange(m_isModelLoaded, true);
     m_pendingLoad.reset();
-    Log::line(tag, u"Loaded model: "_qs + row.displayName);
+    Log::line(tag, u"Loaded model: "_s + row.displayName);
     if (selectionChanged)
         Q_EMIT selectedModelIdChanged();
     if (self && loadedChanged)
@@ -178,8 +180,7 @@ QCoro::Task<std::optional<WhisperManager::LoadResult>> WhisperManager::finishLoa
 void WhisperManager::unloadModel()
 {
     const auto context = std::exchange(m_whisperContext, nullptr);
-    Log::line(tag, QStringLiteral("unloadModel called. Context exists: ")
-                       + (context ? QStringLiteral("true") : QStringLiteral("false")));
+    Log::line(tag, u"unloadModel called. Context exists: "_s + (context ? u"true"_s : u"false"_s));
     const bool wasLoaded = std::exchange(m_isModelLoaded, false);
     m_pendingLoad.reset();
     // Nobody waits for it: the work outlives the context that it was given to.
@@ -214,7 +215,7 @@ void WhisperManager::downloadDidWriteData(DownloadTaskId task, int64_t totalByte
         static_cast<double>(totalBytesWritten) / static_cast<double>(totalBytesExpected), 0.0, 1.0);
     const int percent = static_cast<int>(progress * 100);
     if (percent % 10 == 0)
-        Log::line(tag, QStringLiteral("Downloading %1: %2%").arg(modelId).arg(percent));
+        Log::line(tag, u"Downloading %1: %2%"_s.arg(modelId).arg(percent));
     // The handler may start or end downloads: called by a copy.
     const ProgressHandler handler = m_downloadProgressHandlers.value(modelId);
     setModelState(modelId, ModelDownloadState::downloading(progress));
@@ -231,10 +232,11 @@ void WhisperManager::downloadDidFinish(DownloadTaskId task, const QString &locat
     // A server that does not tell the length can break off unnoticed.
     const bool isForeign = ModelFile::isForeign(location);
     if (isForeign || ModelFile::isDamaged(location)) {
-        downloadDidComplete(
-            task, PlatformError{0, isForeign ? QStringLiteral("The server sent something that is "
-                                                              "not a speech model")
-                                             : QStringLiteral("The download is incomplete")});
+        downloadDidComplete(task,
+                            PlatformError{0,
+                                          isForeign ? u"The server sent something that is "
+                                                      "not a speech model"_s
+                                                    : u"The download is incomplete"_s});
         return;
     }
 
@@ -250,10 +252,10 @@ void WhisperManager::downloadDidFinish(DownloadTaskId task, const QString &locat
     m_downloadTasks.remove(modelId);
     m_downloadProgressHandlers.remove(modelId);
     if (saved) {
-        Log::line(tag, u"Successfully saved "_qs + row->displayName);
+        Log::line(tag, u"Successfully saved "_s + row->displayName);
         setModelState(modelId, ModelDownloadState::downloaded());
     } else {
-        Log::line(tag, u"Failed to save model: "_qs + saved.error().description());
+        Log::line(tag, u"Failed to save model: "_s + saved.error().description());
         setModelState(modelId, ModelDownloadState::failed(saved.error().localizedDescription));
     }
 }
@@ -267,7 +269,7 @@ void WhisperManager::downloadDidComplete(DownloadTaskId task,
     m_downloadTasks.remove(modelId);
     m_downloadProgressHandlers.remove(modelId);
     if (error) {
-        Log::line(tag, u"Download failed: "_qs + error->description());
+        Log::line(tag, u"Download failed: "_s + error->description());
         setModelState(modelId, ModelDownloadState::failed(error->localizedDescription));
     }
 }

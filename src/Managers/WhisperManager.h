@@ -40,7 +40,10 @@ public:
     ~WhisperManager() override;
 
     /// State of every catalogue model, by catalogue id.
-    [[nodiscard]] const QMap<QString, ModelDownloadState> &modelStates() const { return m_modelStates; }
+    [[nodiscard]] const QMap<QString, ModelDownloadState> &modelStates() const
+    {
+        return m_modelStates;
+    }
     /// The model loaded last by `loadModel`; initially the default model of the catalogue.
     [[nodiscard]] QString selectedModelId() const { return m_selectedModelId; }
     /// True while `whisperContext` holds a loaded model.
@@ -51,7 +54,10 @@ public:
         return m_pendingLoad ? m_pendingLoad->modelId : QString();
     }
     /// The current context, replaced at every load; null when there is none.
-    [[nodiscard]] std::shared_ptr<WhisperContext> whisperContext() const { return m_whisperContext; }
+    [[nodiscard]] std::shared_ptr<WhisperContext> whisperContext() const
+    {
+        return m_whisperContext;
+    }
     /// The models directory; empty when the platform has no application-support directory.
     [[nodiscard]] QString modelsDirectory() const { return m_modelsDirectory; }
 
@@ -74,7 +80,8 @@ public:
     /// unless this model has come to be the loaded one after all.
     QCoro::Task<LoadResult> loadModel(QString modelId);
     QCoro::Task<LoadResult> loadModel(WhisperModelType type);
-    /// Waits until no load is under way any more. The outcome of the last one; absent when none was.
+    /// Waits until no load is under way any more. The outcome of the last one; absent when none
+    /// was.
     QCoro::Task<std::optional<LoadResult>> finishLoading();
     /// Drops the loaded model; its memory goes in the background.
     void unloadModel();
@@ -91,7 +98,8 @@ private:
     void downloadDidWriteData(DownloadTaskId task, int64_t totalBytesWritten,
                               int64_t totalBytesExpected) override;
     void downloadDidFinish(DownloadTaskId task, const QString &location) override;
-    void downloadDidComplete(DownloadTaskId task, const std::optional<PlatformError> &error) override;
+    void downloadDidComplete(DownloadTaskId task,
+                             const std::optional<PlatformError> &error) override;
 
     /// A load that later calls for the same model join.
     struct PendingLoad

@@ -1,5 +1,7 @@
 #include "Models/ModelCatalog.h"
 
+#include "Base/StringLiterals.h"
+
 #include <algorithm>
 #include <vector>
 
@@ -67,7 +69,7 @@ void append(std::vector<WhisperModelInfo> &models, std::span<const Row> rows,
         models.push_back({
             .id = row.id.toString(),
             .displayName = row.displayName.toString(),
-            .fileName = u"ggml-"_qs + row.id.toString() + u".bin"_qs,
+            .fileName = u"ggml-"_s + row.id.toString() + u".bin"_s,
             .category = category,
             .size = row.size,
             .quantization = row.quantization,
@@ -84,7 +86,7 @@ void append(std::vector<WhisperModelInfo> &models, std::span<const Row> rows,
 
 QString repositoryBaseUrl()
 {
-    return QStringLiteral("https://huggingface.co/ggerganov/whisper.cpp/resolve/main/");
+    return u"https://huggingface.co/ggerganov/whisper.cpp/resolve/main/"_s;
 }
 
 std::span<const WhisperModelInfo> allModels()

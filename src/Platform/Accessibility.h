@@ -77,21 +77,22 @@ public:
     [[nodiscard]] virtual Result<AccessibilityElementRef> focusedElementOf(pid_t process) = 0;
 
     /// `noValue` where what the element says of itself leaves open whether it takes text.
-    [[nodiscard]] virtual Result<AccessibilityRole> role(const AccessibilityElementRef &element) = 0;
+    [[nodiscard]] virtual Result<AccessibilityRole> role(const AccessibilityElementRef &element)
+        = 0;
     /// The whole text.
     [[nodiscard]] virtual Result<QString> text(const AccessibilityElementRef &element) = 0;
     /// What is selected of the text, or the caret with length 0.
     [[nodiscard]] virtual Result<TextRange> selection(const AccessibilityElementRef &element) = 0;
 
     /// Makes the whole text equal to `text`.
-    [[nodiscard]] virtual Result<void> setText(const AccessibilityElementRef &element,
-                                               const QString &text) = 0;
+    [[nodiscard]] virtual Result<void>
+    setText(const AccessibilityElementRef &element, const QString &text) = 0;
     /// Selects the range, or sets the caret where it has length 0.
-    [[nodiscard]] virtual Result<void> setSelection(const AccessibilityElementRef &element,
-                                                    const TextRange &range) = 0;
+    [[nodiscard]] virtual Result<void>
+    setSelection(const AccessibilityElementRef &element, const TextRange &range) = 0;
     /// Puts the text in place of the selection, or at the caret.
-    [[nodiscard]] virtual Result<void> insert(const AccessibilityElementRef &element,
-                                              const QString &text) = 0;
+    [[nodiscard]] virtual Result<void>
+    insert(const AccessibilityElementRef &element, const QString &text) = 0;
 
     /// Whether the text that was written last is in its element now, with the caret where that
     /// left it. Applications may be late to show what they were sent, so the answer may change.

@@ -19,13 +19,14 @@ public:
 
     /// Bytes arrived. `totalBytesExpected` is not positive when the size is unknown.
     virtual void downloadDidWriteData(DownloadTaskId task, int64_t totalBytesWritten,
-                                      int64_t totalBytesExpected) = 0;
+                                      int64_t totalBytesExpected)
+        = 0;
     /// The whole file arrived and lies at `location`, from where it has to be moved before this
     /// returns: the session removes what is still there afterwards.
     virtual void downloadDidFinish(DownloadTaskId task, const QString &location) = 0;
     /// The transfer ended, with an error or (after `downloadDidFinish`) without.
-    virtual void downloadDidComplete(DownloadTaskId task,
-                                     const std::optional<PlatformError> &error) = 0;
+    virtual void downloadDidComplete(DownloadTaskId task, const std::optional<PlatformError> &error)
+        = 0;
 };
 
 /// Downloads files in the background. Main thread only.

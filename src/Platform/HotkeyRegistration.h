@@ -21,7 +21,8 @@ struct HotkeyIdentifier
 namespace HotkeyStatus {
 inline constexpr int32_t
     /// The system has no hotkeys for this program.
-    unavailable = 1,
+    unavailable
+    = 1,
     /// The key or a modifier is on no keyboard here, or there is no keyboard.
     notOnKeyboard = 2,
     /// Another program holds the combination.

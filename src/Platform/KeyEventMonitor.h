@@ -16,7 +16,8 @@ struct KeyEvent
     Type type = Type::keyDown;
     /// Virtual key code: the position on the keyboard, whatever the layout.
     uint32_t keyCode = 0;
-    /// The modifiers that are held, after a change of them: bits of `EventFlag`. Other bits may be set.
+    /// The modifiers that are held, after a change of them: bits of `EventFlag`. Other bits may be
+    /// set.
     uint32_t modifierFlags = 0;
     /// A modifier is held that is none of `EventFlag`, such as AltGr. Locks are not held.
     bool hasOtherModifier = false;

@@ -20,8 +20,8 @@ public:
     /// backspace) with exactly the given flags, whatever modifiers the user holds.
     ///
     /// Command with V is the paste stroke: the platform sends what pastes in the focused
-    /// application, but only while the pasteboard holds what it was borrowed for. Returns false when
-    /// the event could not be created, or is not to be sent; nothing is sent then.
+    /// application, but only while the pasteboard holds what it was borrowed for. Returns false
+    /// when the event could not be created, or is not to be sent; nothing is sent then.
     virtual bool post(uint32_t keyCode, bool keyDown, uint64_t flags) = 0;
 
     /// Blocks the calling thread: the pacing between successive strokes.

@@ -22,8 +22,9 @@ public:
     /// Puts `text` there until `giveBack`. On return, who watches the pasteboard has noticed: a
     /// paste stroke may follow. Borrowing once more keeps what was there before the first time.
     virtual void borrow(const QString &text) = 0;
-    /// Whether the last paste stroke was not sent: another program had taken the pasteboard from the
-    /// borrowed text, and took it again at once when the text was put back. `borrow` forgets that.
+    /// Whether the last paste stroke was not sent: another program had taken the pasteboard from
+    /// the borrowed text, and took it again at once when the text was put back. `borrow` forgets
+    /// that.
     [[nodiscard]] virtual bool wasPasteRefused() const = 0;
     /// Puts back what was there, once the application that was given the last paste stroke has
     /// fetched the text, or within a second. Nothing is put back over what another program has put

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
+
 #include <QString>
 
 namespace Velloro {
@@ -16,7 +18,7 @@ struct PlatformError
     [[nodiscard]] QString description() const
     {
         return code == 0 ? localizedDescription
-                         : QStringLiteral("%1 (code %2)").arg(localizedDescription).arg(code);
+                         : u"%1 (code %2)"_s.arg(localizedDescription).arg(code);
     }
 
     friend bool operator==(const PlatformError &, const PlatformError &) = default;

@@ -13,9 +13,8 @@ public:
 
     /// The screen with this frame without the desktop's panels and docks; nothing where the toolkit
     /// knows them. Frames are in the desktop's logical pixels, `pixelRatio` of the server's each.
-    [[nodiscard]] virtual std::optional<QRect> visibleFrame(const QRect &screen,
-                                                            double pixelRatio) const
-        = 0;
+    [[nodiscard]] virtual std::optional<QRect>
+    visibleFrame(const QRect &screen, double pixelRatio) const = 0;
 };
 
 } // namespace Velloro

@@ -12,7 +12,8 @@
 namespace Velloro {
 
 /// A value of the defaults store.
-using DefaultsValue = std::variant<bool, int64_t, QString, QStringList, QMap<QString, QString>, QByteArray>;
+using DefaultsValue
+    = std::variant<bool, int64_t, QString, QStringList, QMap<QString, QString>, QByteArray>;
 
 /// The per-user store of settings: typed values under text keys.
 ///

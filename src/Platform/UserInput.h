@@ -15,7 +15,8 @@ public:
     virtual void unfollow() = 0;
     /// How many keys and buttons the user has pressed while that was followed: two answers tell
     /// whether he has pressed any in between. The hotkey does not count, nor do modifiers, which do
-    /// nothing by themselves, nor what this program presses. Always 0 where the system does not tell.
+    /// nothing by themselves, nor what this program presses. Always 0 where the system does not
+    /// tell.
     [[nodiscard]] virtual uint64_t presses() = 0;
 };
 

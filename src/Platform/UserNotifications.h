@@ -11,8 +11,8 @@ class UserNotifications
 public:
     virtual ~UserNotifications() = default;
 
-    /// Shows a notification without a sound. `onTaken` is called later, on the main thread, once the
-    /// desktop has accepted it; never if it has not, or if this object is destroyed before.
+    /// Shows a notification without a sound. `onTaken` is called later, on the main thread, once
+    /// the desktop has accepted it; never if it has not, or if this object is destroyed before.
     virtual void deliver(const QString &title, const QString &informativeText,
                          std::function<void()> onTaken = {})
         = 0;

@@ -1,4 +1,5 @@
 #include "Core/State/AppState.h"
+#include "Base/StringLiterals.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/LogRecorder.h"
 
@@ -8,7 +9,7 @@
 namespace Velloro {
 namespace {
 
-const QString historyKey = u"velloro.transcriptionHistory"_qs;
+const QString historyKey = u"velloro.transcriptionHistory"_s;
 
 class AppStateTest : public ::testing::Test
 {
@@ -20,7 +21,7 @@ protected:
 
     void store(const char16_t *property, const DefaultsValue &value)
     {
-        defaults().values.insert(u"velloro."_qs + QString::fromUtf16(property), value);
+        defaults().values.insert(u"velloro."_s + QString::fromUtf16(property), value);
     }
 
     [[nodiscard]] InMemoryUserDefaults &defaults() { return *m_platform.userDefaults; }
@@ -41,21 +42,30 @@ struct Assignment
 
 std::vector<Assignment> assignments()
 {
-    const auto text = [](const char16_t *value) {
-        return DefaultsValue(QString::fromUtf16(value));
-    };
+    const auto text
+        = [](const char16_t *value) { return DefaultsValue(QString::fromUtf16(value)); };
     using Map = AppState::StringMap;
     return {
-        {"transcriptionState", &AppState::transcriptionStateChanged,
-         [](AppState &s) { s.setTranscriptionState(TranscriptionState::listening); }, {}},
-        {"partialTranscript", &AppState::partialTranscriptChanged,
-         [](AppState &s) { s.setPartialTranscript(u"x"_qs); }, {}},
-        {"lastTranscript", &AppState::lastTranscriptChanged,
-         [](AppState &s) { s.setLastTranscript(u"x"_qs); }, {}},
-        {"recordingDuration", &AppState::recordingDurationChanged,
-         [](AppState &s) { s.setRecordingDuration(0.05); }, {}},
-        {"audioLevel", &AppState::audioLevelChanged,
-         [](AppState &s) { s.setAudioLevel(0.5F); }, {}},
+        {"transcriptionState",
+         &AppState::transcriptionStateChanged,
+         [](AppState &s) { s.setTranscriptionState(TranscriptionState::listening); },
+         {}},
+        {"partialTranscript",
+         &AppState::partialTranscriptChanged,
+         [](AppState &s) { s.setPartialTranscript(u"x"_s); },
+         {}},
+        {"lastTranscript",
+         &AppState::lastTranscriptChanged,
+         [](AppState &s) { s.setLastTranscript(u"x"_s); },
+         {}},
+        {"recordingDuration",
+         &AppState::recordingDurationChanged,
+         [](AppState &s) { s.setRecordingDuration(0.05); },
+         {}},
+        {"audioLevel",
+         &AppState::audioLevelChanged,
+         [](AppState &s) { s.setAudioLevel(0.5F); },
+         {}},
         {"recordingMode", &AppState::recordingModeChanged,
          [](AppState &s) { s.setRecordingMode(RecordingMode::toggle); }, text(u"Toggle")},
         {"selectedModel", &AppState::selectedModelChanged,
@@ -77,22 +87,30 @@ std::vector<Assignment> assignments()
         {"requireTextFieldFocus", &AppState::requireTextFieldFocusChanged,
          [](AppState &s) { s.setRequireTextFieldFocus(false); }, false},
         {"customDictionary", &AppState::customDictionaryChanged,
-         [](AppState &s) { s.setCustomDictionary({u" b"_qs, u"a"_qs, u"a"_qs}); },
-         QStringList{u" b"_qs, u"a"_qs, u"a"_qs}},
+         [](AppState &s) { s.setCustomDictionary({u" b"_s, u"a"_s, u"a"_s}); },
+         QStringList{u" b"_s, u"a"_s, u"a"_s}},
         {"presetMappings", &AppState::presetMappingsChanged,
-         [](AppState &s) { s.setModelId(u"tiny"_qs, ModelPreset::small); },
-         Map{{u"Small"_qs, u"tiny"_qs}}},
-        {"hasMicrophonePermission", &AppState::hasMicrophonePermissionChanged,
-         [](AppState &s) { s.setHasMicrophonePermission(true); }, {}},
-        {"hasAccessibilityPermission", &AppState::hasAccessibilityPermissionChanged,
-         [](AppState &s) { s.setHasAccessibilityPermission(true); }, {}},
+         [](AppState &s) { s.setModelId(u"tiny"_s, ModelPreset::small); },
+         Map{{u"Small"_s, u"tiny"_s}}},
+        {"hasMicrophonePermission",
+         &AppState::hasMicrophonePermissionChanged,
+         [](AppState &s) { s.setHasMicrophonePermission(true); },
+         {}},
+        {"hasAccessibilityPermission",
+         &AppState::hasAccessibilityPermissionChanged,
+         [](AppState &s) { s.setHasAccessibilityPermission(true); },
+         {}},
         {"downloadedModels", &AppState::downloadedModelsChanged,
          [](AppState &s) { s.setDownloadedModels({ModelPreset::large, ModelPreset::small}); },
-         QStringList{u"Small"_qs, u"Large"_qs}},
-        {"isDownloadingModel", &AppState::isDownloadingModelChanged,
-         [](AppState &s) { s.setIsDownloadingModel(true); }, {}},
-        {"downloadProgress", &AppState::downloadProgressChanged,
-         [](AppState &s) { s.setDownloadProgress(0.5); }, {}},
+         QStringList{u"Small"_s, u"Large"_s}},
+        {"isDownloadingModel",
+         &AppState::isDownloadingModelChanged,
+         [](AppState &s) { s.setIsDownloadingModel(true); },
+         {}},
+        {"downloadProgress",
+         &AppState::downloadProgressChanged,
+         [](AppState &s) { s.setDownloadProgress(0.5); },
+         {}},
     };
 }
 
@@ -115,9 +133,9 @@ TEST_F(AppStateTest, startsWithItsInitialValuesOnAFreshStore)
     EXPECT_TRUE(state->downloadedModels().empty());
     EXPECT_TRUE(state->transcriptionHistory().isEmpty());
     EXPECT_FALSE(state->hasMicrophonePermission() || state->hasAccessibilityPermission());
-    EXPECT_EQ(m_log.messages(u"AppState"_qs),
+    EXPECT_EQ(m_log.messages(u"AppState"_s),
               QStringList{u"Loaded settings: model=Medium, language=en, streaming=false, "
-                          "textCorrection=true"_qs});
+                          "textCorrection=true"_s});
     EXPECT_TRUE(defaults().written.isEmpty()) << "what was never set is not stored";
 }
 
@@ -126,7 +144,7 @@ TEST_F(AppStateTest, storesEveryAssignmentAndTellsOfChangesAlone)
     for (const Assignment &each : assignments()) {
         SCOPED_TRACE(each.property);
         const auto state = start();
-        const QString key = u"velloro."_qs + QString::fromLatin1(each.property);
+        const QString key = u"velloro."_s + QString::fromLatin1(each.property);
         int changes = 0;
         QObject::connect(state.get(), each.changed, [&] { ++changes; });
 
@@ -147,8 +165,8 @@ TEST_F(AppStateTest, keepsItsSettingsOverARestart)
     const auto before = start();
     for (const Assignment &each : assignments())
         each.assign(*before);
-    before->addToHistory(u"first"_qs);
-    before->addToHistory(u"second"_qs);
+    before->addToHistory(u"first"_s);
+    before->addToHistory(u"second"_s);
     const auto stored = defaults().values;
 
     const auto after = start();
@@ -168,21 +186,21 @@ TEST_F(AppStateTest, keepsItsSettingsOverARestart)
     EXPECT_EQ(after->transcriptionHistory(), before->transcriptionHistory());
     EXPECT_TRUE(after->lastTranscript().isEmpty());
     EXPECT_EQ(
-        m_log.messages(u"AppState"_qs).last(),
-        u"Loaded settings: model=Large, language=auto, streaming=true, textCorrection=false"_qs);
+        m_log.messages(u"AppState"_s).last(),
+        u"Loaded settings: model=Large, language=auto, streaming=true, textCorrection=false"_s);
     EXPECT_EQ(defaults().values, stored);
 }
 
 TEST_F(AppStateTest, takesWhatItDoesNotUnderstandAsAbsent)
 {
     store(u"recordingMode", int64_t(1));
-    store(u"selectedModel", u"large"_qs);
-    store(u"selectedLanguage", u"xx"_qs);
-    store(u"playSounds", u"false"_qs);
+    store(u"selectedModel", u"large"_s);
+    store(u"selectedLanguage", u"xx"_s);
+    store(u"playSounds", u"false"_s);
     store(u"enableTextCorrection", int64_t(0));
-    store(u"downloadedModels", QStringList{u"Small"_qs, u"Tiny"_qs, u"Large"_qs});
-    store(u"customDictionary", u"word"_qs);
-    store(u"presetMappings", QStringList{u"Small"_qs});
+    store(u"downloadedModels", QStringList{u"Small"_s, u"Tiny"_s, u"Large"_s});
+    store(u"customDictionary", u"word"_s);
+    store(u"presetMappings", QStringList{u"Small"_s});
     store(u"transcriptionHistory", QByteArray("[{\"id\":"));
     const auto state = start();
     EXPECT_EQ(state->recordingMode(), RecordingMode::holdToTalk);
@@ -196,11 +214,11 @@ TEST_F(AppStateTest, takesWhatItDoesNotUnderstandAsAbsent)
     EXPECT_TRUE(state->presetMappings().isEmpty());
     EXPECT_TRUE(state->transcriptionHistory().isEmpty());
     EXPECT_EQ(defaults().get<QByteArray>(historyKey), QByteArray("[{\"id\":"));
-    EXPECT_EQ(defaults().written, QStringList{u"velloro.downloadedModels"_qs});
-    EXPECT_EQ(m_log.messages(u"AppState"_qs).size(), 1);
+    EXPECT_EQ(defaults().written, QStringList{u"velloro.downloadedModels"_s});
+    EXPECT_EQ(m_log.messages(u"AppState"_s).size(), 1);
 
-    const QString keptKey = historyKey + u".unreadable"_qs;
-    state->addToHistory(u"new"_qs);
+    const QString keptKey = historyKey + u".unreadable"_s;
+    state->addToHistory(u"new"_s);
     EXPECT_EQ(defaults().get<QByteArray>(keptKey), QByteArray("[{\"id\":")) << "nothing is lost";
     EXPECT_EQ(start()->transcriptionHistory().size(), 1);
     state->clearHistory();
@@ -210,14 +228,14 @@ TEST_F(AppStateTest, takesWhatItDoesNotUnderstandAsAbsent)
 TEST_F(AppStateTest, knowsTheModelOfAPreset)
 {
     const auto state = start();
-    EXPECT_EQ(state->modelId(ModelPreset::small), u"base"_qs);
-    EXPECT_EQ(state->modelId(ModelPreset::medium), u"small-q8_0"_qs);
-    EXPECT_EQ(state->modelId(ModelPreset::large), u"small"_qs);
-    state->setModelId(u"large-v3"_qs, ModelPreset::large);
-    state->setModelId(u"no such model"_qs, ModelPreset::small);
-    EXPECT_EQ(state->modelId(ModelPreset::large), u"large-v3"_qs);
-    EXPECT_EQ(state->modelId(ModelPreset::small), u"no such model"_qs);
-    EXPECT_EQ(state->modelId(ModelPreset::medium), u"small-q8_0"_qs);
+    EXPECT_EQ(state->modelId(ModelPreset::small), u"base"_s);
+    EXPECT_EQ(state->modelId(ModelPreset::medium), u"small-q8_0"_s);
+    EXPECT_EQ(state->modelId(ModelPreset::large), u"small"_s);
+    state->setModelId(u"large-v3"_s, ModelPreset::large);
+    state->setModelId(u"no such model"_s, ModelPreset::small);
+    EXPECT_EQ(state->modelId(ModelPreset::large), u"large-v3"_s);
+    EXPECT_EQ(state->modelId(ModelPreset::small), u"no such model"_s);
+    EXPECT_EQ(state->modelId(ModelPreset::medium), u"small-q8_0"_s);
 }
 
 TEST_F(AppStateTest, addsOnlyTextsOfTwoCharactersAndMoreToTheHistory)
@@ -226,17 +244,16 @@ TEST_F(AppStateTest, addsOnlyTextsOfTwoCharactersAndMoreToTheHistory)
     int changes = 0;
     QObject::connect(state.get(), &AppState::transcriptionHistoryChanged, [&] { ++changes; });
     // One character each, in the eyes of a reader.
-    for (const QString &text :
-         {u""_qs, u" \n"_qs, u" a\n"_qs, u"e\u0301"_qs, u"👩‍👩‍👧"_qs})
+    for (const QString &text : {u""_s, u" \n"_s, u" a\n"_s, u"e\u0301"_s, u"👩‍👩‍👧"_s})
         state->addToHistory(text);
     EXPECT_EQ(changes, 0);
     EXPECT_TRUE(defaults().written.isEmpty());
     EXPECT_TRUE(state->lastTranscript().isEmpty());
 
-    state->addToHistory(u"\u2028 ok\u00A0\n"_qs);
+    state->addToHistory(u"\u2028 ok\u00A0\n"_s);
     ASSERT_EQ(state->transcriptionHistory().size(), 1);
-    EXPECT_EQ(state->transcriptionHistory()[0].text, u"ok"_qs);
-    EXPECT_EQ(state->lastTranscript(), u"ok"_qs);
+    EXPECT_EQ(state->transcriptionHistory()[0].text, u"ok"_s);
+    EXPECT_EQ(state->lastTranscript(), u"ok"_s);
     EXPECT_EQ(changes, 1);
 }
 
@@ -245,14 +262,14 @@ TEST_F(AppStateTest, keepsTheLatestFiftyTranscripts)
     const auto state = start();
     int storedAtSignal = 0;
     QObject::connect(state.get(), &AppState::transcriptionHistoryChanged, [&] {
-        storedAtSignal +=
-            defaults().get<QByteArray>(historyKey) == encodeHistory(state->transcriptionHistory());
+        storedAtSignal += defaults().get<QByteArray>(historyKey)
+            == encodeHistory(state->transcriptionHistory());
     });
     for (int number = 1; number <= 51; ++number)
-        state->addToHistory(u"text %1"_qs.arg(number));
+        state->addToHistory(u"text %1"_s.arg(number));
     EXPECT_EQ(state->transcriptionHistory().size(), 50);
-    EXPECT_EQ(state->transcriptionHistory().first().text, u"text 51"_qs);
-    EXPECT_EQ(state->transcriptionHistory().last().text, u"text 2"_qs);
+    EXPECT_EQ(state->transcriptionHistory().first().text, u"text 51"_s);
+    EXPECT_EQ(state->transcriptionHistory().last().text, u"text 2"_s);
     EXPECT_EQ(storedAtSignal, 51) << "each entry is stored before anybody hears of it";
 
     defaults().hasKeptCopies = true;
@@ -260,7 +277,7 @@ TEST_F(AppStateTest, keepsTheLatestFiftyTranscripts)
     EXPECT_FALSE(defaults().hasKeptCopies) << "cleared from every file";
     EXPECT_TRUE(state->transcriptionHistory().isEmpty());
     EXPECT_EQ(defaults().get<QByteArray>(historyKey), QByteArray("[]"));
-    EXPECT_EQ(state->lastTranscript(), u"text 51"_qs);
+    EXPECT_EQ(state->lastTranscript(), u"text 51"_s);
     EXPECT_TRUE(start()->transcriptionHistory().isEmpty());
 }
 

@@ -1,5 +1,6 @@
 #include "Core/Dictation/DictationController.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/DictationControllerTestBase.h"
 
 using namespace Velloro;
@@ -18,7 +19,7 @@ public:
         : m_listener(std::move(listener))
     {
     }
-    void play(const QString &name) override { m_listener(u"cue "_qs + name); }
+    void play(const QString &name) override { m_listener(u"cue "_s + name); }
 
 private:
     RecordedPill::Listener m_listener;
@@ -34,26 +35,27 @@ TEST_F(DictationControllerTest, TypesWhatWasSaidWhileTheHotkeyWasHeld)
     QString typedBefore;
     const auto tell = [&](const QString &event) {
         if (std::exchange(typedBefore, typed()) != typed())
-            events << u"type "_qs + typed();
+            events << u"type "_s + typed();
         events << event;
     };
     log.setListener([&](const QString &line) {
-        const QString tag = u"[Dictation] "_qs;
+        const QString tag = u"[Dictation] "_s;
         if (line.startsWith(tag))
             tell(line.mid(tag.size()));
     });
     memory.platform.systemSounds
         = std::make_unique<ToldSounds>([&](const QString &cue) { tell(cue); });
     controller = std::make_unique<DictationController>(*state, memory.platform, *hotkeys, [&] {
-        return std::make_unique<RecordedPill>([&](const QString &call) { tell(u"pill "_qs + call); });
+        return std::make_unique<RecordedPill>(
+            [&](const QString &call) { tell(u"pill "_s + call); });
     });
     QObject::connect(state.get(), &AppState::transcriptionStateChanged, controller.get(),
                      [&] { tell(caseName(state->transcriptionState())); });
     QObject::connect(state.get(), &AppState::transcriptionHistoryChanged, controller.get(),
-                     [&] { tell(u"history"_qs); });
+                     [&] { tell(u"history"_s); });
     QObject::connect(state.get(), &AppState::recordingDurationChanged, controller.get(), [&] {
         if (state->recordingDuration() == 0)
-            tell(u"duration 0"_qs);
+            tell(u"duration 0"_s);
     });
     const QStringList start
         = strings({"Started recording in batch mode", "listening", "pill show"});
@@ -88,7 +90,7 @@ TEST_F(DictationControllerTest, TypesWhatWasSaidWhileTheHotkeyWasHeld)
         const QStringList reset = isFirst ? QStringList() : strings({"duration 0"});
         EXPECT_EQ(events, start + reset + strings({"cue Pop"}) + end);
     }
-    EXPECT_EQ(state->lastTranscript(), u"Dzień dobry"_qs);
+    EXPECT_EQ(state->lastTranscript(), u"Dzień dobry"_s);
     EXPECT_EQ(state->transcriptionHistory().size(), 2);
     const auto calls = FakeWhisper::calls();
     ASSERT_EQ(calls.size(), 2U);
@@ -118,10 +120,10 @@ TEST_F(DictationControllerTest, ToggleModeStopsAtTheSecondPressAndIsBusyMeanwhil
         press();
         release();
         ASSERT_TRUE(
-            waitForMessage(u"Cannot start recording: already recording (state: transcribing)"_qs));
+            waitForMessage(u"Cannot start recording: already recording (state: transcribing)"_s));
     }
     ASSERT_TRUE(waitForState(TranscriptionState::idle));
-    EXPECT_EQ(typed(), u"Hello world."_qs);
+    EXPECT_EQ(typed(), u"Hello world."_s);
 }
 
 TEST_F(DictationControllerTest, ChecksTheFocusedElementOfTheApplicationInFront)
@@ -165,16 +167,16 @@ TEST_F(DictationControllerTest, ChecksTheFocusedElementOfTheApplicationInFront)
             release();
             ASSERT_TRUE(waitForState(TranscriptionState::idle));
         } else {
-            ASSERT_TRUE(waitForMessage(u"Text field not focused, showing notification"_qs));
+            ASSERT_TRUE(waitForMessage(u"Text field not focused, showing notification"_s));
             EXPECT_EQ(state->transcriptionState(), TranscriptionState::idle);
             release();
         }
     }
     ASSERT_EQ(memory.userNotifications->delivered.size(), 1U);
-    EXPECT_EQ(memory.userNotifications->delivered[0].first, u"Velloro"_qs);
+    EXPECT_EQ(memory.userNotifications->delivered[0].first, u"Velloro"_s);
     EXPECT_EQ(memory.userNotifications->delivered[0].second,
               u"Please click on a text field before recording. You can disable this "
-              "check in Settings."_qs);
+              "check in Settings."_s);
 }
 
 TEST_F(DictationControllerTest, RecordsNothingWhereNoFieldHasTheKeyboard)
@@ -183,13 +185,13 @@ TEST_F(DictationControllerTest, RecordsNothingWhereNoFieldHasTheKeyboard)
     InMemoryScreenLock &screen = *memory.screenLock;
     screen.isScreenLocked = true;
     press();
-    ASSERT_TRUE(waitForMessage(u"Cannot start recording: the screen is locked"_qs));
+    ASSERT_TRUE(waitForMessage(u"Cannot start recording: the screen is locked"_s));
     EXPECT_TRUE(memory.userNotifications->delivered.empty()) << "nobody is there";
     screen.isScreenLocked = false;
     screen.isTaken = true;
     press();
     ASSERT_TRUE(
-        waitForMessage(u"Cannot start recording: another program has taken the keyboard"_qs));
+        waitForMessage(u"Cannot start recording: another program has taken the keyboard"_s));
     EXPECT_EQ(memory.userNotifications->delivered.size(), 1U);
     EXPECT_THAT(pill, IsEmpty());
     EXPECT_EQ(memory.audioEngine, nullptr);
@@ -201,7 +203,7 @@ TEST_F(DictationControllerTest, ALockEndsTheRecordingAndItsWordsGoToTheHistoryAl
     InMemoryScreenLock &screen = *memory.screenLock;
     const auto expectKept = [&](qsizetype count) {
         ASSERT_TRUE(waitForState(TranscriptionState::idle));
-        EXPECT_EQ(typed(), u""_qs);
+        EXPECT_EQ(typed(), u""_s);
         EXPECT_EQ(state->transcriptionHistory().size(), count);
         EXPECT_EQ(memory.userNotifications->delivered.size(), size_t(count));
         screen.isScreenLocked = screen.isTaken = false;
@@ -229,7 +231,7 @@ TEST_F(DictationControllerTest, WordsThatCannotBePastedGoToTheHistoryAlone)
     memory.accessibility->trusted = false;
     memory.pasteboard->isContested = true;
     dictate();
-    EXPECT_EQ(memory.output.filter(u" down "_qs), QStringList());
+    EXPECT_EQ(memory.output.filter(u" down "_s), QStringList());
     EXPECT_EQ(state->transcriptionHistory().size(), 1);
     ASSERT_EQ(memory.userNotifications->delivered.size(), 1U);
     EXPECT_THAT(memory.userNotifications->delivered[0].second.toStdString(),
@@ -237,7 +239,7 @@ TEST_F(DictationControllerTest, WordsThatCannotBePastedGoToTheHistoryAlone)
 
     memory.pasteboard->isContested = false;
     dictate();
-    EXPECT_EQ(memory.output.filter(u" down "_qs).size(), 1);
+    EXPECT_EQ(memory.output.filter(u" down "_s).size(), 1);
     EXPECT_EQ(memory.userNotifications->delivered.size(), 1U);
 }
 
@@ -248,7 +250,7 @@ TEST_F(DictationControllerTest, AsksForTheMicrophoneAndStartsOnceItIsGranted)
     launchWithModel();
 
     press();
-    ASSERT_TRUE(waitForMessage(u"Permission denied by user"_qs));
+    ASSERT_TRUE(waitForMessage(u"Permission denied by user"_s));
     release();
     EXPECT_FALSE(state->hasMicrophonePermission());
 
@@ -261,26 +263,26 @@ TEST_F(DictationControllerTest, AsksForTheMicrophoneAndStartsOnceItIsGranted)
     press();
     ASSERT_TRUE(waitForState(TranscriptionState::listening));
     EXPECT_TRUE(state->hasMicrophonePermission());
-    EXPECT_EQ(messages(), strings({"Microphone permission not granted, requesting...",
-                                   "Permission denied by user",
-                                   "Microphone permission not granted, requesting...",
-                                   "Permission granted, starting recording...",
-                                   "Started recording in batch mode"}));
+    EXPECT_EQ(
+        messages(),
+        strings({"Microphone permission not granted, requesting...", "Permission denied by user",
+                 "Microphone permission not granted, requesting...",
+                 "Permission granted, starting recording...", "Started recording in batch mode"}));
 }
 
 TEST_F(DictationControllerTest, LoadsTheModelJustInTime)
 {
     launch();
     press();
-    ASSERT_TRUE(waitForMessage(u"Cannot start recording: model not downloaded."_qs));
+    ASSERT_TRUE(waitForMessage(u"Cannot start recording: model not downloaded."_s));
     release();
 
     // The large preset stands for the medium family here.
     state->setSelectedModel(ModelPreset::large);
-    addModel(u"medium"_qs);
+    addModel(u"medium"_s);
     FakeWhisper::setLoadScript([](const QString &) { return false; });
     press();
-    ASSERT_TRUE(waitForMessage(u"Failed to load model JIT: Failed to load whisper model"_qs));
+    ASSERT_TRUE(waitForMessage(u"Failed to load model JIT: Failed to load whisper model"_s));
     release();
     FakeWhisper::setLoadScript({});
     dictate();
@@ -291,29 +293,29 @@ TEST_F(DictationControllerTest, LoadsTheModelJustInTime)
                        "Failed to load model JIT: Failed to load whisper model",
                        "Model not loaded, attempting to load selected model...",
                        "Successfully loaded model JIT", "Started recording in batch mode"}));
-    EXPECT_EQ(state->whisperManager().selectedModelId(), u"medium"_qs);
-    EXPECT_EQ(typed(), u"Hello world."_qs);
+    EXPECT_EQ(state->whisperManager().selectedModelId(), u"medium"_s);
+    EXPECT_EQ(typed(), u"Hello world."_s);
 }
 
 TEST_F(DictationControllerTest, APressWaitsForTheLoadThatIsUnderWay)
 {
     // The file of the preset's type would be there, too.
-    addModel(u"small"_qs);
-    addModel(u"tiny"_qs);
-    addModel(u"base"_qs);
+    addModel(u"small"_s);
+    addModel(u"tiny"_s);
+    addModel(u"base"_s);
     launch();
     state->setSelectedLanguage(WhisperLanguage::polish);
     state->setCustomDictionary(strings({"Kubernetes"}));
     WhisperManager &manager = state->whisperManager();
     {
         FakeWhisper::Hold hold(FakeWhisper::Point::load);
-        manager.loadModel(u"tiny"_qs);
+        manager.loadModel(u"tiny"_s);
         press();
         release();
-        ASSERT_TRUE(waitForMessage(u"Model not loaded, attempting"_qs));
+        ASSERT_TRUE(waitForMessage(u"Model not loaded, attempting"_s));
         ASSERT_TRUE(hold.waitUntilHeld());
         // The user thinks better of it.
-        manager.loadModel(u"base"_qs);
+        manager.loadModel(u"base"_s);
         EXPECT_TRUE(controller->isBusy());
     }
     ASSERT_TRUE(waitForState(TranscriptionState::listening));
@@ -333,8 +335,8 @@ TEST_F(DictationControllerTest, APressWaitsForTheLoadThatIsUnderWay)
 TEST_F(DictationControllerTest, APressOutlivesTheFailureOfTheLoadItWaitsFor)
 {
     launch();
-    addModel(u"tiny"_qs);
-    addModel(u"base"_qs);
+    addModel(u"tiny"_s);
+    addModel(u"base"_s);
     WhisperManager &manager = state->whisperManager();
     FakeWhisper::setLoadScript([](const QString &path) { return !path.contains(u"tiny"); });
     const auto pressDuringLoadOf = [&](const QString &model, const QString &chosenMeanwhile) {
@@ -345,37 +347,37 @@ TEST_F(DictationControllerTest, APressOutlivesTheFailureOfTheLoadItWaitsFor)
             manager.loadModel(model);
         press();
         release();
-        ASSERT_TRUE(waitForMessage(u"Model not loaded, attempting"_qs));
+        ASSERT_TRUE(waitForMessage(u"Model not loaded, attempting"_s));
         ASSERT_TRUE(hold.waitUntilHeld());
         if (!chosenMeanwhile.isEmpty())
             manager.loadModel(chosenMeanwhile);
     };
 
     // Nothing else is there.
-    pressDuringLoadOf(u"tiny"_qs, {});
-    ASSERT_TRUE(waitForMessage(u"Failed to load model JIT: Failed to load whisper model"_qs));
+    pressDuringLoadOf(u"tiny"_s, {});
+    ASSERT_TRUE(waitForMessage(u"Failed to load model JIT: Failed to load whisper model"_s));
     EXPECT_EQ(state->transcriptionState(), TranscriptionState::idle);
 
     // The file of the preset's type is.
-    addModel(u"small"_qs);
-    pressDuringLoadOf(u"tiny"_qs, {});
+    addModel(u"small"_s);
+    pressDuringLoadOf(u"tiny"_s, {});
     ASSERT_TRUE(waitForState(TranscriptionState::listening));
-    EXPECT_EQ(manager.selectedModelId(), u"small"_qs);
+    EXPECT_EQ(manager.selectedModelId(), u"small"_s);
     press();
     release();
     ASSERT_TRUE(waitForState(TranscriptionState::idle));
 
     // Another model is chosen while that one is on its way.
-    pressDuringLoadOf({}, u"base"_qs);
+    pressDuringLoadOf({}, u"base"_s);
     ASSERT_TRUE(waitForState(TranscriptionState::listening));
-    EXPECT_EQ(manager.selectedModelId(), u"base"_qs);
+    EXPECT_EQ(manager.selectedModelId(), u"base"_s);
     EXPECT_EQ(readModels(), strings({"tiny", "tiny", "small", "small", "base"}));
 }
 
 TEST_F(DictationControllerTest, PressesDuringTheLoadStartOneRecording)
 {
     launch();
-    addModel(u"small"_qs);
+    addModel(u"small"_s);
     FakeWhisper::Hold transcription;
     {
         FakeWhisper::Hold load(FakeWhisper::Point::load);
@@ -388,22 +390,21 @@ TEST_F(DictationControllerTest, PressesDuringTheLoadStartOneRecording)
         state->whisperManager().whisperContext()->transcribe({0.5F});
     }
     ASSERT_TRUE(
-        waitUntil([&] { return messages().count(u"Successfully loaded model JIT"_qs) == 2; }));
+        waitUntil([&] { return messages().count(u"Successfully loaded model JIT"_s) == 2; }));
     transcription.release();
     ASSERT_TRUE(waitForState(TranscriptionState::listening));
     // In hold mode, too, a press in the middle starts nothing, and only a release ends it.
     press();
-    ASSERT_TRUE(
-        waitForMessage(u"Cannot start recording: already recording (state: listening)"_qs));
+    ASSERT_TRUE(waitForMessage(u"Cannot start recording: already recording (state: listening)"_s));
     release();
     ASSERT_TRUE(waitForState(TranscriptionState::idle));
-    EXPECT_EQ(messages().count(u"Started recording in batch mode"_qs), 1);
+    EXPECT_EQ(messages().count(u"Started recording in batch mode"_s), 1);
     EXPECT_EQ(readModels(), strings({"small"}));
 }
 
 TEST_F(DictationControllerTest, AModelChosenDuringTheRecordingLosesNoWord)
 {
-    addModel(u"tiny"_qs);
+    addModel(u"tiny"_s);
     launchWithModel();
     state->setSelectedLanguage(WhisperLanguage::polish);
     state->setCustomDictionary(strings({"Kubernetes"}));
@@ -413,20 +414,20 @@ TEST_F(DictationControllerTest, AModelChosenDuringTheRecordingLosesNoWord)
         FakeWhisper::setLoadScript(
             [=](const QString &path) { return loads || !path.contains(u"tiny"); });
         manager.loadModel(WhisperModelType::small);
-        ASSERT_TRUE(waitForModel(u"small"_qs));
+        ASSERT_TRUE(waitForModel(u"small"_s));
         memory.accessibility->focusText(QString(), {0, 0});
         press();
         ASSERT_TRUE(waitForState(TranscriptionState::listening));
         speak(4096);
         {
             FakeWhisper::Hold hold(FakeWhisper::Point::load);
-            manager.loadModel(u"tiny"_qs);
+            manager.loadModel(u"tiny"_s);
             release();
             ASSERT_TRUE(waitForState(TranscriptionState::transcribing));
         }
         ASSERT_TRUE(waitForState(TranscriptionState::idle));
-        EXPECT_EQ(typed(), u"Hello world."_qs);
-        EXPECT_EQ(manager.selectedModelId(), loads ? u"tiny"_qs : u"small"_qs);
+        EXPECT_EQ(typed(), u"Hello world."_s);
+        EXPECT_EQ(manager.selectedModelId(), loads ? u"tiny"_s : u"small"_s);
         EXPECT_EQ(FakeWhisper::calls().back().language, "pl");
         EXPECT_EQ(FakeWhisper::calls().back().prompt, QByteArray("Kubernetes"));
     }
@@ -435,9 +436,9 @@ TEST_F(DictationControllerTest, AModelChosenDuringTheRecordingLosesNoWord)
 TEST_F(DictationControllerTest, EndsIdleWhateverFails)
 {
     launchWithModel();
-    memory.captureError = PlatformError{5, u"No such device"_qs};
+    memory.captureError = PlatformError{5, u"No such device"_s};
     press();
-    ASSERT_TRUE(waitForMessage(u"Failed to start recording: No such device"_qs));
+    ASSERT_TRUE(waitForMessage(u"Failed to start recording: No such device"_s));
     release();
     EXPECT_EQ(state->transcriptionState(), TranscriptionState::idle);
     EXPECT_THAT(pill, IsEmpty());
@@ -447,12 +448,12 @@ TEST_F(DictationControllerTest, EndsIdleWhateverFails)
     log.clear();
     FakeWhisper::enqueue({.code = -7});
     dictate();
-    EXPECT_EQ(messages().last(), u"Empty final transcription"_qs);
-    EXPECT_EQ(memory.systemSounds->played.last(), u"Tink"_qs);
+    EXPECT_EQ(messages().last(), u"Empty final transcription"_s);
+    EXPECT_EQ(memory.systemSounds->played.last(), u"Tink"_s);
     EXPECT_TRUE(state->transcriptionHistory().isEmpty());
     EXPECT_EQ(typed(), QString());
     EXPECT_EQ(memory.userNotifications->delivered.back().second,
-              u"Your recording could not be turned into text: Transcription failed."_qs);
+              u"Your recording could not be turned into text: Transcription failed."_s);
 }
 
 TEST_F(DictationControllerTest, MicrophoneThatVanishesEndsTheRecordingWithWhatWasSaid)
@@ -463,7 +464,7 @@ TEST_F(DictationControllerTest, MicrophoneThatVanishesEndsTheRecordingWithWhatWa
     speak(4096);
     memory.audioEngine->interrupt();
     ASSERT_TRUE(waitForState(TranscriptionState::idle));
-    EXPECT_EQ(typed(), u"Hello world."_qs);
+    EXPECT_EQ(typed(), u"Hello world."_s);
     release();
     dictate();
     EXPECT_EQ(state->transcriptionHistory().size(), 2);
@@ -477,8 +478,8 @@ TEST_F(DictationControllerTest, SilentSettingsAndOneLetterTexts)
     state->setEnableTextCorrection(false);
     FakeWhisper::enqueueSegments({" a"});
     dictate();
-    EXPECT_EQ(typed(), u"a"_qs);
-    EXPECT_EQ(state->lastTranscript(), u"a"_qs);
+    EXPECT_EQ(typed(), u"a"_s);
+    EXPECT_EQ(state->lastTranscript(), u"a"_s);
     EXPECT_TRUE(state->transcriptionHistory().isEmpty());
     EXPECT_THAT(memory.systemSounds->played, IsEmpty());
 }

@@ -1,5 +1,6 @@
 #include "Core/Dictation/DictationNotices.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/DictationControllerTestBase.h"
 
 using namespace Velloro;
@@ -19,10 +20,10 @@ TEST(DictationNotices, TellsEachCauseOnceAMinute)
         Cause cause;
         size_t toldInAll;
     } steps[] = {
-        {0s, Cause::modelMissing, 1},       {59s, Cause::modelMissing, 1},
-        {59s, Cause::microphoneRefused, 2}, {60s, Cause::modelMissing, 3},
+        {0s, Cause::modelMissing, 1},        {59s, Cause::modelMissing, 1},
+        {59s, Cause::microphoneRefused, 2},  {60s, Cause::modelMissing, 3},
         {118s, Cause::microphoneRefused, 3}, {119s, Cause::microphoneRefused, 4},
-        {119s, Cause::modelMissing, 4},     {119s, Cause::wordsKept, 5},
+        {119s, Cause::modelMissing, 4},      {119s, Cause::wordsKept, 5},
         {119s, Cause::wordsKept, 6},
     };
     for (const auto &[time, cause, toldInAll] : steps) {
@@ -57,30 +58,29 @@ protected:
 TEST_F(RefusedPressTest, SaysWhatIsMissingAndWhereThatIsMended)
 {
     launch();
-    const QString missing = u"Cannot start recording: model not downloaded."_qs;
+    const QString missing = u"Cannot start recording: model not downloaded."_s;
     QString told = toldAfterPresses(missing);
-    EXPECT_TRUE(told.contains(u"Medium"_qs) && told.contains(u"Settings"_qs)) << told.toStdString();
-    state->whisperManager().downloadModel(u"small-q8_0"_qs);
+    EXPECT_TRUE(told.contains(u"Medium"_s) && told.contains(u"Settings"_s)) << told.toStdString();
+    state->whisperManager().downloadModel(u"small-q8_0"_s);
     told = toldAfterPresses(missing);
-    EXPECT_TRUE(told.contains(u"still being downloaded"_qs)) << told.toStdString();
+    EXPECT_TRUE(told.contains(u"still being downloaded"_s)) << told.toStdString();
 
-    addModel(u"small"_qs);
+    addModel(u"small"_s);
     FakeWhisper::setLoadScript([](const QString &) { return false; });
-    told = toldAfterPresses(u"Failed to load model JIT: "_qs);
-    EXPECT_TRUE(told.contains(u"Failed to load whisper model"_qs)
-                && told.contains(u"Settings"_qs))
+    told = toldAfterPresses(u"Failed to load model JIT: "_s);
+    EXPECT_TRUE(told.contains(u"Failed to load whisper model"_s) && told.contains(u"Settings"_s))
         << told.toStdString();
     FakeWhisper::setLoadScript({});
 
-    memory.captureError = PlatformError{5, u"No such device"_qs};
-    told = toldAfterPresses(u"Failed to start recording: "_qs);
-    EXPECT_TRUE(told.contains(u"No such device"_qs) && told.contains(u"sound settings"_qs))
+    memory.captureError = PlatformError{5, u"No such device"_s};
+    told = toldAfterPresses(u"Failed to start recording: "_s);
+    EXPECT_TRUE(told.contains(u"No such device"_s) && told.contains(u"sound settings"_s))
         << told.toStdString();
 
     state->setHasMicrophonePermission(false);
     memory.captureAuthorization->granted = false;
-    told = toldAfterPresses(u"Permission denied by user"_qs);
-    EXPECT_TRUE(told.contains(u"microphone"_qs) && told.contains(u"sound settings"_qs))
+    told = toldAfterPresses(u"Permission denied by user"_s);
+    EXPECT_TRUE(told.contains(u"microphone"_s) && told.contains(u"sound settings"_s))
         << told.toStdString();
 }
 
@@ -92,19 +92,20 @@ TEST_F(RefusedPressTest, SaysThatThePresetsModelIsDamaged)
         controller.reset();
         hotkeys.reset();
         launch();
-        addModel(u"small-q8_0"_qs);
+        addModel(u"small-q8_0"_s);
         if (hasOther)
-            addModel(u"small"_qs);
+            addModel(u"small"_s);
         const QString told
-            = toldAfterPresses(hasOther ? u"Failed to load model JIT: "_qs
-                                        : u"Cannot start recording: model not downloaded."_qs);
-        EXPECT_TRUE(told.contains(u"Medium preset is damaged"_qs) && told.contains(u"Settings"_qs))
+            = toldAfterPresses(hasOther ? u"Failed to load model JIT: "_s
+                                        : u"Cannot start recording: model not downloaded."_s);
+        EXPECT_TRUE(told.contains(u"Medium preset is damaged"_s) && told.contains(u"Settings"_s))
             << told.toStdString();
     }
 
     // One that can't be read may be whole.
-    ASSERT_TRUE(QFile::remove(state->whisperManager().modelURL(u"small-q8_0"_qs)));
-    EXPECT_TRUE(toldAfterPresses(u"Failed to load model JIT: "_qs).contains(u"could not be loaded"_qs));
+    ASSERT_TRUE(QFile::remove(state->whisperManager().modelURL(u"small-q8_0"_s)));
+    EXPECT_TRUE(
+        toldAfterPresses(u"Failed to load model JIT: "_s).contains(u"could not be loaded"_s));
 }
 
 TEST_F(RefusedPressTest, SaysThatTheHotkeyWasTakenByTheFieldThatRecordsIt)
@@ -114,7 +115,7 @@ TEST_F(RefusedPressTest, SaysThatTheHotkeyWasTakenByTheFieldThatRecordsIt)
     press();
     press();
     ASSERT_EQ(memory.userNotifications->delivered.size(), 1U);
-    EXPECT_TRUE(memory.userNotifications->delivered[0].second.contains(u"⌥Space"_qs));
+    EXPECT_TRUE(memory.userNotifications->delivered[0].second.contains(u"⌥Space"_s));
     EXPECT_TRUE(messages().isEmpty());
 }
 

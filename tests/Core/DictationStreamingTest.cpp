@@ -1,4 +1,5 @@
 #include "Base/Graphemes.h"
+#include "Base/StringLiterals.h"
 #include "Managers/TextCorrector.h"
 #include "Support/DictationControllerTestBase.h"
 #include "Support/InMemoryTextField.h"
@@ -66,7 +67,8 @@ protected:
 
     /// Releases the hotkey while a pass runs or its segment is on its way, and chunks may wait;
     /// none of that reaches the field before the final text does.
-    void stopDuringPass(RandomSpeech &speech, const QByteArray &heard, const InMemoryTextField &field)
+    void stopDuringPass(RandomSpeech &speech, const QByteArray &heard,
+                        const InMemoryTextField &field)
     {
         const QString standing = field.text();
         const bool pending = speech.below(2) == 0;
@@ -105,7 +107,7 @@ protected:
     /// The count in the last line that tells one.
     [[nodiscard]] int64_t counted() const
     {
-        static const QRegularExpression counts(u"\\((?:total: )?(\\d+)(?: chars)?\\)$"_qs);
+        static const QRegularExpression counts(u"\\((?:total: )?(\\d+)(?: chars)?\\)$"_s);
         int64_t count = 0;
         for (const QString &message : messages()) {
             if (const auto match = counts.match(message); match.hasMatch())
@@ -119,19 +121,19 @@ TEST_F(DictationStreamingTest, NothingIsTypedOrDeletedWhileTheFieldHasLostTheKey
 {
     start();
     segment("Here");
-    EXPECT_EQ(typed(), u"Here"_qs);
+    EXPECT_EQ(typed(), u"Here"_s);
     memory.screenLock->isTaken = true;
     segment("Here it");
-    EXPECT_EQ(typed(), u"Here"_qs);
+    EXPECT_EQ(typed(), u"Here"_s);
     memory.screenLock->isTaken = false;
     segment("Here it is");
-    EXPECT_EQ(typed(), u"Here it is"_qs);
+    EXPECT_EQ(typed(), u"Here it is"_s);
 
     memory.screenLock->isTaken = true;
     stop(" Here it is.");
-    EXPECT_EQ(typed(), u"Here it is"_qs);
-    EXPECT_EQ(state->lastTranscript(), u"Here it is."_qs);
-    EXPECT_EQ(memory.output, (QStringList{u"follow"_qs, u"unfollow"_qs}))
+    EXPECT_EQ(typed(), u"Here it is"_s);
+    EXPECT_EQ(state->lastTranscript(), u"Here it is."_s);
+    EXPECT_EQ(memory.output, (QStringList{u"follow"_s, u"unfollow"_s}))
         << "no strokes, no pasteboard borrowed";
 }
 
@@ -170,13 +172,14 @@ TEST_F(DictationStreamingTest, TypesWhatIsConfirmedAndReplacesItByTheFinalText)
                   "Confirmed: +' noir' (total: 14)"}),
          14},
         {"scripts of all kinds",
-         {{"שלום 👩‍👩‍👧", ""}, {"שלום 👩‍👩‍👧 你好 नमस्ते", ""}},
+         {{"שלום 👩‍👩‍👧", ""},
+          {"שלום 👩‍👩‍👧 你好 नमस्ते", ""}},
          "שלום 👩‍👩‍👧 你好 नमस्ते",
          {},
          -1},
     };
-    const QString before = u"Dear 👩‍👩‍👧, "_qs;
-    const QString after = u" bye"_qs;
+    const QString before = u"Dear 👩‍👩‍👧, "_s;
+    const QString after = u" bye"_s;
     for (const bool accessible : {true, false}) {
         for (const Case &item : cases) {
             SCOPED_TRACE(item.what);
@@ -195,13 +198,13 @@ TEST_F(DictationStreamingTest, TypesWhatIsConfirmedAndReplacesItByTheFinalText)
             log.clear();
 
             stop("Final text.");
-            EXPECT_EQ(field.text(), before + u"Final text."_qs + after);
-            EXPECT_EQ(memory.output.count(u"51 down 0"_qs), count);
-            EXPECT_EQ(memory.output.count(u"pause 5000"_qs), count);
-            EXPECT_EQ(memory.output.count(u"pause 50000"_qs), count > 0 ? 1 : 0);
+            EXPECT_EQ(field.text(), before + u"Final text."_s + after);
+            EXPECT_EQ(memory.output.count(u"51 down 0"_s), count);
+            EXPECT_EQ(memory.output.count(u"pause 5000"_s), count);
+            EXPECT_EQ(memory.output.count(u"pause 50000"_s), count > 0 ? 1 : 0);
             QStringList expected = strings({"Stopped recording, got 100 samples. Mode: streaming"});
             if (count > 0)
-                expected << u"Deleting %1 characters of streaming text"_qs.arg(count);
+                expected << u"Deleting %1 characters of streaming text"_s.arg(count);
             EXPECT_EQ(messages(), expected + strings({"Final transcription: 'Final text.'"}));
         }
     }
@@ -227,10 +230,10 @@ TEST_F(DictationStreamingTest, DeletesThenPausesThenTypesTheFinalText)
     segment("ab");
     memory.output.clear();
     stop("Final.");
-    EXPECT_EQ(memory.output,
-              strings({"51 down 0", "51 up 0", "pause 5000", "51 down 0", "51 up 0", "pause 5000",
-                       "pause 50000", "borrow Final.", "9 down 100000", "9 up 100000",
-                       "unfollow"}));
+    EXPECT_EQ(
+        memory.output,
+        strings({"51 down 0", "51 up 0", "pause 5000", "51 down 0", "51 up 0", "pause 5000",
+                 "pause 50000", "borrow Final.", "9 down 100000", "9 up 100000", "unfollow"}));
 }
 
 TEST_F(DictationStreamingTest, DeletesOnlyWhatWasSeenToArriveAndStillStandsBeforeTheCaret)
@@ -267,7 +270,7 @@ TEST_F(DictationStreamingTest, DeletesOnlyWhatWasSeenToArriveAndStillStandsBefor
     };
     for (const Case &item : cases) {
         SCOPED_TRACE(item.what);
-        InMemoryTextField field(memory, u"mine "_qs, 5);
+        InMemoryTextField field(memory, u"mine "_s, 5);
         if (!item.accessible)
             field.refuseAccessibility();
         memory.workspace->window = 1;
@@ -277,13 +280,13 @@ TEST_F(DictationStreamingTest, DeletesOnlyWhatWasSeenToArriveAndStillStandsBefor
         item.afterFirst(memory);
         segment("one two");
         segment("one two three", "four");
-        EXPECT_EQ(field.text(), u"mine "_qs + QString::fromUtf8(item.standing));
-        EXPECT_EQ(state->partialTranscript(), u"one two three four"_qs);
+        EXPECT_EQ(field.text(), u"mine "_s + QString::fromUtf8(item.standing));
+        EXPECT_EQ(state->partialTranscript(), u"one two three four"_s);
         item.atEnd(memory);
         stop("End.");
-        EXPECT_TRUE(field.text().startsWith(u"mine "_qs)) << field.text().toStdString();
-        EXPECT_TRUE(field.text().endsWith(u"End."_qs)) << field.text().toStdString();
-        EXPECT_EQ(field.text(), u"mine "_qs + QString::fromUtf8(item.final));
+        EXPECT_TRUE(field.text().startsWith(u"mine "_s)) << field.text().toStdString();
+        EXPECT_TRUE(field.text().endsWith(u"End."_s)) << field.text().toStdString();
+        EXPECT_EQ(field.text(), u"mine "_s + QString::fromUtf8(item.final));
     }
 }
 
@@ -294,20 +297,21 @@ TEST_F(DictationStreamingTest, TypesOnWhenALateTextIsSeen)
     memory.accessibility->showsWrites = false;
     segment("one");
     segment("one two");
-    EXPECT_EQ(field.text(), u"one"_qs);
+    EXPECT_EQ(field.text(), u"one"_s);
     memory.accessibility->showsWrites = true;
     segment("one two three");
-    EXPECT_EQ(field.text(), u"one two three"_qs);
-    EXPECT_EQ(messages().mid(1),
-              strings({"Streaming held back: the typed text is not seen before the caret",
-                       "Streaming start: 'one' (3 chars)", "Confirmed: +' two three' (total: 13)"}));
+    EXPECT_EQ(field.text(), u"one two three"_s);
+    EXPECT_EQ(
+        messages().mid(1),
+        strings({"Streaming held back: the typed text is not seen before the caret",
+                 "Streaming start: 'one' (3 chars)", "Confirmed: +' two three' (total: 13)"}));
     stop("End.");
-    EXPECT_EQ(field.text(), u"End."_qs);
+    EXPECT_EQ(field.text(), u"End."_s);
 }
 
 TEST_F(DictationStreamingTest, WhatCouldNotBePastedComesWithTheNextWords)
 {
-    InMemoryTextField field(memory, u"mine "_qs, 5);
+    InMemoryTextField field(memory, u"mine "_s, 5);
     field.refuseAccessibility();
     start();
     memory.pasteboard->isContested = true;
@@ -316,32 +320,32 @@ TEST_F(DictationStreamingTest, WhatCouldNotBePastedComesWithTheNextWords)
     segment("one two");
     memory.pasteboard->isContested = true;
     segment("one two three");
-    EXPECT_EQ(field.text(), u"mine one two"_qs);
+    EXPECT_EQ(field.text(), u"mine one two"_s);
     EXPECT_EQ(messages().mid(1),
               strings({"Streaming held back: another program keeps the clipboard",
                        "Streaming start: 'one two' (7 chars)"}));
     // What was pasted before is still known to have arrived.
     memory.pasteboard->isContested = memory.pasteboard->isFetched = false;
     stop("End.");
-    EXPECT_EQ(field.text(), u"mine End."_qs);
+    EXPECT_EQ(field.text(), u"mine End."_s);
 }
 
 TEST_F(DictationStreamingTest, LogsTheBeginningsInWholeCharacters)
 {
     const InMemoryTextField field(memory, {}, 0);
     start();
-    const QString thumb = u"👍🏽"_qs;
-    const QString family = u"👩‍👩‍👧"_qs;
+    const QString thumb = u"👍🏽"_s;
+    const QString family = u"👩‍👩‍👧"_s;
     const auto confirm = [this](const QString &text) {
         segment(text.toUtf8().constData());
         return messages().last();
     };
     EXPECT_EQ(confirm(thumb.repeated(43)),
-              u"Streaming start: '%1' (43 chars)"_qs.arg(thumb.repeated(40)));
+              u"Streaming start: '%1' (43 chars)"_s.arg(thumb.repeated(40)));
     EXPECT_EQ(confirm(thumb.repeated(43) + family.repeated(26)),
-              u"Confirmed: +'%1' (total: 69)"_qs.arg(family.repeated(25)));
+              u"Confirmed: +'%1' (total: 69)"_s.arg(family.repeated(25)));
     EXPECT_EQ(confirm(family.repeated(31)),
-              u"Streaming edge: '%1' (total: 101)"_qs.arg(family.repeated(30)));
+              u"Streaming edge: '%1' (total: 101)"_s.arg(family.repeated(30)));
 }
 
 TEST_F(DictationStreamingTest, ShowsTheTentativeTextInThePillOnly)
@@ -349,10 +353,10 @@ TEST_F(DictationStreamingTest, ShowsTheTentativeTextInThePillOnly)
     const InMemoryTextField field(memory, {}, 0);
     start();
     segment("", " abc ");
-    EXPECT_EQ(state->partialTranscript(), u"abc"_qs);
+    EXPECT_EQ(state->partialTranscript(), u"abc"_s);
     EXPECT_EQ(field.text(), QString());
     segment(" abc", "de\n");
-    EXPECT_EQ(state->partialTranscript(), u"abc de"_qs);
+    EXPECT_EQ(state->partialTranscript(), u"abc de"_s);
     segment("", "");
     EXPECT_EQ(state->partialTranscript(), QString());
     segment("abc", "rest");
@@ -366,7 +370,7 @@ TEST_F(DictationStreamingTest, NothingIsTypedAfterTheStop)
     start();
     pass("so it");
     pass("so it");
-    EXPECT_EQ(field.text(), u"so it"_qs);
+    EXPECT_EQ(field.text(), u"so it"_s);
 
     // The key is released in the middle of a pass, which confirms more.
     FakeWhisper::Hold hold;
@@ -381,21 +385,21 @@ TEST_F(DictationStreamingTest, NothingIsTypedAfterTheStop)
     hold.letOneThrough();
     ASSERT_TRUE(waitUntil([] { return FakeWhisper::calls().size() == 4; }));
     QCoreApplication::processEvents();
-    EXPECT_EQ(field.text(), u"so it"_qs);
-    EXPECT_EQ(state->partialTranscript(), u"so it"_qs);
+    EXPECT_EQ(field.text(), u"so it"_s);
+    EXPECT_EQ(state->partialTranscript(), u"so it"_s);
 
     hold.release();
     ASSERT_TRUE(waitForState(TranscriptionState::idle));
-    EXPECT_EQ(field.text(), u"So it goes."_qs);
+    EXPECT_EQ(field.text(), u"So it goes."_s);
     segment("so it goes on and on");
-    EXPECT_EQ(field.text(), u"So it goes."_qs);
+    EXPECT_EQ(field.text(), u"So it goes."_s);
     // The chunk that waited for the pass was dropped.
     EXPECT_EQ(FakeWhisper::calls().size(), 4U);
 
     // The next recording knows nothing of this one.
     start();
     segment("new");
-    EXPECT_EQ(messages().last(), u"Streaming start: 'new' (3 chars)"_qs);
+    EXPECT_EQ(messages().last(), u"Streaming start: 'new' (3 chars)"_s);
 }
 
 TEST_F(DictationStreamingTest, ALateSegmentOfAnEarlierRecordingIsIgnored)
@@ -417,10 +421,10 @@ TEST_F(DictationStreamingTest, ALateSegmentOfAnEarlierRecordingIsIgnored)
     hold.release();
     ASSERT_TRUE(SerialExecutor::finishAll(std::chrono::seconds(20)));
     QCoreApplication::processEvents();
-    EXPECT_EQ(field.text(), u"new"_qs);
-    EXPECT_EQ(state->partialTranscript(), u"new"_qs);
+    EXPECT_EQ(field.text(), u"new"_s);
+    EXPECT_EQ(state->partialTranscript(), u"new"_s);
     stop("New.");
-    EXPECT_EQ(field.text(), u"New."_qs);
+    EXPECT_EQ(field.text(), u"New."_s);
 }
 
 TEST_F(DictationStreamingTest, EndsIdleWhateverFails)
@@ -428,9 +432,9 @@ TEST_F(DictationStreamingTest, EndsIdleWhateverFails)
     const InMemoryTextField field(memory, {}, 0);
     launchWithModel();
     state->setEnableRealtimeStreaming(true);
-    memory.captureError = PlatformError{5, u"No such device"_qs};
+    memory.captureError = PlatformError{5, u"No such device"_s};
     press();
-    ASSERT_TRUE(waitForMessage(u"Failed to start recording: No such device"_qs));
+    ASSERT_TRUE(waitForMessage(u"Failed to start recording: No such device"_s));
     release();
     EXPECT_EQ(state->transcriptionState(), TranscriptionState::idle);
     memory.audioEngine->startError.reset();
@@ -440,7 +444,7 @@ TEST_F(DictationStreamingTest, EndsIdleWhateverFails)
     segment("a b");
     stop("");
     EXPECT_EQ(field.text(), QString());
-    EXPECT_EQ(messages().last(), u"Empty final transcription"_qs);
+    EXPECT_EQ(messages().last(), u"Empty final transcription"_s);
     EXPECT_TRUE(state->transcriptionHistory().isEmpty());
 
     // The recogniser fails, or the model goes in the middle and chunks are dropped: nothing better
@@ -450,7 +454,7 @@ TEST_F(DictationStreamingTest, EndsIdleWhateverFails)
         const InMemoryTextField newField(memory, {}, 0);
         FakeWhisper::reset();
         start();
-        EXPECT_EQ(messages().last(), u"Started recording with realtime streaming"_qs);
+        EXPECT_EQ(messages().last(), u"Started recording with realtime streaming"_s);
         pass("a b");
         pass("a b");
         if (unloads)
@@ -458,14 +462,14 @@ TEST_F(DictationStreamingTest, EndsIdleWhateverFails)
         else
             FakeWhisper::enqueue({.code = 3});
         speakAndWait(100);
-        EXPECT_EQ(newField.text(), u"a b"_qs);
+        EXPECT_EQ(newField.text(), u"a b"_s);
         release();
         ASSERT_TRUE(waitForState(TranscriptionState::idle));
-        EXPECT_EQ(newField.text(), u"a b"_qs);
-        EXPECT_EQ(messages().last(), u"Empty final transcription"_qs);
+        EXPECT_EQ(newField.text(), u"a b"_s);
+        EXPECT_EQ(messages().last(), u"Empty final transcription"_s);
         ASSERT_EQ(state->transcriptionHistory().size(), unloads ? 2 : 1);
-        EXPECT_EQ(state->transcriptionHistory().first().text, u"a b"_qs);
-        EXPECT_EQ(state->lastTranscript(), u"a b"_qs);
+        EXPECT_EQ(state->transcriptionHistory().first().text, u"a b"_s);
+        EXPECT_EQ(state->lastTranscript(), u"a b"_s);
     }
 }
 
@@ -473,8 +477,8 @@ TEST_F(DictationStreamingTest, WhatStandsIsWhatWasCounted)
 {
     launchWithModel();
     state->setPlaySounds(false);
-    const QString before = u"før 🙂 "_qs;
-    const QString after = u" efter"_qs;
+    const QString before = u"før 🙂 "_s;
+    const QString after = u" efter"_s;
     for (unsigned seed = 1; seed <= 25; ++seed) {
         SCOPED_TRACE(seed);
         // The record of all that was heard would be copied over and over.
@@ -494,7 +498,7 @@ TEST_F(DictationStreamingTest, WhatStandsIsWhatWasCounted)
             standing = now;
         }
         // Confirmed words never change.
-        EXPECT_TRUE(messages().filter(u"Streaming edge"_qs).isEmpty());
+        EXPECT_TRUE(messages().filter(u"Streaming edge"_s).isEmpty());
         const QByteArray heard = speech.finalText();
         if (speech.below(3) == 0)
             stop(heard);
@@ -502,7 +506,8 @@ TEST_F(DictationStreamingTest, WhatStandsIsWhatWasCounted)
             stopDuringPass(speech, heard, field);
         const QString said = QString::fromUtf8(heard).trimmed();
         const QString final = before
-            + (state->enableTextCorrection() ? TextCorrector::correct(said, u"en"_qs) : said) + after;
+            + (state->enableTextCorrection() ? TextCorrector::correct(said, u"en"_s) : said)
+            + after;
         EXPECT_EQ(field.text(), final);
         QCoreApplication::processEvents();
         EXPECT_EQ(field.text(), final);

@@ -1,6 +1,7 @@
 #include "Base/FileLock.h"
 
 #include "Base/FileDescriptor.h"
+#include "Base/StringLiterals.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -27,7 +28,7 @@ protected:
 
 TEST_F(FileLockTest, EndsWhenTheFileIsClosed)
 {
-    const QByteArray path = make(u"file"_qs);
+    const QByteArray path = make(u"file"_s);
     auto holder = FileDescriptor::open(path, O_RDONLY);
     const auto other = FileDescriptor::open(path, O_RDONLY);
     ASSERT_TRUE(holder.isOpen() && other.isOpen());
@@ -43,20 +44,20 @@ TEST_F(FileLockTest, EndsWhenTheFileIsClosed)
 
 TEST_F(FileLockTest, WhatIsOpenedIsNotInherited)
 {
-    const auto file = FileDescriptor::open(make(u"file"_qs), O_RDONLY);
+    const auto file = FileDescriptor::open(make(u"file"_s), O_RDONLY);
     EXPECT_EQ(::fcntl(file.get(), F_GETFD), FD_CLOEXEC);
-    EXPECT_FALSE(FileDescriptor::open(QFile::encodeName(directory.filePath(u"none"_qs)), O_RDONLY)
-                     .isOpen());
+    EXPECT_FALSE(
+        FileDescriptor::open(QFile::encodeName(directory.filePath(u"none"_s)), O_RDONLY).isOpen());
 }
 
 TEST_F(FileLockTest, RemovesWhatNobodyHasLocked)
 {
-    const QByteArray unlocked = make(u"unlocked"_qs);
-    const QByteArray locked = make(u"locked"_qs);
+    const QByteArray unlocked = make(u"unlocked"_s);
+    const QByteArray locked = make(u"locked"_s);
     const auto holder = FileDescriptor::open(locked, O_RDONLY);
     ASSERT_TRUE(FileLock::tryLock(holder.get()));
-    const QString target = QFile::decodeName(make(u"target"_qs));
-    const QString link = directory.filePath(u"link"_qs);
+    const QString target = QFile::decodeName(make(u"target"_s));
+    const QString link = directory.filePath(u"link"_s);
     ASSERT_TRUE(QFile::link(target, link));
 
     for (const QByteArray &path : {unlocked, locked, QFile::encodeName(link)})

@@ -1,5 +1,6 @@
 #include "Core/Recognition/LocalAgreement.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/RandomSpeech.h"
 
 #include <gtest/gtest.h>
@@ -49,11 +50,11 @@ TEST(LocalAgreementTest, ConfirmsWordByWordWhatTwoPassesAgreeOn)
 
 TEST(LocalAgreementTest, SplitsAtSpacesOfAnyWidthAndTabs)
 {
-    EXPECT_EQ(LocalAgreement::words(u"\u00a0a\u00a0b\tc\u2003d\u3000e  f\u202f"_qs),
-              QStringList({u"a"_qs, u"b"_qs, u"c"_qs, u"d"_qs, u"e"_qs, u"f"_qs}));
+    EXPECT_EQ(LocalAgreement::words(u"\u00a0a\u00a0b\tc\u2003d\u3000e  f\u202f"_s),
+              QStringList({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s, u"f"_s}));
     // A line break in the middle is part of a word.
-    EXPECT_EQ(LocalAgreement::words(u"\n a\nb \r\n"_qs), QStringList(u"a\nb"_qs));
-    EXPECT_EQ(LocalAgreement::words(u" \t\n"_qs), QStringList());
+    EXPECT_EQ(LocalAgreement::words(u"\n a\nb \r\n"_s), QStringList(u"a\nb"_s));
+    EXPECT_EQ(LocalAgreement::words(u" \t\n"_s), QStringList());
 }
 
 TEST(LocalAgreementTest, ConfirmedWordsStay)

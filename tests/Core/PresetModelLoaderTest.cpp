@@ -1,5 +1,6 @@
 #include "Core/Dictation/PresetModelLoader.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/DictationControllerTestBase.h"
 
 using namespace Velloro;
@@ -57,7 +58,7 @@ TEST_F(PresetModelLoaderTest, TheLaunchReadsOneModel)
         // A press before it has ended.
         press();
         ASSERT_TRUE(read.isEmpty()
-                        ? waitForMessage(u"Cannot start recording: model not downloaded."_qs)
+                        ? waitForMessage(u"Cannot start recording: model not downloaded."_s)
                         : waitForState(TranscriptionState::listening));
         release();
         ASSERT_TRUE(waitForState(TranscriptionState::idle));
@@ -69,19 +70,19 @@ TEST_F(PresetModelLoaderTest, FollowsThePresetAndItsModel)
 {
     launchWith(strings({"small-q8_0", "base", "tiny-q5_1", "tiny"}));
     WhisperManager &manager = state->whisperManager();
-    ASSERT_TRUE(waitForModel(u"small-q8_0"_qs));
+    ASSERT_TRUE(waitForModel(u"small-q8_0"_s));
     state->setSelectedModel(ModelPreset::small);
-    ASSERT_TRUE(waitForModel(u"base"_qs));
-    state->setModelId(u"tiny-q5_1"_qs, ModelPreset::small);
-    ASSERT_TRUE(waitForModel(u"tiny-q5_1"_qs));
+    ASSERT_TRUE(waitForModel(u"base"_s));
+    state->setModelId(u"tiny-q5_1"_s, ModelPreset::small);
+    ASSERT_TRUE(waitForModel(u"tiny-q5_1"_s));
 
     // Another preset's model, the loaded one, and one whose file is not there change nothing.
     const auto context = manager.whisperContext();
-    state->setModelId(u"tiny"_qs, ModelPreset::large);
+    state->setModelId(u"tiny"_s, ModelPreset::large);
     EXPECT_TRUE(isLeftAlone(context));
     loader->loadPresetModel();
     EXPECT_TRUE(isLeftAlone(context));
-    state->setModelId(u"base-q5_1"_qs, ModelPreset::small);
+    state->setModelId(u"base-q5_1"_s, ModelPreset::small);
     EXPECT_TRUE(isLeftAlone(context));
 
     // Of the downloads the one of the preset's model counts, when it has ended well.
@@ -97,10 +98,10 @@ TEST_F(PresetModelLoaderTest, FollowsThePresetAndItsModel)
     download("base-q5_1", false);
     EXPECT_TRUE(isLeftAlone(context));
     download("base-q5_1", true);
-    ASSERT_TRUE(waitForModel(u"base-q5_1"_qs));
+    ASSERT_TRUE(waitForModel(u"base-q5_1"_s));
     // Once.
-    manager.loadModel(u"tiny"_qs);
-    ASSERT_TRUE(waitForModel(u"tiny"_qs));
+    manager.loadModel(u"tiny"_s);
+    ASSERT_TRUE(waitForModel(u"tiny"_s));
     const auto chosen = manager.whisperContext();
     manager.refreshModelStates();
     download("base-q8_0", true);
@@ -113,13 +114,13 @@ TEST_F(PresetModelLoaderTest, AModelThatTheUserChoseByItsNameStays)
     WhisperManager &manager = state->whisperManager();
     {
         // The preset's is still on its way.
-        ASSERT_TRUE(waitForModel(u"small-q8_0"_qs));
+        ASSERT_TRUE(waitForModel(u"small-q8_0"_s));
         FakeWhisper::Hold hold(FakeWhisper::Point::load);
-        state->setModelId(u"base"_qs, ModelPreset::medium);
+        state->setModelId(u"base"_s, ModelPreset::medium);
         ASSERT_TRUE(hold.waitUntilHeld());
-        manager.loadModel(u"tiny"_qs);
+        manager.loadModel(u"tiny"_s);
     }
-    ASSERT_TRUE(waitForModel(u"tiny"_qs));
+    ASSERT_TRUE(waitForModel(u"tiny"_s));
     dictate();
     EXPECT_TRUE(isLeftAlone(manager.whisperContext()));
     EXPECT_EQ(readModels(), strings({"small-q8_0", "base", "tiny"}));
@@ -129,22 +130,21 @@ TEST_F(PresetModelLoaderTest, DoesNothingBetweenAPressAndTheEndOfItsDictation)
 {
     launchWith(strings({"small"}));
     WhisperManager &manager = state->whisperManager();
-    ASSERT_TRUE(waitForModel(u"small"_qs));
+    ASSERT_TRUE(waitForModel(u"small"_s));
     manager.unloadModel();
-    addModel(u"small-q8_0"_qs);
-    addModel(u"tiny"_qs);
+    addModel(u"small-q8_0"_s);
+    addModel(u"tiny"_s);
     std::shared_ptr<WhisperContext> context;
-    const auto assign = [&](const char *id) {
-        state->setModelId(QString::fromLatin1(id), ModelPreset::medium);
-    };
+    const auto assign
+        = [&](const char *id) { state->setModelId(QString::fromLatin1(id), ModelPreset::medium); };
     {
         // The just-in-time load.
         FakeWhisper::Hold hold(FakeWhisper::Point::load);
         press();
-        ASSERT_TRUE(waitForMessage(u"Model not loaded, attempting"_qs));
+        ASSERT_TRUE(waitForMessage(u"Model not loaded, attempting"_s));
         context = manager.whisperContext();
         assign("tiny");
-        EXPECT_EQ(manager.loadingModelId(), u"small"_qs);
+        EXPECT_EQ(manager.loadingModelId(), u"small"_s);
     }
     ASSERT_TRUE(waitForState(TranscriptionState::listening));
     assign("small-q8_0");
@@ -156,39 +156,39 @@ TEST_F(PresetModelLoaderTest, DoesNothingBetweenAPressAndTheEndOfItsDictation)
     assign("tiny");
     EXPECT_TRUE(isLeftAlone(context));
     hold.release();
-    ASSERT_TRUE(waitForModel(u"tiny"_qs));
+    ASSERT_TRUE(waitForModel(u"tiny"_s));
     EXPECT_EQ(readModels(), strings({"small", "small", "tiny"}));
 
     // Nor while the microphone's permission is asked for.
     memory.captureAuthorization->answersAtOnce = false;
     state->setHasMicrophonePermission(false);
     press();
-    ASSERT_TRUE(waitForMessage(u"Microphone permission not granted"_qs));
+    ASSERT_TRUE(waitForMessage(u"Microphone permission not granted"_s));
     assign("small-q8_0");
     EXPECT_TRUE(isLeftAlone(manager.whisperContext()));
     memory.captureAuthorization->answer(false);
-    ASSERT_TRUE(waitForModel(u"small-q8_0"_qs));
+    ASSERT_TRUE(waitForModel(u"small-q8_0"_s));
 }
 
 TEST_F(PresetModelLoaderTest, APressThatFoundNoModelIsMadeUpForByThePresets)
 {
     launchWith({});
-    addModel(u"small-q8_0"_qs);
+    addModel(u"small-q8_0"_s);
     press();
     release();
-    ASSERT_TRUE(waitForMessage(u"Cannot start recording: model not downloaded."_qs));
-    ASSERT_TRUE(waitForModel(u"small-q8_0"_qs));
+    ASSERT_TRUE(waitForMessage(u"Cannot start recording: model not downloaded."_s));
+    ASSERT_TRUE(waitForModel(u"small-q8_0"_s));
     dictate();
-    EXPECT_EQ(typed(), u"Hello world."_qs);
+    EXPECT_EQ(typed(), u"Hello world."_s);
 
     // What the press has tried itself is not tried again.
     state->setSelectedModel(ModelPreset::small);
     state->whisperManager().unloadModel();
     FakeWhisper::setLoadScript([](const QString &) { return false; });
-    addModel(u"base"_qs);
+    addModel(u"base"_s);
     press();
     release();
-    ASSERT_TRUE(waitForMessage(u"Failed to load model JIT: Failed to load whisper model"_qs));
+    ASSERT_TRUE(waitForMessage(u"Failed to load model JIT: Failed to load whisper model"_s));
     waitUntilIdle();
     EXPECT_TRUE(state->whisperManager().loadingModelId().isEmpty());
     EXPECT_EQ(readModels(), strings({"small-q8_0", "base"}));

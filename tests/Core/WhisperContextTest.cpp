@@ -1,3 +1,4 @@
+#include "Base/StringLiterals.h"
 #include "Support/WaitUntil.h"
 #include "Support/WhisperContextTestBase.h"
 
@@ -32,7 +33,7 @@ TEST_F(WhisperContextTest, AMissingFileLeavesTheLoadedModelUsable)
     load();
     takeLines();
 
-    EXPECT_EQ(await(context->loadModel(directory.filePath(u"none.bin"_qs))),
+    EXPECT_EQ(await(context->loadModel(directory.filePath(u"none.bin"_s))),
               tl::unexpected(WhisperContextError::modelNotFound));
     EXPECT_THAT(takeLines(), IsEmpty());
     EXPECT_EQ(await(context->transcribe({0.5F})), u"Hello world.");
@@ -42,7 +43,7 @@ TEST_F(WhisperContextTest, LoadingAgainUnloadsFirstAndLogsTheStack)
 {
     processInfo->stack.clear();
     for (int frame = 0; frame < 12; ++frame)
-        processInfo->stack += u"frame %1"_qs.arg(frame);
+        processInfo->stack += u"frame %1"_s.arg(frame);
     load();
     takeLines();
 
@@ -74,7 +75,8 @@ TEST_F(WhisperContextTest, ARefusedFileLeavesNoModel)
 
 TEST_F(WhisperContextTest, AFailedDecodingStateFreesTheModelWithoutAWord)
 {
-    for (const auto outcome : {FakeWhisper::StateCreation::fails, FakeWhisper::StateCreation::throws}) {
+    for (const auto outcome :
+         {FakeWhisper::StateCreation::fails, FakeWhisper::StateCreation::throws}) {
         FakeWhisper::setStateCreation(outcome);
         EXPECT_EQ(await(context->loadModel(modelPath())),
                   tl::unexpected(WhisperContextError::modelLoadFailed));
@@ -120,7 +122,8 @@ struct SmallModel
         }
         for (int tensor = 0; tensor < tensors; ++tensor) {
             const bool isMatrix = tensor == 0;
-            for (const uint32_t field : {2U, 4U, isMatrix ? matrixType : 0U, isMatrix ? 32U : 1U, 1U})
+            for (const uint32_t field :
+                 {2U, 4U, isMatrix ? matrixType : 0U, isMatrix ? 32U : 1U, 1U})
                 number(field);
             bytes += "name";
             bytes.append(isMatrix ? 24 : 4, '\2');
@@ -170,7 +173,7 @@ TEST_F(WhisperContextTest, AModelThatContradictsItselfNeverReachesTheLibrary)
         for (const uint32_t value : wrong[field]) {
             SmallModel model;
             model.header[field] = value;
-            expectRefused(model, qPrintable(u"field %1: %2"_qs.arg(field).arg(value)));
+            expectRefused(model, qPrintable(u"field %1: %2"_s.arg(field).arg(value)));
         }
     }
     expectRefused({.bins = 200}, "frequency bins");
@@ -197,10 +200,11 @@ TEST_F(WhisperContextTest, HandsTheRecordingAndTheSettingsToTheLibrary)
     load();
     await(context->transcribe({0.25F, -1.0F, 0.5F}));
     takeLines();
-    await(context->setLanguage(u"auto"_qs));
-    await(context->setCustomDictionary({u"Kubernetes"_qs, u"Größe"_qs}));
-    EXPECT_THAT(takeLines(), ElementsAre(line("Language set to: auto"),
-                                         line("Custom dictionary set with 2 words")));
+    await(context->setLanguage(u"auto"_s));
+    await(context->setCustomDictionary({u"Kubernetes"_s, u"Größe"_s}));
+    EXPECT_THAT(
+        takeLines(),
+        ElementsAre(line("Language set to: auto"), line("Custom dictionary set with 2 words")));
     load(); // They outlive the model.
     takeLines();
     await(context->transcribe({0.5F}));
@@ -219,8 +223,9 @@ TEST_F(WhisperContextTest, HandsTheRecordingAndTheSettingsToTheLibrary)
     EXPECT_EQ(calls[0].prompt, std::nullopt);
     EXPECT_EQ(calls[1].language, "auto");
     EXPECT_EQ(calls[1].prompt, QByteArray("Kubernetes, Größe"));
-    EXPECT_THAT(takeLines(), ElementsAre(line("Transcribing 1 samples in batch..."),
-                                         line("Batch transcription complete: 'Hello world....'")));
+    EXPECT_THAT(takeLines(),
+                ElementsAre(line("Transcribing 1 samples in batch..."),
+                            line("Batch transcription complete: 'Hello world....'")));
 }
 
 TEST_F(WhisperContextTest, AShortRecordingIsFollowedBySilence)
@@ -239,21 +244,22 @@ TEST_F(WhisperContextTest, AShortRecordingIsFollowedBySilence)
 TEST_F(WhisperContextTest, OfAnEndlessPromptTheEndIsUsed)
 {
     const QString endless(13'000, u'語');
-    const QString sentence = u"längere Wörter "_qs.repeated(1000);
+    const QString sentence = u"längere Wörter "_s.repeated(1000);
     const struct
     {
         QStringList words;
         QString end;
     } cases[] = {
         {{endless}, QString(1333, u'語')},
-        {{endless, u"Größe"_qs}, u"Größe"_qs},
-        {{sentence + u"Ende"_qs}, u"längere Wörter "_qs.repeated(235) + u"Ende"_qs},
+        {{endless, u"Größe"_s}, u"Größe"_s},
+        {{sentence + u"Ende"_s}, u"längere Wörter "_s.repeated(235) + u"Ende"_s},
     };
     load();
     for (const auto &[words, end] : cases) {
         await(context->setCustomDictionary(words));
         await(context->transcribe({0.5F}));
-        EXPECT_EQ(QString::fromUtf8(FakeWhisper::calls().back().prompt.value_or(QByteArray())), end);
+        EXPECT_EQ(QString::fromUtf8(FakeWhisper::calls().back().prompt.value_or(QByteArray())),
+                  end);
     }
 }
 
@@ -269,14 +275,18 @@ TEST_F(WhisperContextTest, CollectsAndTrimsTheText)
     const QByteArray longText = family.repeated(49) + "xyz";
     const QByteArray longPrefix = family.repeated(49) + "x";
     const std::vector<Case> cases = {
-        {{" Hello there.", " How are you?"}, "Hello there. How are you?",
+        {{" Hello there.", " How are you?"},
+         "Hello there. How are you?",
          "Hello there. How are you?"},
         {{std::nullopt, " a", std::nullopt, "b"}, "ab", "ab"},
         {{}, "", ""},
         {{" \u00a0\n", "\t\u2029 twelve chars\r\n\u3000"}, "twelve chars", "twelve chars"},
         // A character in two halves, and a byte that is none.
         {{" caf\xc3", "\xa9"}, "café", "café"},
-        {{" a\xff" "b"}, "a\ufffdb", "a\ufffdb"},
+        {{" a\xff"
+          "b"},
+         "a\ufffdb",
+         "a\ufffdb"},
         {{longText}, longText.constData(), longPrefix.constData()},
     };
     load();
@@ -284,8 +294,9 @@ TEST_F(WhisperContextTest, CollectsAndTrimsTheText)
         FakeWhisper::enqueue({.segments = item.segments});
         takeLines();
         EXPECT_EQ(await(context->transcribe({0.5F})), QString::fromUtf8(item.text));
-        EXPECT_EQ(takeLines().back(), line("Batch transcription complete: '") +
-                                          QString::fromUtf8(item.logged) + u"...'"_qs);
+        EXPECT_EQ(takeLines().back(),
+                  line("Batch transcription complete: '") + QString::fromUtf8(item.logged)
+                      + u"...'"_s);
     }
 }
 
@@ -300,8 +311,9 @@ TEST_F(WhisperContextTest, NothingToTranscribeIsNoFailure)
     FakeWhisper::enqueue({.segments = {" leftover"}, .code = -7});
     EXPECT_EQ(await(context->transcribe({0.5F, 0.5F})),
               tl::unexpected(WhisperContextError::transcriptionFailed));
-    EXPECT_THAT(takeLines(), ElementsAre(line("Transcribing 2 samples in batch..."),
-                                         line("Batch transcription failed with code -7")));
+    EXPECT_THAT(takeLines(),
+                ElementsAre(line("Transcribing 2 samples in batch..."),
+                            line("Batch transcription failed with code -7")));
 }
 
 TEST_F(WhisperContextTest, OperationsRunInTheOrderOfTheirCalls)
@@ -309,7 +321,7 @@ TEST_F(WhisperContextTest, OperationsRunInTheOrderOfTheirCalls)
     load();
     FakeWhisper::Hold hold;
     context->transcribe({0.1F});
-    context->setLanguage(u"de"_qs);
+    context->setLanguage(u"de"_s);
     context->transcribe({0.2F});
     context->unloadModel();
     const auto last = context->transcribe({0.3F});

@@ -1,5 +1,7 @@
 #include "Support/WhisperContextTestBase.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QCoreApplication>
 #include <QThread>
 
@@ -80,9 +82,10 @@ TEST_F(WhisperStreamingTest, ConfirmsWhatTwoPassesAgreeOn)
         return TranscriptionSegment{QString::fromUtf8(text), QString::fromUtf8(uncommitted), 0,
                                     endTime, true};
     };
-    EXPECT_THAT(segments, ElementsAre(segment("", "Hello world this", 1.5),
-                                      segment("hello", "world, this is", 3),
-                                      segment("hello world, this is", "a test", 4.5)));
+    EXPECT_THAT(segments,
+                ElementsAre(segment("", "Hello world this", 1.5),
+                            segment("hello", "world, this is", 3),
+                            segment("hello world, this is", "a test", 4.5)));
     EXPECT_THAT(
         takeLines(),
         ElementsAre(line("Streaming started with LocalAgreement"),
@@ -115,8 +118,9 @@ TEST_F(WhisperStreamingTest, LogsPrefixesAndNothingForSilence)
     EXPECT_THAT(segments, ElementsAre(TranscriptionSegment{{}, {}, 0, 1.5, false}));
     hear({forty});
     hear({forty + " 12345678901234567890123"});
-    EXPECT_EQ(takeLines().back(), line("Streaming: confirmed='abcdefghijabcdefghijabcdefghij...' "
-                                       "uncommitted='12345678901234567890...'"));
+    EXPECT_EQ(takeLines().back(),
+              line("Streaming: confirmed='abcdefghijabcdefghijabcdefghij...' "
+                   "uncommitted='12345678901234567890...'"));
 
     // Whole user-perceived characters.
     const QByteArray family = "👩‍👩‍👧";
@@ -128,9 +132,9 @@ TEST_F(WhisperStreamingTest, LogsPrefixesAndNothingForSilence)
     hear({confirmed});
     hear({confirmed + ' ' + accented.repeated(15) + thumb.repeated(10)});
     EXPECT_EQ(takeLines().back(),
-              line(QByteArray("Streaming: confirmed='" + family.repeated(25) +
-                              accented.repeated(5) + "...' uncommitted='" + accented.repeated(15) +
-                              thumb.repeated(5) + "...'")));
+              line(QByteArray("Streaming: confirmed='" + family.repeated(25) + accented.repeated(5)
+                              + "...' uncommitted='" + accented.repeated(15) + thumb.repeated(5)
+                              + "...'")));
 }
 
 TEST_F(WhisperStreamingTest, AFailedPassChangesNothingAndIsRepeated)
@@ -151,7 +155,7 @@ TEST_F(WhisperStreamingTest, AFailedPassChangesNothingAndIsRepeated)
 TEST_F(WhisperStreamingTest, ThePromptJoinsConfirmedTextAndDictionary)
 {
     loadAndStart();
-    await(context->setCustomDictionary({u"Kubernetes"_qs, u"Grafana"_qs}));
+    await(context->setCustomDictionary({u"Kubernetes"_s, u"Grafana"_s}));
     hear({"so the meeting"});
     hear({"so the meeting"});
     hear({});
@@ -217,8 +221,9 @@ TEST_F(WhisperStreamingTest, AnAppendDuringADeliveryStartsTheNextPass)
 
     await(second);
     EXPECT_TRUE(first.isFinished());
-    EXPECT_THAT(segments, ElementsAre(Field(&TranscriptionSegment::uncommitted, u"one"),
-                                      Field(&TranscriptionSegment::uncommitted, u"two")));
+    EXPECT_THAT(segments,
+                ElementsAre(Field(&TranscriptionSegment::uncommitted, u"one"),
+                            Field(&TranscriptionSegment::uncommitted, u"two")));
     feed(passInterval - 1);
     EXPECT_THAT(passes(), SizeIs(2));
 }
@@ -281,7 +286,7 @@ TEST_F(WhisperStreamingTest, AStopDropsTheBacklog)
     const QFuture<void> running = context->addAudioSamples(std::vector<float>(passInterval));
     ASSERT_TRUE(hold.waitUntilHeld());
     const QFuture<void> waiting = context->addAudioSamples(std::vector<float>(passInterval));
-    context->setLanguage(u"de"_qs);
+    context->setLanguage(u"de"_s);
     const QFuture<void> later = context->addAudioSamples(std::vector<float>(passInterval));
     const QFuture<void> stopped = context->stopStreaming();
     const auto batch = context->transcribe(std::vector<float>(5));
@@ -301,7 +306,7 @@ TEST_F(WhisperStreamingTest, ABacklogKeepsItsPlaceAmongOtherCalls)
     context->addAudioSamples(std::vector<float>(passInterval));
     ASSERT_TRUE(hold.waitUntilHeld());
     context->addAudioSamples(std::vector<float>(passInterval));
-    context->setLanguage(u"de"_qs);
+    context->setLanguage(u"de"_s);
     const QFuture<void> last = context->addAudioSamples(std::vector<float>(passInterval));
     hold.release();
     await(last);

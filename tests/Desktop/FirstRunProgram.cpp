@@ -1,5 +1,6 @@
 // The program with another model repository, whose address is its one argument.
 
+#include "Base/StringLiterals.h"
 #include "Managers/HotkeyManager.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/Linux/Process/TerminationSignals.h"
@@ -12,8 +13,8 @@ using namespace Velloro;
 int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("Velloro"));
-    QApplication::setDesktopFileName(QStringLiteral("velloro"));
+    QApplication::setApplicationName(u"Velloro"_s);
+    QApplication::setDesktopFileName(u"velloro"_s);
 
     Platform platform = makeLinuxPlatform();
     const std::unique_ptr<HotkeyManager> hotkeyManager = std::make_unique<HotkeyManager>(platform);

@@ -1,5 +1,6 @@
 #include "Managers/AudioCaptureManager.h"
 
+#include "Base/StringLiterals.h"
 #include "Managers/AudioProcessing.h"
 #include "Managers/SampleStore.h"
 #include "Support/InMemoryAudioEngine.h"
@@ -209,7 +210,7 @@ TEST_F(AudioCaptureManagerTest, RecordsMixesResamplesAndReturnsEverything)
     ASSERT_TRUE(manager.startRecording());
     EXPECT_TRUE(manager.isRecording());
     EXPECT_EQ(engine.calls.mid(engine.calls.size() - 3),
-              QStringList({u"inputFormat"_qs, u"installTap"_qs, u"start"_qs}));
+              QStringList({u"inputFormat"_s, u"installTap"_s, u"start"_s}));
     EXPECT_EQ(engine.bufferSize, 4096U);
     EXPECT_EQ(engine.tapFormat, engine.format);
 
@@ -217,8 +218,7 @@ TEST_F(AudioCaptureManagerTest, RecordsMixesResamplesAndReturnsEverything)
     engine.deliver({Samples(4096, 0.5F), Samples(4096, -0.5F)});
     engine.remainder = {{8, 0, 0, 8}, {4, 0, 0, 4}};
     const Samples recording = manager.stopRecording();
-    EXPECT_EQ(engine.calls.mid(engine.calls.size() - 2),
-              QStringList({u"removeTap"_qs, u"stop"_qs}));
+    EXPECT_EQ(engine.calls.mid(engine.calls.size() - 2), QStringList({u"removeTap"_s, u"stop"_s}));
 
     ASSERT_EQ(recording.size(), 1365U + 1365U + 1U);
     EXPECT_EQ(recording[0], 1.0F);
@@ -231,9 +231,9 @@ TEST_F(AudioCaptureManagerTest, RecordsMixesResamplesAndReturnsEverything)
     EXPECT_EQ(recordingChanges, 2);
     EXPECT_THAT(manager.stopRecording(), IsEmpty());
 
-    const QStringList messages = log.messages(u"AudioCapture"_qs);
-    EXPECT_EQ(messages.first(), u"Started recording at 48000.0Hz, resampling to 16000.0Hz"_qs);
-    EXPECT_EQ(messages.last(), u"Stopped recording, captured 2731 samples"_qs);
+    const QStringList messages = log.messages(u"AudioCapture"_s);
+    EXPECT_EQ(messages.first(), u"Started recording at 48000.0Hz, resampling to 16000.0Hz"_s);
+    EXPECT_EQ(messages.last(), u"Stopped recording, captured 2731 samples"_s);
 }
 
 TEST_F(AudioCaptureManagerTest, HandsOffChunksOnTheAudioThreadAtTheRateOfEachStart)
@@ -243,8 +243,7 @@ TEST_F(AudioCaptureManagerTest, HandsOffChunksOnTheAudioThreadAtTheRateOfEachSta
         double rate;
         size_t buffers;
         size_t chunk;
-    } cases[] = {{48000.0, 6, 8190}, {44100.0, 6, 8916}, {22050.5, 3, 8916},
-               {16000.0, 2, 8192}};
+    } cases[] = {{48000.0, 6, 8190}, {44100.0, 6, 8916}, {22050.5, 3, 8916}, {16000.0, 2, 8192}};
     for (const auto &expected : cases) {
         engine.format = {expected.rate, 1};
         std::vector<Samples> chunks;
@@ -254,7 +253,7 @@ TEST_F(AudioCaptureManagerTest, HandsOffChunksOnTheAudioThreadAtTheRateOfEachSta
             chunkThread = QThread::currentThread();
         }));
         EXPECT_EQ(log.lines().last(),
-                  u"[AudioCapture] Started recording at %1Hz, resampling to 16000.0Hz"_qs.arg(
+                  u"[AudioCapture] Started recording at %1Hz, resampling to 16000.0Hz"_s.arg(
                       expected.rate, 0, 'f', 1));
         QThread *audioThread = nullptr;
         std::thread audio([&] {
@@ -408,10 +407,10 @@ TEST_F(AudioCaptureManagerTest, LogsTheLevelOfOneBufferInFiftyOne)
         engine.deliver({{0.5F, -0.5F}});
         manager.refresh();
     }
-    const QStringList levels = log.lines().filter(u"Audio Level"_qs);
+    const QStringList levels = log.lines().filter(u"Audio Level"_s);
     // Six standard deviations.
     EXPECT_NEAR(static_cast<double>(levels.size()), 200, 84);
-    EXPECT_EQ(levels.value(0), u"[AudioCapture] Audio Level: -6.02 dB"_qs);
+    EXPECT_EQ(levels.value(0), u"[AudioCapture] Audio Level: -6.02 dB"_s);
 }
 
 TEST_F(AudioCaptureManagerTest, DurationRunsAndEndsAtZero)
@@ -438,12 +437,12 @@ TEST_F(AudioCaptureManagerTest, DurationRunsAndEndsAtZero)
 
 TEST_F(AudioCaptureManagerTest, FailedStartLeavesItIdleAndTheNextOneWorks)
 {
-    const PlatformError error{7, u"No microphone is connected"_qs};
+    const PlatformError error{7, u"No microphone is connected"_s};
     engine.startError = error;
     const auto refused = manager.startRecording();
     ASSERT_FALSE(refused);
     EXPECT_EQ(std::get<PlatformError>(refused.error()), error);
-    EXPECT_EQ(localizedDescription(refused.error()), u"No microphone is connected (code 7)"_qs);
+    EXPECT_EQ(localizedDescription(refused.error()), u"No microphone is connected (code 7)"_s);
     EXPECT_FALSE(manager.isRecording());
     EXPECT_FALSE(engine.hasTap());
     EXPECT_THAT(log.lines(), IsEmpty());

@@ -1,5 +1,6 @@
 #include "Managers/HotkeyManager.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/LogRecorder.h"
 
@@ -23,15 +24,15 @@ protected:
     {
         manager.reset();
         manager = std::make_unique<HotkeyManager>(memory.platform);
-        manager->setOnHotkeyPressed([this] { calls << u"pressed"_qs; });
-        manager->setOnHotkeyReleased([this] { calls << u"released"_qs; });
+        manager->setOnHotkeyPressed([this] { calls << u"pressed"_s; });
+        manager->setOnHotkeyReleased([this] { calls << u"released"_s; });
         return *manager;
     }
 
     void store(const DefaultsValue &keyCode, const DefaultsValue &modifiers)
     {
-        defaults->values = {{u"VelloroHotkeyKeyCode"_qs, keyCode},
-                            {u"VelloroHotkeyModifiers"_qs, modifiers}};
+        defaults->values
+            = {{u"VelloroHotkeyKeyCode"_s, keyCode}, {u"VelloroHotkeyModifiers"_s, modifiers}};
     }
 
     InMemoryPlatform memory;
@@ -58,7 +59,7 @@ TEST_F(HotkeyManagerTest, startsWithTheStoredCombinationOrTheDefault)
         {"key code negative", int64_t(-1), int64_t(256), 49, 2048},
         {"modifiers too great", int64_t(0), int64_t(0x100000000), 49, 2048},
         {"modifiers negative", int64_t(96), int64_t(-1), 49, 2048},
-        {"a text", u"96"_qs, int64_t(256), 49, 2048},
+        {"a text", u"96"_s, int64_t(256), 49, 2048},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
@@ -68,7 +69,7 @@ TEST_F(HotkeyManagerTest, startsWithTheStoredCombinationOrTheDefault)
         EXPECT_EQ(manager->currentModifiers(), c.expectedModifiers);
     }
     defaults->values.clear();
-    EXPECT_EQ(launch().hotkeyDisplayString(), u"⌥Space"_qs);
+    EXPECT_EQ(launch().hotkeyDisplayString(), u"⌥Space"_s);
     EXPECT_THAT(defaults->written, IsEmpty());
     EXPECT_THAT(registration->attempts, IsEmpty());
 }
@@ -85,15 +86,16 @@ TEST_F(HotkeyManagerTest, registersAndSaysSo)
     manager->unregisterHotkey();
     manager->unregisterHotkey();
     EXPECT_TRUE(registration->registered.empty());
-    EXPECT_THAT(log.messages(u"HotkeyManager"_qs),
-                ElementsAre(u"Registered hotkey: ⌥Space"_qs, u"Registered hotkey: ⌥Space"_qs));
+    EXPECT_THAT(log.messages(u"HotkeyManager"_s),
+                ElementsAre(u"Registered hotkey: ⌥Space"_s, u"Registered hotkey: ⌥Space"_s));
 }
 
 TEST_F(HotkeyManagerTest, keepsTheStatusOfARefusal)
 {
     launch();
     int statusChanges = 0;
-    QObject::connect(manager.get(), &HotkeyManager::registrationStatusChanged, [&] { ++statusChanges; });
+    QObject::connect(manager.get(), &HotkeyManager::registrationStatusChanged,
+                     [&] { ++statusChanges; });
     registration->refusal = -9878;
     manager->registerHotkey();
     manager->registerHotkey();
@@ -104,10 +106,10 @@ TEST_F(HotkeyManagerTest, keepsTheStatusOfARefusal)
     manager->updateHotkey(96, 0);
     EXPECT_EQ(manager->registrationStatus(), std::nullopt);
     EXPECT_EQ(statusChanges, 2);
-    EXPECT_THAT(log.messages(u"HotkeyManager"_qs),
-                ElementsAre(u"Failed to register hotkey: -9878"_qs,
-                            u"Failed to register hotkey: -9878"_qs, u"Registered hotkey: F5"_qs,
-                            u"Updated hotkey to: F5"_qs));
+    EXPECT_THAT(log.messages(u"HotkeyManager"_s),
+                ElementsAre(u"Failed to register hotkey: -9878"_s,
+                            u"Failed to register hotkey: -9878"_s, u"Registered hotkey: F5"_s,
+                            u"Updated hotkey to: F5"_s));
 }
 
 TEST_F(HotkeyManagerTest, saysWhenTheCombinationIsLostAndHadAgain)
@@ -122,9 +124,9 @@ TEST_F(HotkeyManagerTest, saysWhenTheCombinationIsLostAndHadAgain)
         registration->changeStatus(reference + 1, 2);
     }
     EXPECT_THAT(told, ElementsAre(std::optional(10), std::nullopt));
-    EXPECT_THAT(log.messages(u"HotkeyManager"_qs),
-                ElementsAre(u"Registered hotkey: ⌥Space"_qs, u"Failed to register hotkey: 10"_qs,
-                            u"Registered hotkey: ⌥Space"_qs));
+    EXPECT_THAT(log.messages(u"HotkeyManager"_s),
+                ElementsAre(u"Registered hotkey: ⌥Space"_s, u"Failed to register hotkey: 10"_s,
+                            u"Registered hotkey: ⌥Space"_s));
 }
 
 TEST_F(HotkeyManagerTest, whatWasRefusedIsTriedAgainWhileItIsWanted)
@@ -141,8 +143,8 @@ TEST_F(HotkeyManagerTest, whatWasRefusedIsTriedAgainWhileItIsWanted)
     EXPECT_EQ(registration->attempts.size(), 3u);
     EXPECT_EQ(registration->registered.size(), 1u);
     EXPECT_EQ(manager->registrationStatus(), std::nullopt);
-    EXPECT_THAT(log.messages(u"HotkeyManager"_qs), ElementsAre(u"Failed to register hotkey: 2"_qs,
-                                                               u"Registered hotkey: ⌥Space"_qs));
+    EXPECT_THAT(log.messages(u"HotkeyManager"_s),
+                ElementsAre(u"Failed to register hotkey: 2"_s, u"Registered hotkey: ⌥Space"_s));
 
     registration->refusal = 2;
     manager->registerHotkey();
@@ -156,20 +158,22 @@ TEST_F(HotkeyManagerTest, anUpdateIsStoredAndTakesTheOldCombinationsPlace)
 {
     launch().registerHotkey();
     int keyCodeChanges = 0;
-    QObject::connect(manager.get(), &HotkeyManager::currentKeyCodeChanged, [&] { ++keyCodeChanges; });
+    QObject::connect(manager.get(), &HotkeyManager::currentKeyCodeChanged,
+                     [&] { ++keyCodeChanges; });
     int modifierChanges = 0;
-    QObject::connect(manager.get(), &HotkeyManager::currentModifiersChanged, [&] { ++modifierChanges; });
+    QObject::connect(manager.get(), &HotkeyManager::currentModifiersChanged,
+                     [&] { ++modifierChanges; });
     manager->updateHotkey(2, 768);
     manager->updateHotkey(2, 768);
 
-    const auto written = {u"VelloroHotkeyKeyCode"_qs, u"VelloroHotkeyModifiers"_qs};
+    const auto written = {u"VelloroHotkeyKeyCode"_s, u"VelloroHotkeyModifiers"_s};
     EXPECT_EQ(defaults->written, QStringList(written) + QStringList(written));
     EXPECT_EQ(keyCodeChanges, 1);
     EXPECT_EQ(modifierChanges, 1);
     ASSERT_EQ(registration->registered.size(), 1u);
     EXPECT_EQ(registration->registered.begin()->second, (Registered{{2, 768}, ours}));
     EXPECT_EQ(registration->attempts.size(), 3u);
-    EXPECT_EQ(launch().hotkeyDisplayString(), u"⌘⇧D"_qs);
+    EXPECT_EQ(launch().hotkeyDisplayString(), u"⌘⇧D"_s);
 }
 
 TEST_F(HotkeyManagerTest, deliversAfterTheHandlerInOrder)
@@ -183,9 +187,9 @@ TEST_F(HotkeyManagerTest, deliversAfterTheHandlerInOrder)
     EXPECT_FALSE(manager->isHotkeyPressed());
 
     manager->setOnHotkeyPressed(
-        [this] { calls << u"pressed %1"_qs.arg(manager->isHotkeyPressed()); });
+        [this] { calls << u"pressed %1"_s.arg(manager->isHotkeyPressed()); });
     QCoreApplication::processEvents();
-    EXPECT_THAT(calls, ElementsAre(u"pressed 1"_qs, u"released"_qs));
+    EXPECT_THAT(calls, ElementsAre(u"pressed 1"_s, u"released"_s));
     EXPECT_FALSE(manager->isHotkeyPressed());
     EXPECT_EQ(changes, 2);
 }
@@ -201,11 +205,11 @@ TEST_F(HotkeyManagerTest, delivers)
         const HotkeyIdentifier *identifier;
         QStringList expected;
     } const cases[] = {
-        {"ours", false, &ours, {u"pressed"_qs, u"released"_qs}},
-        {"another signature", false, &otherSignature, {u"pressed"_qs, u"released"_qs}},
+        {"ours", false, &ours, {u"pressed"_s, u"released"_s}},
+        {"another signature", false, &otherSignature, {u"pressed"_s, u"released"_s}},
         {"another id", false, &otherId, {}},
         {"unreadable", false, nullptr, {}},
-        {"paused", true, &ours, {u"released"_qs}},
+        {"paused", true, &ours, {u"released"_s}},
     };
     launch().registerHotkey();
     for (const auto &c : cases) {
@@ -242,10 +246,10 @@ TEST_F(HotkeyManagerTest, afterTheCleanUpNothingArrivesUntilTheNextRegistration)
 
     manager->registerHotkey();
     EXPECT_EQ(registration->pressedHandlersInstalled, 2);
-    manager->setOnHotkeyReleased([this] { calls << u"released again"_qs; });
+    manager->setOnHotkeyReleased([this] { calls << u"released again"_s; });
     registration->release();
     QCoreApplication::processEvents();
-    EXPECT_THAT(calls, ElementsAre(u"released again"_qs));
+    EXPECT_THAT(calls, ElementsAre(u"released again"_s));
 
     // Work that waits ends with the manager.
     registration->release();
@@ -262,25 +266,25 @@ TEST(HotkeyDisplayTest, showsModifiersAndKey)
         uint32_t keyCode, modifiers;
         QString expected;
     } const cases[] = {
-        {49, 2048, u"⌥Space"_qs},
-        {49, 0x80000, u"⌥Space"_qs},
-        {2, 768, u"⌘⇧D"_qs},
-        {0, 0x1e0000, u"⌘⌃⌥⇧"_qs},
-        {0, 256, u"⌘"_qs},
-        {36, 256 + 512 + 2048 + 4096, u"⌘⌃⌥⇧Return"_qs},
-        {48, 0, u"Tab"_qs},
-        {53, 0, u"Esc"_qs},
-        {96, 0, u"F5"_qs},
-        {123, 0, u"←"_qs},
-        {117, 0, u"⌦"_qs},
-        {10, 4096, u"⌃?"_qs},
-        {105, 0, u"?"_qs},
-        {127, 0, u"?"_qs},
-        {0xffffffff, 0, u"?"_qs},
+        {49, 2048, u"⌥Space"_s},
+        {49, 0x80000, u"⌥Space"_s},
+        {2, 768, u"⌘⇧D"_s},
+        {0, 0x1e0000, u"⌘⌃⌥⇧"_s},
+        {0, 256, u"⌘"_s},
+        {36, 256 + 512 + 2048 + 4096, u"⌘⌃⌥⇧Return"_s},
+        {48, 0, u"Tab"_s},
+        {53, 0, u"Esc"_s},
+        {96, 0, u"F5"_s},
+        {123, 0, u"←"_s},
+        {117, 0, u"⌦"_s},
+        {10, 4096, u"⌃?"_s},
+        {105, 0, u"?"_s},
+        {127, 0, u"?"_s},
+        {0xffffffff, 0, u"?"_s},
         // At and above the line between the two encodings; other bits say nothing.
-        {49, 10000, u"⌘⇧Space"_qs},
-        {49, 10001, u"Space"_qs},
-        {49, 0x10000 | 256, u"Space"_qs},
+        {49, 10000, u"⌘⇧Space"_s},
+        {49, 10001, u"Space"_s},
+        {49, 0x10000 | 256, u"Space"_s},
     };
     for (const auto &c : cases)
         EXPECT_EQ(HotkeyManager::string(c.keyCode, c.modifiers), c.expected)
@@ -289,8 +293,11 @@ TEST(HotkeyDisplayTest, showsModifiersAndKey)
 
 TEST(HotkeyDisplayTest, convertsEventFlagsOneByOne)
 {
-    for (const auto &[flag, mask] : {std::pair{0x100000u, 256u}, {0x80000u, 2048u},
-                                     {0x40000u, 4096u}, {0x20000u, 512u}, {0x810000u, 0u}})
+    for (const auto &[flag, mask] : {std::pair{0x100000u, 256u},
+                                     {0x80000u, 2048u},
+                                     {0x40000u, 4096u},
+                                     {0x20000u, 512u},
+                                     {0x810000u, 0u}})
         EXPECT_EQ(HotkeyManager::nsEventToCarbonModifiers(flag), mask) << flag;
     EXPECT_EQ(HotkeyManager::nsEventToCarbonModifiers(0xffffffff), 256u + 512 + 2048 + 4096);
 }

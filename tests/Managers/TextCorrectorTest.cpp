@@ -1,5 +1,6 @@
 #include "Managers/TextCorrector.h"
 
+#include "Base/StringLiterals.h"
 #include "Managers/CorrectionLanguages.h"
 
 #include <QStringList>
@@ -188,7 +189,7 @@ private:
     QString disguised(QString text)
     {
         text.replace(u'k', QChar(0x212A)).replace(u's', QChar(0x017F));
-        text.replace(u"ss"_qs, u"ß"_qs).replace(u"weißt"_qs, u"WEISST"_qs);
+        text.replace(u"ss"_s, u"ß"_s).replace(u"weißt"_s, u"WEISST"_s);
         return text;
     }
 
@@ -202,22 +203,41 @@ private:
 };
 
 const std::vector<QString> TextMaker::words{
-    u"umbrella"_qs, u"other"_qs, u"The"_qs,        u"the"_qs,      u"ja"_qs,   u"Straße"_qs,
-    u"STRASSE"_qs,  u"élan"_qs,  u"e\u0301lan"_qs, u"работает"_qs, u"東京"_qs, u"2"_qs,
-    u"a_b"_qs,      u"ﬁn"_qs,    u"i"_qs,          u"İ"_qs,        u"ı"_qs,    u"ΣΑΣ"_qs,
-    u"σας"_qs,      u"ᾳ"_qs,     u"𐐨𐐀"_qs,         u"𐐀𐐨"_qs,       u"ŉ"_qs,    u"ǰ"_qs,
+    u"umbrella"_s, u"other"_s, u"The"_s,        u"the"_s,      u"ja"_s,   u"Straße"_s,
+    u"STRASSE"_s,  u"élan"_s,  u"e\u0301lan"_s, u"работает"_s, u"東京"_s, u"2"_s,
+    u"a_b"_s,      u"ﬁn"_s,    u"i"_s,          u"İ"_s,        u"ı"_s,    u"ΣΑΣ"_s,
+    u"σας"_s,      u"ᾳ"_s,     u"𐐨𐐀"_s,         u"𐐀𐐨"_s,       u"ŉ"_s,    u"ǰ"_s,
 };
 const std::vector<QString> TextMaker::oddities{
-    u"[Music]"_qs,        u"[MUSIC"_qs,   u"[phone ringing]"_qs, u"[two words]"_qs, u"[音楽]"_qs,
-    u"*Laughs*"_qs,       u"*laughs"_qs,  u"*clears throat*"_qs, u"*x*"_qs,         u"[[x]]"_qs,
-    u"\u00AD"_qs,         u"\u200D"_qs,   u"\u0301"_qs,          u"\u0345"_qs,      u"\uFEFF"_qs,
-    u"👩\u200D👩"_qs,       u"😀"_qs,       QChar(0xD800),         QChar(0xDC00),      QChar(0),
-    u"$1"_qs,             u"\\"_qs,       u"-"_qs,               u"'"_qs,
+    u"[Music]"_s,
+    u"[MUSIC"_s,
+    u"[phone ringing]"_s,
+    u"[two words]"_s,
+    u"[音楽]"_s,
+    u"*Laughs*"_s,
+    u"*laughs"_s,
+    u"*clears throat*"_s,
+    u"*x*"_s,
+    u"[[x]]"_s,
+    u"\u00AD"_s,
+    u"\u200D"_s,
+    u"\u0301"_s,
+    u"\u0345"_s,
+    u"\uFEFF"_s,
+    u"👩\u200D👩"_s,
+    u"😀"_s,
+    QChar(0xD800),
+    QChar(0xDC00),
+    QChar(0),
+    u"$1"_s,
+    u"\\"_s,
+    u"-"_s,
+    u"'"_s,
 };
 const std::vector<QString> TextMaker::separators{
-    u" "_qs,       u" "_qs,      u" "_qs,  u", "_qs,   u" , "_qs,    u""_qs,
-    u"."_qs,       u" ! "_qs,    u"\n"_qs, u"\r\n"_qs, u"\u00A0"_qs, u"\u3000"_qs,
-    u"\u2028 "_qs, u"\u0085"_qs, u",,"_qs, u"\t"_qs,   u"、"_qs,     u":"_qs,
+    u" "_s,       u" "_s,      u" "_s,  u", "_s,   u" , "_s,    u""_s,
+    u"."_s,       u" ! "_s,    u"\n"_s, u"\r\n"_s, u"\u00A0"_s, u"\u3000"_s,
+    u"\u2028 "_s, u"\u0085"_s, u",,"_s, u"\t"_s,   u"、"_s,     u":"_s,
 };
 
 TEST(TextCorrector, cleansTranscriptsInAllLanguages)
@@ -280,13 +300,13 @@ TEST(TextCorrector, appliesItsStepsInOrder)
 
 /// Marks and foldings where random texts seldom have them.
 const QStringList rareTexts{
-    u"-\u0301ab ab"_qs,
-    u"\u0345\u0301a a"_qs,
-    u"a\u00ADb b a\u00AD a\u00AD"_qs,
-    u"um\u0301 um\u200D um\u00AD \u0301um"_qs,
-    u"\u212Aind of \u212Aurde ob\u017Fervation ob\u017Fer OB\u017FER"_qs,
-    u"WEISST DU, du weißt schon ẞ ss \u1E9E"_qs,
-    u"ﬁ fi FI ŉ ʼn ꙁ Ꙁ"_qs,
+    u"-\u0301ab ab"_s,
+    u"\u0345\u0301a a"_s,
+    u"a\u00ADb b a\u00AD a\u00AD"_s,
+    u"um\u0301 um\u200D um\u00AD \u0301um"_s,
+    u"\u212Aind of \u212Aurde ob\u017Fervation ob\u017Fer OB\u017FER"_s,
+    u"WEISST DU, du weißt schon ẞ ss \u1E9E"_s,
+    u"ﬁ fi FI ŉ ʼn ꙁ Ꙁ"_s,
 };
 
 TEST(TextCorrector, agreesWithCompilingEachPatternAtEachCall)
@@ -308,24 +328,23 @@ TEST(TextCorrector, agreesWithCompilingEachPatternAtEachCall)
 TEST(TextCorrector, takesTextsOfAnyLength)
 {
     constexpr qsizetype length = 1 << 20;
-    const auto repeated = [](const QString &piece) {
-        return piece.repeated(length / piece.size());
-    };
-    const QString blanks = repeated(u" "_qs);
-    const QString word = repeated(u"x"_qs);
-    const QString marks = repeated(u"a\u0301"_qs);
+    const auto repeated
+        = [](const QString &piece) { return piece.repeated(length / piece.size()); };
+    const QString blanks = repeated(u" "_s);
+    const QString word = repeated(u"x"_s);
+    const QString marks = repeated(u"a\u0301"_s);
 
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(correct(blanks, u"en"), QString());
-    EXPECT_EQ(correct(u'a' + blanks + u'b', u"en"), u"A b"_qs);
-    EXPECT_EQ(correct(u'a' + blanks + u".um"_qs + blanks + u"um"_qs, u"en"), u"A."_qs);
+    EXPECT_EQ(correct(u'a' + blanks + u'b', u"en"), u"A b"_s);
+    EXPECT_EQ(correct(u'a' + blanks + u".um"_s + blanks + u"um"_s, u"en"), u"A."_s);
     EXPECT_EQ(correct(word + u' ' + word, u"ja"), word);
     EXPECT_EQ(correct(u'[' + word + u']', u"ja"), QString());
-    EXPECT_EQ(correct(marks + u"  "_qs + marks, u"ja"), marks);
-    EXPECT_EQ(correct(repeated(u"["_qs), u"ja"), repeated(u"["_qs));
-    EXPECT_EQ(correct(repeated(u"um, "_qs), u"en"), QString());
+    EXPECT_EQ(correct(marks + u"  "_s + marks, u"ja"), marks);
+    EXPECT_EQ(correct(repeated(u"["_s), u"ja"), repeated(u"["_s));
+    EXPECT_EQ(correct(repeated(u"um, "_s), u"en"), QString());
     EXPECT_EQ(correct(repeated(QString(QChar(0xDFFF))), u"en"), repeated(QString(QChar(0xDFFF))));
-    EXPECT_EQ(correct(repeated(u"\u00AD"_qs), u"ja"), repeated(u"\u00AD"_qs));
+    EXPECT_EQ(correct(repeated(u"\u00AD"_s), u"ja"), repeated(u"\u00AD"_s));
     // Far more than it takes, and far less than steps that are quadratic in the length would.
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
 }
@@ -337,9 +356,8 @@ TEST(TextCorrector, runsOnSeveralThreadsAtOnce)
     for (size_t index = 0; index < wrong.size(); ++index) {
         threads.emplace_back([&wrong, index] {
             for (int round = 0; round < 50; ++round) {
-                wrong[index] +=
-                    correct(u"эм, ну это  это работает"_qs, u"ru") != u"Это работает"_qs;
-                wrong[index] += correct(u"uh, one one, two"_qs, u"en") != u"One, two"_qs;
+                wrong[index] += correct(u"эм, ну это  это работает"_s, u"ru") != u"Это работает"_s;
+                wrong[index] += correct(u"uh, one one, two"_s, u"en") != u"One, two"_s;
             }
         });
     }

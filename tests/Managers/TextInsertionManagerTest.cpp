@@ -1,5 +1,6 @@
 #include "Managers/TextInsertionManager.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/InMemoryTextField.h"
 #include "Support/WaitUntil.h"
@@ -16,11 +17,11 @@ using testing::IsEmpty;
 
 constexpr int64_t most = std::numeric_limits<int64_t>::max();
 
-const QStringList stroke{u"51 down 0"_qs, u"51 up 0"_qs, u"pause 5000"_qs};
+const QStringList stroke{u"51 down 0"_s, u"51 up 0"_s, u"pause 5000"_s};
 
 const QStringList pasteOf(const QString &text)
 {
-    return {u"borrow "_qs + text, u"9 down 100000"_qs, u"9 up 100000"_qs};
+    return {u"borrow "_s + text, u"9 down 100000"_s, u"9 up 100000"_s};
 }
 
 class TextInsertionManagerTest : public testing::Test
@@ -42,20 +43,24 @@ TEST_F(TextInsertionManagerTest, ReplacesTheSelectionWithinTheValue)
         std::optional<int64_t> caret;
     };
     const Case cases[] = {
-        {u"Hello world"_qs, {6, 5}, u"there"_qs, u"Hello there"_qs, 11},
-        {u"Hello"_qs, {5, 0}, u" you"_qs, u"Hello you"_qs, 9},
-        {u""_qs, {0, 0}, u"one"_qs, u"one"_qs, 3},
-        {u"abc"_qs, {0, 3}, u"x"_qs, u"x"_qs, 1},
-        {u"abc"_qs, {1, 100}, u"x"_qs, u"ax"_qs, 2},
-        {u"abc"_qs, {7, 2}, u"x"_qs, u"abcx"_qs, 8},
-        {u"abc"_qs, {1, most}, u"x"_qs, u"ax"_qs, 2},
-        {u"abc"_qs, {most, most}, u"x"_qs, u"abcx"_qs, std::nullopt},
+        {u"Hello world"_s, {6, 5}, u"there"_s, u"Hello there"_s, 11},
+        {u"Hello"_s, {5, 0}, u" you"_s, u"Hello you"_s, 9},
+        {u""_s, {0, 0}, u"one"_s, u"one"_s, 3},
+        {u"abc"_s, {0, 3}, u"x"_s, u"x"_s, 1},
+        {u"abc"_s, {1, 100}, u"x"_s, u"ax"_s, 2},
+        {u"abc"_s, {7, 2}, u"x"_s, u"abcx"_s, 8},
+        {u"abc"_s, {1, most}, u"x"_s, u"ax"_s, 2},
+        {u"abc"_s, {most, most}, u"x"_s, u"abcx"_s, std::nullopt},
         // A family, a flag and an accented letter are one character each.
-        {u"a👨‍👩‍👧b🇵🇱c"_qs, {2, 1}, u"x"_qs, u"a👨‍👩‍👧x🇵🇱c"_qs, 3},
-        {u"a👨‍👩‍👧b🇵🇱c"_qs, {3, 1}, u"👍🏽!"_qs, u"a👨‍👩‍👧b👍🏽!c"_qs, 5},
-        {u"e\u0301e\u0301e"_qs, {1, 1}, u"o\u0308"_qs, u"e\u0301o\u0308e"_qs, 2},
-        {u"你好世界"_qs, {2, 0}, u"，"_qs, u"你好，世界"_qs, 3},
-        {u"one\r\ntwo"_qs, {4, 3}, u"2"_qs, u"one\r\n2"_qs, 5},
+        {u"a👨‍👩‍👧b🇵🇱c"_s, {2, 1}, u"x"_s, u"a👨‍👩‍👧x🇵🇱c"_s, 3},
+        {u"a👨‍👩‍👧b🇵🇱c"_s,
+         {3, 1},
+         u"👍🏽!"_s,
+         u"a👨‍👩‍👧b👍🏽!c"_s,
+         5},
+        {u"e\u0301e\u0301e"_s, {1, 1}, u"o\u0308"_s, u"e\u0301o\u0308e"_s, 2},
+        {u"你好世界"_s, {2, 0}, u"，"_s, u"你好，世界"_s, 3},
+        {u"one\r\ntwo"_s, {4, 3}, u"2"_s, u"one\r\n2"_s, 5},
     };
     for (const Case &each : cases) {
         SCOPED_TRACE(each.expected.toStdString());
@@ -63,9 +68,9 @@ TEST_F(TextInsertionManagerTest, ReplacesTheSelectionWithinTheValue)
         const auto &field = accessibility->focusText(each.value, each.selected);
         EXPECT_TRUE(manager.insertText(each.text));
         EXPECT_EQ(field.value, each.expected);
-        QStringList writes{u"set "_qs + each.expected};
+        QStringList writes{u"set "_s + each.expected};
         if (each.caret)
-            writes << u"select %1 0"_qs.arg(*each.caret);
+            writes << u"select %1 0"_s.arg(*each.caret);
         EXPECT_EQ(accessibility->writes, writes);
     }
     EXPECT_THAT(memory.output, IsEmpty());
@@ -73,9 +78,9 @@ TEST_F(TextInsertionManagerTest, ReplacesTheSelectionWithinTheValue)
 
 TEST_F(TextInsertionManagerTest, ACaretThatIsRefusedIsNoFailure)
 {
-    accessibility->focusText(u"Hello"_qs, {5, 0}).refusesSelectedRange = true;
-    EXPECT_TRUE(manager.insertText(u"!"_qs));
-    EXPECT_EQ(accessibility->focused->value, u"Hello!"_qs);
+    accessibility->focusText(u"Hello"_s, {5, 0}).refusesSelectedRange = true;
+    EXPECT_TRUE(manager.insertText(u"!"_s));
+    EXPECT_EQ(accessibility->focused->value, u"Hello!"_s);
     EXPECT_THAT(memory.output, IsEmpty());
 }
 
@@ -94,37 +99,37 @@ TEST_F(TextInsertionManagerTest, FallsBackToTheSelectedTextAndThenToThePasteboar
             SCOPED_TRACE(testing::Message() << name << (refuses ? ", all refused" : ""));
             memory.output.clear();
             accessibility->writes.clear();
-            Element &field = accessibility->focusText(u"Hello"_qs, {5, 0});
+            Element &field = accessibility->focusText(u"Hello"_s, {5, 0});
             obstacle(field);
             field.refusesSelectedText = refuses;
-            EXPECT_TRUE(manager.insertText(u"!"_qs));
+            EXPECT_TRUE(manager.insertText(u"!"_s));
             ASSERT_FALSE(accessibility->writes.empty());
-            EXPECT_EQ(accessibility->writes.back(), u"insert !"_qs);
-            EXPECT_EQ(memory.output, refuses ? pasteOf(u"!"_qs) : QStringList());
+            EXPECT_EQ(accessibility->writes.back(), u"insert !"_s);
+            EXPECT_EQ(memory.output, refuses ? pasteOf(u"!"_s) : QStringList());
         }
     }
 }
 
 TEST_F(TextInsertionManagerTest, PastesWithoutTrustOrFocus)
 {
-    EXPECT_TRUE(manager.insertText(u"no focus"_qs));
-    EXPECT_EQ(memory.output, pasteOf(u"no focus"_qs));
+    EXPECT_TRUE(manager.insertText(u"no focus"_s));
+    EXPECT_EQ(memory.output, pasteOf(u"no focus"_s));
 
     memory.output.clear();
-    accessibility->focusText(u"Hello"_qs, {5, 0});
+    accessibility->focusText(u"Hello"_s, {5, 0});
     accessibility->trusted = false;
-    EXPECT_TRUE(manager.insertText(u"no trust"_qs));
-    EXPECT_EQ(memory.output, pasteOf(u"no trust"_qs));
+    EXPECT_TRUE(manager.insertText(u"no trust"_s));
+    EXPECT_EQ(memory.output, pasteOf(u"no trust"_s));
     EXPECT_THAT(accessibility->writes, IsEmpty());
 }
 
 TEST_F(TextInsertionManagerTest, AnEmptyTextTouchesNothing)
 {
-    accessibility->focusText(u"Hello"_qs, {0, 5});
+    accessibility->focusText(u"Hello"_s, {0, 5});
     EXPECT_FALSE(manager.insertText(QString()));
     EXPECT_THAT(accessibility->writes, IsEmpty());
     accessibility->trusted = false;
-    EXPECT_FALSE(manager.insertText(u""_qs));
+    EXPECT_FALSE(manager.insertText(u""_s));
     EXPECT_THAT(memory.output, IsEmpty());
 }
 
@@ -133,11 +138,11 @@ TEST_F(TextInsertionManagerTest, KnowsWhetherItsTextArrivedAndStillHasTheFocus)
     for (const bool refuses : {false, true}) {
         SCOPED_TRACE(refuses ? "pasted" : "written");
         memory.workspace->window = 1;
-        auto &field = accessibility->focusText(u"Hello"_qs, {5, 0});
+        auto &field = accessibility->focusText(u"Hello"_s, {5, 0});
         const auto element = accessibility->focused;
         field.refusesValue = field.refusesSelectedText = refuses;
         memory.pasteboard->isFetched = accessibility->showsWrites = false;
-        manager.insertText(u"!"_qs);
+        manager.insertText(u"!"_s);
         EXPECT_FALSE(manager.lastInsertionArrived());
         memory.pasteboard->isFetched = refuses;
         accessibility->showsWrites = !refuses;
@@ -146,7 +151,7 @@ TEST_F(TextInsertionManagerTest, KnowsWhetherItsTextArrivedAndStillHasTheFocus)
         EXPECT_TRUE(manager.lastInsertionArrived()) << "a paste arrives once";
 
         EXPECT_TRUE(manager.isAtLastInsertion());
-        accessibility->focusText(u"Hello!"_qs, {6, 0});
+        accessibility->focusText(u"Hello!"_s, {6, 0});
         EXPECT_FALSE(manager.isAtLastInsertion()) << "another element";
         accessibility->focused = element;
         memory.workspace->window = 2;
@@ -161,20 +166,20 @@ TEST_F(TextInsertionManagerTest, KnowsWhetherItsTextArrivedAndStillHasTheFocus)
 
 TEST_F(TextInsertionManagerTest, APasteThatIsRefusedIsNoInsertion)
 {
-    auto &field = accessibility->focusText(u"Hello"_qs, {5, 0});
-    manager.insertText(u"!"_qs);
+    auto &field = accessibility->focusText(u"Hello"_s, {5, 0});
+    manager.insertText(u"!"_s);
     field.refusesValue = field.refusesSelectedText = true;
     memory.pasteboard->isFetched = false;
     memory.pasteboard->isContested = true;
-    EXPECT_TRUE(manager.insertText(u"?"_qs));
+    EXPECT_TRUE(manager.insertText(u"?"_s));
     EXPECT_TRUE(manager.wasLastPasteRefused());
-    EXPECT_EQ(memory.output, QStringList{u"borrow ?"_qs});
+    EXPECT_EQ(memory.output, QStringList{u"borrow ?"_s});
     EXPECT_TRUE(manager.lastInsertionArrived()) << "the one before, which was written";
     accessibility->showsWrites = false;
     EXPECT_FALSE(manager.isAtLastInsertion());
 
     field.refusesValue = false;
-    manager.insertText(u"?"_qs);
+    manager.insertText(u"?"_s);
     EXPECT_FALSE(manager.wasLastPasteRefused()) << "written";
 }
 
@@ -183,16 +188,16 @@ TEST_F(TextInsertionManagerTest, DeletesNoPastedWordsAfterTheUserHasPressedSomet
     manager.prepare();
     for (const bool refuses : {false, true}) {
         SCOPED_TRACE(refuses ? "pasted" : "written");
-        auto &field = accessibility->focusText(u"Hello"_qs, {5, 0});
+        auto &field = accessibility->focusText(u"Hello"_s, {5, 0});
         field.refusesValue = field.refusesSelectedText = refuses;
         memory.userInput->press();
-        manager.insertText(u"!"_qs);
+        manager.insertText(u"!"_s);
         EXPECT_TRUE(manager.isAtLastInsertion());
         memory.userInput->press();
         // What is written shows where the caret is.
         EXPECT_EQ(manager.isAtLastInsertion(), !refuses);
 
-        manager.insertText(u"!"_qs);
+        manager.insertText(u"!"_s);
         memory.output.clear();
         memory.keyboardEvents->paused = [this] { memory.userInput->press(); };
         manager.deleteBackwards(2);
@@ -207,40 +212,40 @@ TEST_F(TextInsertionManagerTest, DeletesNoPastedWordsAfterTheUserHasPressedSomet
 
 TEST_F(TextInsertionManagerTest, GivesThePasteboardBackHalfASecondAfterTheLastPaste)
 {
-    memory.pasteboard->content = u"mine"_qs;
-    manager.insertText(u"first"_qs);
+    memory.pasteboard->content = u"mine"_s;
+    manager.insertText(u"first"_s);
     (void)waitUntil([] { return false; }, std::chrono::milliseconds(100));
     QElapsedTimer timer;
     timer.start();
-    manager.insertText(u"second"_qs);
-    EXPECT_EQ(memory.pasteboard->content, u"second"_qs);
-    ASSERT_TRUE(waitUntil([&] { return memory.output.contains(u"give back"_qs); },
+    manager.insertText(u"second"_s);
+    EXPECT_EQ(memory.pasteboard->content, u"second"_s);
+    ASSERT_TRUE(waitUntil([&] { return memory.output.contains(u"give back"_s); },
                           std::chrono::milliseconds(1000)));
     EXPECT_GE(timer.elapsed(), 500);
-    EXPECT_EQ(memory.pasteboard->content, u"mine"_qs);
-    EXPECT_EQ(memory.output.count(u"give back"_qs), 1);
+    EXPECT_EQ(memory.pasteboard->content, u"mine"_s);
+    EXPECT_EQ(memory.output.count(u"give back"_s), 1);
 }
 
 TEST_F(TextInsertionManagerTest, AnEndBeforeThatGivesTheUsersOwnTextBack)
 {
     accessibility->trusted = false;
-    memory.pasteboard->content = u"of the user"_qs;
+    memory.pasteboard->content = u"of the user"_s;
     {
         TextInsertionManager ending(memory.platform);
-        ending.insertText(u"one"_qs);
-        ending.insertText(u"two"_qs);
+        ending.insertText(u"one"_s);
+        ending.insertText(u"two"_s);
     }
-    EXPECT_EQ(memory.pasteboard->content, u"of the user"_qs);
+    EXPECT_EQ(memory.pasteboard->content, u"of the user"_s);
 }
 
 TEST_F(TextInsertionManagerTest, KeysThatCannotBeMadeAreSkipped)
 {
     memory.keyboardEvents->refuses = true;
-    EXPECT_TRUE(manager.insertText(u"text"_qs));
-    EXPECT_EQ(memory.pasteboard->content, u"text"_qs);
+    EXPECT_TRUE(manager.insertText(u"text"_s));
+    EXPECT_EQ(memory.pasteboard->content, u"text"_s);
     memory.output.clear();
     manager.deleteBackwards(2);
-    EXPECT_THAT(memory.output, ElementsAre(u"pause 5000"_qs, u"pause 5000"_qs));
+    EXPECT_THAT(memory.output, ElementsAre(u"pause 5000"_s, u"pause 5000"_s));
 }
 
 TEST_F(TextInsertionManagerTest, DeletesBackwardsByPacedStrokesWithoutModifiers)
@@ -257,7 +262,7 @@ TEST_F(TextInsertionManagerTest, DeletesBackwardsByPacedStrokesWithoutModifiers)
 TEST_F(TextInsertionManagerTest, SendsNoBackspaceToAnotherWindow)
 {
     memory.workspace->window = 1;
-    manager.insertText(u"words"_qs);
+    manager.insertText(u"words"_s);
     memory.output.clear();
     int pauses = 0;
     memory.keyboardEvents->paused = [&] {
@@ -281,20 +286,20 @@ TEST_F(TextInsertionManagerTest, WhatIsInsertedAfterBackspacesComesAfterThem)
          {Case{"taken at once", 5, false}, Case{"taken late", 20, false},
           Case{"not seen in time", 1000, true}}) {
         SCOPED_TRACE(what);
-        InMemoryTextField field(memory, u"mine,  yours"_qs, 6);
-        manager.insertText(u"words"_qs);
+        InMemoryTextField field(memory, u"mine,  yours"_s, 6);
+        manager.insertText(u"words"_s);
         field.takeKeysLate(*memory.keyboardEvents, pauses);
         memory.output.clear();
         manager.deleteBackwards(5);
-        EXPECT_TRUE(manager.insertText(u"all"_qs));
-        EXPECT_EQ(memory.output.contains(u"borrow all"_qs), pasted);
-        EXPECT_LE(memory.output.filter(u"pause 10000"_qs).size(), 30);
+        EXPECT_TRUE(manager.insertText(u"all"_s));
+        EXPECT_EQ(memory.output.contains(u"borrow all"_s), pasted);
+        EXPECT_LE(memory.output.filter(u"pause 10000"_s).size(), 30);
         field.takeKeys();
-        EXPECT_EQ(field.text(), u"mine, all yours"_qs);
+        EXPECT_EQ(field.text(), u"mine, all yours"_s);
         // The next has nothing to come after.
         memory.output.clear();
-        manager.insertText(u"!"_qs);
-        EXPECT_EQ(field.text(), u"mine, all! yours"_qs);
+        manager.insertText(u"!"_s);
+        EXPECT_EQ(field.text(), u"mine, all! yours"_s);
         EXPECT_THAT(memory.output, IsEmpty());
         memory.keyboardEvents->paused = nullptr;
         memory.keyboardEvents->receiver = nullptr;
@@ -310,19 +315,19 @@ TEST_F(TextInsertionManagerTest, WhatIsInsertedAfterBackspacesComesAfterThem)
     };
     const Change changes[] = {
         {"unreadable", false, [](Element &field) { field.value.reset(); }},
-        {"another", false, [this](Element &) { accessibility->focusText(u"a"_qs, {1, 0}); }},
+        {"another", false, [this](Element &) { accessibility->focusText(u"a"_s, {1, 0}); }},
         {"pasted", true, [](Element &) {}},
     };
     for (const auto &[what, refuses, afterStrokes] : changes) {
         SCOPED_TRACE(what);
-        Element &field = accessibility->focusText(u"a"_qs, {1, 0});
+        Element &field = accessibility->focusText(u"a"_s, {1, 0});
         field.refusesValue = field.refusesSelectedText = refuses;
-        manager.insertText(u"b"_qs);
+        manager.insertText(u"b"_s);
         memory.output.clear();
         manager.deleteBackwards(1);
         afterStrokes(field);
-        manager.insertText(u"x"_qs);
-        EXPECT_EQ(memory.output, stroke + pasteOf(u"x"_qs));
+        manager.insertText(u"x"_s);
+        EXPECT_EQ(memory.output, stroke + pasteOf(u"x"_s));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "Managers/WhisperManager.h"
 
 #include "Base/SerialExecutor.h"
+#include "Base/StringLiterals.h"
 #include "Support/FakeWhisper.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/LogRecorder.h"
@@ -18,9 +19,9 @@ namespace {
 using ::testing::IsEmpty;
 using State = ModelDownloadState;
 
-const QString small = u"small-q8_0"_qs;
-const QString tiny = u"tiny"_qs;
-const QString baseUrl = u"https://models.example/main/"_qs;
+const QString small = u"small-q8_0"_s;
+const QString tiny = u"tiny"_s;
+const QString baseUrl = u"https://models.example/main/"_s;
 
 class WhisperManagerTest : public ::testing::Test
 {
@@ -46,7 +47,7 @@ protected:
 
     QString pathOf(const QString &modelId) const
     {
-        return directory.path() + u"/Velloro/Models/ggml-%1.bin"_qs.arg(modelId);
+        return directory.path() + u"/Velloro/Models/ggml-%1.bin"_s.arg(modelId);
     }
 
     void placeModel(const QString &modelId)
@@ -74,7 +75,7 @@ protected:
 
     QStringList takeMessages()
     {
-        const QStringList messages = log.messages(u"WhisperManager"_qs);
+        const QStringList messages = log.messages(u"WhisperManager"_s);
         log.clear();
         return messages;
     }
@@ -101,7 +102,7 @@ protected:
     /// What a session does at the end of a good download.
     void finish(DownloadTaskId task)
     {
-        const QString location = session->temporaryDirectory + u"/partial"_qs;
+        const QString location = session->temporaryDirectory + u"/partial"_s;
         files->files.insert(location);
         session->delegate.downloadDidFinish(task, location);
         session->delegate.downloadDidComplete(task, std::nullopt);
@@ -123,7 +124,7 @@ TEST_F(WhisperManagerTest, BeginsWithWhatIsThere)
 {
     placeModel(tiny);
     makeManager();
-    EXPECT_EQ(manager->modelsDirectory(), directory.path() + u"/Velloro/Models"_qs);
+    EXPECT_EQ(manager->modelsDirectory(), directory.path() + u"/Velloro/Models"_s);
     EXPECT_TRUE(files->directories.contains(manager->modelsDirectory()));
     EXPECT_EQ(session->temporaryDirectory, manager->modelsDirectory());
     EXPECT_EQ(manager->modelStates().size(), 28);
@@ -137,7 +138,7 @@ TEST_F(WhisperManagerTest, BeginsWithWhatIsThere)
     ASSERT_EQ(log.lines().size(), 2);
     const QString tag = log.lines()[0].first(log.lines()[0].size() - 4);
     EXPECT_THAT(tag.toStdString(), ::testing::MatchesRegex("\\[WhisperManager-[0-9A-F]{8}\\] "));
-    EXPECT_EQ(log.lines(), QStringList({tag + u"init"_qs, tag + u"deinit"_qs}));
+    EXPECT_EQ(log.lines(), QStringList({tag + u"init"_s, tag + u"deinit"_s}));
 }
 
 TEST_F(WhisperManagerTest, RescanSeesFilesComeAndGo)
@@ -156,7 +157,7 @@ TEST_F(WhisperManagerTest, RescanSeesFilesComeAndGo)
     manager->refreshModelStates();
     EXPECT_EQ(state(small), State::notDownloaded());
     EXPECT_EQ(state(tiny), State::downloading(0.25));
-    EXPECT_EQ(manager->modelURL(u"other"_qs), pathOf(u"other"_qs));
+    EXPECT_EQ(manager->modelURL(u"other"_s), pathOf(u"other"_s));
 }
 
 TEST_F(WhisperManagerTest, DownloadsAModel)
@@ -166,12 +167,12 @@ TEST_F(WhisperManagerTest, DownloadsAModel)
     manager->downloadModel(small, [&](double fraction) { progress += fraction; });
     EXPECT_EQ(state(small), State::downloading(0.0));
     ASSERT_EQ(session->tasks.size(), 1);
-    EXPECT_EQ(session->tasks[0].url, QUrl(baseUrl + u"ggml-small-q8_0.bin"_qs));
+    EXPECT_EQ(session->tasks[0].url, QUrl(baseUrl + u"ggml-small-q8_0.bin"_s));
     EXPECT_TRUE(session->tasks[0].resumed);
     // A second one while it runs does nothing.
     manager->downloadModel(small);
     EXPECT_EQ(session->tasks.size(), 1);
-    EXPECT_EQ(takeMessages(), QStringList({u"Started downloading Small Q8"_qs}));
+    EXPECT_EQ(takeMessages(), QStringList({u"Started downloading Small Q8"_s}));
 
     session->delegate.downloadDidWriteData(1, 50, 100);
     EXPECT_EQ(state(small), State::downloading(0.5));
@@ -183,14 +184,14 @@ TEST_F(WhisperManagerTest, DownloadsAModel)
     EXPECT_TRUE(files->files.contains(pathOf(small)));
     EXPECT_EQ(progress, QList<double>({0.5, 1.0}));
     EXPECT_EQ(takeMessages(),
-              QStringList({u"Downloading small-q8_0: 50%"_qs, u"Downloading small-q8_0: 100%"_qs,
-                           u"Successfully saved Small Q8"_qs}));
+              QStringList({u"Downloading small-q8_0: 50%"_s, u"Downloading small-q8_0: 100%"_s,
+                           u"Successfully saved Small Q8"_s}));
 
     manager->downloadModel(small);
     EXPECT_EQ(session->tasks.size(), 1);
-    manager->downloadModel(u"nonsense"_qs);
-    EXPECT_EQ(takeMessages(), QStringList({u"Unknown model ID: nonsense"_qs}));
-    EXPECT_FALSE(manager->modelStates().contains(u"nonsense"_qs));
+    manager->downloadModel(u"nonsense"_s);
+    EXPECT_EQ(takeMessages(), QStringList({u"Unknown model ID: nonsense"_s}));
+    EXPECT_FALSE(manager->modelStates().contains(u"nonsense"_s));
 }
 
 TEST_F(WhisperManagerTest, LogsWholeTensOfPercent)
@@ -202,17 +203,23 @@ TEST_F(WhisperManagerTest, LogsWholeTensOfPercent)
         int64_t written, expected;
         const char16_t *line;
     } cases[] = {
-        {0, 10'000, u"0%"},    {95, 10'000, u"0%"},  {100, 10'000, nullptr}, {999, 10'000, nullptr},
-        {1040, 10'000, u"10%"}, {1040, 10'000, u"10%"}, {1100, 10'000, nullptr},
+        {0, 10'000, u"0%"},
+        {95, 10'000, u"0%"},
+        {100, 10'000, nullptr},
+        {999, 10'000, nullptr},
+        {1040, 10'000, u"10%"},
+        {1040, 10'000, u"10%"},
+        {1100, 10'000, nullptr},
         {10'000, 10'000, u"100%"},
         // Sizes that are not known say nothing.
-        {10, 0, nullptr},      {10, -1, nullptr},
+        {10, 0, nullptr},
+        {10, -1, nullptr},
     };
     for (const auto &[written, expected, line] : cases) {
         session->delegate.downloadDidWriteData(task, written, expected);
         QStringList lines;
         if (line)
-            lines += u"Downloading small-q8_0: "_qs + QString::fromUtf16(line);
+            lines += u"Downloading small-q8_0: "_s + QString::fromUtf16(line);
         EXPECT_EQ(takeMessages(), lines) << written << " of " << expected;
     }
     EXPECT_EQ(state(small), State::downloading(1.0));
@@ -221,19 +228,19 @@ TEST_F(WhisperManagerTest, LogsWholeTensOfPercent)
 TEST_F(WhisperManagerTest, FailedTransferCanBeStartedAfresh)
 {
     makeManager();
-    const PlatformError gone{7, u"Server is gone"_qs};
+    const PlatformError gone{7, u"Server is gone"_s};
     // Whoever hears of the failure may start again at once.
     int restarts = 0;
     QObject::connect(manager.get(), &WhisperManager::modelStatesChanged, manager.get(), [&] {
-        if (state(small) == State::failed(u"Server is gone"_qs) && ++restarts == 2)
+        if (state(small) == State::failed(u"Server is gone"_s) && ++restarts == 2)
             manager->downloadModel(small);
     });
     int staleCalls = 0;
     manager->downloadModel(small, [&](double) { ++staleCalls; });
     takeMessages();
     session->delegate.downloadDidComplete(1, gone);
-    EXPECT_EQ(state(small), State::failed(u"Server is gone"_qs));
-    EXPECT_EQ(takeMessages(), QStringList({u"Download failed: Server is gone (code 7)"_qs}));
+    EXPECT_EQ(state(small), State::failed(u"Server is gone"_s));
+    EXPECT_EQ(takeMessages(), QStringList({u"Download failed: Server is gone (code 7)"_s}));
 
     session->delegate.downloadDidComplete(download(small), gone);
     EXPECT_EQ(state(small), State::downloading(0.0));
@@ -251,18 +258,18 @@ TEST_F(WhisperManagerTest, FailedTransferCanBeStartedAfresh)
 TEST_F(WhisperManagerTest, FileThatCannotBeSavedIsAFailure)
 {
     makeManager();
-    const PlatformError full{28, u"Disk is full"_qs};
+    const PlatformError full{28, u"Disk is full"_s};
     files->moveErrors.insert(pathOf(small), full);
     finish(download(small));
-    EXPECT_EQ(state(small), State::failed(u"Disk is full"_qs));
-    EXPECT_EQ(takeMessages(), QStringList({u"Failed to save model: Disk is full (code 28)"_qs}));
+    EXPECT_EQ(state(small), State::failed(u"Disk is full"_s));
+    EXPECT_EQ(takeMessages(), QStringList({u"Failed to save model: Disk is full (code 28)"_s}));
 
     // A file that came in the meantime is replaced, or in the way.
     files->moveErrors.clear();
     placeModel(small);
     files->removeErrors.insert(pathOf(small), full);
     finish(download(small));
-    EXPECT_EQ(state(small), State::failed(u"Disk is full"_qs));
+    EXPECT_EQ(state(small), State::failed(u"Disk is full"_s));
     files->removeErrors.clear();
     finish(download(small));
     EXPECT_EQ(state(small), State::downloaded());
@@ -277,9 +284,9 @@ TEST_F(WhisperManagerTest, WhatIsNoWholeModelIsNotSaved)
         QByteArray content;
         QString problem;
     } cases[] = {
-        {"weights", u"The server sent something that is not a speech model"_qs},
+        {"weights", u"The server sent something that is not a speech model"_s},
         // Broken off by a server that had not told the length.
-        {"lmgg", u"The download is incomplete"_qs},
+        {"lmgg", u"The download is incomplete"_s},
     };
     for (const auto &[content, problem] : cases) {
         QFile file(pathOf(tiny));
@@ -291,7 +298,7 @@ TEST_F(WhisperManagerTest, WhatIsNoWholeModelIsNotSaved)
         session->delegate.downloadDidComplete(task, std::nullopt);
         EXPECT_EQ(state(small), State::failed(problem));
         EXPECT_FALSE(files->files.contains(pathOf(small)));
-        EXPECT_EQ(takeMessages(), QStringList({u"Download failed: "_qs + problem}));
+        EXPECT_EQ(takeMessages(), QStringList({u"Download failed: "_s + problem}));
     }
 }
 
@@ -312,7 +319,7 @@ TEST_F(WhisperManagerTest, DeletesAModelAndKeepsItLoaded)
     makeManager();
     ASSERT_TRUE(load(tiny));
     takeMessages();
-    const PlatformError refused{13, u"Not allowed"_qs};
+    const PlatformError refused{13, u"Not allowed"_s};
     files->removeErrors.insert(pathOf(tiny), refused);
     EXPECT_EQ(manager->deleteModel(tiny).error(), refused);
     EXPECT_EQ(state(tiny), State::downloaded());
@@ -323,13 +330,13 @@ TEST_F(WhisperManagerTest, DeletesAModelAndKeepsItLoaded)
     EXPECT_EQ(state(tiny), State::notDownloaded());
     EXPECT_FALSE(files->files.contains(pathOf(tiny)));
     EXPECT_TRUE(manager->isModelLoaded());
-    EXPECT_EQ(takeMessages(), QStringList({u"Deleted model: tiny"_qs}));
+    EXPECT_EQ(takeMessages(), QStringList({u"Deleted model: tiny"_s}));
 }
 
 TEST_F(WhisperManagerTest, LoadsAndReplacesModels)
 {
     placeModel(tiny);
-    placeModel(u"medium"_qs);
+    placeModel(u"medium"_s);
     makeManager();
     EXPECT_TRUE(manager->isModelDownloaded(WhisperModelType::medium));
     EXPECT_FALSE(manager->isModelDownloaded(WhisperModelType::base));
@@ -339,9 +346,10 @@ TEST_F(WhisperManagerTest, LoadsAndReplacesModels)
     const std::weak_ptr<WhisperContext> first = manager->whisperContext();
     EXPECT_TRUE(manager->isModelLoaded());
     EXPECT_EQ(manager->selectedModelId(), tiny);
-    EXPECT_EQ(takeMessages(), QStringList({u"loadModel requested for tiny"_qs,
-                                           u"unloadModel called. Context exists: false"_qs,
-                                           u"Loaded model: Tiny"_qs}));
+    EXPECT_EQ(
+        takeMessages(),
+        QStringList({u"loadModel requested for tiny"_s,
+                     u"unloadModel called. Context exists: false"_s, u"Loaded model: Tiny"_s}));
 
     Outcome outcome;
     const auto byType = [](WhisperManager &manager, Outcome &result) -> QCoro::Task<void> {
@@ -354,10 +362,10 @@ TEST_F(WhisperManagerTest, LoadsAndReplacesModels)
     }
     ASSERT_TRUE(waitUntil([&] { return outcome.has_value(); }));
     EXPECT_TRUE(outcome->has_value());
-    EXPECT_EQ(manager->selectedModelId(), u"medium"_qs);
+    EXPECT_EQ(manager->selectedModelId(), u"medium"_s);
     EXPECT_EQ(selections, 2);
     EXPECT_EQ(loadedChanges, 3);
-    EXPECT_EQ(FakeWhisper::loads().back().path, pathOf(u"medium"_qs));
+    EXPECT_EQ(FakeWhisper::loads().back().path, pathOf(u"medium"_s));
     // The first model's memory goes without being asked for again.
     EXPECT_TRUE(first.expired());
     EXPECT_TRUE(waitUntil([] { return FakeWhisper::liveContexts() == 1; }));
@@ -370,9 +378,9 @@ TEST_F(WhisperManagerTest, RefusedLoadsKeepTheLoadedModel)
     ASSERT_TRUE(load(tiny));
     const auto context = manager->whisperContext();
     takeMessages();
-    for (const QString &modelId : {u"nonsense"_qs, small}) {
+    for (const QString &modelId : {u"nonsense"_s, small}) {
         EXPECT_EQ(load(modelId).error(), ModelLoadError(WhisperError::modelNotFound));
-        EXPECT_EQ(takeMessages(), QStringList({u"loadModel requested for "_qs + modelId}));
+        EXPECT_EQ(takeMessages(), QStringList({u"loadModel requested for "_s + modelId}));
     }
     EXPECT_EQ(manager->whisperContext(), context);
     EXPECT_TRUE(manager->isModelLoaded());
@@ -416,7 +424,7 @@ TEST_F(WhisperManagerTest, OfTwoLoadsThatOverlapTheLaterCounts)
     EXPECT_TRUE(second->has_value());
     EXPECT_TRUE(manager->isModelLoaded());
     EXPECT_EQ(manager->selectedModelId(), small);
-    EXPECT_FALSE(takeMessages().contains(u"Loaded model: Tiny"_qs));
+    EXPECT_FALSE(takeMessages().contains(u"Loaded model: Tiny"_s));
     EXPECT_TRUE(waitUntil([] { return FakeWhisper::liveContexts() == 1; }));
 }
 
@@ -442,11 +450,11 @@ TEST_F(WhisperManagerTest, LoadsOfTheSameModelAreOne)
         }
     }
     EXPECT_EQ(FakeWhisper::loads().size(), 2U);
-    const QString requested = u"loadModel requested for tiny"_qs;
+    const QString requested = u"loadModel requested for tiny"_s;
     EXPECT_EQ(takeMessages(),
-              QStringList({requested, u"unloadModel called. Context exists: false"_qs, requested,
-                           requested, u"unloadModel called. Context exists: true"_qs, requested,
-                           u"Loaded model: Tiny"_qs}));
+              QStringList({requested, u"unloadModel called. Context exists: false"_s, requested,
+                           requested, u"unloadModel called. Context exists: true"_s, requested,
+                           u"Loaded model: Tiny"_s}));
 
     // There and back again, by another model or by none: the first call has what it asked for in
     // the end.
@@ -534,7 +542,7 @@ TEST_F(WhisperManagerTest, StreamsInTheLanguageThatIsAskedFor)
     makeManager();
     ASSERT_TRUE(load(tiny));
     int segments = 0;
-    manager->startStreaming(u"pl"_qs, [&](const TranscriptionSegment &) { ++segments; });
+    manager->startStreaming(u"pl"_s, [&](const TranscriptionSegment &) { ++segments; });
     // The start is a job of its own behind the language.
     ASSERT_TRUE(waitUntil([&] {
         manager->whisperContext()->addAudioSamples(std::vector<float>(24'000));
@@ -549,7 +557,7 @@ TEST_F(WhisperManagerTest, UnloadsInTheBackground)
     makeManager();
     const int &loadedChanges = countOf(&WhisperManager::isModelLoadedChanged);
     manager->unloadModel();
-    EXPECT_EQ(takeMessages(), QStringList({u"unloadModel called. Context exists: false"_qs}));
+    EXPECT_EQ(takeMessages(), QStringList({u"unloadModel called. Context exists: false"_s}));
     EXPECT_EQ(loadedChanges, 0);
 
     ASSERT_TRUE(load(tiny));
@@ -562,8 +570,8 @@ TEST_F(WhisperManagerTest, UnloadsInTheBackground)
     EXPECT_TRUE(waitUntil([] { return FakeWhisper::liveContexts() == 0; }));
     ASSERT_TRUE(waitUntil([this] { return log.lines().size() >= 2; }));
     EXPECT_EQ(log.lines().first(2),
-              QStringList({u"[WhisperManager] unloadModel called. Context exists: true"_qs,
-                           u"[WhisperContext] Model unloaded. Stack trace:"_qs}));
+              QStringList({u"[WhisperManager] unloadModel called. Context exists: true"_s,
+                           u"[WhisperContext] Model unloaded. Stack trace:"_s}));
 }
 
 TEST_F(WhisperManagerTest, WithoutAFolderNothingIsKept)

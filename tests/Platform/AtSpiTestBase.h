@@ -68,7 +68,8 @@ protected:
     /// Makes the service under test.
     void connect()
     {
-        platform.accessibility = std::make_unique<AtSpiAccessibility>(std::make_shared<PasteCoordinator>());
+        platform.accessibility
+            = std::make_unique<AtSpiAccessibility>(std::make_shared<PasteCoordinator>());
         ASSERT_TRUE(platform.accessibility->isProcessTrusted());
     }
 

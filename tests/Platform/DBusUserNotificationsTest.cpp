@@ -1,5 +1,6 @@
 #include "Platform/Linux/Desktop/DBusUserNotifications.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/WaitUntil.h"
 
 #include <QDBusArgument>
@@ -22,7 +23,7 @@ public:
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
         messages.append(message);
-        connection.send(refuses ? message.createErrorReply(QDBusError::LimitsExceeded, u"No"_qs)
+        connection.send(refuses ? message.createErrorReply(QDBusError::LimitsExceeded, u"No"_s)
                                 : message.createReply(QVariant(1U)));
         return true;
     }
@@ -34,39 +35,39 @@ TEST(DBusUserNotificationsTest, AsksTheDesktopForASilentNotification)
     if (!QDBusConnection::sessionBus().isConnected())
         GTEST_SKIP() << "needs a session bus";
     NotificationService service;
-    auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus,
-                                             QString::fromLatin1(name));
-    ASSERT_TRUE(bus.registerVirtualObject(u"/org/freedesktop/Notifications"_qs, &service));
-    if (!bus.registerService(u"org.freedesktop.Notifications"_qs))
+    auto bus
+        = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QString::fromLatin1(name));
+    ASSERT_TRUE(bus.registerVirtualObject(u"/org/freedesktop/Notifications"_s, &service));
+    if (!bus.registerService(u"org.freedesktop.Notifications"_s))
         GTEST_SKIP() << "another notification service runs on this session bus";
 
     DBusUserNotifications notifications;
-    notifications.deliver(u"Velloro"_qs, u"Click – on a field."_qs, {});
+    notifications.deliver(u"Velloro"_s, u"Click – on a field."_s, {});
     ASSERT_TRUE(waitUntil([&] { return !service.messages.isEmpty(); }));
     ASSERT_EQ(service.messages.size(), 1);
     const QDBusMessage message = service.messages.first();
-    EXPECT_EQ(message.member(), u"Notify"_qs);
-    EXPECT_EQ(message.signature(), u"susssasa{sv}i"_qs);
+    EXPECT_EQ(message.member(), u"Notify"_s);
+    EXPECT_EQ(message.signature(), u"susssasa{sv}i"_s);
     const QVariantList arguments = message.arguments();
     ASSERT_EQ(arguments.size(), 8);
-    EXPECT_EQ(arguments.at(0).toString(), u"Velloro"_qs);
-    EXPECT_EQ(arguments.at(2).toString(), u"velloro"_qs);
-    EXPECT_EQ(arguments.at(3).toString(), u"Velloro"_qs);
-    EXPECT_EQ(arguments.at(4).toString(), u"Click – on a field."_qs);
-    EXPECT_EQ(qdbus_cast<QVariantMap>(arguments.at(6)).value(u"suppress-sound"_qs), true);
+    EXPECT_EQ(arguments.at(0).toString(), u"Velloro"_s);
+    EXPECT_EQ(arguments.at(2).toString(), u"velloro"_s);
+    EXPECT_EQ(arguments.at(3).toString(), u"Velloro"_s);
+    EXPECT_EQ(arguments.at(4).toString(), u"Click – on a field."_s);
+    EXPECT_EQ(qdbus_cast<QVariantMap>(arguments.at(6)).value(u"suppress-sound"_s), true);
 
     // What the desktop refused has not been taken.
     QStringList taken;
     const auto deliver = [&](const QString &text) {
-        notifications.deliver(u"Velloro"_qs, text, [&taken, text] { taken << text; });
+        notifications.deliver(u"Velloro"_s, text, [&taken, text] { taken << text; });
     };
     service.refuses = true;
-    deliver(u"refused"_qs);
+    deliver(u"refused"_s);
     ASSERT_TRUE(waitUntil([&] { return service.messages.size() == 2; }));
     service.refuses = false;
-    deliver(u"accepted"_qs);
+    deliver(u"accepted"_s);
     ASSERT_TRUE(waitUntil([&] { return !taken.isEmpty(); }));
-    EXPECT_EQ(taken, QStringList{u"accepted"_qs});
+    EXPECT_EQ(taken, QStringList{u"accepted"_s});
 
     bus = QDBusConnection(QString());
     QDBusConnection::disconnectFromBus(QString::fromLatin1(name));

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Desktop/DesktopSettings.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/WaitUntil.h"
 
 #include <QDBusConnection>
@@ -32,9 +33,9 @@ protected:
         QFile program(directory.filePath(QLatin1StringView(name)));
         ASSERT_TRUE(program.open(QIODevice::WriteOnly));
         program.write("#!/bin/sh\necho \"" + QByteArray(name) + " $*\" > '"
-                      + directory.filePath(u"new"_qs).toLocal8Bit() + "'\nmv '"
-                      + directory.filePath(u"new"_qs).toLocal8Bit() + "' '"
-                      + directory.filePath(u"started"_qs).toLocal8Bit() + "'\n");
+                      + directory.filePath(u"new"_s).toLocal8Bit() + "'\nmv '"
+                      + directory.filePath(u"new"_s).toLocal8Bit() + "' '"
+                      + directory.filePath(u"started"_s).toLocal8Bit() + "'\n");
         program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
     void runDesktop(const QString &name)
@@ -44,7 +45,7 @@ protected:
     }
     std::string started()
     {
-        QFile file(directory.filePath(u"started"_qs));
+        QFile file(directory.filePath(u"started"_s));
         if (!waitUntil([&] { return file.exists(); }) || !file.open(QIODevice::ReadOnly))
             return "nothing";
         const std::string line = file.readAll().trimmed().toStdString();
@@ -65,15 +66,15 @@ TEST_F(DesktopSettingsTest, opensThePagesOfTheDesktopThatIsRunning)
 
     install("xfce4-accessibility-settings");
     install("systemsettings5");
-    runDesktop(u"org.xfce.SessionManager"_qs);
+    runDesktop(u"org.xfce.SessionManager"_s);
     ASSERT_TRUE(settings.openPage(SettingsPage::accessibility));
     EXPECT_EQ(started(), "xfce4-accessibility-settings");
 
-    runDesktop(u"org.kde.plasmashell"_qs);
+    runDesktop(u"org.kde.plasmashell"_s);
     ASSERT_TRUE(settings.openPage(SettingsPage::microphone));
     EXPECT_EQ(started(), "systemsettings5 kcm_pulseaudio") << "the older name of the program";
 
-    runDesktop(u"org.gnome.Shell"_qs);
+    runDesktop(u"org.gnome.Shell"_s);
     ASSERT_TRUE(settings.openPage(SettingsPage::microphone));
     EXPECT_EQ(started(), "systemsettings5 kcm_pulseaudio") << "the first that is installed";
     install("gnome-control-center");

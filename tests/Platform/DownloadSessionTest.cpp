@@ -1,3 +1,4 @@
+#include "Base/StringLiterals.h"
 #include "LocalHttpServer.h"
 #include "Platform/Linux/Downloads/NetworkDownloadSession.h"
 #include "Support/FileSizeLimit.h"
@@ -17,7 +18,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-QByteArray withLength(const QByteArray &body, qsizetype promised, const QByteArray &status = "200 OK")
+QByteArray withLength(const QByteArray &body, qsizetype promised,
+                      const QByteArray &status = "200 OK")
 {
     return "HTTP/1.1 " + status + "\r\nContent-Length: " + QByteArray::number(promised) + "\r\n\r\n"
         + body;
@@ -62,7 +64,8 @@ public:
         downloads[task].content = file.readAll();
     }
 
-    void downloadDidComplete(DownloadTaskId task, const std::optional<PlatformError> &error) override
+    void downloadDidComplete(DownloadTaskId task,
+                             const std::optional<PlatformError> &error) override
     {
         downloads[task].isComplete = true;
         downloads[task].error = error;
@@ -104,8 +107,8 @@ protected:
 
     Receiver::Download fetchResponse(LocalHttpServer::Answer answer)
     {
-        server.route(u"/model"_qs, std::move(answer));
-        return fetch(server.url(u"/model"_qs));
+        server.route(u"/model"_s, std::move(answer));
+        return fetch(server.url(u"/model"_s));
     }
 
     QStringList leftFiles() const
@@ -155,8 +158,9 @@ TEST_F(DownloadSessionTest, EverythingElseIsAnErrorThatLeavesNothing)
 {
     using Server = LocalHttpServer;
     const qsizetype length = body.size();
-    const QByteArray zipped = "HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 3\r\n\r\n"
-                              "abc";
+    const QByteArray zipped
+        = "HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 3\r\n\r\n"
+          "abc";
     const struct
     {
         const char *name;
@@ -167,7 +171,8 @@ TEST_F(DownloadSessionTest, EverythingElseIsAnErrorThatLeavesNothing)
          u"The server answered: 404 Not Found"},
         {"server error without a body", Server::bytes(withLength("", 0, "500 Oh No")),
          u"The server answered: 500 Oh No"},
-        {"error page without an end", Server::bytesThenSilence(withLength(body, 9 * length, "503 X")),
+        {"error page without an end",
+         Server::bytesThenSilence(withLength(body, 9 * length, "503 X")),
          u"The server answered: 503 X"},
         {"a part only", Server::bytes(withLength(body, length, "206 Partial Content")),
          u"The server answered: 206 Partial Content"},
@@ -213,20 +218,20 @@ TEST_F(DownloadSessionTest, FollowsRedirectsToWhatIsThere)
                                       + location.toLatin1() + "\r\n\r\nMove");
     };
     LocalHttpServer other;
-    other.route(u"/data?sign=a%20b"_qs, LocalHttpServer::bytes(withLength(body, body.size())));
-    server.route(u"/model"_qs, redirect(u"/relative"_qs));
-    server.route(u"/relative"_qs,
-                 redirect(other.url(u"/data?sign=a%20b"_qs).toString(QUrl::FullyEncoded)));
-    EXPECT_EQ(fetch(server.url(u"/model"_qs)).content, body);
+    other.route(u"/data?sign=a%20b"_s, LocalHttpServer::bytes(withLength(body, body.size())));
+    server.route(u"/model"_s, redirect(u"/relative"_s));
+    server.route(u"/relative"_s,
+                 redirect(other.url(u"/data?sign=a%20b"_s).toString(QUrl::FullyEncoded)));
+    EXPECT_EQ(fetch(server.url(u"/model"_s)).content, body);
 
-    server.route(u"/loop"_qs, redirect(u"/loop"_qs));
-    server.route(u"/file"_qs, redirect(u"file:///etc/passwd"_qs));
+    server.route(u"/loop"_s, redirect(u"/loop"_s));
+    server.route(u"/file"_s, redirect(u"file:///etc/passwd"_s));
     QUrl nothingListens;
     {
         LocalHttpServer gone;
-        nothingListens = gone.url(u"/model"_qs);
+        nothingListens = gone.url(u"/model"_s);
     }
-    for (const QUrl &url : {server.url(u"/loop"_qs), server.url(u"/file"_qs), nothingListens}) {
+    for (const QUrl &url : {server.url(u"/loop"_s), server.url(u"/file"_s), nothingListens}) {
         const auto download = fetch(url);
         EXPECT_TRUE(download.error.has_value()) << url.toString().toStdString();
         EXPECT_FALSE(download.content.has_value());
@@ -247,7 +252,8 @@ TEST_F(DownloadSessionTest, StalledConnectionsFail)
         {withLength(body.first(1000), body.size()), true, u"The server stopped answering"},
     };
     for (const auto &[response, hasBegun, description] : cases) {
-        makeSession(hasBegun ? HttpTransfer::Patience{1h, 300ms} : HttpTransfer::Patience{300ms, 1h});
+        makeSession(hasBegun ? HttpTransfer::Patience{1h, 300ms}
+                             : HttpTransfer::Patience{300ms, 1h});
         const auto download = fetchResponse(LocalHttpServer::bytesThenSilence(response));
         ASSERT_TRUE(download.error.has_value());
         EXPECT_EQ(download.error->localizedDescription, QString::fromUtf16(description));
@@ -266,22 +272,22 @@ TEST_F(DownloadSessionTest, DiskThatCannotHoldTheFileIsAnError)
     ASSERT_TRUE(download.error.has_value());
     EXPECT_EQ(download.error->code, EFBIG);
     EXPECT_TRUE(download.error->localizedDescription.startsWith(
-        u"The downloaded data could not be saved: "_qs));
+        u"The downloaded data could not be saved: "_s));
     EXPECT_EQ(leftFiles(), QStringList());
     // A folder that is not there is no better.
     ASSERT_TRUE(QDir(directory.path()).removeRecursively());
-    EXPECT_EQ(fetch(server.url(u"/model"_qs)).error->code, ENOENT);
+    EXPECT_EQ(fetch(server.url(u"/model"_s)).error->code, ENOENT);
 }
 
 TEST_F(DownloadSessionTest, SeveralAtOnceDoNotWaitForEachOther)
 {
-    server.route(u"/slow"_qs,
+    server.route(u"/slow"_s,
                  LocalHttpServer::bytesThenSilence(withLength(body.first(9), body.size())));
-    const DownloadTaskId slow = start(server.url(u"/slow"_qs));
+    const DownloadTaskId slow = start(server.url(u"/slow"_s));
     ASSERT_TRUE(waitUntil([&] { return !receiver.downloads[slow].progress.isEmpty(); }));
     QHash<DownloadTaskId, QByteArray> wanted;
     for (int i = 0; i < 5; ++i) {
-        const QString path = u"/%1"_qs.arg(i);
+        const QString path = u"/%1"_s.arg(i);
         const QByteArray content = QByteArray::number(i).repeated(10'000 * (i + 1));
         server.route(path, LocalHttpServer::bytes(withLength(content, content.size())));
         wanted.insert(start(server.url(path)), content);
@@ -295,7 +301,7 @@ TEST_F(DownloadSessionTest, SeveralAtOnceDoNotWaitForEachOther)
 TEST_F(DownloadSessionTest, ProgressIsReportedAFewTimesASecond)
 {
     QPointer<QTcpSocket> connection;
-    server.route(u"/model"_qs, [&](QTcpSocket &socket) {
+    server.route(u"/model"_s, [&](QTcpSocket &socket) {
         connection = &socket;
         socket.write(withLength("", 2000));
     });
@@ -311,7 +317,7 @@ TEST_F(DownloadSessionTest, ProgressIsReportedAFewTimesASecond)
     drip.start(1);
     QElapsedTimer time;
     time.start();
-    const auto download = fetch(server.url(u"/model"_qs));
+    const auto download = fetch(server.url(u"/model"_s));
     EXPECT_EQ(download.content->size(), 2000);
     EXPECT_EQ(download.progress.last(), std::pair(int64_t(2000), int64_t(2000)));
     EXPECT_LT(download.progress.size(), 10 + time.elapsed() / 50);
@@ -319,9 +325,9 @@ TEST_F(DownloadSessionTest, ProgressIsReportedAFewTimesASecond)
 
 TEST_F(DownloadSessionTest, EndInTheMiddleLeavesNothingAndReportsNothing)
 {
-    server.route(u"/model"_qs,
+    server.route(u"/model"_s,
                  LocalHttpServer::bytesThenSilence(withLength(body.first(9), body.size())));
-    const DownloadTaskId task = start(server.url(u"/model"_qs));
+    const DownloadTaskId task = start(server.url(u"/model"_s));
     ASSERT_TRUE(waitUntil([&] { return !receiver.downloads[task].progress.isEmpty(); }));
     const QStringList partial = leftFiles();
     ASSERT_EQ(partial.size(), 1);
@@ -337,9 +343,9 @@ TEST_F(DownloadSessionTest, EndInTheMiddleLeavesNothingAndReportsNothing)
 
 TEST_F(DownloadSessionTest, SessionMayEndWithinItsReports)
 {
-    server.route(u"/model"_qs, LocalHttpServer::bytes(withLength(body, body.size())));
+    server.route(u"/model"_s, LocalHttpServer::bytes(withLength(body, body.size())));
     receiver.onProgress = [this] { session.reset(); };
-    start(server.url(u"/model"_qs));
+    start(server.url(u"/model"_s));
     ASSERT_TRUE(waitUntil([this] { return !session; }));
     QCoreApplication::processEvents();
     EXPECT_EQ(receiver.completions, 0);
@@ -348,9 +354,9 @@ TEST_F(DownloadSessionTest, SessionMayEndWithinItsReports)
 
 TEST_F(DownloadSessionTest, LeftoversOfACrashGoAndNothingElse)
 {
-    const QStringList names = {u".velloro-download-aBc123.part"_qs,
-                               u".velloro-download-inUse1.part"_qs, u"ggml-tiny.bin"_qs,
-                               u".hidden"_qs};
+    const QStringList names = {u".velloro-download-aBc123.part"_s,
+                               u".velloro-download-inUse1.part"_s, u"ggml-tiny.bin"_s,
+                               u".hidden"_s};
     for (const QString &name : names)
         ASSERT_TRUE(QFile(directory.filePath(name)).open(QIODevice::WriteOnly));
     QFile inUse(directory.filePath(names[1]));

@@ -1,4 +1,5 @@
 #include "Platform/Linux/Files/JsonUserDefaults.h"
+#include "Base/StringLiterals.h"
 #include "Support/FileSizeLimit.h"
 #include "Support/LogRecorder.h"
 
@@ -26,12 +27,12 @@ using Map = QMap<QString, QString>;
 class JsonUserDefaultsTest : public ::testing::Test
 {
 protected:
-    [[nodiscard]] QString path(const QString &name = u"Velloro/settings.json"_qs) const
+    [[nodiscard]] QString path(const QString &name = u"Velloro/settings.json"_s) const
     {
         return m_directory.filePath(name);
     }
 
-    void write(const QByteArray &content, const QString &name = u"Velloro/settings.json"_qs) const
+    void write(const QByteArray &content, const QString &name = u"Velloro/settings.json"_s) const
     {
         QDir().mkpath(QFileInfo(path(name)).path());
         QFile file(path(name));
@@ -39,7 +40,7 @@ protected:
         file.write(content);
     }
 
-    [[nodiscard]] QByteArray content(const QString &name = u"Velloro/settings.json"_qs) const
+    [[nodiscard]] QByteArray content(const QString &name = u"Velloro/settings.json"_s) const
     {
         QFile file(path(name));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : "absent";
@@ -47,7 +48,7 @@ protected:
 
     [[nodiscard]] QJsonObject object() const { return QJsonDocument::fromJson(content()).object(); }
 
-    [[nodiscard]] QStringList entries(const QString &name = u"Velloro"_qs) const
+    [[nodiscard]] QStringList entries(const QString &name = u"Velloro"_s) const
     {
         return QDir(path(name))
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
@@ -86,28 +87,28 @@ TEST_F(JsonUserDefaultsTest, readsBackEveryTypeThatItWrote)
         std::numeric_limits<int64_t>::max(),
         (int64_t(1) << 53) + 1,
         QString(),
-        u"Hold to Talk"_qs,
-        u"\"\\\n日本語 😀"_qs + QChar(0) + QChar(0xD800),
+        u"Hold to Talk"_s,
+        u"\"\\\n日本語 😀"_s + QChar(0) + QChar(0xD800),
         QStringList(),
-        QStringList{u""_qs, u"b"_qs, u"a"_qs, u"a"_qs},
+        QStringList{u""_s, u"b"_s, u"a"_s, u"a"_s},
         Map(),
-        Map{{u"Small"_qs, u"tiny"_qs}, {u""_qs, u""_qs}},
-        Map{{u"$data"_qs, u"AAAA"_qs}},
-        Map{{u"$map"_qs, u"x"_qs}},
-        Map{{u"$map"_qs, u"x"_qs}, {u"other"_qs, u"y"_qs}},
+        Map{{u"Small"_s, u"tiny"_s}, {u""_s, u""_s}},
+        Map{{u"$data"_s, u"AAAA"_s}},
+        Map{{u"$map"_s, u"x"_s}},
+        Map{{u"$map"_s, u"x"_s}, {u"other"_s, u"y"_s}},
         QByteArray(),
         QByteArray("[{\"id\":1}]"),
         allBytes,
     };
     for (size_t index = 0; index < values.size(); ++index) {
-        const QString key = u"velloro.key %1"_qs.arg(index);
+        const QString key = u"velloro.key %1"_s.arg(index);
         JsonUserDefaults(path()).setValue(key, values[index]);
         EXPECT_EQ(stored(key), values[index]) << content().toStdString();
     }
     EXPECT_EQ(object().size(), values.size());
 
-    JsonUserDefaults(path()).removeValue(u"velloro.key 0"_qs);
-    EXPECT_FALSE(stored(u"velloro.key 0"_qs));
+    JsonUserDefaults(path()).removeValue(u"velloro.key 0"_s);
+    EXPECT_FALSE(stored(u"velloro.key 0"_s));
     EXPECT_TRUE(m_log.lines().isEmpty());
 }
 
@@ -122,95 +123,95 @@ TEST_F(JsonUserDefaultsTest, keepsWhatItDoesNotKnow)
     for (const QString &key : keys)
         EXPECT_FALSE(defaults.value(key)) << key.toStdString();
 
-    defaults.setValue(u"velloro.playSounds"_qs, true);
+    defaults.setValue(u"velloro.playSounds"_s, true);
     QJsonObject expected = QJsonDocument::fromJson(unknown).object();
-    expected.insert(u"velloro.playSounds"_qs, true);
+    expected.insert(u"velloro.playSounds"_s, true);
     EXPECT_EQ(object(), expected);
 
-    defaults.setValue(u"null"_qs, int64_t(1));
-    EXPECT_EQ(stored(u"null"_qs), DefaultsValue(int64_t(1)));
+    defaults.setValue(u"null"_s, int64_t(1));
+    EXPECT_EQ(stored(u"null"_s), DefaultsValue(int64_t(1)));
 }
 
 TEST_F(JsonUserDefaultsTest, readsWhatAUserWrote)
 {
     write("\xEF\xBB\xBF\n{ \"integer\": 3.0, \"exponent\": 2e3, \"twice\": 1, \"twice\": true }\n");
-    EXPECT_EQ(stored(u"integer"_qs), DefaultsValue(int64_t(3)));
-    EXPECT_EQ(stored(u"exponent"_qs), DefaultsValue(int64_t(2000)));
-    EXPECT_EQ(stored(u"twice"_qs), DefaultsValue(true));
+    EXPECT_EQ(stored(u"integer"_s), DefaultsValue(int64_t(3)));
+    EXPECT_EQ(stored(u"exponent"_s), DefaultsValue(int64_t(2000)));
+    EXPECT_EQ(stored(u"twice"_s), DefaultsValue(true));
 }
 
 TEST_F(JsonUserDefaultsTest, isForTheUsersEyesAlone)
 {
     const mode_t mask = ::umask(0);
-    JsonUserDefaults(path(u"new/Velloro/settings.json"_qs)).setValue(u"key"_qs, true);
+    JsonUserDefaults(path(u"new/Velloro/settings.json"_s)).setValue(u"key"_s, true);
     ::umask(mask);
-    EXPECT_EQ(mode(u"new"_qs), 0700U);
-    EXPECT_EQ(mode(u"new/Velloro"_qs), 0700U);
-    EXPECT_EQ(mode(u"new/Velloro/settings.json"_qs), 0600U);
+    EXPECT_EQ(mode(u"new"_s), 0700U);
+    EXPECT_EQ(mode(u"new/Velloro"_s), 0700U);
+    EXPECT_EQ(mode(u"new/Velloro/settings.json"_s), 0600U);
 
     write("{}");
     ::chmod(QFile::encodeName(path()).constData(), 0644);
-    ::chmod(QFile::encodeName(path(u"Velloro"_qs)).constData(), 0755);
+    ::chmod(QFile::encodeName(path(u"Velloro"_s)).constData(), 0755);
     JsonUserDefaults defaults(path());
-    EXPECT_EQ(mode(u"Velloro/settings.json"_qs), 0600U);
-    EXPECT_EQ(mode(u"Velloro"_qs), 0755U) << "the user's own decision";
+    EXPECT_EQ(mode(u"Velloro/settings.json"_s), 0600U);
+    EXPECT_EQ(mode(u"Velloro"_s), 0755U) << "the user's own decision";
 }
 
 TEST_F(JsonUserDefaultsTest, replacesTheFileButNotForAnUnchangedValue)
 {
     JsonUserDefaults defaults(path());
     EXPECT_FALSE(QFile::exists(path())) << "there is nothing to be stored yet";
-    defaults.setValue(u"key"_qs, u"first"_qs);
+    defaults.setValue(u"key"_s, u"first"_s);
     QFile reader(path());
     ASSERT_TRUE(reader.open(QIODevice::ReadOnly));
-    defaults.setValue(u"key"_qs, u"second"_qs);
+    defaults.setValue(u"key"_s, u"second"_s);
     EXPECT_TRUE(reader.readAll().contains("first"))
         << "who reads meanwhile sees the whole old file";
-    EXPECT_EQ(entries(), QStringList{u"settings.json"_qs});
+    EXPECT_EQ(entries(), QStringList{u"settings.json"_s});
 
     // What a killed process left of a write goes at the next start.
-    write("half a fi", u"Velloro/settings.json.part-aBc123"_qs);
-    const auto before = status(u"Velloro/settings.json"_qs);
-    defaults.setValue(u"key"_qs, u"second"_qs);
-    JsonUserDefaults(path()).setValue(u"key"_qs, u"second"_qs);
-    EXPECT_EQ(status(u"Velloro/settings.json"_qs).st_ino, before.st_ino);
-    EXPECT_EQ(entries(), QStringList{u"settings.json"_qs});
+    write("half a fi", u"Velloro/settings.json.part-aBc123"_s);
+    const auto before = status(u"Velloro/settings.json"_s);
+    defaults.setValue(u"key"_s, u"second"_s);
+    JsonUserDefaults(path()).setValue(u"key"_s, u"second"_s);
+    EXPECT_EQ(status(u"Velloro/settings.json"_s).st_ino, before.st_ino);
+    EXPECT_EQ(entries(), QStringList{u"settings.json"_s});
 
     // Unless the file is not as it was left.
     QFile::remove(path());
-    defaults.setValue(u"key"_qs, u"second"_qs);
-    EXPECT_EQ(stored(u"key"_qs), DefaultsValue(u"second"_qs));
+    defaults.setValue(u"key"_s, u"second"_s);
+    EXPECT_EQ(stored(u"key"_s), DefaultsValue(u"second"_s));
 }
 
 TEST_F(JsonUserDefaultsTest, writesThroughSymbolicLinks)
 {
-    write(R"({"old":true})", u"dotfiles/velloro.json"_qs);
-    QDir().mkpath(path(u"Velloro"_qs));
-    ASSERT_TRUE(QFile::link(u"link.json"_qs, path()));
-    ASSERT_TRUE(QFile::link(u"../dotfiles/velloro.json"_qs, path(u"Velloro/link.json"_qs)));
+    write(R"({"old":true})", u"dotfiles/velloro.json"_s);
+    QDir().mkpath(path(u"Velloro"_s));
+    ASSERT_TRUE(QFile::link(u"link.json"_s, path()));
+    ASSERT_TRUE(QFile::link(u"../dotfiles/velloro.json"_s, path(u"Velloro/link.json"_s)));
     {
         JsonUserDefaults defaults(path());
-        EXPECT_EQ(defaults.value(u"old"_qs), DefaultsValue(true));
-        defaults.setValue(u"key"_qs, true);
+        EXPECT_EQ(defaults.value(u"old"_s), DefaultsValue(true));
+        defaults.setValue(u"key"_s, true);
     }
-    EXPECT_TRUE(S_ISLNK(status(u"Velloro/settings.json"_qs).st_mode));
-    EXPECT_TRUE(S_ISLNK(status(u"Velloro/link.json"_qs).st_mode));
-    EXPECT_TRUE(content(u"dotfiles/velloro.json"_qs).contains("key"));
-    EXPECT_EQ(entries(u"dotfiles"_qs), QStringList{u"velloro.json"_qs});
+    EXPECT_TRUE(S_ISLNK(status(u"Velloro/settings.json"_s).st_mode));
+    EXPECT_TRUE(S_ISLNK(status(u"Velloro/link.json"_s).st_mode));
+    EXPECT_TRUE(content(u"dotfiles/velloro.json"_s).contains("key"));
+    EXPECT_EQ(entries(u"dotfiles"_s), QStringList{u"velloro.json"_s});
 
     // A link to a file that is not there yet makes that file.
-    QFile::remove(path(u"dotfiles/velloro.json"_qs));
-    JsonUserDefaults(path()).setValue(u"key"_qs, false);
-    EXPECT_TRUE(content(u"dotfiles/velloro.json"_qs).contains("key"));
+    QFile::remove(path(u"dotfiles/velloro.json"_s));
+    JsonUserDefaults(path()).setValue(u"key"_s, false);
+    EXPECT_TRUE(content(u"dotfiles/velloro.json"_s).contains("key"));
 
     // What is not a file is never replaced.
     QFile::remove(path());
-    ASSERT_EQ(::mkfifo(QFile::encodeName(path(u"pipe"_qs)).constData(), 0600), 0);
-    ASSERT_TRUE(QFile::link(path(u"pipe"_qs), path()));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path(u"pipe"_s)).constData(), 0600), 0);
+    ASSERT_TRUE(QFile::link(path(u"pipe"_s), path()));
     JsonUserDefaults nowhere(path());
-    nowhere.setValue(u"key"_qs, true);
-    EXPECT_EQ(nowhere.value(u"key"_qs), DefaultsValue(true));
-    EXPECT_TRUE(S_ISFIFO(status(u"pipe"_qs).st_mode));
+    nowhere.setValue(u"key"_s, true);
+    EXPECT_EQ(nowhere.value(u"key"_s), DefaultsValue(true));
+    EXPECT_TRUE(S_ISFIFO(status(u"pipe"_s).st_mode));
 }
 
 TEST_F(JsonUserDefaultsTest, setsADamagedFileAsideAndStartsFresh)
@@ -233,25 +234,25 @@ TEST_F(JsonUserDefaultsTest, setsADamagedFileAsideAndStartsFresh)
         write(bytes);
         m_log.clear();
         JsonUserDefaults defaults(path());
-        EXPECT_FALSE(defaults.value(u"a"_qs));
-        EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 1);
-        defaults.setValue(u"new"_qs, true);
-        EXPECT_EQ(object().keys(), QStringList{u"new"_qs});
+        EXPECT_FALSE(defaults.value(u"a"_s));
+        EXPECT_EQ(m_log.messages(u"UserDefaults"_s).size(), 1);
+        defaults.setValue(u"new"_s, true);
+        EXPECT_EQ(object().keys(), QStringList{u"new"_s});
         QStringList present = entries();
-        present.removeOne(u"settings.json"_qs);
+        present.removeOne(u"settings.json"_s);
         ASSERT_EQ(present.size(), earlier.size() + 1) << "none is overwritten by the next";
         for (const QString &name : present) {
             if (earlier.contains(name))
                 continue;
-            EXPECT_EQ(content(u"Velloro/"_qs + name), bytes);
-            EXPECT_TRUE(name.startsWith(u"settings.json.damaged-20"_qs)) << name.toStdString();
+            EXPECT_EQ(content(u"Velloro/"_s + name), bytes);
+            EXPECT_TRUE(name.startsWith(u"settings.json.damaged-20"_s)) << name.toStdString();
             earlier.insert(name);
         }
     }
 
     // In an empty one, there is nothing to be set aside.
     write("");
-    EXPECT_FALSE(stored(u"a"_qs));
+    EXPECT_FALSE(stored(u"a"_s));
     EXPECT_EQ(entries().size(), earlier.size() + 1);
 }
 
@@ -260,44 +261,46 @@ TEST_F(JsonUserDefaultsTest, keepsTheFileInWhichAValueOfTheWrongTypeIsReplaced)
     const QByteArray before = R"({"list":["Zürich",7],"number":"x","flag":true,"null":null})";
     write(before);
     JsonUserDefaults defaults(path());
-    EXPECT_FALSE(defaults.value(u"list"_qs));
-    defaults.setValue(u"flag"_qs, false);
-    defaults.setValue(u"null"_qs, false);
-    EXPECT_EQ(entries(), QStringList{u"settings.json"_qs}) << "nothing is lost by that";
+    EXPECT_FALSE(defaults.value(u"list"_s));
+    defaults.setValue(u"flag"_s, false);
+    defaults.setValue(u"null"_s, false);
+    EXPECT_EQ(entries(), QStringList{u"settings.json"_s}) << "nothing is lost by that";
 
-    defaults.setValue(u"list"_qs, QStringList{u"Bern"_qs});
-    defaults.setValue(u"number"_qs, int64_t(1));
-    EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 1);
+    defaults.setValue(u"list"_s, QStringList{u"Bern"_s});
+    defaults.setValue(u"number"_s, int64_t(1));
+    EXPECT_EQ(m_log.messages(u"UserDefaults"_s).size(), 1);
     ASSERT_EQ(entries().size(), 2);
-    const QJsonObject kept =
-        QJsonDocument::fromJson(content(u"Velloro/"_qs + entries().last())).object();
-    EXPECT_EQ(kept.value(u"list"_qs), QJsonDocument::fromJson(before)[u"list"_qs]);
-    EXPECT_EQ(kept.value(u"number"_qs), u"x"_qs);
-    EXPECT_EQ(stored(u"list"_qs), DefaultsValue(QStringList{u"Bern"_qs}));
-    EXPECT_EQ(stored(u"flag"_qs), DefaultsValue(false));
+    const QJsonObject kept
+        = QJsonDocument::fromJson(content(u"Velloro/"_s + entries().last())).object();
+    EXPECT_EQ(kept.value(u"list"_s), QJsonDocument::fromJson(before)[u"list"_s]);
+    EXPECT_EQ(kept.value(u"number"_s), u"x"_s);
+    EXPECT_EQ(stored(u"list"_s), DefaultsValue(QStringList{u"Bern"_s}));
+    EXPECT_EQ(stored(u"flag"_s), DefaultsValue(false));
 }
 
 TEST_F(JsonUserDefaultsTest, removesTheCopiesThatItKeptAndNothingElse)
 {
-    const QStringList others = {u"my.json.damaged-20260101-120000"_qs, u"settings.json"_qs,
-                                u"settings.json.damaged-20260101"_qs, u"settings.json.damaged-mine"_qs};
-    for (const QString &name : others + QStringList{u"settings.json.damaged-20260101-120000"_qs,
-                                                     u"settings.json.damaged-20260101-120000-2"_qs})
-        write(R"({"list":7)", u"Velloro/"_qs + name);
+    const QStringList others = {u"my.json.damaged-20260101-120000"_s, u"settings.json"_s,
+                                u"settings.json.damaged-20260101"_s,
+                                u"settings.json.damaged-mine"_s};
+    for (const QString &name : others
+             + QStringList{u"settings.json.damaged-20260101-120000"_s,
+                           u"settings.json.damaged-20260101-120000-2"_s})
+        write(R"({"list":7)", u"Velloro/"_s + name);
     JsonUserDefaults defaults(path());
     const auto replaceByAList = [&] {
-        defaults.setValue(u"list"_qs, int64_t(1));
-        defaults.setValue(u"list"_qs, QStringList{u"a"_qs});
+        defaults.setValue(u"list"_s, int64_t(1));
+        defaults.setValue(u"list"_s, QStringList{u"a"_s});
     };
     replaceByAList();
     ASSERT_EQ(entries().size(), others.size() + 4);
     defaults.removeKeptCopies();
     EXPECT_EQ(entries(), others);
-    EXPECT_EQ(stored(u"list"_qs), DefaultsValue(QStringList{u"a"_qs}));
+    EXPECT_EQ(stored(u"list"_s), DefaultsValue(QStringList{u"a"_s}));
 
     replaceByAList();
     EXPECT_EQ(entries().size(), others.size() + 1) << "the next one is kept again";
-    EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 3);
+    EXPECT_EQ(m_log.messages(u"UserDefaults"_s).size(), 3);
 }
 
 TEST_F(JsonUserDefaultsTest, setsAFileAsideThatItMayNotRead)
@@ -308,7 +311,7 @@ TEST_F(JsonUserDefaultsTest, setsAFileAsideThatItMayNotRead)
     const bool isSuperuser = ::geteuid() == 0;
     constexpr uid_t nobody = 65534;
     if (isSuperuser) {
-        for (const QString &name : {path(), path(u"Velloro"_qs), m_directory.path()})
+        for (const QString &name : {path(), path(u"Velloro"_s), m_directory.path()})
             ASSERT_EQ(::chown(QFile::encodeName(name).constData(), nobody, nobody), 0);
         ASSERT_EQ(::seteuid(nobody), 0);
     }
@@ -317,38 +320,38 @@ TEST_F(JsonUserDefaultsTest, setsAFileAsideThatItMayNotRead)
             EXPECT_EQ(::seteuid(0), 0);
         }
     });
-    JsonUserDefaults(path()).setValue(u"b"_qs, true);
-    EXPECT_EQ(object().keys(), QStringList{u"b"_qs});
-    EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 1);
+    JsonUserDefaults(path()).setValue(u"b"_s, true);
+    EXPECT_EQ(object().keys(), QStringList{u"b"_s});
+    EXPECT_EQ(m_log.messages(u"UserDefaults"_s).size(), 1);
     ASSERT_EQ(entries().size(), 2);
-    ::chmod(QFile::encodeName(path(u"Velloro/"_qs + entries().last())).constData(), 0600);
-    EXPECT_EQ(content(u"Velloro/"_qs + entries().last()), R"({"a":1})");
+    ::chmod(QFile::encodeName(path(u"Velloro/"_s + entries().last())).constData(), 0600);
+    EXPECT_EQ(content(u"Velloro/"_s + entries().last()), R"({"a":1})");
 }
 
 TEST_F(JsonUserDefaultsTest, keepsInMemoryWhatItCannotWriteAndTriesAgain)
 {
-    write("in the way of the directory", u"Velloro"_qs);
+    write("in the way of the directory", u"Velloro"_s);
     JsonUserDefaults defaults(path());
-    defaults.setValue(u"first"_qs, u"1"_qs);
-    EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 1);
-    EXPECT_EQ(defaults.value(u"first"_qs), DefaultsValue(u"1"_qs));
+    defaults.setValue(u"first"_s, u"1"_s);
+    EXPECT_EQ(m_log.messages(u"UserDefaults"_s).size(), 1);
+    EXPECT_EQ(defaults.value(u"first"_s), DefaultsValue(u"1"_s));
 
-    QFile::remove(path(u"Velloro"_qs));
-    defaults.setValue(u"first"_qs, u"1"_qs);
-    EXPECT_EQ(stored(u"first"_qs), DefaultsValue(u"1"_qs)) << "unchanged, but not yet stored";
+    QFile::remove(path(u"Velloro"_s));
+    defaults.setValue(u"first"_s, u"1"_s);
+    EXPECT_EQ(stored(u"first"_s), DefaultsValue(u"1"_s)) << "unchanged, but not yet stored";
     {
         const FileSizeLimit fullDisk(100);
-        defaults.setValue(u"second"_qs, QString(1000, u'x'));
+        defaults.setValue(u"second"_s, QString(1000, u'x'));
     }
-    EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 2);
-    EXPECT_EQ(defaults.value(u"second"_qs), DefaultsValue(QString(1000, u'x')));
-    EXPECT_EQ(stored(u"first"_qs), DefaultsValue(u"1"_qs)) << "the old file is whole";
-    EXPECT_FALSE(stored(u"second"_qs));
-    EXPECT_EQ(entries(), QStringList{u"settings.json"_qs});
+    EXPECT_EQ(m_log.messages(u"UserDefaults"_s).size(), 2);
+    EXPECT_EQ(defaults.value(u"second"_s), DefaultsValue(QString(1000, u'x')));
+    EXPECT_EQ(stored(u"first"_s), DefaultsValue(u"1"_s)) << "the old file is whole";
+    EXPECT_FALSE(stored(u"second"_s));
+    EXPECT_EQ(entries(), QStringList{u"settings.json"_s});
 
-    defaults.setValue(u"third"_qs, true);
-    EXPECT_EQ(stored(u"second"_qs), DefaultsValue(QString(1000, u'x')));
-    EXPECT_EQ(m_log.messages(u"UserDefaults"_qs).size(), 2);
+    defaults.setValue(u"third"_s, true);
+    EXPECT_EQ(stored(u"second"_s), DefaultsValue(QString(1000, u'x')));
+    EXPECT_EQ(m_log.messages(u"UserDefaults"_s).size(), 2);
 }
 
 /// Stores one number after another in a process of its own, until that is killed.
@@ -363,7 +366,7 @@ public:
         if (m_process == 0) {
             JsonUserDefaults defaults(path);
             for (int64_t number = first;; ++number) {
-                defaults.setValue(u"number"_qs, number);
+                defaults.setValue(u"number"_s, number);
                 if (::write(ends[1], &number, sizeof number) != sizeof number)
                     ::_exit(1);
             }
@@ -400,8 +403,8 @@ private:
 
 TEST_F(JsonUserDefaultsTest, aKillAtAnyMomentOfThousandsOfWritesLosesNothing)
 {
-    const QStringList others{QString(20'000, u'x'), u"日本語"_qs};
-    JsonUserDefaults(path()).setValue(u"others"_qs, others);
+    const QStringList others{QString(20'000, u'x'), u"日本語"_s};
+    JsonUserDefaults(path()).setValue(u"others"_s, others);
     std::mt19937 random(1); // NOLINT: the same moments each time, as far as the machine allows
     int64_t last = 0;
     for (int kills = 0; kills < 60; ++kills) {
@@ -419,11 +422,11 @@ TEST_F(JsonUserDefaultsTest, aKillAtAnyMomentOfThousandsOfWritesLosesNothing)
         }
         last = writer.kill(last);
 
-        const auto number = JsonUserDefaults(path()).get<int64_t>(u"number"_qs);
+        const auto number = JsonUserDefaults(path()).get<int64_t>(u"number"_s);
         ASSERT_TRUE(number) << content().left(100).toStdString();
         ASSERT_TRUE(*number == last || *number == last + 1) << *number << " after " << last;
-        ASSERT_EQ(stored(u"others"_qs), DefaultsValue(others));
-        ASSERT_EQ(entries(), QStringList{u"settings.json"_qs});
+        ASSERT_EQ(stored(u"others"_s), DefaultsValue(others));
+        ASSERT_EQ(entries(), QStringList{u"settings.json"_s});
         last = *number;
     }
     EXPECT_GT(last, 2000);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/X11/X11Connection.h"
 #include "Platform/Linux/X11/XcbReply.h"
 #include "Support/WaitUntil.h"
@@ -63,14 +64,15 @@ public:
         sync();
     }
 
-    /// The keys since the last call, separated by ", ". Waits until those that the server has sent are here.
+    /// The keys since the last call, separated by ", ". Waits until those that the server has sent
+    /// are here.
     std::string take()
     {
         sync();
         // The layout may be another one by now.
         xcb_key_symbols_free(std::exchange(m_symbols, xcb_key_symbols_alloc(m_connection->xcb())));
         m_connection->dispatchPending();
-        return std::exchange(m_keys, {}).join(QStringLiteral(", ")).toStdString();
+        return std::exchange(m_keys, {}).join(u", "_s).toStdString();
     }
     /// Whether the server holds any key down for the applications.
     bool isAnyKeyDown()
@@ -127,7 +129,7 @@ private:
         if (const auto *ping = reinterpret_cast<const xcb_client_message_event_t *>(event);
             type == XCB_CLIENT_MESSAGE && ping->window == m_window
             && ping->data.data32[0] == m_connection->atom("_NET_WM_PING")) {
-            m_keys << QStringLiteral("ping");
+            m_keys << u"ping"_s;
             if (pinged)
                 pinged(*ping);
         }
@@ -140,17 +142,17 @@ private:
         QString text = (type == XCB_KEY_PRESS ? u'+' : u'-') + QString::fromLatin1(name);
         if (type == XCB_KEY_PRESS) {
             QStringList with;
-            constexpr std::pair<uint16_t, const char *> modifiers[] = {
-                {XCB_MOD_MASK_SHIFT, "Shift"},
-                {XCB_MOD_MASK_CONTROL, "Control"},
-                {XCB_MOD_MASK_1, "Alt"},
-                {XCB_MOD_MASK_4, "Super"}};
+            constexpr std::pair<uint16_t, const char *> modifiers[]
+                = {{XCB_MOD_MASK_SHIFT, "Shift"},
+                   {XCB_MOD_MASK_CONTROL, "Control"},
+                   {XCB_MOD_MASK_1, "Alt"},
+                   {XCB_MOD_MASK_4, "Super"}};
             for (const auto &[mask, modifier] : modifiers) {
                 if (key->state & mask)
                     with << QString::fromLatin1(modifier);
             }
             if (!with.isEmpty())
-                text += QStringLiteral(" with ") + with.join(u'+');
+                text += u" with "_s + with.join(u'+');
         }
         m_keys << text;
     }

@@ -1,5 +1,7 @@
 #include "Platform/Linux/Files/LinuxFileSystem.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QFile>
 #include <QTemporaryDir>
 #include <cerrno>
@@ -28,8 +30,8 @@ protected:
 
     QTemporaryDir directory;
     LinuxFileSystem files;
-    const QString from = QStringLiteral("from ä");
-    const QString to = QStringLiteral("to 話");
+    const QString from = u"from ä"_s;
+    const QString to = u"to 話"_s;
 };
 
 TEST_F(LinuxFileSystemTest, MovesWithoutReplacing)
@@ -48,23 +50,23 @@ TEST_F(LinuxFileSystemTest, MovesWithoutReplacing)
     EXPECT_EQ(read(to), "new");
     // A broken link is replaced.
     ASSERT_TRUE(files.removeItem(path(to)));
-    ASSERT_TRUE(QFile::link(path(QStringLiteral("nowhere")), path(to)));
+    ASSERT_TRUE(QFile::link(path(u"nowhere"_s), path(to)));
     ASSERT_TRUE(files.moveItem(path(from), path(to)));
     EXPECT_EQ(read(to), "newer");
-    EXPECT_EQ(files.moveItem(path(QStringLiteral("no")), path(from + to)).error().code, ENOENT);
+    EXPECT_EQ(files.moveItem(path(u"no"_s), path(from + to)).error().code, ENOENT);
 }
 
 TEST_F(LinuxFileSystemTest, MakesFoldersForTheUserAlone)
 {
-    const QString deep = path(QStringLiteral("a/b/c"));
+    const QString deep = path(u"a/b/c"_s);
     ASSERT_TRUE(files.createDirectory(deep));
     ASSERT_TRUE(files.createDirectory(deep));
     EXPECT_TRUE(files.fileExists(deep));
-    EXPECT_EQ(QFile::permissions(path(QStringLiteral("a"))) & (QFile::ReadGroup | QFile::ReadOther),
+    EXPECT_EQ(QFile::permissions(path(u"a"_s)) & (QFile::ReadGroup | QFile::ReadOther),
               QFile::Permissions());
     write(from, "");
     EXPECT_EQ(files.createDirectory(path(from)).error().code, EEXIST);
-    EXPECT_EQ(files.createDirectory(path(from) + QStringLiteral("/x")).error().code, ENOTDIR);
+    EXPECT_EQ(files.createDirectory(path(from) + u"/x"_s).error().code, ENOTDIR);
 }
 
 TEST_F(LinuxFileSystemTest, RemovesWhatIsThere)
@@ -81,9 +83,9 @@ TEST_F(LinuxFileSystemTest, KeepsDataInTheXdgDataDirectory)
     const QByteArray dataHome = qgetenv("XDG_DATA_HOME");
     qputenv("HOME", "/home/somebody");
     qunsetenv("XDG_DATA_HOME");
-    EXPECT_EQ(files.applicationSupportDirectory(), QStringLiteral("/home/somebody/.local/share"));
+    EXPECT_EQ(files.applicationSupportDirectory(), u"/home/somebody/.local/share"_s);
     qputenv("XDG_DATA_HOME", "/data");
-    EXPECT_EQ(files.applicationSupportDirectory(), QStringLiteral("/data"));
+    EXPECT_EQ(files.applicationSupportDirectory(), u"/data"_s);
     qunsetenv("XDG_DATA_HOME");
     qunsetenv("HOME");
     EXPECT_EQ(files.applicationSupportDirectory(), std::nullopt);

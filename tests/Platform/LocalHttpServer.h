@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
+
 #include <QHash>
 #include <QHostAddress>
 #include <QPointer>
@@ -26,7 +28,7 @@ public:
 
     [[nodiscard]] QUrl url(const QString &path) const
     {
-        return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(path));
+        return QUrl(u"http://127.0.0.1:%1%2"_s.arg(m_server.serverPort()).arg(path));
     }
 
     void route(const QString &path, Answer answer)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/X11/Keyboard/XcbKeyboardExtension.h"
 #include "Platform/Linux/X11/XcbReply.h"
 
@@ -25,8 +26,8 @@ constexpr uint8_t escape = 9, a = 38, k = 45, space = 65, leftAlt = 64, leftShif
 /// Gives the X server the layout with these arguments of setxkbmap, and no others' options.
 inline void setKeyboardLayout(const QStringList &arguments)
 {
-    const QStringList reset{QStringLiteral("-option"), QString()};
-    ASSERT_EQ(QProcess::execute(QStringLiteral("setxkbmap"), reset + arguments), 0);
+    const QStringList reset{u"-option"_s, QString()};
+    ASSERT_EQ(QProcess::execute(u"setxkbmap"_s, reset + arguments), 0);
 }
 
 /// Gives the X server the American layout with these statements in its symbols.
@@ -34,8 +35,7 @@ inline void setKeySymbols(const QByteArray &statements)
 {
     QProcess compiler;
     compiler.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    compiler.start(QStringLiteral("xkbcomp"),
-                   {QStringLiteral("-w0"), QStringLiteral("-"), qEnvironmentVariable("DISPLAY")});
+    compiler.start(u"xkbcomp"_s, {u"-w0"_s, u"-"_s, qEnvironmentVariable("DISPLAY")});
     compiler.write(R"map(xkb_keymap {
         xkb_keycodes { include "evdev+aliases(qwerty)" };
         xkb_types { include "complete" };
@@ -96,7 +96,7 @@ public:
     /// Gives this keyboard alone another layout, and uses it, so that the server knows.
     void setLayout(QStringList arguments)
     {
-        setKeyboardLayout(arguments << QStringLiteral("-device") << QString::number(m_device));
+        setKeyboardLayout(arguments << u"-device"_s << QString::number(m_device));
         tap(Key::escape);
     }
 
@@ -119,8 +119,8 @@ public:
     /// Unlocks what is locked: modifiers, and another than the first layout.
     void unlock()
     {
-        const XcbReply<xcb_xkb_use_extension_reply_t> used(xcb_xkb_use_extension_reply(
-            m_xcb, xcb_xkb_use_extension(m_xcb, 1, 0), nullptr));
+        const XcbReply<xcb_xkb_use_extension_reply_t> used(
+            xcb_xkb_use_extension_reply(m_xcb, xcb_xkb_use_extension(m_xcb, 1, 0), nullptr));
         xcb_xkb_latch_lock_state(m_xcb, XCB_XKB_ID_USE_CORE_KBD, 0xff, 0, 1, 0, 0, 0, 0);
         sync();
     }
@@ -147,7 +147,8 @@ private:
         // A device's own events are numbered from the extension's first.
         const uint8_t type = m_firstEvent
             + (down ? XCB_INPUT_DEVICE_KEY_PRESS : XCB_INPUT_DEVICE_KEY_RELEASE);
-        xcb_test_fake_input(m_xcb, type, keycode, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, m_device);
+        xcb_test_fake_input(m_xcb, type, keycode, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0,
+                            m_device);
         sync();
     }
     void sync()

@@ -1,3 +1,4 @@
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Sound/BufferAssembler.h"
 #include "Platform/Linux/Sound/PulseAudioEngine.h"
 #include "Platform/Linux/Sound/PulseCaptureAuthorization.h"
@@ -131,12 +132,12 @@ public:
     PipeMicrophone(PulseServer &server, const AudioFormat &format, const QString &name)
         : m_format(format)
     {
-        const QString fifo = server.path(name + u".fifo"_qs);
-        m_module =
-            server.loadModule(u"module-pipe-source source_name=%1 file=%2 format=float32le rate=%3 "
-                              "channels=%4"_qs.arg(name, fifo)
-                                  .arg(format.sampleRate)
-                                  .arg(format.channelCount));
+        const QString fifo = server.path(name + u".fifo"_s);
+        m_module = server.loadModule(
+            u"module-pipe-source source_name=%1 file=%2 format=float32le rate=%3 "
+            "channels=%4"_s.arg(name, fifo)
+                .arg(format.sampleRate)
+                .arg(format.channelCount));
         m_file = ::open(QFile::encodeName(fifo).constData(), O_WRONLY | O_NONBLOCK);
         if (m_file >= 0)
             ::fcntl(m_file, F_SETFL, 0);
@@ -186,11 +187,11 @@ protected:
     /// A sink "voice", and a microphone that hears what is played into it.
     void addVoice(const QString &format)
     {
-        ASSERT_FALSE(server.loadModule(u"module-null-sink sink_name=voice "_qs + format).isEmpty());
+        ASSERT_FALSE(server.loadModule(u"module-null-sink sink_name=voice "_s + format).isEmpty());
         ASSERT_FALSE(server
                          .loadModule(u"module-remap-source master=voice.monitor "
-                                     "source_name=microphone "_qs +
-                                     format)
+                                     "source_name=microphone "_s
+                                     + format)
                          .isEmpty());
     }
 
@@ -204,7 +205,7 @@ protected:
 
     bool waitForSourceOutputs(int count)
     {
-        return waitUntil([&] { return server.list(u"source-outputs"_qs).size() == count; });
+        return waitUntil([&] { return server.list(u"source-outputs"_s).size() == count; });
     }
 
     PulseServer server;
@@ -224,9 +225,8 @@ TEST(BufferAssemblerTest, CutsPiecesOfAnyLengthIntoBuffersOfOne)
     const auto signal = interleavedSignal(0, frames, channels);
     std::minstd_rand random(1);
     for (size_t done = 0; done < signal.size();) {
-        const size_t piece =
-            std::min<size_t>(std::uniform_int_distribution<size_t>(1, 9000)(random),
-                             signal.size() - done);
+        const size_t piece = std::min<size_t>(
+            std::uniform_int_distribution<size_t>(1, 9000)(random), signal.size() - done);
         assembler.append(std::span(signal).subspan(done, piece));
         done += piece;
     }
@@ -243,14 +243,13 @@ TEST_F(PulseAudioTest, DeliversEverySampleOnce)
     {
         AudioFormat format;
         uint64_t frames;
-    } cases[] = {
-        {{48000.0, 1}, 28'800'007}, {{44100.0, 2}, 441'011}, {{16000.0, 4}, 160'013}};
+    } cases[] = {{{48000.0, 1}, 28'800'007}, {{44100.0, 2}, 441'011}, {{16000.0, 4}, 160'013}};
     int number = 0;
     for (const auto &[format, frames] : cases) {
-        const QString name = u"microphone%1"_qs.arg(++number);
+        const QString name = u"microphone%1"_s.arg(++number);
         PipeMicrophone microphone(server, format, name);
         ASSERT_TRUE(microphone.isOpen());
-        server.run(u"pactl"_qs, {u"set-default-source"_qs, name});
+        server.run(u"pactl"_s, {u"set-default-source"_s, name});
 
         PulseAudioEngine engine(connection);
         ASSERT_EQ(engine.inputFormat(), format);
@@ -274,11 +273,11 @@ TEST_F(PulseAudioTest, DeliversEverySampleOnce)
 
 TEST_F(PulseAudioTest, MicrophoneIsOpenOnlyWhileRecording)
 {
-    addVoice(u"rate=48000 channels=1"_qs);
+    addVoice(u"rate=48000 channels=1"_s);
     PulseAudioEngine engine(connection);
     PulseCaptureAuthorization authorization(connection);
     EXPECT_EQ(authorization.authorizationStatus(), AuthorizationStatus::authorized);
-    const int idle = int(server.list(u"source-outputs"_qs).size());
+    const int idle = int(server.list(u"source-outputs"_s).size());
     for (int i = 0; i < 2; ++i) {
         std::atomic<int> buffers = 0;
         startListening(engine, [&](const AudioBuffer &) { ++buffers; });
@@ -295,9 +294,9 @@ TEST_F(PulseAudioTest, MicrophoneIsOpenOnlyWhileRecording)
 TEST_F(PulseAudioTest, VanishedMicrophoneIsReportedOnceWithAllThatWasHeard)
 {
     const AudioFormat format{48000.0, 1};
-    PipeMicrophone other(server, format, u"other"_qs);
-    PipeMicrophone microphone(server, format, u"microphone"_qs);
-    server.run(u"pactl"_qs, {u"set-default-source"_qs, u"microphone"_qs});
+    PipeMicrophone other(server, format, u"other"_s);
+    PipeMicrophone microphone(server, format, u"microphone"_s);
+    server.run(u"pactl"_s, {u"set-default-source"_s, u"microphone"_s});
     PulseAudioEngine engine(connection);
     int interruptions = 0;
     SignalListener listener(format);
@@ -330,7 +329,7 @@ TEST_F(PulseAudioTest, VanishedMicrophoneIsReportedOnceWithAllThatWasHeard)
 
 TEST_F(PulseAudioTest, RestartedServerIsFoundAgain)
 {
-    addVoice(u"rate=48000 channels=1"_qs);
+    addVoice(u"rate=48000 channels=1"_s);
     PulseAudioEngine engine(connection);
     PulseCaptureAuthorization authorization(connection);
     PulseSystemSounds sounds(connection);
@@ -345,7 +344,7 @@ TEST_F(PulseAudioTest, RestartedServerIsFoundAgain)
     engine.removeTap();
     engine.stop();
 
-    sounds.play(u"Pop"_qs);
+    sounds.play(u"Pop"_s);
     EXPECT_EQ(authorization.authorizationStatus(), AuthorizationStatus::notDetermined);
     EXPECT_EQ(engine.inputFormat(), AudioFormat{});
     engine.installTap(bufferSize, {}, count);
@@ -358,7 +357,7 @@ TEST_F(PulseAudioTest, RestartedServerIsFoundAgain)
     // Twice: the connection of the first round dies while nobody looks.
     for (int i = 0; i < 2; ++i) {
         ASSERT_TRUE(server.start());
-        addVoice(u"rate=48000 channels=1"_qs);
+        addVoice(u"rate=48000 channels=1"_s);
         EXPECT_EQ(authorization.authorizationStatus(), AuthorizationStatus::authorized);
         buffers = 0;
         startListening(engine, count);
@@ -386,14 +385,14 @@ TEST_F(PulseAudioTest, MonitorsAreNoMicrophones)
         return granted.load();
     };
 
-    server.loadModule(u"module-null-sink sink_name=voice"_qs);
+    server.loadModule(u"module-null-sink sink_name=voice"_s);
     EXPECT_EQ(authorization.authorizationStatus(), AuthorizationStatus::restricted);
     EXPECT_EQ(engine.inputFormat(), AudioFormat{});
     EXPECT_FALSE(engine.start());
     EXPECT_FALSE(request());
 
-    server.loadModule(u"module-remap-source master=voice.monitor rate=32000 channels=1"_qs);
-    server.run(u"pactl"_qs, {u"set-default-source"_qs, u"voice.monitor"_qs});
+    server.loadModule(u"module-remap-source master=voice.monitor rate=32000 channels=1"_s);
+    server.run(u"pactl"_s, {u"set-default-source"_s, u"voice.monitor"_s});
     EXPECT_EQ(authorization.authorizationStatus(), AuthorizationStatus::authorized);
     EXPECT_EQ(engine.inputFormat(), (AudioFormat{32000.0, 1}));
     EXPECT_TRUE(request());
@@ -401,7 +400,7 @@ TEST_F(PulseAudioTest, MonitorsAreNoMicrophones)
 
 TEST_F(PulseAudioTest, ServerThatDoesNotAnswerCostsABoundedTime)
 {
-    addVoice(u"rate=48000 channels=1"_qs);
+    addVoice(u"rate=48000 channels=1"_s);
     PulseAudioEngine engine(connection);
     PulseSystemSounds sounds(connection);
     auto authorization = std::make_unique<PulseCaptureAuthorization>(connection);
@@ -410,7 +409,7 @@ TEST_F(PulseAudioTest, ServerThatDoesNotAnswerCostsABoundedTime)
 
     QElapsedTimer time;
     time.start();
-    sounds.play(u"Pop"_qs);
+    sounds.play(u"Pop"_s);
     engine.removeTap();
     engine.stop();
     EXPECT_EQ(authorization->authorizationStatus(), AuthorizationStatus::notDetermined);
@@ -443,7 +442,7 @@ TEST_F(PulseAudioTest, ServerThatDoesNotAnswerCostsABoundedTime)
 
 TEST_F(PulseAudioTest, CuesAreHeard)
 {
-    addVoice(u"format=float32le rate=48000 channels=1"_qs);
+    addVoice(u"format=float32le rate=48000 channels=1"_s);
     PulseAudioEngine engine(connection);
     std::atomic<bool> isHeard = false;
     std::atomic<bool> isSilent = false;
@@ -461,7 +460,7 @@ TEST_F(PulseAudioTest, CuesAreHeard)
     ASSERT_TRUE(waitUntil([&] { return isSilent.load(); }));
 
     auto sounds = std::make_unique<PulseSystemSounds>(connection);
-    sounds->play(u"Basso"_qs);
+    sounds->play(u"Basso"_s);
     // The second round is played from the server's store, also after somebody emptied that.
     for (const char *name : {"Pop", "Tink", "Pop", "Tink"}) {
         isHeard = false;
@@ -471,23 +470,23 @@ TEST_F(PulseAudioTest, CuesAreHeard)
         EXPECT_TRUE(waitUntil([&] { return isSilent.load(); }));
         EXPECT_LT(peak, 0.5F) << "soft";
     }
-    EXPECT_THAT(server.list(u"samples"_qs), SizeIs(2));
-    server.run(u"pactl"_qs, {u"remove-sample"_qs, u"velloro-pop"_qs});
+    EXPECT_THAT(server.list(u"samples"_s), SizeIs(2));
+    server.run(u"pactl"_s, {u"remove-sample"_s, u"velloro-pop"_s});
     isHeard = false;
-    sounds->play(u"Pop"_qs);
+    sounds->play(u"Pop"_s);
     EXPECT_TRUE(waitUntil([&] {
-        sounds->play(u"Pop"_qs);
+        sounds->play(u"Pop"_s);
         return isHeard.load();
     }));
     sounds.reset();
-    EXPECT_THAT(server.list(u"samples"_qs), IsEmpty());
+    EXPECT_THAT(server.list(u"samples"_s), IsEmpty());
 
     // A server that answers after they have gone calls nobody.
     sounds = std::make_unique<PulseSystemSounds>(connection);
-    sounds->play(u"Pop"_qs);
-    ASSERT_TRUE(waitUntil([&] { return !server.list(u"samples"_qs).isEmpty(); }));
+    sounds->play(u"Pop"_s);
+    ASSERT_TRUE(waitUntil([&] { return !server.list(u"samples"_s).isEmpty(); }));
     server.suspend();
     sounds.reset();
     server.resume();
-    EXPECT_TRUE(waitUntil([&] { return server.list(u"samples"_qs).isEmpty(); }));
+    EXPECT_TRUE(waitUntil([&] { return server.list(u"samples"_s).isEmpty(); }));
 }

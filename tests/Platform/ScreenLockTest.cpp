@@ -1,5 +1,6 @@
 #include "Platform/Linux/Desktop/LinuxScreenLock.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/X11/Keyboard/X11HotkeyRegistration.h"
 #include "Platform/X11KeyTestBase.h"
 #include "Support/WaitUntil.h"
@@ -20,14 +21,11 @@ namespace {
 class Desktop : public QDBusVirtualObject
 {
 public:
-    Desktop()
-    {
-        bus.registerVirtualObject(u"/"_qs, this, QDBusConnection::SubPath);
-    }
+    Desktop() { bus.registerVirtualObject(u"/"_s, this, QDBusConnection::SubPath); }
     ~Desktop() override
     {
         bus = QDBusConnection(QString());
-        QDBusConnection::disconnectFromBus(u"velloro-test-lock"_qs);
+        QDBusConnection::disconnectFromBus(u"velloro-test-lock"_s);
     }
 
     QString introspect(const QString &) const override { return {}; }
@@ -38,36 +36,38 @@ public:
         QVariant answer;
         if (message.member() == u"GetActive")
             answer = isActive;
-        else if (message.member() == u"GetSession" && message.arguments() == QVariantList{u"7"_qs})
+        else if (message.member() == u"GetSession" && message.arguments() == QVariantList{u"7"_s})
             answer = QVariant::fromValue(QDBusObjectPath(sessionPath));
         else if (message.arguments().value(1).toString() == u"Id")
-            answer = QVariant::fromValue(QDBusVariant(u"7"_qs));
-        else if (message.arguments().value(1).toString() == u"LockedHint" && message.path() == sessionPath)
+            answer = QVariant::fromValue(QDBusVariant(u"7"_s));
+        else if (message.arguments().value(1).toString() == u"LockedHint"
+                 && message.path() == sessionPath)
             answer = QVariant::fromValue(QDBusVariant(isHinted));
         ++answers;
-        connection.send(answer.isValid() ? message.createReply(answer)
-                                         : message.createErrorReply(QDBusError::UnknownMethod, u""_qs));
+        connection.send(answer.isValid()
+                            ? message.createReply(answer)
+                            : message.createErrorReply(QDBusError::UnknownMethod, u""_s));
         return true;
     }
 
     void tellActive(const QString &name, bool active)
     {
-        QDBusMessage signal = QDBusMessage::createSignal(u"/somewhere"_qs, name, u"ActiveChanged"_qs);
+        QDBusMessage signal = QDBusMessage::createSignal(u"/somewhere"_s, name, u"ActiveChanged"_s);
         signal << active;
         bus.send(signal);
     }
     void tellHint(const QString &path, bool hint)
     {
-        QDBusMessage signal = QDBusMessage::createSignal(
-            path, u"org.freedesktop.DBus.Properties"_qs, u"PropertiesChanged"_qs);
-        signal << u"org.freedesktop.login1.Session"_qs << QVariantMap{{u"LockedHint"_qs, hint}}
+        QDBusMessage signal = QDBusMessage::createSignal(path, u"org.freedesktop.DBus.Properties"_s,
+                                                         u"PropertiesChanged"_s);
+        signal << u"org.freedesktop.login1.Session"_s << QVariantMap{{u"LockedHint"_s, hint}}
                << QStringList();
         bus.send(signal);
     }
 
-    const QString sessionPath = u"/org/freedesktop/login1/session/_37"_qs;
-    QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus,
-                                                        u"velloro-test-lock"_qs);
+    const QString sessionPath = u"/org/freedesktop/login1/session/_37"_s;
+    QDBusConnection bus
+        = QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"velloro-test-lock"_s);
     bool isAnswering = true;
     bool isActive = false;
     bool isHinted = false;
@@ -82,7 +82,7 @@ protected:
         if (!QDBusConnection::sessionBus().isConnected())
             GTEST_SKIP() << "needs a session bus";
         ASSERT_TRUE(desktop.bus.registerService(mate));
-        ASSERT_TRUE(desktop.bus.registerService(u"org.freedesktop.login1"_qs));
+        ASSERT_TRUE(desktop.bus.registerService(u"org.freedesktop.login1"_s));
     }
     /// One bus is both.
     void start()
@@ -96,7 +96,7 @@ protected:
         return waitUntil([&] { return state->isLocked() == isLocked; });
     }
 
-    const QString mate = u"org.mate.ScreenSaver"_qs;
+    const QString mate = u"org.mate.ScreenSaver"_s;
     Desktop desktop;
     std::unique_ptr<DBusLockState> state;
     std::unique_ptr<QSignalSpy> locks;
@@ -118,7 +118,7 @@ TEST_F(DBusLockStateTest, followsScreenSaversAndTheLoginManager)
     }
 
     // Another user's session says nothing about this one.
-    desktop.tellHint(u"/org/freedesktop/login1/session/_38"_qs, true);
+    desktop.tellHint(u"/org/freedesktop/login1/session/_38"_s, true);
     for (const bool active : {true, false}) {
         desktop.tellActive(mate, active);
         EXPECT_TRUE(becomes(active));
@@ -138,7 +138,7 @@ TEST_F(DBusLockStateTest, followsScreenSaversAndTheLoginManager)
 
 TEST_F(DBusLockStateTest, aBlankedScreenIsNotLockedWhereTheLoginManagerTellsOfLocks)
 {
-    const QString gnome = u"org.gnome.ScreenSaver"_qs;
+    const QString gnome = u"org.gnome.ScreenSaver"_s;
     start();
     ASSERT_TRUE(waitUntil([&] { return desktop.answers == 4; }));
     for (const bool isBlanked : {false, true}) {
@@ -155,7 +155,7 @@ TEST_F(DBusLockStateTest, aBlankedScreenIsNotLockedWhereTheLoginManagerTellsOfLo
     EXPECT_TRUE(becomes(false));
     EXPECT_EQ(locks->count(), 3);
 
-    desktop.bus.unregisterService(u"org.freedesktop.login1"_qs);
+    desktop.bus.unregisterService(u"org.freedesktop.login1"_s);
     start();
     desktop.tellActive(gnome, true);
     EXPECT_TRUE(becomes(true)) << "there is nobody else to tell";
@@ -213,8 +213,7 @@ TEST_F(X11ScreenLockTest, tellsWhetherTheKeyboardIsTaken)
     press();
     xcb_ungrab_key(locker->xcb(), Key::leftSuper, locker->root(), XCB_MOD_MASK_ANY);
     // As window managers have it.
-    const uint32_t keys =
-        XCB_INPUT_XI_EVENT_MASK_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE;
+    const uint32_t keys = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE;
     const uint32_t modifiers = 0;
     XcbReply<xcb_input_xi_passive_grab_device_reply_t>(xcb_input_xi_passive_grab_device_reply(
         locker->xcb(),

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Process/SingleInstance.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/LogRecorder.h"
 #include "Support/WaitUntil.h"
 
@@ -42,7 +43,7 @@ protected:
         std::unique_ptr<QThread> m_thread;
     };
 
-    QStringList messages() const { return log.messages(QStringLiteral("Velloro")); }
+    QStringList messages() const { return log.messages(u"Velloro"_s); }
 
     LogRecorder log;
     QTemporaryDir directory;
@@ -58,7 +59,7 @@ TEST_F(SingleInstanceTest, theRunningOneComesForward)
     ASSERT_TRUE(waitUntil([&] { return second.isDone(); }));
     EXPECT_FALSE(second.result());
     EXPECT_EQ(requests, 1);
-    EXPECT_EQ(messages(), QStringList({QStringLiteral("Already running")}));
+    EXPECT_EQ(messages(), QStringList({u"Already running"_s}));
 }
 
 TEST_F(SingleInstanceTest, theEndOfTheRunningOneIsWaitedFor)
@@ -88,7 +89,7 @@ TEST_F(SingleInstanceTest, oneThatIsStuckIsNotWaitedForWithoutEnd)
     timer.start();
     EXPECT_FALSE(second.acquire());
     EXPECT_LT(timer.elapsed(), 20'000);
-    EXPECT_EQ(messages(), QStringList({QStringLiteral("Already running")}));
+    EXPECT_EQ(messages(), QStringList({u"Already running"_s}));
 }
 
 } // namespace

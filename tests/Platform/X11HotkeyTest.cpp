@@ -1,5 +1,6 @@
 #include "Platform/Linux/X11/Keyboard/X11HotkeyRegistration.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/KeyWindow.h"
 #include "Platform/Linux/X11/Keyboard/X11KeyboardEvents.h"
 #include "Platform/Linux/X11/Keyboard/XcbKeyboardExtension.h"
@@ -39,10 +40,10 @@ protected:
     void listen(X11HotkeyRegistration &registration)
     {
         registration.setPressedHandler([this](const HotkeyIdentifier *which) {
-            events << (which && *which == identifier ? u"press"_qs : u"wrong press"_qs);
+            events << (which && *which == identifier ? u"press"_s : u"wrong press"_s);
         });
         registration.setReleasedHandler([this](const HotkeyIdentifier *which) {
-            events << (which && *which == identifier ? u"release"_qs : u"wrong release"_qs);
+            events << (which && *which == identifier ? u"release"_s : u"wrong release"_s);
         });
     }
 
@@ -60,7 +61,7 @@ protected:
                 connection->xcb(), xcb_get_input_focus(connection->xcb()), nullptr));
             QCoreApplication::processEvents();
         }
-        return std::exchange(events, {}).join(u", "_qs).toStdString();
+        return std::exchange(events, {}).join(u", "_s).toStdString();
     }
 
     void moveAltToModifier3()
@@ -106,15 +107,14 @@ TEST_F(X11HotkeyTest, autoRepeatIsNoPress)
     registerOptionSpace();
     int repeats = 0;
     QObject context;
-    QObject::connect(connection.get(), &X11Connection::eventReceived, &context,
-                     [&](const xcb_generic_event_t *event) {
-                         const auto *key
-                             = reinterpret_cast<const xcb_input_key_press_event_t *>(event);
-                         if (event->response_type == XCB_GE_GENERIC
-                             && key->event_type == XCB_INPUT_KEY_PRESS
-                             && key->flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT)
-                             ++repeats;
-                     });
+    QObject::connect(
+        connection.get(), &X11Connection::eventReceived, &context,
+        [&](const xcb_generic_event_t *event) {
+            const auto *key = reinterpret_cast<const xcb_input_key_press_event_t *>(event);
+            if (event->response_type == XCB_GE_GENERIC && key->event_type == XCB_INPUT_KEY_PRESS
+                && key->flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT)
+                ++repeats;
+        });
     keyboard.press({Key::leftAlt, Key::space});
     ASSERT_TRUE(waitUntil([&] { return repeats >= 3; }));
     EXPECT_EQ(take(), "press");
@@ -137,12 +137,12 @@ TEST_F(X11HotkeyTest, worksWhateverIsLockedOrLaidOut)
     expectOnce("Num Lock");
     keyboard.tap(Key::numLock);
 
-    setKeyboardLayout({u"us,de,ru"_qs, u"-option"_qs, u"grp:menu_toggle"_qs});
+    setKeyboardLayout({u"us,de,ru"_s, u"-option"_s, u"grp:menu_toggle"_s});
     for (const char *group : {"first group", "second group", "third group"}) {
         expectOnce(group);
         keyboard.tap(Key::menu);
     }
-    for (const auto &layout : {u"de"_qs, u"ru"_qs, u"fr"_qs, u"us"_qs}) {
+    for (const auto &layout : {u"de"_s, u"ru"_s, u"fr"_s, u"us"_s}) {
         setKeyboardLayout({layout});
         expectOnce(qPrintable(layout));
     }
@@ -213,16 +213,16 @@ TEST_F(X11HotkeyTest, noMenuOpensAndControlIsTappedOnlyWhereThatIsAll)
         EXPECT_EQ(take(), "release");
         return window.take();
     };
-    EXPECT_EQ(seen({u"us"_qs}), "+Alt_L, +Control_L with Alt, -Control_L, -Alt_L");
+    EXPECT_EQ(seen({u"us"_s}), "+Alt_L, +Control_L with Alt, -Control_L, -Alt_L");
     // Beside Alt the left one switches the layout, or either one.
-    EXPECT_EQ(seen({u"us,ru"_qs, u"-option"_qs, u"grp:lctrl_lalt_toggle"_qs}),
+    EXPECT_EQ(seen({u"us,ru"_s, u"-option"_s, u"grp:lctrl_lalt_toggle"_s}),
               "+Alt_L, +Control_R with Alt, -Control_R, -Alt_L");
-    EXPECT_EQ(seen({u"us,ru"_qs, u"-option"_qs, u"grp:ctrl_alt_toggle"_qs}),
+    EXPECT_EQ(seen({u"us,ru"_s, u"-option"_s, u"grp:ctrl_alt_toggle"_s}),
               "+Alt_L, +none with Alt, -none, -Alt_L");
 
     // A tapped Control would hold for the next key.
     setStickyKeys(true);
-    EXPECT_EQ(seen({u"us"_qs}), "+Alt_L, +none with Alt, -none, -Alt_L");
+    EXPECT_EQ(seen({u"us"_s}), "+Alt_L, +none with Alt, -none, -Alt_L");
     setStickyKeys(false);
 }
 
@@ -234,8 +234,8 @@ TEST_F(X11HotkeyTest, theKeysOfTheCombinationMayBeOnDifferentKeyboards)
     ASSERT_TRUE(other.isThere());
     ASSERT_TRUE(hotkeys->registerHotkey({spaceBar, control}, {1, 8}));
     registerOptionSpace();
-    const std::pair<PhysicalKeyboard *, PhysicalKeyboard *> cases[] = {
-        {&keyboard, &other}, {&other, &keyboard}, {&other, &other}};
+    const std::pair<PhysicalKeyboard *, PhysicalKeyboard *> cases[]
+        = {{&keyboard, &other}, {&other, &keyboard}, {&other, &other}};
     for (const auto &[modifiers, key] : cases) {
         modifiers->press({Key::leftAlt});
         key->press({Key::space});
@@ -267,7 +267,8 @@ TEST_F(X11HotkeyTest, theUsersOtherPressesAreCounted)
     const auto click = [&] {
         // A button that does nothing anywhere.
         for (const uint8_t type : {XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE})
-            xcb_test_fake_input(connection->xcb(), type, 9, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+            xcb_test_fake_input(connection->xcb(), type, 9, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0,
+                                0);
     };
     const auto stroke = [&](uint32_t keyCode, uint64_t flags) {
         EXPECT_TRUE(strokes.post(keyCode, true, flags));
@@ -396,14 +397,14 @@ TEST_F(X11HotkeyTest, isGivenBack)
 TEST_F(X11HotkeyTest, followsModifiersThatMove)
 {
     registerOptionSpace();
-    setKeyboardLayout({u"us"_qs, u"-option"_qs, u"altwin:swap_lalt_lwin"_qs});
+    setKeyboardLayout({u"us"_s, u"-option"_s, u"altwin:swap_lalt_lwin"_s});
     take();
     keyboard.press({Key::leftSuper});
     keyboard.tap(Key::space);
     keyboard.release({Key::leftSuper});
     EXPECT_EQ(take(), once);
     // Alt on another modifier altogether: the grab itself must change.
-    setKeyboardLayout({u"us"_qs});
+    setKeyboardLayout({u"us"_s});
     moveAltToModifier3();
     take();
     tapOptionSpace();
@@ -487,7 +488,7 @@ TEST_F(X11HotkeyTest, whatCanNotBeHadHasAStatus)
 TEST(X11HotkeyServerTest, theServersEndReleases)
 {
     QProcess server;
-    server.start(u"Xvfb"_qs, {u"-displayfd"_qs, u"1"_qs, u"-nolisten"_qs, u"tcp"_qs});
+    server.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-nolisten"_s, u"tcp"_s});
     if (!server.waitForStarted())
         GTEST_SKIP() << "there is no Xvfb";
     ASSERT_TRUE(waitUntil([&] { return server.bytesAvailable() > 0 && server.canReadLine(); }));
@@ -497,8 +498,8 @@ TEST(X11HotkeyServerTest, theServersEndReleases)
     ASSERT_TRUE(connection);
     X11HotkeyRegistration hotkeys(connection);
     QStringList events;
-    hotkeys.setPressedHandler([&](auto) { events << u"press"_qs; });
-    hotkeys.setReleasedHandler([&](auto) { events << u"release"_qs; });
+    hotkeys.setPressedHandler([&](auto) { events << u"press"_s; });
+    hotkeys.setReleasedHandler([&](auto) { events << u"release"_s; });
     const auto reference = hotkeys.registerHotkey({spaceBar, option}, identifier);
     ASSERT_TRUE(reference);
     PhysicalKeyboard keyboard(display.constData());
@@ -510,7 +511,7 @@ TEST(X11HotkeyServerTest, theServersEndReleases)
     EXPECT_TRUE(waitUntil([&] { return events.size() == 2; }));
     hotkeys.unregisterHotkey(*reference);
     EXPECT_EQ(hotkeys.registerHotkey({spaceBar, option}, identifier).error(), XCB_REQUEST);
-    EXPECT_EQ(events, (QStringList{u"press"_qs, u"release"_qs}));
+    EXPECT_EQ(events, (QStringList{u"press"_s, u"release"_s}));
 }
 
 } // namespace

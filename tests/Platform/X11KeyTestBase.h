@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/X11/X11Connection.h"
 #include "Platform/PhysicalKeyboard.h"
 
@@ -20,11 +21,11 @@ protected:
             GTEST_SKIP() << "there is no X server";
         if (!keyboard.isThere())
             GTEST_SKIP() << "the X server has no keyboard of its own (Xvfb has)";
-        setKeyboardLayout({u"us"_qs});
+        setKeyboardLayout({u"us"_s});
     }
     void TearDown() override
     {
-        setKeyboardLayout({u"us"_qs});
+        setKeyboardLayout({u"us"_s});
         keyboard.unlock();
     }
 

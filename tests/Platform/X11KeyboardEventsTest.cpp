@@ -1,5 +1,6 @@
 #include "Platform/Linux/X11/Keyboard/X11KeyboardEvents.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/KeyWindow.h"
 #include "Platform/Linux/X11/Keyboard/VirtualKeyMap.h"
 #include "Platform/Linux/X11/Keyboard/X11HotkeyRegistration.h"
@@ -306,10 +307,10 @@ TEST_F(X11KeyboardEventsTest, pastesAsTheApplicationWantsIt)
 
 TEST_F(X11KeyboardEventsTest, pastesOnEveryLayout)
 {
-    for (const auto &layout : {QStringList{u"us"_qs, u"-variant"_qs, u"dvorak"_qs},
-                               {u"fr"_qs},
-                               {u"us,ru"_qs},
-                               {u"ru,us"_qs}}) {
+    for (const auto &layout : {QStringList{u"us"_s, u"-variant"_s, u"dvorak"_s},
+                               {u"fr"_s},
+                               {u"us,ru"_s},
+                               {u"ru,us"_s}}) {
         setKeyboardLayout(layout);
         if (layout.first() == u"ru,us") {
             // The window names the first layout's letter at the position.
@@ -319,13 +320,13 @@ TEST_F(X11KeyboardEventsTest, pastesOnEveryLayout)
         EXPECT_EQ(pasted(), controlV) << layout.join(u' ').toStdString();
     }
     // No letter v anywhere.
-    setKeyboardLayout({u"ru"_qs});
+    setKeyboardLayout({u"ru"_s});
     EXPECT_EQ(pasted(), shiftInsert);
     EXPECT_EQ(others.primaryPastes, 1);
 
     // Of two layouts the one in force decides: on this one the position of v has another letter.
     setKeyboardLayout(
-        {u"us,us"_qs, u"-variant"_qs, u",dvorak"_qs, u"-option"_qs, u"grp:menu_toggle"_qs});
+        {u"us,us"_s, u"-variant"_s, u",dvorak"_s, u"-option"_s, u"grp:menu_toggle"_s});
     EXPECT_EQ(pasted(), controlV);
     keyboard.tap(Key::menu);
     window->take();
@@ -343,20 +344,20 @@ TEST_F(X11KeyboardEventsTest, pastesWithEveryMeaningOfTheModifierKeys)
         std::vector<uint8_t> held, tapped;
         std::string inTerminal;
     } const cases[] = {
-        {u"shift:both_capslock"_qs, {}, {}, controlShiftV},
-        {u"shift:both_capslock"_qs, {Key::leftShift}, {Key::rightShift}, controlShiftV},
-        {u"shift:both_capslock_cancel"_qs, {}, {}, controlShiftV},
-        {u"shift:both_capslock_cancel"_qs, {}, {Key::capsLock}, controlShiftV},
-        {u"shift:both_shiftlock"_qs, {}, {}, controlShiftV},
-        {u"shift:both_shiftlock"_qs, {Key::leftShift}, {Key::rightShift}, controlShiftV},
-        {u"grp:lctrl_lshift_toggle"_qs, {}, {}, rightShift},
-        {u"grp:ctrl_shift_toggle"_qs, {}, {}, shiftInsert},
+        {u"shift:both_capslock"_s, {}, {}, controlShiftV},
+        {u"shift:both_capslock"_s, {Key::leftShift}, {Key::rightShift}, controlShiftV},
+        {u"shift:both_capslock_cancel"_s, {}, {}, controlShiftV},
+        {u"shift:both_capslock_cancel"_s, {}, {Key::capsLock}, controlShiftV},
+        {u"shift:both_shiftlock"_s, {}, {}, controlShiftV},
+        {u"shift:both_shiftlock"_s, {Key::leftShift}, {Key::rightShift}, controlShiftV},
+        {u"grp:lctrl_lshift_toggle"_s, {}, {}, rightShift},
+        {u"grp:ctrl_shift_toggle"_s, {}, {}, shiftInsert},
         // On this layout there is no v.
-        {u"grp:menu_toggle"_qs, {}, {Key::menu}, shiftInsert},
+        {u"grp:menu_toggle"_s, {}, {Key::menu}, shiftInsert},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.option.toStdString());
-        setKeyboardLayout({u"us,ru"_qs, u"-option"_qs, c.option});
+        setKeyboardLayout({u"us,ru"_s, u"-option"_s, c.option});
         X11Keymap keymap(connection);
         for (const uint8_t key : c.held)
             keyboard.press({key});
@@ -398,7 +399,7 @@ TEST_F(X11KeyboardEventsTest, pressesNoKeyThatWorksBeyondItsRelease)
 TEST_F(X11KeyboardEventsTest, sendsKeysOfTheDeviceThatTheyAreSentFrom)
 {
     keyboard.setLayout(
-        {u"us"_qs, u"-variant"_qs, u"dvorak"_qs, u"-option"_qs, u"caps:ctrl_modifier"_qs});
+        {u"us"_s, u"-variant"_s, u"dvorak"_s, u"-option"_s, u"caps:ctrl_modifier"_s});
     window->take();
     EXPECT_EQ(pasted(), controlV);
 

@@ -1,5 +1,6 @@
 #include "Platform/Linux/X11/Clipboard/X11Pasteboard.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/X11/Clipboard/X11Selections.h"
 #include "Platform/Linux/X11/XcbReply.h"
 #include "Platform/OtherProgram.h"
@@ -25,11 +26,10 @@ using testing::Contains;
 class Owner : public QProcess
 {
 public:
-    Owner(const QByteArray &content, const QString &selection, const QString &program = u"xclip"_qs)
+    Owner(const QByteArray &content, const QString &selection, const QString &program = u"xclip"_s)
     {
         start(program,
-              {u"-quiet"_qs, u"-in"_qs, u"-selection"_qs, selection, u"-target"_qs,
-               u"UTF8_STRING"_qs});
+              {u"-quiet"_s, u"-in"_s, u"-selection"_s, selection, u"-target"_s, u"UTF8_STRING"_s});
         write(content);
         closeWriteChannel();
     }
@@ -41,18 +41,18 @@ public:
 };
 
 /// What another program gets; nothing when it is refused.
-std::optional<QByteArray> paste(const QString &selection, const QString &target = u"UTF8_STRING"_qs,
-                                const QString &program = u"xclip"_qs)
+std::optional<QByteArray> paste(const QString &selection, const QString &target = u"UTF8_STRING"_s,
+                                const QString &program = u"xclip"_s)
 {
     QProcess reader;
-    reader.start(program, {u"-out"_qs, u"-selection"_qs, selection, u"-target"_qs, target});
+    reader.start(program, {u"-out"_s, u"-selection"_s, selection, u"-target"_s, target});
     if (!reader.waitForFinished() || reader.exitCode() != 0)
         return std::nullopt;
     return reader.readAllStandardOutput();
 }
 
-const QString clipboard = u"clipboard"_qs;
-const QString primary = u"primary"_qs;
+const QString clipboard = u"clipboard"_s;
+const QString primary = u"primary"_s;
 
 /// Milliseconds: far more than anything here takes. What waits for longer than it has to is done so
 /// often that it takes longer.
@@ -66,7 +66,7 @@ protected:
     {
         if (!X11Connection::open())
             GTEST_SKIP() << "there is no X server";
-        if (QProcess::execute(u"xclip"_qs, {u"-version"_qs}) != 0)
+        if (QProcess::execute(u"xclip"_s, {u"-version"_s}) != 0)
             GTEST_SKIP() << "xclip is not installed";
         pasteboard = std::make_unique<X11Pasteboard>(std::make_shared<PasteCoordinator>());
         program = std::make_unique<OtherProgram>();
@@ -83,21 +83,21 @@ protected:
 TEST_F(X11PasteboardTest, carriesTextToOtherPrograms)
 {
     const QString texts[] = {
-        u"Zażółć gęślą jaźń, 你好 👩‍👩‍👧\n\tsecond line\r\n"_qs,
+        u"Zażółć gęślą jaźń, 你好 👩‍👩‍👧\n\tsecond line\r\n"_s,
         // More than the server takes in one request.
-        u"łąka "_qs.repeated(5 * 1024 * 1024 / 7),
+        u"łąka "_s.repeated(5 * 1024 * 1024 / 7),
     };
     for (const QString &text : texts) {
         pasteboard->setString(text);
         EXPECT_TRUE(paste(clipboard) == text.toUtf8());
     }
-    pasteboard->setString(u"café"_qs);
-    for (const auto &target : {u"UTF8_STRING"_qs, u"text/plain;charset=utf-8"_qs, u"text/plain"_qs})
+    pasteboard->setString(u"café"_s);
+    for (const auto &target : {u"UTF8_STRING"_s, u"text/plain;charset=utf-8"_s, u"text/plain"_s})
         EXPECT_EQ(paste(clipboard, target), "caf\xc3\xa9") << target.toStdString();
-    for (const auto &target : {u"STRING"_qs, u"TEXT"_qs})
+    for (const auto &target : {u"STRING"_s, u"TEXT"_s})
         EXPECT_EQ(paste(clipboard, target), "caf\xe9") << target.toStdString();
-    EXPECT_EQ(paste(clipboard, u"image/png"_qs), std::nullopt);
-    const auto targets = paste(clipboard, u"TARGETS"_qs).value_or(QByteArray()).split('\n');
+    EXPECT_EQ(paste(clipboard, u"image/png"_s), std::nullopt);
+    const auto targets = paste(clipboard, u"TARGETS"_s).value_or(QByteArray()).split('\n');
     for (const char *target : {"TARGETS", "TIMESTAMP", "MULTIPLE", "UTF8_STRING", "STRING", "TEXT"})
         EXPECT_THAT(targets, Contains(QByteArray(target)));
     pasteboard->setString(QString());
@@ -106,7 +106,7 @@ TEST_F(X11PasteboardTest, carriesTextToOtherPrograms)
 
 TEST_F(X11PasteboardTest, givesBackEveryFormThatTheUserHadCopied)
 {
-    SelectionContent copied = program->text(u"picture"_qs);
+    SelectionContent copied = program->text(u"picture"_s);
     copied.forms.insert(copied.forms.begin(),
                         program->form("text/html", "text/html", 8, "<b>picture</b>"));
     copied.forms.push_back(
@@ -126,16 +126,16 @@ TEST_F(X11PasteboardTest, givesBackEveryFormThatTheUserHadCopied)
     pasteboard->follow();
     ASSERT_TRUE(waitUntil([&] { return program->hasGiven("NUMBERS"); }));
     EXPECT_FALSE(program->hasGiven("DELETE"));
-    pasteboard->borrow(u"dictated"_qs);
+    pasteboard->borrow(u"dictated"_s);
     EXPECT_EQ(paste(clipboard), "dictated");
-    EXPECT_EQ(paste(clipboard, u"text/html"_qs), std::nullopt);
+    EXPECT_EQ(paste(clipboard, u"text/html"_s), std::nullopt);
     // The sign to clipboard histories.
-    EXPECT_EQ(paste(clipboard, u"x-kde-passwordManagerHint"_qs), "secret");
+    EXPECT_EQ(paste(clipboard, u"x-kde-passwordManagerHint"_s), "secret");
 
     pasteboard->giveBack();
     ASSERT_TRUE(clipboardBecomes("picture"));
     EXPECT_TRUE(program->read() == copied.forms);
-    EXPECT_TRUE(paste(clipboard, u"image/png"_qs) == copied.form(program->atom("image/png"))->data);
+    EXPECT_TRUE(paste(clipboard, u"image/png"_s) == copied.form(program->atom("image/png"))->data);
 }
 
 TEST_F(X11PasteboardTest, aBusyOwnerLosesNothing)
@@ -163,9 +163,9 @@ TEST_F(X11PasteboardTest, aBusyOwnerLosesNothing)
             ASSERT_TRUE(waitUntil([&] { return program->hasGiven("text/uri-list"); }));
             program->hang();
         }
-        pasteboard->borrow(u"dictated"_qs);
+        pasteboard->borrow(u"dictated"_s);
         EXPECT_EQ(paste(clipboard), "dictated");
-        pasteboard->borrow(u"more"_qs);
+        pasteboard->borrow(u"more"_s);
         pasteboard->giveBack();
         EXPECT_TRUE(clipboardBecomes(*hangsAt ? "more" : "copied"));
         program->goOn();
@@ -178,11 +178,11 @@ TEST_F(X11PasteboardTest, whatWasCopiedIsReadOnce)
 {
     // On this thread, so that the news of what was copied is still waiting when `follow` comes.
     X11Selections selections(X11Connection::open());
-    program->own(program->text(u"copied"_qs));
-    program->own(program->text(u"copied again"_qs));
+    program->own(program->text(u"copied"_s));
+    program->own(program->text(u"copied again"_s));
     selections.follow();
     ASSERT_TRUE(waitUntil([&] { return program->hasGiven("STRING"); }));
-    selections.borrow(u"dictated"_qs);
+    selections.borrow(u"dictated"_s);
     EXPECT_EQ(program->timesAsked("TARGETS"), 1U);
     EXPECT_EQ(program->timesAsked("STRING"), 1U);
 }
@@ -190,19 +190,19 @@ TEST_F(X11PasteboardTest, whatWasCopiedIsReadOnce)
 TEST_F(X11PasteboardTest, whatTheUserCopiesMeanwhileCounts)
 {
     OtherProgram later;
-    program->own(program->text(u"before"_qs));
+    program->own(program->text(u"before"_s));
     pasteboard->follow();
-    later.own(later.text(u"while recording"_qs));
+    later.own(later.text(u"while recording"_s));
     ASSERT_TRUE(waitUntil([&] { return later.hasGiven("STRING"); }));
     later.hang();
-    pasteboard->borrow(u"dictated"_qs);
+    pasteboard->borrow(u"dictated"_s);
     pasteboard->giveBack();
     EXPECT_TRUE(clipboardBecomes("while recording"));
     later.goOn();
     pasteboard->unfollow();
 
-    pasteboard->borrow(u"dictated"_qs);
-    program->own(program->text(u"after the paste"_qs));
+    pasteboard->borrow(u"dictated"_s);
+    program->own(program->text(u"after the paste"_s));
     pasteboard->giveBack();
     // Answers when the giving back is over.
     EXPECT_FALSE(pasteboard->awaitPaste());
@@ -211,14 +211,14 @@ TEST_F(X11PasteboardTest, whatTheUserCopiesMeanwhileCounts)
 
 TEST_F(X11PasteboardTest, theTextStaysWhereNothingWas)
 {
-    program->own(program->text(u"gone"_qs));
+    program->own(program->text(u"gone"_s));
     program.reset();
-    pasteboard->borrow(u"dictated"_qs);
+    pasteboard->borrow(u"dictated"_s);
     pasteboard->giveBack();
     EXPECT_FALSE(pasteboard->awaitPaste());
     EXPECT_EQ(paste(clipboard), "dictated");
     X11Pasteboard withoutServer(std::make_shared<PasteCoordinator>(), ":99999");
-    withoutServer.borrow(u"dictated"_qs);
+    withoutServer.borrow(u"dictated"_s);
     EXPECT_FALSE(withoutServer.awaitPaste());
 }
 
@@ -228,8 +228,8 @@ TEST_F(X11PasteboardTest, theToolkitsOwnTextComesBack)
     QWindow window;
     window.show();
     ASSERT_TRUE(waitUntil([&] { return window.isExposed(); }));
-    QGuiApplication::clipboard()->setText(u"of a field of ours"_qs);
-    pasteboard->borrow(u"dictated"_qs);
+    QGuiApplication::clipboard()->setText(u"of a field of ours"_s);
+    pasteboard->borrow(u"dictated"_s);
     EXPECT_EQ(paste(clipboard), "dictated");
     pasteboard->giveBack();
     EXPECT_TRUE(clipboardBecomes("of a field of ours"));
@@ -242,10 +242,10 @@ TEST_F(X11PasteboardTest, anOwnerThatDoesNotAnswerCostsLittleTime)
     elapsed.start();
     for (int tries = 0; tries < often; ++tries) {
         for (OtherProgram *each : {program.get(), &selected}) {
-            each->own(each->text(u"theirs"_qs));
+            each->own(each->text(u"theirs"_s));
             each->hang();
         }
-        pasteboard->borrow(u"dictated"_qs);
+        pasteboard->borrow(u"dictated"_s);
         pasteboard->lendToPrimarySelection();
         program->goOn();
         selected.goOn();
@@ -271,7 +271,7 @@ TEST_F(X11PasteboardTest, lendsItsContentToThePrimarySelection)
     EXPECT_TRUE(primaryBecomes("selected"));
 
     // What the user selects meanwhile stays.
-    pasteboard->borrow(u"dictated"_qs);
+    pasteboard->borrow(u"dictated"_s);
     pasteboard->lendToPrimarySelection();
     Owner later("selected later", primary);
     ASSERT_TRUE(primaryBecomes("selected later"));
@@ -283,7 +283,7 @@ TEST_F(X11PasteboardTest, lendsItsContentToThePrimarySelection)
     later.kill();
     later.waitForFinished();
     ASSERT_TRUE(primaryBecomes(std::nullopt));
-    pasteboard->borrow(u"dictated"_qs);
+    pasteboard->borrow(u"dictated"_s);
     pasteboard->lendToPrimarySelection();
     EXPECT_EQ(paste(primary), "dictated");
     pasteboard->giveBack();
@@ -299,7 +299,7 @@ TEST_F(X11PasteboardTest, whoWatchesTheClipboardHasNoticedBeforeTheStroke)
     int noticed = 0;
     while (pastes < often || (noticed <= pastes / 2 && pastes < 5 * often)) {
         const int before = desktop.readings();
-        pasteboard->borrow(u"dictated"_qs);
+        pasteboard->borrow(u"dictated"_s);
         ++pastes;
         noticed += desktop.readings() > before;
         ASSERT_TRUE(waitUntil([&] { return desktop.readings() > before; }));
@@ -311,10 +311,10 @@ TEST_F(X11PasteboardTest, whoWatchesTheClipboardHasNoticedBeforeTheStroke)
 
 TEST_F(X11PasteboardTest, aPasteGetsItsOwnTextHoweverLateItIs)
 {
-    program->own(program->text(u"copied"_qs));
-    pasteboard->borrow(u"first"_qs);
+    program->own(program->text(u"copied"_s));
+    pasteboard->borrow(u"first"_s);
     EXPECT_TRUE(pasteboard->beginPaste({program->window()}));
-    pasteboard->borrow(u"second"_qs);
+    pasteboard->borrow(u"second"_s);
     EXPECT_EQ(paste(clipboard), "second");
     EXPECT_EQ(program->readText(), "first");
     // Once.
@@ -322,7 +322,7 @@ TEST_F(X11PasteboardTest, aPasteGetsItsOwnTextHoweverLateItIs)
 
     // The giving back waits for the paste, and not without end.
     for (const bool isRead : {true, false}) {
-        pasteboard->borrow(u"dictated"_qs);
+        pasteboard->borrow(u"dictated"_s);
         EXPECT_TRUE(pasteboard->beginPaste({program->window()}));
         pasteboard->giveBack();
         EXPECT_EQ(paste(clipboard), "dictated");
@@ -338,9 +338,9 @@ TEST_F(X11PasteboardTest, aPasteGetsTheDictatedTextAlthoughAnotherTookTheClipboa
     OtherProgram selected("PRIMARY");
     for (OtherProgram *thief : {program.get(), &selected}) {
         pasteboard->follow();
-        pasteboard->borrow(u"dictated"_qs);
+        pasteboard->borrow(u"dictated"_s);
         pasteboard->lendToPrimarySelection();
-        thief->own(thief->text(u"copied meanwhile"_qs));
+        thief->own(thief->text(u"copied meanwhile"_s));
         EXPECT_TRUE(pasteboard->beginPaste({program->window()}));
         EXPECT_FALSE(pasteboard->wasPasteRefused());
         EXPECT_EQ(program->readText(), "dictated");
@@ -357,8 +357,8 @@ TEST_F(X11PasteboardTest, aPasteGetsTheDictatedTextAlthoughAnotherTookTheClipboa
 
 TEST_F(X11PasteboardTest, pastesNoOtherText)
 {
-    pasteboard->borrow(u"dictated"_qs);
-    program->insistOn(program->text(u"of another program"_qs));
+    pasteboard->borrow(u"dictated"_s);
+    program->insistOn(program->text(u"of another program"_s));
     EXPECT_TRUE(waitUntil([&] { return !pasteboard->beginPaste({program->window()}); }));
     EXPECT_TRUE(pasteboard->wasPasteRefused());
     pasteboard->giveBack();
@@ -367,9 +367,9 @@ TEST_F(X11PasteboardTest, pastesNoOtherText)
     // A clipboard manager that keeps everything itself.
     OtherProgram manager;
     program.reset();
-    pasteboard->borrow(u"dictated, too"_qs);
+    pasteboard->borrow(u"dictated, too"_s);
     EXPECT_FALSE(pasteboard->wasPasteRefused());
-    manager.own(manager.text(u"dictated, too"_qs));
+    manager.own(manager.text(u"dictated, too"_s));
     EXPECT_EQ(manager.readText(), "dictated, too"); // and has met its own change
     const int changes = manager.changes();
     EXPECT_TRUE(pasteboard->beginPaste({manager.window()}));
@@ -380,7 +380,7 @@ TEST_F(X11PasteboardTest, pastesNoOtherText)
 
 TEST_F(X11PasteboardTest, waitsForThePasteAndNotWithoutEnd)
 {
-    pasteboard->borrow(u"words"_qs);
+    pasteboard->borrow(u"words"_s);
     const auto beginPaste = [&] {
         EXPECT_EQ(program->readText(), "words"); // and is done with the one before
         EXPECT_TRUE(pasteboard->beginPaste({program->window()}));
@@ -422,9 +422,9 @@ TEST_F(X11PasteboardTest, waitsForThePasteAndNotWithoutEnd)
 TEST_F(X11PasteboardTest, anotherProcessPastesInWineOnly)
 {
     const QTemporaryDir directory;
-    const QString other = QStandardPaths::findExecutable(u"xclip"_qs);
-    const QString wine = directory.filePath(u"wine-preloader"_qs);
-    const QString wine64 = directory.filePath(u"wine64-preloader"_qs);
+    const QString other = QStandardPaths::findExecutable(u"xclip"_s);
+    const QString wine = directory.filePath(u"wine-preloader"_s);
+    const QString wine64 = directory.filePath(u"wine64-preloader"_s);
     ASSERT_TRUE(QFile::copy(other, wine) && QFile::copy(other, wine64));
     const auto connection = X11Connection::open();
     const struct
@@ -435,16 +435,16 @@ TEST_F(X11PasteboardTest, anotherProcessPastesInWineOnly)
     } cases[]
         = {{wine, wine64, true}, {wine, other, false}, {other, wine, false}, {other, other, false}};
     for (const auto &[application, reader, arrives] : cases) {
-        SCOPED_TRACE((application + u" and "_qs + reader).toStdString());
+        SCOPED_TRACE((application + u" and "_s + reader).toStdString());
         const Owner window("selected", primary, application);
         ASSERT_TRUE(waitUntil([] { return paste(primary) == "selected"; }));
         const XcbReply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
             connection->xcb(), xcb_get_selection_owner(connection->xcb(), XCB_ATOM_PRIMARY),
             nullptr));
         const auto hasArrived = [&] {
-            pasteboard->borrow(u"dictated"_qs);
+            pasteboard->borrow(u"dictated"_s);
             EXPECT_TRUE(pasteboard->beginPaste({owner->owner}));
-            EXPECT_EQ(paste(clipboard, u"UTF8_STRING"_qs, reader), "dictated");
+            EXPECT_EQ(paste(clipboard, u"UTF8_STRING"_s, reader), "dictated");
             return pasteboard->awaitPaste();
         };
         // A reader that starts late misses its second.
@@ -539,13 +539,13 @@ TEST_F(X11PasteboardTest, leavesItsContentToTheClipboardManager)
     // Of a program that sends it in many pieces when it is no longer busy, too.
     for (const bool isBusy : {false, true}) {
         pasteboard = std::make_unique<X11Pasteboard>(std::make_shared<PasteCoordinator>());
-        SelectionContent copied = program->text(u"to keep"_qs);
+        SelectionContent copied = program->text(u"to keep"_s);
         copied.forms.push_back(
             program->form("image/png", "image/png", 8, QByteArray(16 * 1024 * 1024, 'x')));
         program->own(copied);
         if (isBusy)
             program->hang();
-        pasteboard->borrow(u"dictated"_qs);
+        pasteboard->borrow(u"dictated"_s);
         ClipboardManager manager(true);
         if (isBusy)
             program->goOn();
@@ -555,15 +555,15 @@ TEST_F(X11PasteboardTest, leavesItsContentToTheClipboardManager)
 
     ClipboardManager silent(false);
     pasteboard = std::make_unique<X11Pasteboard>(std::make_shared<PasteCoordinator>());
-    pasteboard->setString(u"to lose"_qs);
+    pasteboard->setString(u"to lose"_s);
     QElapsedTimer elapsed;
     elapsed.start();
     pasteboard.reset();
     // The end waits for no program for long.
     pasteboard = std::make_unique<X11Pasteboard>(std::make_shared<PasteCoordinator>());
-    program->own(program->text(u"to lose"_qs));
+    program->own(program->text(u"to lose"_s));
     program->hang();
-    pasteboard->borrow(u"dictated"_qs);
+    pasteboard->borrow(u"dictated"_s);
     pasteboard.reset();
     EXPECT_LT(elapsed.elapsed(), hangGuard);
     program->goOn();

@@ -1,5 +1,6 @@
 #include "Platform/Linux/X11/X11Workspace.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/KeyWindow.h"
 
 #include <QProcess>
@@ -31,7 +32,7 @@ TEST_F(X11WorkspaceTest, knowsWhoseTheActiveWindowIs)
         ASSERT_TRUE(window.isReady);
         const RunningApplication here{getpid()};
         EXPECT_TRUE(waitUntil([&] { return workspace->frontmostApplication() == here; }));
-        EXPECT_EQ(workspace->activeWindowClass(), (WindowClass{u"editor"_qs, u"Editor"_qs}));
+        EXPECT_EQ(workspace->activeWindowClass(), (WindowClass{u"editor"_s, u"Editor"_s}));
         EXPECT_EQ(workspace->frontmostWindow(), window.window());
 
         // What the window says of itself counts less than what the server knows; a window from
@@ -54,14 +55,14 @@ TEST_F(X11WorkspaceTest, knowsWhoseTheActiveWindowIs)
 TEST_F(X11WorkspaceTest, followsTheFocusToAnotherProgram)
 {
     QProcess terminal;
-    terminal.start(u"xterm"_qs, {u"-name"_qs, u"notes"_qs, u"-e"_qs, u"cat"_qs});
+    terminal.start(u"xterm"_s, {u"-name"_s, u"notes"_s, u"-e"_s, u"cat"_s});
     if (!terminal.waitForStarted())
         GTEST_SKIP() << "xterm is not installed";
     EXPECT_TRUE(waitUntil([&] {
         return workspace->frontmostApplication()
             == RunningApplication{static_cast<pid_t>(terminal.processId()), true};
     }));
-    const WindowClass expected{u"notes"_qs, u"XTerm"_qs};
+    const WindowClass expected{u"notes"_s, u"XTerm"_s};
     EXPECT_TRUE(waitUntil([&] { return workspace->activeWindowClass() == expected; }));
     terminal.kill();
     terminal.waitForFinished();

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Desktop/XdgLoginItem.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/WaitUntil.h"
 
 #include <QDir>
@@ -17,7 +18,7 @@ namespace {
 class XdgLoginItemTest : public ::testing::Test
 {
 protected:
-    XdgLoginItemTest() { qputenv("XDG_CONFIG_HOME", folder.filePath(u"config"_qs).toUtf8()); }
+    XdgLoginItemTest() { qputenv("XDG_CONFIG_HOME", folder.filePath(u"config"_s).toUtf8()); }
     ~XdgLoginItemTest() override { qunsetenv("XDG_CONFIG_HOME"); }
 
     /// A program that writes its own path into a file beside it.
@@ -42,22 +43,23 @@ protected:
 
 TEST_F(XdgLoginItemTest, TheEntryStartsTheProgramWhateverItsFolderIsCalled)
 {
-    for (const QString &name : {u"plain/velloro"_qs, u"My Programs/a \"b\" $HOME `c` 100% %f\\d/velloro"_qs,
-                                u"Größe/日本/velloro"_qs}) {
+    for (const QString &name :
+         {u"plain/velloro"_s, u"My Programs/a \"b\" $HOME `c` 100% %f\\d/velloro"_s,
+          u"Größe/日本/velloro"_s}) {
         const QString program = makeProgram(name);
         XdgLoginItem item(program);
         ASSERT_TRUE(item.registerItem());
         EXPECT_EQ(XdgLoginItem::entryPath(),
-                  folder.filePath(u"config/autostart/velloro.desktop"_qs));
+                  folder.filePath(u"config/autostart/velloro.desktop"_s));
         QProcess launcher;
-        launcher.start(u"gio"_qs, {u"launch"_qs, XdgLoginItem::entryPath()});
+        launcher.start(u"gio"_s, {u"launch"_s, XdgLoginItem::entryPath()});
         if (!launcher.waitForStarted())
             GTEST_SKIP() << "gio is not installed: the entry can't be tried";
         ASSERT_TRUE(launcher.waitForFinished());
         EXPECT_EQ(launcher.exitCode(), 0) << launcher.readAllStandardError().constData();
-        const QString started = QFileInfo(program).path() + u"/started"_qs;
+        const QString started = QFileInfo(program).path() + u"/started"_s;
         ASSERT_TRUE(waitUntil([&] { return !content(started).isEmpty(); }));
-        EXPECT_EQ(QString::fromUtf8(content(started)), program + u"|0"_qs);
+        EXPECT_EQ(QString::fromUtf8(content(started)), program + u"|0"_s);
     }
 }
 
@@ -66,17 +68,17 @@ TEST_F(XdgLoginItemTest, NamesTheRunningProgramAndGoesWhenSwitchedOff)
     XdgLoginItem item;
     EXPECT_TRUE(item.unregisterItem()) << "there was nothing to take back";
     ASSERT_TRUE(item.registerItem());
-    const QString self = QFileInfo(u"/proc/self/exe"_qs).canonicalFilePath();
+    const QString self = QFileInfo(u"/proc/self/exe"_s).canonicalFilePath();
     EXPECT_THAT(content(XdgLoginItem::entryPath()).toStdString(),
                 ::testing::HasSubstr("Exec=\"" + self.toStdString() + "\"\n"));
     ASSERT_TRUE(item.unregisterItem());
-    EXPECT_EQ(QDir(folder.filePath(u"config/autostart"_qs)).entryList(QDir::Files), QStringList());
+    EXPECT_EQ(QDir(folder.filePath(u"config/autostart"_s)).entryList(QDir::Files), QStringList());
 }
 
 TEST_F(XdgLoginItemTest, FollowsAProgramThatWasMovedAndNothingElse)
 {
-    const QString before = makeProgram(u"before/velloro"_qs);
-    const QString after = makeProgram(u"after/velloro"_qs);
+    const QString before = makeProgram(u"before/velloro"_s);
+    const QString after = makeProgram(u"after/velloro"_s);
     XdgLoginItem moved(after);
     ASSERT_TRUE(moved.refresh());
     EXPECT_FALSE(QFile::exists(XdgLoginItem::entryPath())) << "it was never switched on";
@@ -104,15 +106,15 @@ TEST_F(XdgLoginItemTest, FollowsAProgramThatWasMovedAndNothingElse)
 TEST_F(XdgLoginItemTest, SaysWhatKeepsItFromTheFolder)
 {
     // A file stands where the folder should be: no permission helps, not even the superuser's.
-    QFile obstacle(folder.filePath(u"config"_qs));
+    QFile obstacle(folder.filePath(u"config"_s));
     ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly));
     obstacle.close();
-    XdgLoginItem item(makeProgram(u"velloro"_qs));
+    XdgLoginItem item(makeProgram(u"velloro"_s));
     const LoginItem::Result registered = item.registerItem();
     ASSERT_FALSE(registered);
     EXPECT_THAT(registered.error().localizedDescription.toStdString(),
                 ::testing::HasSubstr("autostart"));
-    EXPECT_FALSE(XdgLoginItem(folder.filePath(u"gone"_qs)).registerItem());
+    EXPECT_FALSE(XdgLoginItem(folder.filePath(u"gone"_s)).registerItem());
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 #include "Core/Recognition/WhisperContext.h"
 #include "Support/InMemoryProcessInfo.h"
 
@@ -24,7 +25,7 @@ protected:
         const QString folder = qEnvironmentVariable("VELLORO_MODEL_DIR");
         if (folder.isEmpty())
             GTEST_SKIP() << "VELLORO_MODEL_DIR names no folder with speech models";
-        models = QDir(folder).entryInfoList({u"ggml-*.bin"_qs}, QDir::Files, QDir::Size);
+        models = QDir(folder).entryInfoList({u"ggml-*.bin"_s}, QDir::Files, QDir::Size);
         if (models.isEmpty())
             GTEST_SKIP() << "no speech model in " << folder.toStdString();
         QFile file(QStringLiteral(VOICE_RECORDING));
@@ -76,23 +77,23 @@ protected:
     /// What the command-line program hears, its segments put together.
     std::string heardByProgram(const QString &model, const QByteArray &data, const QString &prompt)
     {
-        const QString base = directory.filePath(u"voice"_qs);
-        const QString input = base + u".wav"_qs;
+        const QString base = directory.filePath(u"voice"_s);
+        const QString input = base + u".wav"_s;
         makeFile(input, wavOf(data));
-        QStringList arguments = {u"-m"_qs,  model,   // with the model's
-                                 u"-f"_qs,  input,   // hearing of the same samples,
-                                 u"-t"_qs,  u"1"_qs, // as many threads,
-                                 u"-bs"_qs, u"1"_qs, // greedy sampling
-                                 u"-bo"_qs, u"5"_qs, // with the library's candidates
-                                 u"-fa"_qs,          // and flash attention
-                                 u"-np"_qs, u"-otxt"_qs, u"-of"_qs, base};
+        QStringList arguments = {u"-m"_s,  model,  // with the model's
+                                 u"-f"_s,  input,  // hearing of the same samples,
+                                 u"-t"_s,  u"1"_s, // as many threads,
+                                 u"-bs"_s, u"1"_s, // greedy sampling
+                                 u"-bo"_s, u"5"_s, // with the library's candidates
+                                 u"-fa"_s,         // and flash attention
+                                 u"-np"_s, u"-otxt"_s, u"-of"_s, base};
         if (!prompt.isEmpty())
-            arguments << u"--prompt"_qs << prompt;
+            arguments << u"--prompt"_s << prompt;
         QProcess program;
         program.start(QStringLiteral(WHISPER_CLI), arguments);
         EXPECT_TRUE(program.waitForFinished(240'000)) << program.errorString().toStdString();
         EXPECT_EQ(program.exitCode(), 0);
-        QFile text(base + u".txt"_qs);
+        QFile text(base + u".txt"_s);
         EXPECT_TRUE(text.open(QIODevice::ReadOnly));
         return text.readAll().replace('\n', "").trimmed().toStdString();
     }
@@ -113,7 +114,7 @@ TEST_F(WhisperRealModelTest, HearsWhatTheProgramOfTheLibraryHears)
 {
     if (!QFile::exists(QStringLiteral(WHISPER_CLI)))
         GTEST_SKIP() << "whisper.cpp's command-line program is not there";
-    const QString word = u"Velloro"_qs;
+    const QString word = u"Velloro"_s;
     // Longer than the library's window of half a minute, so in several segments, and biased.
     const QByteArray longer = recording.repeated(3);
     const auto hear = [&](const QString &model, const QByteArray &data, const QString &prompt) {
@@ -144,9 +145,9 @@ TEST_F(WhisperRealModelTest, SurvivesOddLanguagesAndDictionaries)
         context.setLanguage(QString::fromUtf8(code));
         context.transcribe(voice).waitForFinished();
     }
-    context.setLanguage(u"en"_qs);
+    context.setLanguage(u"en"_s);
     // A word without end neither, and it leaves room for those behind it.
-    context.setCustomDictionary({QString(20'000, u'語'), u"Kubernetes"_qs});
+    context.setCustomDictionary({QString(20'000, u'語'), u"Kubernetes"_s});
     EXPECT_THAT(context.transcribe(voice).result()->toStdString(), HasSubstr("country"));
 }
 

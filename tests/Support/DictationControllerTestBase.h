@@ -1,7 +1,8 @@
 #pragma once
 
-#include "Core/Dictation/DictationController.h"
 #include "Base/SerialExecutor.h"
+#include "Base/StringLiterals.h"
+#include "Core/Dictation/DictationController.h"
 #include "Support/FakeWhisper.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/LogRecorder.h"
@@ -33,8 +34,8 @@ public:
         : m_listener(std::move(listener))
     {
     }
-    void show(AppState &) override { m_listener(QStringLiteral("show")); }
-    void hide() override { m_listener(QStringLiteral("hide")); }
+    void show(AppState &) override { m_listener(u"show"_s); }
+    void hide() override { m_listener(u"hide"_s); }
 
 private:
     Listener m_listener;
@@ -64,10 +65,12 @@ protected:
     {
         hotkeys = std::make_unique<HotkeyManager>(memory.platform);
         state = std::make_unique<AppState>(memory.platform);
-        controller = std::make_unique<DictationController>(*state, memory.platform, *hotkeys, [this] {
-            ++pillsMade;
-            return std::make_unique<RecordedPill>([this](const QString &call) { pill << call; });
-        });
+        controller
+            = std::make_unique<DictationController>(*state, memory.platform, *hotkeys, [this] {
+                  ++pillsMade;
+                  return std::make_unique<RecordedPill>(
+                      [this](const QString &call) { pill << call; });
+              });
         hotkeys->registerHotkey();
         controller->updatePermissionStatus();
         log.clear();
@@ -75,7 +78,7 @@ protected:
 
     void addModel(const QString &id)
     {
-        const QString path = directory.path() + QStringLiteral("/Velloro/Models/ggml-%1.bin").arg(id);
+        const QString path = directory.path() + u"/Velloro/Models/ggml-%1.bin"_s.arg(id);
         QDir().mkpath(QFileInfo(path).path());
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -87,19 +90,20 @@ protected:
     {
         QStringList ids;
         for (const FakeWhisper::Load &load : FakeWhisper::loads())
-            ids << QFileInfo(load.path).completeBaseName().mid(QStringLiteral("ggml-").size());
+            ids << QFileInfo(load.path).completeBaseName().mid(u"ggml-"_s.size());
         return ids;
     }
     [[nodiscard]] bool waitForModel(const QString &id)
     {
         const WhisperManager &manager = state->whisperManager();
-        return waitUntil([&] { return manager.isModelLoaded() && manager.selectedModelId() == id; });
+        return waitUntil(
+            [&] { return manager.isModelLoaded() && manager.selectedModelId() == id; });
     }
 
     /// Launches with the model of the selected preset loaded.
     void launchWithModel()
     {
-        addModel(QStringLiteral("small"));
+        addModel(u"small"_s);
         launch();
         controller->loadSelectedModelIfNeeded();
         ASSERT_TRUE(waitUntil([&] { return state->whisperManager().isModelLoaded(); }));
@@ -116,7 +120,7 @@ protected:
     [[nodiscard]] bool waitForMessage(const QString &start)
     {
         return waitUntil([&] {
-            const QStringList messages = log.messages(QStringLiteral("Dictation"));
+            const QStringList messages = log.messages(u"Dictation"_s);
             return std::any_of(messages.begin(), messages.end(),
                                [&](const QString &message) { return message.startsWith(start); });
         });
@@ -134,7 +138,7 @@ protected:
         ASSERT_TRUE(waitForState(TranscriptionState::idle));
     }
 
-    [[nodiscard]] QStringList messages() const { return log.messages(QStringLiteral("Dictation")); }
+    [[nodiscard]] QStringList messages() const { return log.messages(u"Dictation"_s); }
     [[nodiscard]] QString typed() const { return *memory.accessibility->focused->value; }
 
     QTemporaryDir directory;

@@ -270,7 +270,9 @@ whisper_context *whisper_init_from_file_with_params_no_state(const char *path,
 {
     std::unique_lock lock(world().mutex);
     const QString name = QFile::decodeName(path);
-    world().loads.push_back({.path = name, .flashAttention = params.flash_attn, .othersUntouched = othersUntouched(params)});
+    world().loads.push_back({.path = name,
+                             .flashAttention = params.flash_attn,
+                             .othersUntouched = othersUntouched(params)});
     world().passGate(lock, Point::load);
     if (!QFileInfo::exists(name) || (world().loadScript && !world().loadScript(name)))
         return nullptr;
@@ -341,18 +343,18 @@ int whisper_full_with_state(whisper_context *context, whisper_state *state,
     const bool quiet = params.offset_ms == 0 && !params.translate && !params.single_segment
         && !params.print_special && !params.print_progress && !params.print_realtime
         && !params.print_timestamps;
-    world().calls.push_back(
-        {.samples = {samples, samples + count},
-         .samplesRead = {samples, samples + std::max(count, 201)},
-         .threads = params.n_threads,
-         .greedy = params.strategy == WHISPER_SAMPLING_GREEDY,
-         .noContext = params.no_context,
-         .language = params.language,
-         .prompt = params.initial_prompt ? std::optional<QByteArray>(params.initial_prompt)
-                                         : std::nullopt,
-         .quiet = quiet,
-         .othersUntouched = othersUntouched(params),
-         .timingsReset = std::exchange(context->timingsReset, false)});
+    world().calls.push_back({.samples = {samples, samples + count},
+                             .samplesRead = {samples, samples + std::max(count, 201)},
+                             .threads = params.n_threads,
+                             .greedy = params.strategy == WHISPER_SAMPLING_GREEDY,
+                             .noContext = params.no_context,
+                             .language = params.language,
+                             .prompt = params.initial_prompt
+                                 ? std::optional<QByteArray>(params.initial_prompt)
+                                 : std::nullopt,
+                             .quiet = quiet,
+                             .othersUntouched = othersUntouched(params),
+                             .timingsReset = std::exchange(context->timingsReset, false)});
     Result result{.segments = {QByteArrayLiteral(" Hello world.")}};
     if (!world().results.empty()) {
         result = std::move(world().results.front());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
 #include "Platform/Accessibility.h"
 
 #include <QStringList>
@@ -71,7 +72,7 @@ public:
 
     Result<void> setText(const AccessibilityElementRef &element, const QString &text) override
     {
-        writes << QStringLiteral("set ") + text;
+        writes << u"set "_s + text;
         if (element != focused || focused->refusesValue)
             return tl::unexpected(AccessibilityError::failure);
         focused->value = text;
@@ -80,7 +81,7 @@ public:
     Result<void> setSelection(const AccessibilityElementRef &element,
                               const TextRange &range) override
     {
-        writes << QStringLiteral("select %1 %2").arg(range.location).arg(range.length);
+        writes << u"select %1 %2"_s.arg(range.location).arg(range.length);
         if (element != focused || focused->refusesSelectedRange)
             return tl::unexpected(AccessibilityError::failure);
         focused->selectedRange = range;
@@ -89,7 +90,7 @@ public:
     /// Taken or refused, but not done.
     Result<void> insert(const AccessibilityElementRef &element, const QString &text) override
     {
-        writes << QStringLiteral("insert ") + text;
+        writes << u"insert "_s + text;
         if (element != focused || focused->refusesSelectedText)
             return tl::unexpected(AccessibilityError::failure);
         return {};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
 #include "Platform/AudioEngine.h"
 
 #include <QStringList>
@@ -61,13 +62,13 @@ public:
 
     AudioFormat inputFormat() override
     {
-        calls << QStringLiteral("inputFormat");
+        calls << u"inputFormat"_s;
         return format;
     }
 
     void installTap(uint32_t frames, const AudioFormat &newFormat, Tap tap) override
     {
-        calls << QStringLiteral("installTap");
+        calls << u"installTap"_s;
         const std::lock_guard lock(m_mutex);
         bufferSize = frames;
         tapFormat = newFormat;
@@ -76,7 +77,7 @@ public:
 
     void removeTap() override
     {
-        calls << QStringLiteral("removeTap");
+        calls << u"removeTap"_s;
         if (!remainder.empty())
             deliver(std::exchange(remainder, {}));
         const std::lock_guard lock(m_mutex);
@@ -85,7 +86,7 @@ public:
 
     tl::expected<void, PlatformError> start() override
     {
-        calls << QStringLiteral("start");
+        calls << u"start"_s;
         if (startError)
             return tl::unexpected(*startError);
         isRunning = true;
@@ -94,7 +95,7 @@ public:
 
     void stop() override
     {
-        calls << QStringLiteral("stop");
+        calls << u"stop"_s;
         isRunning = false;
     }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
 #include "Platform/FileSystem.h"
 
 #include <QHash>
@@ -11,7 +12,7 @@ namespace Velloro {
 class InMemoryFileSystem : public FileSystem
 {
 public:
-    std::optional<QString> supportDirectory = QStringLiteral("/home/user/.local/share");
+    std::optional<QString> supportDirectory = u"/home/user/.local/share"_s;
     QSet<QString> files;
     QSet<QString> directories;
     QHash<QString, PlatformError> removeErrors;
@@ -36,7 +37,7 @@ public:
         if (const auto error = removeErrors.constFind(path); error != removeErrors.constEnd())
             return tl::unexpected(*error);
         if (!files.remove(path))
-            return tl::unexpected(PlatformError{2, QStringLiteral("No such file")});
+            return tl::unexpected(PlatformError{2, u"No such file"_s});
         return {};
     }
 
@@ -45,9 +46,9 @@ public:
         if (const auto error = moveErrors.constFind(to); error != moveErrors.constEnd())
             return tl::unexpected(*error);
         if (fileExists(to))
-            return tl::unexpected(PlatformError{17, QStringLiteral("File exists")});
+            return tl::unexpected(PlatformError{17, u"File exists"_s});
         if (!files.remove(from))
-            return tl::unexpected(PlatformError{2, QStringLiteral("No such file")});
+            return tl::unexpected(PlatformError{2, u"No such file"_s});
         files.insert(to);
         return {};
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
 #include "Platform/KeyboardEvents.h"
 
 #include <QStringList>
@@ -41,17 +42,14 @@ public:
         const bool isPaste = keyCode == keyV && flags == commandFlag;
         if (refuses || (isPaste && willPaste && !willPaste()))
             return false;
-        m_output << QStringLiteral("%1 %2 %3")
-                        .arg(keyCode)
-                        .arg(keyDown ? QStringLiteral("down") : QStringLiteral("up"))
-                        .arg(flags, 0, 16);
+        m_output << u"%1 %2 %3"_s.arg(keyCode).arg(keyDown ? u"down"_s : u"up"_s).arg(flags, 0, 16);
         if (receiver)
             receiver({keyCode, keyDown, flags});
         return true;
     }
     void pause(std::chrono::microseconds duration) override
     {
-        m_output << QStringLiteral("pause %1").arg(duration.count());
+        m_output << u"pause %1"_s.arg(duration.count());
         if (paused)
             paused();
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
 #include "Platform/LoginItem.h"
 
 #include <QStringList>
@@ -14,9 +15,9 @@ public:
     QStringList calls;
     std::optional<PlatformError> error;
 
-    Result registerItem() override { return answer(QStringLiteral("register")); }
-    Result unregisterItem() override { return answer(QStringLiteral("unregister")); }
-    Result refresh() override { return answer(QStringLiteral("refresh")); }
+    Result registerItem() override { return answer(u"register"_s); }
+    Result unregisterItem() override { return answer(u"unregister"_s); }
+    Result refresh() override { return answer(u"refresh"_s); }
 
 private:
     Result answer(const QString &call)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
 #include "Platform/Pasteboard.h"
 
 #include <QStringList>
@@ -27,23 +28,23 @@ public:
 
     void setString(const QString &text) override
     {
-        m_output << QStringLiteral("write ") + text;
+        m_output << u"write "_s + text;
         content = text;
         m_isBorrowed = false;
     }
-    void follow() override { m_output << QStringLiteral("follow"); }
-    void unfollow() override { m_output << QStringLiteral("unfollow"); }
+    void follow() override { m_output << u"follow"_s; }
+    void unfollow() override { m_output << u"unfollow"_s; }
     void borrow(const QString &text) override
     {
         m_wasPasteRefused = false;
-        m_output << QStringLiteral("borrow ") + text;
+        m_output << u"borrow "_s + text;
         if (!std::exchange(m_isBorrowed, true))
             m_displaced = content;
         content = text;
     }
     void giveBack() override
     {
-        m_output << QStringLiteral("give back");
+        m_output << u"give back"_s;
         if (std::exchange(m_isBorrowed, false) && m_displaced)
             content = m_displaced;
     }

@@ -45,12 +45,12 @@ public:
             audioEngine = engine.get();
             return engine;
         };
-        platform.makeDownloadSession = [this](DownloadSessionDelegate &delegate,
-                                              const QString &directory) {
-            auto session = std::make_unique<InMemoryDownloadSession>(delegate, directory);
-            downloadSession = session.get();
-            return session;
-        };
+        platform.makeDownloadSession
+            = [this](DownloadSessionDelegate &delegate, const QString &directory) {
+                  auto session = std::make_unique<InMemoryDownloadSession>(delegate, directory);
+                  downloadSession = session.get();
+                  return session;
+              };
         make(platform.captureAuthorization, captureAuthorization);
         make(platform.hotkeyRegistration, hotkeyRegistration);
         make(platform.accessibility, accessibility);
@@ -104,7 +104,8 @@ public:
 
 private:
     template <typename Service, typename InMemory, typename... Arguments>
-    static void make(std::unique_ptr<Service> &service, InMemory *&inMemory, Arguments &...arguments)
+    static void make(std::unique_ptr<Service> &service, InMemory *&inMemory,
+                     Arguments &...arguments)
     {
         auto made = std::make_unique<InMemory>(arguments...);
         inMemory = made.get();

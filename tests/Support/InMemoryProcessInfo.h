@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
 #include "Platform/ProcessInfo.h"
 
 namespace Velloro {
@@ -10,7 +11,7 @@ class InMemoryProcessInfo : public ProcessInfo
 {
 public:
     int cores = 4;
-    QStringList stack = {QStringLiteral("0 inner"), QStringLiteral("1 outer")};
+    QStringList stack = {u"0 inner"_s, u"1 outer"_s};
 
     [[nodiscard]] int processorCount() const override { return cores; }
     [[nodiscard]] QStringList callStackSymbols() const override { return stack; }

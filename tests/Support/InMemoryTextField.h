@@ -19,9 +19,8 @@ public:
         : m_pasteboard(*memory.pasteboard)
         , m_element(memory.accessibility->focusText(text, {caret, 0}))
     {
-        memory.keyboardEvents->receiver = [this](const InMemoryKeyboardEvents::Event &event) {
-            receive(event);
-        };
+        memory.keyboardEvents->receiver
+            = [this](const InMemoryKeyboardEvents::Event &event) { receive(event); };
     }
 
     /// From now on it can be typed and pasted into only, like a terminal.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 
 #include <QStringList>
 #include <functional>
@@ -50,7 +51,7 @@ public:
     [[nodiscard]] QStringList messages(const QString &tag) const
     {
         QStringList messages;
-        const QString prefix = QStringLiteral("[%1] ").arg(tag);
+        const QString prefix = u"[%1] "_s.arg(tag);
         for (const QString &line : lines()) {
             if (line.startsWith(prefix))
                 messages << line.mid(prefix.size());

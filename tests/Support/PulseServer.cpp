@@ -1,5 +1,6 @@
 #include "Support/PulseServer.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/WaitUntil.h"
 
 #include <QFile>
@@ -13,7 +14,7 @@ namespace Velloro {
 PulseServer::PulseServer()
 {
     // The clients in this process keep no cookie in the user's home either.
-    qputenv("PULSE_COOKIE", path(u"cookie"_qs).toLocal8Bit());
+    qputenv("PULSE_COOKIE", path(u"cookie"_s).toLocal8Bit());
     m_process.setProcessEnvironment(environment());
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     // A test that crashes leaves no server behind.
@@ -28,26 +29,26 @@ PulseServer::~PulseServer()
 
 bool PulseServer::isInstalled()
 {
-    return !QStandardPaths::findExecutable(u"pulseaudio"_qs).isEmpty() &&
-           !QStandardPaths::findExecutable(u"pactl"_qs).isEmpty();
+    return !QStandardPaths::findExecutable(u"pulseaudio"_s).isEmpty()
+        && !QStandardPaths::findExecutable(u"pactl"_s).isEmpty();
 }
 
 bool PulseServer::start()
 {
     // Modules are loaded in order: when the second socket is there, the first takes connections.
-    const QString ready = path(u"ready"_qs);
+    const QString ready = path(u"ready"_s);
     QFile::remove(ready);
-    QFile::remove(path(u"native"_qs));
+    QFile::remove(path(u"native"_s));
     m_process.start(
-        u"pulseaudio"_qs,
-        {u"-n"_qs, u"--daemonize=no"_qs, u"--exit-idle-time=-1"_qs, u"--use-pid-file=no"_qs,
-         u"--realtime=no"_qs, u"--high-priority=no"_qs, u"--disallow-exit=yes"_qs,
-         u"--log-level=error"_qs, u"-L"_qs,
-         u"module-native-protocol-unix auth-anonymous=1 socket=%1"_qs.arg(path(u"native"_qs)),
-         u"-L"_qs, u"module-cli-protocol-unix socket=%1"_qs.arg(ready)});
-    return waitUntil([&] {
-        return QFile::exists(ready) || m_process.state() == QProcess::NotRunning;
-    }) && m_process.state() == QProcess::Running;
+        u"pulseaudio"_s,
+        {u"-n"_s, u"--daemonize=no"_s, u"--exit-idle-time=-1"_s, u"--use-pid-file=no"_s,
+         u"--realtime=no"_s, u"--high-priority=no"_s, u"--disallow-exit=yes"_s,
+         u"--log-level=error"_s, u"-L"_s,
+         u"module-native-protocol-unix auth-anonymous=1 socket=%1"_s.arg(path(u"native"_s)),
+         u"-L"_s, u"module-cli-protocol-unix socket=%1"_s.arg(ready)});
+    return waitUntil(
+               [&] { return QFile::exists(ready) || m_process.state() == QProcess::NotRunning; })
+        && m_process.state() == QProcess::Running;
 }
 
 void PulseServer::kill()
@@ -69,7 +70,7 @@ void PulseServer::resume()
 
 QByteArray PulseServer::address() const
 {
-    return "unix:" + path(u"native"_qs).toLocal8Bit();
+    return "unix:" + path(u"native"_s).toLocal8Bit();
 }
 
 QString PulseServer::path(const QString &fileName) const
@@ -88,32 +89,32 @@ QString PulseServer::run(const QString &program, const QStringList &arguments)
 
 QString PulseServer::loadModule(const QString &moduleAndArguments)
 {
-    return run(u"pactl"_qs,
-               QStringList{u"load-module"_qs} + moduleAndArguments.split(u' ', Qt::SkipEmptyParts));
+    return run(u"pactl"_s,
+               QStringList{u"load-module"_s} + moduleAndArguments.split(u' ', Qt::SkipEmptyParts));
 }
 
 void PulseServer::unloadModule(const QString &index)
 {
-    run(u"pactl"_qs, {u"unload-module"_qs, index});
+    run(u"pactl"_s, {u"unload-module"_s, index});
 }
 
 QStringList PulseServer::list(const QString &kind)
 {
-    return run(u"pactl"_qs, {u"list"_qs, u"short"_qs, kind}).split(u'\n', Qt::SkipEmptyParts);
+    return run(u"pactl"_s, {u"list"_s, u"short"_s, kind}).split(u'\n', Qt::SkipEmptyParts);
 }
 
 QProcessEnvironment PulseServer::environment() const
 {
     auto environment = QProcessEnvironment::systemEnvironment();
-    for (const char *variable : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "PULSE_RUNTIME_PATH",
-                                 "PULSE_STATE_PATH"}) {
+    for (const char *variable :
+         {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "PULSE_RUNTIME_PATH", "PULSE_STATE_PATH"}) {
         environment.insert(QString::fromLatin1(variable), m_directory.path());
     }
-    environment.insert(u"PULSE_SERVER"_qs, QString::fromLocal8Bit(address()));
-    environment.insert(u"PULSE_COOKIE"_qs, path(u"cookie"_qs));
-    environment.insert(u"LC_ALL"_qs, u"C"_qs);
-    environment.remove(u"DBUS_SESSION_BUS_ADDRESS"_qs);
-    environment.remove(u"DISPLAY"_qs);
+    environment.insert(u"PULSE_SERVER"_s, QString::fromLocal8Bit(address()));
+    environment.insert(u"PULSE_COOKIE"_s, path(u"cookie"_s));
+    environment.insert(u"LC_ALL"_s, u"C"_s);
+    environment.remove(u"DBUS_SESSION_BUS_ADDRESS"_s);
+    environment.remove(u"DISPLAY"_s);
     return environment;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
+
 #include <QByteArray>
 #include <QStringList>
 #include <algorithm>
@@ -30,7 +32,7 @@ public:
         }
         if (below(8) == 0)
             heard = heard.mid(below(3));
-        return heard.join(below(4) ? QStringLiteral(" ") : QStringLiteral(" \t\u00a0")).toUtf8();
+        return heard.join(below(4) ? u" "_s : u" \t\u00a0"_s).toUtf8();
     }
 
     QByteArray finalText() { return below(8) ? m_words.join(u' ').toUtf8() : QByteArray(); }
@@ -40,9 +42,26 @@ public:
 private:
     QString word()
     {
-        static constexpr std::array words = {
-            "the", "word", "Zażółć", "e\u0301te\u0301", "👍🏽", "👩‍👩‍👧‍👦", "🇵🇱", "你好", "こんにちは", "がぎ",
-            "שלום", "مَرْحَبًا", "नमस्ते", "ठीक", "한국어", "ff", "don't", "x\nb", "o\u0308\u0323", "…"};
+        static constexpr std::array words = {"the",
+                                             "word",
+                                             "Zażółć",
+                                             "e\u0301te\u0301",
+                                             "👍🏽",
+                                             "👩‍👩‍👧‍👦",
+                                             "🇵🇱",
+                                             "你好",
+                                             "こんにちは",
+                                             "がぎ",
+                                             "שלום",
+                                             "مَرْحَبًا",
+                                             "नमस्ते",
+                                             "ठीक",
+                                             "한국어",
+                                             "ff",
+                                             "don't",
+                                             "x\nb",
+                                             "o\u0308\u0323",
+                                             "…"};
         return QString::fromUtf8(words.at(below(static_cast<int>(words.size()))));
     }
 

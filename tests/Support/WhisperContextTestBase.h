@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Base/SerialExecutor.h"
+#include "Base/StringLiterals.h"
 #include "Core/Recognition/WhisperContext.h"
 #include "Support/FakeWhisper.h"
 #include "Support/InMemoryProcessInfo.h"
@@ -34,7 +35,7 @@ protected:
         EXPECT_EQ(FakeWhisper::liveContexts(), 0);
     }
 
-    [[nodiscard]] QString modelPath() const { return directory.filePath(QStringLiteral("model.bin")); }
+    [[nodiscard]] QString modelPath() const { return directory.filePath(u"model.bin"_s); }
 
     static void makeFile(const QString &path, const QByteArray &content = "weights")
     {
@@ -66,7 +67,7 @@ protected:
 
     static QString line(const char *message)
     {
-        return QStringLiteral("[WhisperContext] ") + QString::fromUtf8(message);
+        return u"[WhisperContext] "_s + QString::fromUtf8(message);
     }
 
     LogRecorder log;

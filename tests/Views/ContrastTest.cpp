@@ -1,8 +1,10 @@
 #include "Views/EveryWindow.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QHash>
-#include <gtest/gtest.h>
 #include <cmath>
+#include <gtest/gtest.h>
 
 namespace Velloro {
 
@@ -26,9 +28,8 @@ double contrast(const QColor &one, const QColor &other)
 
 QColor over(const QColor &ground, const QColor &color)
 {
-    const auto mix = [&](float below, float above) {
-        return below + (above - below) * color.alphaF();
-    };
+    const auto mix
+        = [&](float below, float above) { return below + (above - below) * color.alphaF(); };
     return QColor::fromRgbF(mix(ground.redF(), color.redF()), mix(ground.greenF(), color.greenF()),
                             mix(ground.blueF(), color.blueF()));
 }
@@ -85,7 +86,7 @@ private:
                 const QColor below = over(desktop, *ground);
                 const double ratio = contrast(over(below, color), below);
                 if (ratio < wanted)
-                    m_faint << QStringLiteral("%1 %2 %3 on %4: %5").arg(
+                    m_faint << u"%1 %2 %3 on %4: %5"_s.arg(
                         QLatin1StringView(item.metaObject()->className()),
                         item.property("text").toString() + item.property("name").toString(),
                         color.name(QColor::HexArgb), below.name(), QString::number(ratio, 'f', 2));
@@ -128,37 +129,42 @@ private:
 TEST(ContrastTest, EverythingCanBeReadOnTheGroundThatItIsSeenOn)
 {
     int count = 0;
-    const auto read = [&](const QString &place, QQuickWindow &window, InMemoryAppearance &appearance) {
-        // All of what scrolls is in sight.
-        if (window.minimumSize().isValid() && place.startsWith(u"settings")) {
-            window.setMaximumSize({600, 1500});
-            window.resize(600, 1500);
-            const QQuickItem *view = window.contentItem()->childItems().constFirst();
-            ASSERT_TRUE(waitUntil([&] { return view->height() == 1500; }));
-        }
-        for (const bool dark : {false, true}) {
-            // The desktop's own, a bright one, a deep one, and what no text can be written in.
-            for (const std::optional<uint32_t> accent : std::initializer_list<std::optional<uint32_t>>{
-                     {}, 0xc88800, 0x9141ac, 0xffffff, 0x000000}) {
-                appearance.dark = dark;
-                appearance.accent = accent;
-                Q_EMIT appearance.changed();
-                QStringList faint;
-                // A colour may take a moment to change.
-                EXPECT_TRUE(waitUntil([&] {
-                    const Reader reader(window);
-                    faint = reader.faint();
-                    count += reader.count();
-                    return faint.isEmpty();
-                }, std::chrono::seconds(1)))
-                    << place.toStdString() << (dark ? ", dark, " : ", light, ") << std::hex
-                    << accent.value_or(0x1000000) << '\n'
-                    << faint.join(u'\n').toStdString();
-            }
-        }
-        appearance.accent.reset();
-        appearance.dark = false;
-    };
+    const auto read
+        = [&](const QString &place, QQuickWindow &window, InMemoryAppearance &appearance) {
+              // All of what scrolls is in sight.
+              if (window.minimumSize().isValid() && place.startsWith(u"settings")) {
+                  window.setMaximumSize({600, 1500});
+                  window.resize(600, 1500);
+                  const QQuickItem *view = window.contentItem()->childItems().constFirst();
+                  ASSERT_TRUE(waitUntil([&] { return view->height() == 1500; }));
+              }
+              for (const bool dark : {false, true}) {
+                  // The desktop's own, a bright one, a deep one, and what no text can be written
+                  // in.
+                  for (const std::optional<uint32_t> accent :
+                       std::initializer_list<std::optional<uint32_t>>{
+                           {}, 0xc88800, 0x9141ac, 0xffffff, 0x000000}) {
+                      appearance.dark = dark;
+                      appearance.accent = accent;
+                      Q_EMIT appearance.changed();
+                      QStringList faint;
+                      // A colour may take a moment to change.
+                      EXPECT_TRUE(waitUntil(
+                          [&] {
+                              const Reader reader(window);
+                              faint = reader.faint();
+                              count += reader.count();
+                              return faint.isEmpty();
+                          },
+                          std::chrono::seconds(1)))
+                          << place.toStdString() << (dark ? ", dark, " : ", light, ") << std::hex
+                          << accent.value_or(0x1000000) << '\n'
+                          << faint.join(u'\n').toStdString();
+                  }
+              }
+              appearance.accent.reset();
+              appearance.dark = false;
+          };
     const InMemoryAppearance looks;
     EveryWindow(looks, read).visitAll();
     EXPECT_GT(count, 3000);

@@ -1,6 +1,7 @@
+#include "Base/StringLiterals.h"
 #include "Support/InMemoryAppearance.h"
-#include "Views/Windows/ViewEngine.h"
 #include "Views/WindowProbe.h"
+#include "Views/Windows/ViewEngine.h"
 
 #include <QQmlComponent>
 #include <gtest/gtest.h>
@@ -54,7 +55,7 @@ protected:
     void SetUp() override
     {
         QQmlComponent component(&engine.engine());
-        component.setData(scene, QUrl(QStringLiteral("qrc:/Scene.qml")));
+        component.setData(scene, QUrl(u"qrc:/Scene.qml"_s));
         root.reset(qobject_cast<QQuickItem *>(component.create()));
         ASSERT_TRUE(root) << component.errorString().toStdString();
         root->setParentItem(window.contentItem());
@@ -88,7 +89,7 @@ TEST_F(ControlsTest, AKeyPressesOnceHoweverLongItIsHeld)
             EXPECT_EQ(presses(), 1) << name << ' ' << key;
         }
     }
-    ASSERT_TRUE(probe.tabTo(u"group"_qs));
+    ASSERT_TRUE(probe.tabTo(u"group"_s));
     ASSERT_TRUE(root->property("isOpen").toBool());
     for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Left, Qt::Key_Right}) {
         probe.hold(key);
@@ -109,22 +110,22 @@ TEST_F(ControlsTest, ADoubleClickIsOneClick)
 
 TEST_F(ControlsTest, AMenuOpensAtWhatIsChosenAndIsChosenFromByArrowsAndLetters)
 {
-    ASSERT_TRUE(probe.tabTo(u"menu: Heron"_qs));
+    ASSERT_TRUE(probe.tabTo(u"menu: Heron"_s));
     const struct
     {
         Qt::Key opening;
         QList<Qt::Key> keys;
         int chosen;
-    } ways[] = {{Qt::Key_Return, {}, 1},          {Qt::Key_Space, {Qt::Key_Down}, 2},
-                {Qt::Key_Down, {Qt::Key_F}, 0},   {Qt::Key_Up, {Qt::Key_H}, 1},
-                {Qt::Key_Enter, {Qt::Key_H}, 2},  {Qt::Key_Return, {Qt::Key_H}, 1},
+    } ways[] = {{Qt::Key_Return, {}, 1},         {Qt::Key_Space, {Qt::Key_Down}, 2},
+                {Qt::Key_Down, {Qt::Key_F}, 0},  {Qt::Key_Up, {Qt::Key_H}, 1},
+                {Qt::Key_Enter, {Qt::Key_H}, 2}, {Qt::Key_Return, {Qt::Key_H}, 1},
                 {Qt::Key_Return, {Qt::Key_X}, 1}};
     for (const auto &[opening, keys, chosen] : ways) {
         probe.hold(opening);
         EXPECT_EQ(presses(), 0) << "the key that opened the menu is still down";
         for (const Qt::Key key : keys)
             probe.press(key);
-        EXPECT_TRUE(probe.focusedName().startsWith(QStringList({u"F"_qs, u"He"_qs, u"Ha"_qs})[chosen]))
+        EXPECT_TRUE(probe.focusedName().startsWith(QStringList({u"F"_s, u"He"_s, u"Ha"_s})[chosen]))
             << probe.focusedName().toStdString();
         probe.press(Qt::Key_Return);
         EXPECT_EQ(presses(), 1);
@@ -136,13 +137,12 @@ TEST_F(ControlsTest, AMenuOpensAtWhatIsChosenAndIsChosenFromByArrowsAndLetters)
 
 TEST_F(ControlsTest, TheRingKeepsADistanceInWhichItIsSeenOnAnyColour)
 {
-    ASSERT_TRUE(probe.tabTo(u"capsule"_qs));
-    QQuickItem *button = probe.item(u"capsule"_qs);
+    ASSERT_TRUE(probe.tabTo(u"capsule"_s));
+    QQuickItem *button = probe.item(u"capsule"_s);
     const QPointF left = button->mapToScene({0, button->height() / 2});
     const QImage picture = window.grabWindow();
-    const auto color = [&](int distance) {
-        return picture.pixelColor((left - QPointF(distance, 0)).toPoint());
-    };
+    const auto color
+        = [&](int distance) { return picture.pixelColor((left - QPointF(distance, 0)).toPoint()); };
     EXPECT_EQ(color(1), color(20));
     EXPECT_NE(color(3), color(20));
 }
@@ -150,8 +150,8 @@ TEST_F(ControlsTest, TheRingKeepsADistanceInWhichItIsSeenOnAnyColour)
 TEST_F(ControlsTest, AButtonThatGoesHandsTheKeyboardOnButNotToOneThatDestroys)
 {
     for (const char *property : {"visible", "enabled"}) {
-        ASSERT_TRUE(probe.tabTo(u"passing"_qs));
-        QQuickItem *button = probe.item(u"passing"_qs);
+        ASSERT_TRUE(probe.tabTo(u"passing"_s));
+        QQuickItem *button = probe.item(u"passing"_s);
         button->setProperty(property, false);
         EXPECT_EQ(probe.focusedName(), u"harmless") << property;
         EXPECT_TRUE(probe.showsFocus());

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Desktop/DesktopAppearance.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/WaitUntil.h"
 #include "Views/Controls/Theme.h"
 
@@ -50,30 +51,30 @@ namespace {
 
 using Groups = QMap<QString, QVariantMap>;
 
-const QString appearanceGroup = u"org.freedesktop.appearance"_qs;
-const QString interfaceGroup = u"org.gnome.desktop.interface"_qs;
+const QString appearanceGroup = u"org.freedesktop.appearance"_s;
+const QString interfaceGroup = u"org.gnome.desktop.interface"_s;
 
 /// The desktop portal's settings, on a connection of its own.
 class Portal : public QDBusVirtualObject
 {
 public:
     Portal()
-        : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"portal"_qs))
+        : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"portal"_s))
     {
         qDBusRegisterMetaType<PortalColor>();
         qDBusRegisterMetaType<Groups>();
-        m_bus.registerVirtualObject(u"/org/freedesktop/portal/desktop"_qs, this);
-        m_bus.registerService(u"org.freedesktop.portal.Desktop"_qs);
+        m_bus.registerVirtualObject(u"/org/freedesktop/portal/desktop"_s, this);
+        m_bus.registerService(u"org.freedesktop.portal.Desktop"_s);
     }
-    ~Portal() override { QDBusConnection::disconnectFromBus(u"portal"_qs); }
+    ~Portal() override { QDBusConnection::disconnectFromBus(u"portal"_s); }
 
     Groups groups;
 
     void change(const QString &group, const QString &key, const QVariant &value)
     {
-        QDBusMessage signal =
-            QDBusMessage::createSignal(u"/org/freedesktop/portal/desktop"_qs,
-                                       u"org.freedesktop.portal.Settings"_qs, u"SettingChanged"_qs);
+        QDBusMessage signal = QDBusMessage::createSignal(u"/org/freedesktop/portal/desktop"_s,
+                                                         u"org.freedesktop.portal.Settings"_s,
+                                                         u"SettingChanged"_s);
         signal.setArguments({group, key, QVariant::fromValue(QDBusVariant(value))});
         m_bus.send(signal);
     }
@@ -81,7 +82,7 @@ public:
     QString introspect(const QString &) const override { return {}; }
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
-        if (message.member() != u"ReadAll"_qs)
+        if (message.member() != u"ReadAll"_s)
             return false;
         connection.send(message.createReply(QVariant::fromValue(groups)));
         return true;
@@ -100,11 +101,11 @@ std::unique_ptr<DesktopAppearance> makeAppearance()
 TEST(DesktopAppearanceTest, FollowsThePortal)
 {
     Portal portal;
-    portal.groups = {
-        {appearanceGroup,
-         {{u"color-scheme"_qs, 1U},
-          {u"accent-color"_qs, QVariant::fromValue(PortalColor{1, 0.5, 0})}}},
-        {interfaceGroup, {{u"color-scheme"_qs, u"default"_qs}, {u"text-scaling-factor"_qs, 1.25}}}};
+    portal.groups
+        = {{appearanceGroup,
+            {{u"color-scheme"_s, 1U},
+             {u"accent-color"_s, QVariant::fromValue(PortalColor{1, 0.5, 0})}}},
+           {interfaceGroup, {{u"color-scheme"_s, u"default"_s}, {u"text-scaling-factor"_s, 1.25}}}};
     const auto appearance = makeAppearance();
     EXPECT_FALSE(appearance->prefersDark()) << "nothing waits for the portal";
     ASSERT_TRUE(waitUntil([&] { return appearance->prefersDark(); }));
@@ -116,45 +117,44 @@ TEST(DesktopAppearanceTest, FollowsThePortal)
     QSignalSpy themeChanges(&theme, &Theme::changed);
     EXPECT_EQ(theme.accent(), QColor(0xff, 0x80, 0));
     EXPECT_EQ(theme.body().pixelSize(), 16);
-    portal.change(appearanceGroup, u"color-scheme"_qs, 2U);
+    portal.change(appearanceGroup, u"color-scheme"_s, 2U);
     ASSERT_TRUE(waitUntil([&] { return !appearance->prefersDark(); }));
-    portal.change(appearanceGroup, u"accent-color"_qs,
-                  QVariant::fromValue(PortalColor{-1, -1, -1}));
+    portal.change(appearanceGroup, u"accent-color"_s, QVariant::fromValue(PortalColor{-1, -1, -1}));
     ASSERT_TRUE(waitUntil([&] { return !appearance->accentColor(); }));
-    portal.change(interfaceGroup, u"text-scaling-factor"_qs, 1.0);
+    portal.change(interfaceGroup, u"text-scaling-factor"_s, 1.0);
     ASSERT_TRUE(waitUntil([&] { return theme.body().pixelSize() == 13; }));
     EXPECT_EQ(themeChanges.count(), 3);
 
     // What changes nothing, and what is not understood, is not told.
-    portal.change(appearanceGroup, u"color-scheme"_qs, 2U);
-    portal.change(appearanceGroup, u"accent-color"_qs, u"no colour"_qs);
-    portal.change(interfaceGroup, u"text-scaling-factor"_qs, -3.0);
-    portal.change(u"org.example"_qs, u"color-scheme"_qs, 1U);
+    portal.change(appearanceGroup, u"color-scheme"_s, 2U);
+    portal.change(appearanceGroup, u"accent-color"_s, u"no colour"_s);
+    portal.change(interfaceGroup, u"text-scaling-factor"_s, -3.0);
+    portal.change(u"org.example"_s, u"color-scheme"_s, 1U);
     EXPECT_FALSE(themeChanges.wait(300));
 }
 
 TEST(DesktopAppearanceTest, FollowsTheSettingsStoreWhereThereIsNoPortal)
 {
-    const QString gsettings = QStandardPaths::findExecutable(u"gsettings"_qs);
+    const QString gsettings = QStandardPaths::findExecutable(u"gsettings"_s);
     const auto set = [&](const QString &key, const QString &value) {
         QProcess process;
-        process.start(gsettings, {u"set"_qs, interfaceGroup, key, value});
+        process.start(gsettings, {u"set"_s, interfaceGroup, key, value});
         return process.waitForFinished() && process.exitCode() == 0;
     };
-    if (gsettings.isEmpty() || !set(u"color-scheme"_qs, u"prefer-dark"_qs))
+    if (gsettings.isEmpty() || !set(u"color-scheme"_s, u"prefer-dark"_s))
         GTEST_SKIP() << "no settings store of the GTK desktops";
     const auto appearance = makeAppearance();
     ASSERT_TRUE(waitUntil([&] { return appearance->prefersDark(); }));
     // The watch starts some time after the first answer; a change before that is not seen.
     bool isWatched = false;
     for (int attempt = 0; attempt < 40 && !isWatched; ++attempt) {
-        const QString scale = attempt % 2 == 0 ? u"1.5"_qs : u"1.25"_qs;
-        ASSERT_TRUE(set(u"text-scaling-factor"_qs, scale));
+        const QString scale = attempt % 2 == 0 ? u"1.5"_s : u"1.25"_s;
+        ASSERT_TRUE(set(u"text-scaling-factor"_s, scale));
         isWatched = waitUntil([&] { return appearance->textScale() == scale.toDouble(); },
                               std::chrono::milliseconds(500));
     }
     EXPECT_TRUE(isWatched);
-    ASSERT_TRUE(set(u"color-scheme"_qs, u"prefer-light"_qs));
+    ASSERT_TRUE(set(u"color-scheme"_s, u"prefer-light"_s));
     EXPECT_TRUE(waitUntil([&] { return !appearance->prefersDark(); }));
 }
 
@@ -165,8 +165,8 @@ TEST(DesktopAppearanceTest, KnowsWhichTextScaleWindowsHaveAlready)
         double text;
         double ratio;
         double remaining;
-    } cases[] = {{1, 1, 1},      {1.25, 1, 1.25},  {1.25, 1.25, 1}, {1.25, 2.5, 1},
-                 {1.25, 2, 1.25}, {1, 1.5, 1},      {1.5, 1.5, 1},  {0.9, 0.9, 1}};
+    } cases[] = {{1, 1, 1},       {1.25, 1, 1.25}, {1.25, 1.25, 1}, {1.25, 2.5, 1},
+                 {1.25, 2, 1.25}, {1, 1.5, 1},     {1.5, 1.5, 1},   {0.9, 0.9, 1}};
     for (const auto &c : cases)
         EXPECT_EQ(DesktopAppearance::remainingTextScale(c.text, c.ratio), c.remaining)
             << c.text << " at " << c.ratio;
@@ -185,8 +185,8 @@ TEST(DesktopAppearanceTest, FollowsCompositingManagerAndTray)
     xcb_connection_t *xcb = server->xcb();
     const auto start = [&](const QByteArray &selection, bool announces = true) {
         const xcb_window_t window = xcb_generate_id(xcb);
-        xcb_create_window(xcb, 0, window, server->root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
-                          XCB_COPY_FROM_PARENT, 0, nullptr);
+        xcb_create_window(xcb, 0, window, server->root(), 0, 0, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
         const auto setColors = [server, xcb, window](uint32_t foreground) {
             std::array<uint32_t, 12> colors{};
             colors.fill(foreground);

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
 #include "Support/WaitUntil.h"
-#include "Views/Tray/MenuBarExtra.h"
 #include "Views/Onboarding/OnboardingWindowController.h"
 #include "Views/Pill/RecordingPillWindowController.h"
 #include "Views/Settings/SettingsWindowController.h"
+#include "Views/Tray/MenuBarExtra.h"
 #include "Views/WindowTestBase.h"
 
 #include <functional>
@@ -55,7 +56,7 @@ private:
                 downloads.downloadDidWriteData(DownloadTaskId(task), 427'000, 1'000'000);
             for (const int task : {2, 4})
                 downloads.downloadDidComplete(DownloadTaskId(task),
-                                              PlatformError{1, QStringLiteral("No connection")});
+                                              PlatformError{1, u"No connection"_s});
         }
         template <typename Controller>
         [[nodiscard]] std::unique_ptr<Controller> make()
@@ -65,7 +66,8 @@ private:
 
         InMemoryPlatform memory;
         AppState appState{memory.platform};
-        std::unique_ptr<HotkeyManager> hotkeyManager = std::make_unique<HotkeyManager>(memory.platform);
+        std::unique_ptr<HotkeyManager> hotkeyManager
+            = std::make_unique<HotkeyManager>(memory.platform);
         ViewEngine engine{*memory.appearance};
     };
 
@@ -80,14 +82,14 @@ private:
     {
         Stage stage(*this);
         stage.appState.setEnableRealtimeStreaming(true);
-        stage.appState.setPartialTranscript(QStringLiteral("The quick brown fox jumps over the dog"));
+        stage.appState.setPartialTranscript(u"The quick brown fox jumps over the dog"_s);
         RecordingPillWindowController pill(stage.engine, *stage.memory.platform.screenFrames);
         for (const TranscriptionState state :
              {TranscriptionState::idle, TranscriptionState::listening,
               TranscriptionState::transcribing, TranscriptionState::inserting}) {
             stage.appState.setTranscriptionState(state);
             pill.show(stage.appState);
-            visit(stage, QStringLiteral("pill %1").arg(int(state)), pill.window());
+            visit(stage, u"pill %1"_s.arg(int(state)), pill.window());
         }
     }
 
@@ -96,7 +98,7 @@ private:
         Stage stage(*this);
         const auto panel = stage.make<MenuBarExtra>();
         panel->openPanel();
-        visit(stage, QStringLiteral("panel"), panel->panel());
+        visit(stage, u"panel"_s, panel->panel());
     }
 
     void visitSettings() const
@@ -111,40 +113,39 @@ private:
         QQuickItem *view = window->contentItem()->childItems().constFirst();
         const auto show = [&](int tab, const QString &state) {
             view->setProperty("currentIndex", tab);
-            visit(stage, QStringLiteral("settings %1 %2").arg(tab).arg(state), window);
+            visit(stage, u"settings %1 %2"_s.arg(tab).arg(state), window);
         };
-        const auto press = [&](const QString &name) {
-            QMetaObject::invokeMethod(probe.item(name), "clicked");
-        };
+        const auto press
+            = [&](const QString &name) { QMetaObject::invokeMethod(probe.item(name), "clicked"); };
         const auto showMenu = [&](int tab, const QString &button) {
             press(button);
-            show(tab, QStringLiteral("menu"));
+            show(tab, u"menu"_s);
             probe.press(Qt::Key_Escape);
         };
         show(0, {});
-        press(QStringLiteral("hotkeyRecorder"));
-        show(0, QStringLiteral("recording"));
-        press(QStringLiteral("hotkeyRecorder"));
-        showMenu(0, QStringLiteral("language"));
-        show(1, QStringLiteral("closed"));
-        press(QStringLiteral("header"));
+        press(u"hotkeyRecorder"_s);
+        show(0, u"recording"_s);
+        press(u"hotkeyRecorder"_s);
+        showMenu(0, u"language"_s);
+        show(1, u"closed"_s);
+        press(u"header"_s);
         show(1, {});
-        showMenu(1, QStringLiteral("assignedModel"));
+        showMenu(1, u"assignedModel"_s);
         for (const char *state : {"empty", "filled"}) {
             show(2, QLatin1StringView(state));
             show(3, QLatin1StringView(state));
-            stage.appState.setCustomDictionary({QStringLiteral("Claude"), QStringLiteral("ChatGPT")});
-            stage.appState.addToHistory(QStringLiteral("A short one."));
+            stage.appState.setCustomDictionary({u"Claude"_s, u"ChatGPT"_s});
+            stage.appState.addToHistory(u"A short one."_s);
         }
-        show(4, QStringLiteral("granted"));
+        show(4, u"granted"_s);
         stage.memory.captureAuthorization->status = AuthorizationStatus::denied;
         stage.appState.setHasMicrophonePermission(false);
         stage.appState.setHasAccessibilityPermission(false);
-        show(4, QStringLiteral("not granted"));
-        press(QStringLiteral("enableMicrophone"));
+        show(4, u"not granted"_s);
+        press(u"enableMicrophone"_s);
         for (QWindow *help : QGuiApplication::topLevelWindows()) {
             if (help->transientParent() == window)
-                visit(stage, QStringLiteral("help"), qobject_cast<QQuickWindow *>(help));
+                visit(stage, u"help"_s, qobject_cast<QQuickWindow *>(help));
         }
     }
 
@@ -158,9 +159,9 @@ private:
         const WindowProbe probe(window);
         for (int step = 0; step < 6; ++step) {
             // A step comes into view by and by.
-            ASSERT_TRUE(waitUntil([&] { return probe.item(QStringLiteral("step"))->opacity() == 1; }));
-            visit(stage, QStringLiteral("onboarding %1").arg(step), window);
-            QMetaObject::invokeMethod(probe.item(QStringLiteral("forward")), "clicked");
+            ASSERT_TRUE(waitUntil([&] { return probe.item(u"step"_s)->opacity() == 1; }));
+            visit(stage, u"onboarding %1"_s.arg(step), window);
+            QMetaObject::invokeMethod(probe.item(u"forward"_s), "clicked");
         }
     }
 

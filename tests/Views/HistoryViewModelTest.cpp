@@ -1,5 +1,6 @@
 #include "Views/Settings/History/HistoryViewModel.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/InMemoryPlatform.h"
 
 #include <QAbstractItemModelTester>
@@ -21,18 +22,19 @@ protected:
 
     InMemoryPlatform memory;
     AppState appState{memory.platform};
-    HistoryViewModel model{appState, *memory.pasteboard, QLocale(QLocale::English, QLocale::UnitedStates)};
+    HistoryViewModel model{appState, *memory.pasteboard,
+                           QLocale(QLocale::English, QLocale::UnitedStates)};
     QAbstractItemModelTester tester{&model, QAbstractItemModelTester::FailureReportingMode::Fatal};
 };
 
 TEST_F(HistoryViewModelTest, CopiesTheWholeTextAndSaysSoForASecondAndAHalf)
 {
-    const QString text = u"one\ntwo\nthree\nfour\nfive "_qs + u"𝄞 word "_qs.repeated(1500).trimmed();
+    const QString text = u"one\ntwo\nthree\nfour\nfive "_s + u"𝄞 word "_s.repeated(1500).trimmed();
     appState.addToHistory(text);
     EXPECT_LT(value(0, HistoryViewModel::PreviewRole).toString().size(), 1100);
     EXPECT_TRUE(text.startsWith(value(0, HistoryViewModel::PreviewRole).toString()));
 
-    memory.pasteboard->content = u"before"_qs;
+    memory.pasteboard->content = u"before"_s;
     QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
     QElapsedTimer clock;
     clock.start();
@@ -40,7 +42,7 @@ TEST_F(HistoryViewModelTest, CopiesTheWholeTextAndSaysSoForASecondAndAHalf)
     EXPECT_EQ(memory.pasteboard->content, text);
     EXPECT_TRUE(value(0, HistoryViewModel::CopiedRole).toBool());
     // A dictation that ends meanwhile moves the entry, not the mark.
-    appState.addToHistory(u"newer"_qs);
+    appState.addToHistory(u"newer"_s);
     EXPECT_FALSE(value(0, HistoryViewModel::CopiedRole).toBool());
     EXPECT_TRUE(value(1, HistoryViewModel::CopiedRole).toBool());
     changes.clear();
@@ -53,10 +55,10 @@ TEST_F(HistoryViewModelTest, NewEntriesComeAtTheTopAndTheOldestGo)
 {
     QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
     for (int number = 0; number < 52; ++number)
-        appState.addToHistory(u"text %1"_qs.arg(number));
+        appState.addToHistory(u"text %1"_s.arg(number));
     EXPECT_EQ(model.rowCount(), 50);
-    EXPECT_EQ(value(0, HistoryViewModel::PreviewRole), u"text 51"_qs);
-    EXPECT_EQ(value(49, HistoryViewModel::PreviewRole), u"text 2"_qs);
+    EXPECT_EQ(value(0, HistoryViewModel::PreviewRole), u"text 51"_s);
+    EXPECT_EQ(value(49, HistoryViewModel::PreviewRole), u"text 2"_s);
     EXPECT_LE(resets.count(), 1) << "the list keeps its place";
     model.clear();
     EXPECT_TRUE(model.isEmpty());
@@ -71,9 +73,9 @@ TEST_F(HistoryViewModelTest, ShowsTheTimeOfDayAsTheUserWritesIt)
 {
     const QDateTime moment(QDate(2024, 3, 15), QTime(15, 45, 12));
     const TranscriptionHistoryItem item{
-        QUuid::createUuid(), u"text"_qs,
+        QUuid::createUuid(), u"text"_s,
         double(QDateTime(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC).secsTo(moment))};
-    memory.userDefaults->setValue(u"velloro.transcriptionHistory"_qs,
+    memory.userDefaults->setValue(u"velloro.transcriptionHistory"_s,
                                   encodeHistory(std::span(&item, 1)));
     AppState stored(memory.platform);
     ASSERT_EQ(stored.transcriptionHistory().size(), 1);
@@ -82,8 +84,9 @@ TEST_F(HistoryViewModelTest, ShowsTheTimeOfDayAsTheUserWritesIt)
            {QLocale(QLocale::German, QLocale::Germany), u"15:45"}};
     for (const auto &[locale, text] : cases) {
         HistoryViewModel history(stored, *memory.pasteboard, locale);
-        EXPECT_EQ(history.data(history.index(0), HistoryViewModel::TimeRole).toString().simplified(),
-                  QString::fromUtf16(text));
+        EXPECT_EQ(
+            history.data(history.index(0), HistoryViewModel::TimeRole).toString().simplified(),
+            QString::fromUtf16(text));
     }
 }
 

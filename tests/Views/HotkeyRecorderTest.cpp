@@ -1,5 +1,6 @@
 #include "Views/Shared/HotkeyRecorderViewModel.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/X11/Keyboard/WindowKeyEvents.h"
 #include "Platform/Linux/X11/X11Connection.h"
 #include "Platform/PhysicalKeyboard.h"
@@ -25,7 +26,7 @@ protected:
     {
         if (QGuiApplication::platformName() != u"xcb" || !keyboard.isThere())
             GTEST_SKIP() << "there is no private X server with a keyboard of its own";
-        view.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&model)}});
+        view.setInitialProperties({{u"model"_s, QVariant::fromValue(&model)}});
         view.setSource(ViewEngine::url(QLatin1StringView(GetParam())));
         ASSERT_EQ(view.status(), QQuickView::Ready);
         view.resize(300, 100);
@@ -34,11 +35,11 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowActive(&view));
         button().forceActiveFocus();
     }
-    void TearDown() override { setKeyboardLayout({QStringLiteral("us")}); }
+    void TearDown() override { setKeyboardLayout({u"us"_s}); }
 
     QQuickItem &button()
     {
-        return *view.rootObject()->findChild<QQuickItem *>(QStringLiteral("hotkeyRecorder"));
+        return *view.rootObject()->findChild<QQuickItem *>(u"hotkeyRecorder"_s);
     }
     /// The text once it is this one.
     std::string text(const char16_t *expected)
@@ -97,10 +98,10 @@ TEST_P(HotkeyRecorderTest, GoesByPositionInAnyLayout)
 {
     constexpr uint8_t deadAcute = 21;
     constexpr uint8_t z = 29;
-    setKeyboardLayout({QStringLiteral("de")});
+    setKeyboardLayout({u"de"_s});
     EXPECT_EQ(record({Key::leftControl, z}, u"⌃Y"), "⌃Y");
     EXPECT_EQ(record({deadAcute}, u"="), "=");
-    setKeyboardLayout({QStringLiteral("ru")});
+    setKeyboardLayout({u"ru"_s});
     EXPECT_EQ(record({Key::leftSuper, Key::a}, u"⌘A"), "⌘") << "the key at code 0 has no name";
     EXPECT_EQ(hotkeyManager->currentKeyCode(), 0U);
 }
@@ -108,12 +109,12 @@ TEST_P(HotkeyRecorderTest, GoesByPositionInAnyLayout)
 TEST_P(HotkeyRecorderTest, RefusesAKeyWithAltGrButNotWithALock)
 {
     constexpr uint8_t altGr = 108;
-    setKeyboardLayout({QStringLiteral("de")});
+    setKeyboardLayout({u"de"_s});
     start();
     keyboard.press({altGr});
     keyboard.tap(Key::space);
     keyboard.release({altGr});
-    EXPECT_TRUE(waitUntil([this] { return model.problem().contains(QStringLiteral("AltGr")); }));
+    EXPECT_TRUE(waitUntil([this] { return model.problem().contains(u"AltGr"_s); }));
     EXPECT_TRUE(model.isRecording());
     EXPECT_EQ(hotkeyManager->currentModifiers(), 2048U);
 
@@ -148,8 +149,7 @@ TEST_P(HotkeyRecorderTest, ShowsTheHeldModifiersAndItsPrompt)
     QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(&button());
     ASSERT_TRUE(interface);
     EXPECT_EQ(interface->role(), QAccessible::Button);
-    EXPECT_EQ(interface->text(QAccessible::Name),
-              QStringLiteral("Hotkey: ") + QString::fromUtf16(prompt));
+    EXPECT_EQ(interface->text(QAccessible::Name), u"Hotkey: "_s + QString::fromUtf16(prompt));
     interface->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     EXPECT_FALSE(model.isRecording());
     EXPECT_EQ(text(u"⌥Space"), "⌥Space");

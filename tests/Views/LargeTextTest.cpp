@@ -1,5 +1,7 @@
 #include "Views/EveryWindow.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QScreen>
 #include <gtest/gtest.h>
 
@@ -20,7 +22,8 @@ public:
     [[nodiscard]] int count() const { return m_count; }
 
 private:
-    /// `sight`: what clips the item. `room`: the same, but without end up and down where it scrolls.
+    /// `sight`: what clips the item. `room`: the same, but without end up and down where it
+    /// scrolls.
     void measure(const QQuickItem &item, QRectF room, QRectF sight)
     {
         if (!item.isVisible() || item.opacity() == 0)
@@ -32,7 +35,7 @@ private:
             ++m_count;
             // Rounded by a pixel at most.
             if (!room.adjusted(-1, -1, 1, 1).contains(place))
-                report(item, QStringLiteral("is outside"));
+                report(item, u"is outside"_s);
             if (isText)
                 measureText(item);
             if (!item.inherits("QQuickControl"))
@@ -56,9 +59,9 @@ private:
         const bool mayBeCut = text.property("elide").toInt() != Qt::ElideNone;
         if (text.property("contentWidth").toReal() > text.width() + 1
             || text.property("contentHeight").toReal() > text.height() + 1)
-            report(text, QStringLiteral("is larger than its place"));
+            report(text, u"is larger than its place"_s);
         if (!mayBeCut && text.property("truncated").toBool())
-            report(text, QStringLiteral("is cut"));
+            report(text, u"is cut"_s);
     }
 
     /// Words and symbols are beside each other.
@@ -67,7 +70,7 @@ private:
         for (const QRectF &other : std::as_const(m_seen)) {
             // Letters don't fill their lines, nor symbols their squares.
             if (other.intersects(seen.adjusted(3, 3, -3, -3)))
-                report(item, QStringLiteral("is on another"));
+                report(item, u"is on another"_s);
         }
         m_seen << seen;
     }
@@ -75,9 +78,10 @@ private:
     void report(const QQuickItem &item, const QString &what)
     {
         const QRectF place = item.mapRectToScene(item.boundingRect());
-        m_misfits << QStringLiteral("%1 '%2%3' %4: %5, %6, %7 x %8")
+        m_misfits << u"%1 '%2%3' %4: %5, %6, %7 x %8"_s
                          .arg(QLatin1StringView(item.metaObject()->className()),
-                              item.property("text").toString(), item.property("name").toString(), what)
+                              item.property("text").toString(), item.property("name").toString(),
+                              what)
                          .arg(place.x())
                          .arg(place.y())
                          .arg(place.width())
@@ -99,14 +103,17 @@ TEST(LargeTextTest, NothingIsOutOfSightOrReach)
         looks.scale = scale;
         const auto measure = [&](const QString &place, QQuickWindow &window, InMemoryAppearance &) {
             QStringList misfits;
-            EXPECT_TRUE(waitUntil([&] {
-                const Tailor tailor(window);
-                misfits = tailor.misfits();
-                count += tailor.count();
-                return misfits.isEmpty();
-            }, std::chrono::seconds(1)))
+            EXPECT_TRUE(waitUntil(
+                [&] {
+                    const Tailor tailor(window);
+                    misfits = tailor.misfits();
+                    count += tailor.count();
+                    return misfits.isEmpty();
+                },
+                std::chrono::seconds(1)))
                 << place.toStdString() << " at " << scale << ": " << window.width() << " x "
-                << window.height() << '\n' << misfits.join(u'\n').toStdString();
+                << window.height() << '\n'
+                << misfits.join(u'\n').toStdString();
             EXPECT_LE(window.width(), screen.width()) << place.toStdString();
             EXPECT_LE(window.height(), screen.height()) << place.toStdString();
         };

@@ -1,5 +1,6 @@
 #include "Views/Tray/MenuBarExtra.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/WaitUntil.h"
 #include "Views/WindowTestBase.h"
 
@@ -58,14 +59,14 @@ TEST_F(MenuBarExtraTest, IsReachedAndClosedWithTheKeyboardAlone)
                     ::testing::AnyOf(QAccessible::Button, QAccessible::RadioButton));
     }
     reached.sort();
-    EXPECT_EQ(reached, QStringList({QStringLiteral("Download model"), QStringLiteral("Download model"),
-                                    QStringLiteral("Download model"), QStringLiteral("Large, Accurate"),
-                                    QStringLiteral("Medium, Balanced"), QStringLiteral("Quit"),
-                                    QStringLiteral("Settings..."), QStringLiteral("Small, Fast")}));
+    EXPECT_EQ(reached,
+              QStringList({u"Download model"_s, u"Download model"_s, u"Download model"_s,
+                           u"Large, Accurate"_s, u"Medium, Balanced"_s, u"Quit"_s, u"Settings..."_s,
+                           u"Small, Fast"_s}));
 
     for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return}) {
         appState.setSelectedModel(ModelPreset::medium);
-        ASSERT_TRUE(probe().tabTo(u"Large, Accurate"_qs));
+        ASSERT_TRUE(probe().tabTo(u"Large, Accurate"_s));
         probe().press(key);
         EXPECT_EQ(appState.selectedModel(), ModelPreset::large) << key;
     }
@@ -83,13 +84,14 @@ TEST_F(MenuBarExtraTest, IsReachedAndClosedWithTheKeyboardAlone)
     EXPECT_EQ(appState.selectedModel(), ModelPreset::large);
 
     QSignalSpy settings(&controller, &MenuBarExtra::openSettingsRequested);
-    ASSERT_TRUE(probe().tabTo(u"Settings..."_qs));
+    ASSERT_TRUE(probe().tabTo(u"Settings..."_s));
     probe().press(Qt::Key_Return);
     EXPECT_EQ(settings.count(), 1);
     EXPECT_FALSE(window()->isVisible()) << "the settings take the panel's place";
 
     open();
-    EXPECT_EQ(probe().focusedName(), u"Large, Accurate") << "not where it was left, on the way to the end";
+    EXPECT_EQ(probe().focusedName(), u"Large, Accurate")
+        << "not where it was left, on the way to the end";
     probe().press(Qt::Key_Up);
     EXPECT_EQ(probe().focusedName(), u"Medium, Balanced");
     probe().press(Qt::Key_Down);
@@ -106,12 +108,12 @@ TEST_F(MenuBarExtraTest, IsReachedAndClosedWithTheKeyboardAlone)
 TEST_F(MenuBarExtraTest, TheKeyboardDoesNotComeToATrashByItself)
 {
     open();
-    ASSERT_TRUE(probe().tabTo(u"Download model"_qs));
+    ASSERT_TRUE(probe().tabTo(u"Download model"_s));
     probe().hold(Qt::Key_Return);
     ASSERT_EQ(memory.downloadSession->tasks.size(), 1);
     EXPECT_TRUE(probe().focusedName().startsWith(u"Downloading"));
-    memory.fileSystem->files.insert(u"/tmp/part"_qs);
-    memory.downloadSession->delegate.downloadDidFinish(DownloadTaskId(1), u"/tmp/part"_qs);
+    memory.fileSystem->files.insert(u"/tmp/part"_s);
+    memory.downloadSession->delegate.downloadDidFinish(DownloadTaskId(1), u"/tmp/part"_s);
     EXPECT_EQ(focused()->role(), QAccessible::RadioButton) << probe().focusedName().toStdString();
     probe().press(Qt::Key_Tab);
     EXPECT_EQ(probe().focusedName(), u"Delete model");
@@ -142,15 +144,15 @@ TEST_F(MenuBarExtraTest, StaysWhenTheFocusOnlyPassesBy)
 TEST_F(MenuBarExtraTest, AnOpenPanelFollowsTheState)
 {
     open();
-    EXPECT_EQ(text(u"recordingModeText"_qs), u"Hold to Talk");
+    EXPECT_EQ(text(u"recordingModeText"_s), u"Hold to Talk");
     const int height = window()->height();
     appState.setRecordingMode(RecordingMode::toggle);
     appState.setTranscriptionState(TranscriptionState::transcribing);
-    EXPECT_EQ(text(u"recordingModeText"_qs), u"Toggle");
-    EXPECT_EQ(text(u"stateText"_qs), u"Transcribing...");
+    EXPECT_EQ(text(u"recordingModeText"_s), u"Toggle");
+    EXPECT_EQ(text(u"stateText"_s), u"Transcribing...");
     memory.hotkeyRegistration->refusal = 10;
     hotkeyManager->updateHotkey(2, HotkeyManager::cmdKey);
-    EXPECT_THAT(text(u"hotkeyProblem"_qs).toStdString(), ::testing::HasSubstr("⌘D is taken"));
+    EXPECT_THAT(text(u"hotkeyProblem"_s).toStdString(), ::testing::HasSubstr("⌘D is taken"));
     EXPECT_TRUE(waitUntil([&] { return window()->height() > height; }));
     EXPECT_TRUE(window()->screen()->availableGeometry().contains(window()->geometry()));
 
@@ -163,9 +165,8 @@ TEST_F(MenuBarExtraTest, AnOpenPanelFollowsTheState)
     Q_EMIT memory.appearance->changed();
     EXPECT_LT(menu()->palette().color(QPalette::Base).lightness(), 100);
     EXPECT_GT(menu()->palette().color(QPalette::Text).lightness(), 200);
-    EXPECT_TRUE(waitUntil([this] {
-        return window()->grabWindow().pixelColor(140, 10).lightness() < 80;
-    }));
+    EXPECT_TRUE(
+        waitUntil([this] { return window()->grabWindow().pixelColor(140, 10).lightness() < 80; }));
 }
 
 TEST_F(MenuBarExtraTest, TellsThatTheDesktopHasNoTray)

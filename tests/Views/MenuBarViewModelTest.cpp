@@ -85,8 +85,8 @@ TEST_F(MenuBarViewModelTest, PicksPresetsAndKnowsTheirModels)
             EXPECT_EQ(row(other).isSelected(), other == index);
         shown.download();
         EXPECT_THAT(memory.downloadSession->tasks.back().url.toString().toStdString(),
-                    ::testing::EndsWith("ggml-" + QString::fromUtf16(rows[index].modelId).toStdString()
-                                        + ".bin"));
+                    ::testing::EndsWith(
+                        "ggml-" + QString::fromUtf16(rows[index].modelId).toStdString() + ".bin"));
     }
 }
 

@@ -1,5 +1,6 @@
 #include "Views/Settings/Models/ModelSettingsViewModel.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/WaitUntil.h"
 #include "Views/Settings/Models/CatalogModelRowViewModel.h"
@@ -55,20 +56,19 @@ protected:
 
     QTemporaryDir directory;
     InMemoryPlatform memory;
-    const bool isOnDisk
-        = memory.fileSystem->supportDirectory.emplace(directory.path()).size() > 0;
+    const bool isOnDisk = memory.fileSystem->supportDirectory.emplace(directory.path()).size() > 0;
     AppState appState{memory.platform};
     ModelSettingsViewModel model{appState};
 };
 
 TEST_F(ModelSettingsViewModelTest, GroupsTheCatalogueByCategoryAndSize)
 {
-    EXPECT_EQ(model.categories(), QStringList({QStringLiteral("Full (Best Quality)"),
-                                               QStringLiteral("Quantized (Smaller)")}));
+    EXPECT_EQ(model.categories(),
+              QStringList({u"Full (Best Quality)"_s, u"Quantized (Smaller)"_s}));
     EXPECT_EQ(model.categoryIndex(), 1);
     EXPECT_TRUE(model.categoryDescription().startsWith(u"Compressed models"));
-    EXPECT_EQ(names(ModelSize::largeV3Turbo), QStringList({QStringLiteral("Large V3 Turbo Q5"),
-                                                           QStringLiteral("Large V3 Turbo Q8")}));
+    EXPECT_EQ(names(ModelSize::largeV3Turbo),
+              QStringList({u"Large V3 Turbo Q5"_s, u"Large V3 Turbo Q8"_s}));
     EXPECT_EQ(group(ModelSize::base).countText(), u"4 models");
 
     // An open group stays open in the other category, with its other rows.
@@ -77,7 +77,7 @@ TEST_F(ModelSettingsViewModelTest, GroupsTheCatalogueByCategoryAndSize)
     model.selectCategory(0);
     EXPECT_EQ(rows.count(), 1);
     EXPECT_TRUE(group(ModelSize::largeV2).isOpen());
-    EXPECT_EQ(names(ModelSize::largeV2), QStringList(QStringLiteral("Large V2")));
+    EXPECT_EQ(names(ModelSize::largeV2), QStringList(u"Large V2"_s));
     EXPECT_EQ(group(ModelSize::largeV2).countText(), u"1 models");
     int count = 0;
     for (const int category : {0, 1}) {
@@ -103,7 +103,7 @@ TEST_F(ModelSettingsViewModelTest, GroupsTheCatalogueByCategoryAndSize)
 
 TEST_F(ModelSettingsViewModelTest, ARowGoesFromDownloadOverSelectionToDeletion)
 {
-    CatalogModelRowViewModel &base = *row(QStringLiteral("Base EN Q5"));
+    CatalogModelRowViewModel &base = *row(u"Base EN Q5"_s);
     EXPECT_TRUE(base.isEnglishOnly());
     EXPECT_EQ(base.fileSizeText(), u"57 MB");
     EXPECT_EQ(base.state(), u"notDownloaded");
@@ -112,22 +112,22 @@ TEST_F(ModelSettingsViewModelTest, ARowGoesFromDownloadOverSelectionToDeletion)
     network.downloadDidWriteData(1, 427, 1000);
     EXPECT_EQ(base.state(), u"downloading");
     EXPECT_EQ(base.percentText(), u"42%");
-    network.downloadDidComplete(1, PlatformError{7, QStringLiteral("No connection")});
+    network.downloadDidComplete(1, PlatformError{7, u"No connection"_s});
     EXPECT_EQ(base.state(), u"failed");
     EXPECT_EQ(base.detail(), u"No connection");
     base.download();
     ASSERT_EQ(memory.downloadSession->tasks.size(), 2);
-    memory.fileSystem->files.insert(QStringLiteral("/tmp/part"));
-    network.downloadDidFinish(2, QStringLiteral("/tmp/part"));
+    memory.fileSystem->files.insert(u"/tmp/part"_s);
+    network.downloadDidFinish(2, u"/tmp/part"_s);
     EXPECT_EQ(base.state(), u"downloaded");
     EXPECT_EQ(base.detail(), u"");
-    EXPECT_EQ(row(QStringLiteral("Base Q5"))->state(), u"notDownloaded");
+    EXPECT_EQ(row(u"Base Q5"_s)->state(), u"notDownloaded");
 
     EXPECT_FALSE(base.isSelected());
     const QString mapped = appState.modelId(ModelPreset::medium);
     QSignalSpy selections(&base, &CatalogModelRowViewModel::isSelectedChanged);
     // The recogniser looks for a real file.
-    const QString path = appState.whisperManager().modelURL(QStringLiteral("base.en-q5_1"));
+    const QString path = appState.whisperManager().modelURL(u"base.en-q5_1"_s);
     ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -139,7 +139,7 @@ TEST_F(ModelSettingsViewModelTest, ARowGoesFromDownloadOverSelectionToDeletion)
     EXPECT_EQ(appState.modelId(ModelPreset::medium), mapped) << "presets stay as they are";
 
     PresetConfigRowViewModel &small = preset(ModelPreset::small);
-    EXPECT_EQ(small.downloadedModels(), QStringList(QStringLiteral("Base EN Q5")));
+    EXPECT_EQ(small.downloadedModels(), QStringList(u"Base EN Q5"_s));
     base.deleteModel();
     EXPECT_EQ(base.state(), u"notDownloaded");
     EXPECT_TRUE(small.downloadedModels().isEmpty());
@@ -157,8 +157,7 @@ TEST_F(ModelSettingsViewModelTest, APresetOffersWhatIsThereAndListsTheRest)
 
     putFile("small-q5_1");
     putFile("tiny");
-    EXPECT_EQ(large.downloadedModels(),
-              QStringList({QStringLiteral("Tiny"), QStringLiteral("Small Q5")}));
+    EXPECT_EQ(large.downloadedModels(), QStringList({u"Tiny"_s, u"Small Q5"_s}));
     EXPECT_EQ(large.notDownloadedModels().size(), 26);
     EXPECT_EQ(large.assignedIndex(), -1);
 
@@ -175,11 +174,11 @@ TEST_F(ModelSettingsViewModelTest, APresetOffersWhatIsThereAndListsTheRest)
 
     // A download's progress does not build the menus anew.
     QSignalSpy models(&large, &PresetConfigRowViewModel::modelsChanged);
-    row(QStringLiteral("Tiny Q5"))->download();
+    row(u"Tiny Q5"_s)->download();
     memory.downloadSession->delegate.downloadDidWriteData(1, 1, 2);
     EXPECT_EQ(models.count(), 0);
 
-    appState.setModelId(QStringLiteral("gone"), ModelPreset::large);
+    appState.setModelId(u"gone"_s, ModelPreset::large);
     EXPECT_EQ(large.menuLabel(), u"Select");
     EXPECT_EQ(large.assignedIndex(), -1);
 }

@@ -1,3 +1,4 @@
+#include "Base/StringLiterals.h"
 #include "Support/WaitUntil.h"
 #include "Views/Settings/SettingsWindowController.h"
 #include "Views/WindowTestBase.h"
@@ -18,7 +19,7 @@ protected:
     {
         WindowTestBase::open();
         ASSERT_TRUE(window());
-        probe().item(u"tab0"_qs)->forceActiveFocus();
+        probe().item(u"tab0"_s)->forceActiveFocus();
         probe().press(Qt::Key_Right);
     }
     /// A file of the model is there, for all but the recogniser.
@@ -37,18 +38,18 @@ protected:
     }
     [[nodiscard]] double menuPosition() const
     {
-        return probe().item(u"menuEntries"_qs)->property("contentY").toDouble();
+        return probe().item(u"menuEntries"_s)->property("contentY").toDouble();
     }
 };
 
 TEST_F(ModelSettingsViewTest, AMenuOfModelsIsScrolledAndChosenFromWithTheKeyboard)
 {
     open();
-    ASSERT_TRUE(probe().tabTo(u"Model of Small: Base"_qs));
+    ASSERT_TRUE(probe().tabTo(u"Model of Small: Base"_s));
     const auto openMenu = [this] {
         probe().press(Qt::Key_Space);
         ASSERT_TRUE(waitUntil([this] {
-            QQuickItem *entries = probe().item(u"menuEntries"_qs);
+            QQuickItem *entries = probe().item(u"menuEntries"_s);
             return entries && entries->hasActiveFocus() && entries->height() > 100;
         }));
     };
@@ -69,8 +70,8 @@ TEST_F(ModelSettingsViewTest, AMenuOfModelsIsScrolledAndChosenFromWithTheKeyboar
     ASSERT_TRUE(waitUntil([this] { return probe().focusedName() == u"Model of Small: Base"; }));
     EXPECT_TRUE(probe().showsFocus());
 
-    addFile(u"medium"_qs);
-    addFile(u"small"_qs);
+    addFile(u"medium"_s);
+    addFile(u"small"_s);
     openMenu();
     EXPECT_EQ(probe().focusedName(), u"Small");
     probe().press(Qt::Key_Down);
@@ -88,22 +89,22 @@ TEST_F(ModelSettingsViewTest, AMenuOfModelsIsScrolledAndChosenFromWithTheKeyboar
 TEST_F(ModelSettingsViewTest, TheKeyboardStaysWithTheRowWhoseControlChanges)
 {
     open();
-    ASSERT_TRUE(probe().tabTo(u"Tiny"_qs));
+    ASSERT_TRUE(probe().tabTo(u"Tiny"_s));
     probe().press(Qt::Key_Space);
-    ASSERT_TRUE(probe().tabTo(u"Download"_qs));
+    ASSERT_TRUE(probe().tabTo(u"Download"_s));
     probe().press(Qt::Key_Space);
     EXPECT_EQ(probe().focusedName(), u"Downloading Tiny Q5");
     EXPECT_TRUE(probe().showsFocus());
     memory.downloadSession->delegate.downloadDidComplete(
-        DownloadTaskId(1), PlatformError{1, u"The server went away"_qs});
+        DownloadTaskId(1), PlatformError{1, u"The server went away"_s});
     EXPECT_EQ(probe().focusedName(), u"Retry");
     EXPECT_TRUE(probe().showsFocus());
-    addFile(u"tiny-q5_1"_qs);
+    addFile(u"tiny-q5_1"_s);
     EXPECT_EQ(probe().focusedName(), u"Select");
-    writeFile(u"tiny-q5_1"_qs);
+    writeFile(u"tiny-q5_1"_s);
     probe().press(Qt::Key_Return);
     ASSERT_TRUE(waitUntil(
-        [this] { return appState.whisperManager().selectedModelId() == u"tiny-q5_1"_qs; }));
+        [this] { return appState.whisperManager().selectedModelId() == u"tiny-q5_1"_s; }));
     EXPECT_EQ(probe().focusedName(), u"Tiny Q5") << "the row, and not its trash";
     EXPECT_TRUE(probe().showsFocus());
     probe().press(Qt::Key_Return);
@@ -117,9 +118,9 @@ TEST_F(ModelSettingsViewTest, TheKeyboardStaysWithTheRowWhoseControlChanges)
 TEST_F(ModelSettingsViewTest, AGroupStaysWhereItIsPressedWhenTheOneAboveCloses)
 {
     open();
-    ASSERT_TRUE(probe().tabTo(u"Tiny"_qs));
+    ASSERT_TRUE(probe().tabTo(u"Tiny"_s));
     probe().press(Qt::Key_Space);
-    ASSERT_TRUE(probe().tabTo(u"Small"_qs));
+    ASSERT_TRUE(probe().tabTo(u"Small"_s));
     EXPECT_EQ(probe().smallButtons(), QStringList());
     const QQuickItem *header = window()->activeFocusItem();
     const auto inWindow = [header] { return header->mapToScene({}).y(); };
@@ -135,7 +136,7 @@ TEST_F(ModelSettingsViewTest, AMouseDoesNotDragThePaneAndItsWheelScrolls)
 {
     open();
     const auto position = [this] {
-        auto *pane = probe().item(u"pane"_qs)->property("item").value<QQuickItem *>();
+        auto *pane = probe().item(u"pane"_s)->property("item").value<QQuickItem *>();
         return pane->property("contentY").toDouble();
     };
     QTest::mousePress(window(), Qt::LeftButton, {}, {250, 330});

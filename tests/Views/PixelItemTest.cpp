@@ -1,3 +1,4 @@
+#include "Base/StringLiterals.h"
 #include "Support/InMemoryAppearance.h"
 #include "Views/Controls/SymbolRenderer.h"
 #include "Views/Windows/ViewEngine.h"
@@ -21,7 +22,7 @@ protected:
     QImage draw(const QByteArray &qml)
     {
         QQmlComponent component(&engine.engine());
-        component.setData("import QtQuick\nimport Velloro\n" + qml, QUrl(u"qrc:/Scene.qml"_qs));
+        component.setData("import QtQuick\nimport Velloro\n" + qml, QUrl(u"qrc:/Scene.qml"_s));
         root.reset(qobject_cast<QQuickItem *>(component.create()));
         EXPECT_TRUE(root) << component.errorString().toStdString();
         root->setParentItem(window.contentItem());
@@ -68,11 +69,12 @@ TEST_F(PixelItemTest, AShapeIsWholeAndTheSameFromEverySide)
     };
     for (const auto &[name, size, properties] : shapes) {
         for (const int x : {3, 5, 10}) {
-            const QImage shape = inked(draw("RoundedRectangle { x: " + QByteArray::number(x)
-                                            + "; y: 7; width: " + QByteArray::number(size.width())
-                                            + "; height: " + QByteArray::number(size.height()) + "; "
-                                            + properties + " }"));
-            EXPECT_EQ(shape.size(), QSize(qRound(size.width() * scale()), qRound(size.height() * scale())))
+            const QImage shape
+                = inked(draw("RoundedRectangle { x: " + QByteArray::number(x)
+                             + "; y: 7; width: " + QByteArray::number(size.width()) + "; height: "
+                             + QByteArray::number(size.height()) + "; " + properties + " }"));
+            EXPECT_EQ(shape.size(),
+                      QSize(qRound(size.width() * scale()), qRound(size.height() * scale())))
                 << name << " at " << x;
             for (int row = 0; row < shape.height(); ++row) {
                 for (int column = 0; column < shape.width(); ++column) {
@@ -105,7 +107,7 @@ TEST_F(PixelItemTest, ASymbolIsDrawnInThePixelsThatItHas)
         QImage expected(pixels, pixels, QImage::Format_RGB32);
         expected.fill(Qt::white);
         QPainter(&expected).drawImage(
-            0, 0, SymbolRenderer::image(u"arrow.down.circle"_qs, pixels, Qt::black));
+            0, 0, SymbolRenderer::image(u"arrow.down.circle"_s, pixels, Qt::black));
         EXPECT_EQ(drawn, inked(expected)) << x;
     }
 }

@@ -1,5 +1,6 @@
 #include "Views/Settings/Privacy/PrivacySettingsViewModel.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/WaitUntil.h"
 
@@ -33,7 +34,7 @@ TEST_F(PrivacySettingsViewModelTest, ShowsTheFlagsAndLeadsToTheDesktopsPages)
                 ::testing::ElementsAre(SettingsPage::microphone, SettingsPage::accessibility));
     EXPECT_FALSE(model.help()->isOpen());
 
-    appState.addToHistory(QStringLiteral("some words"));
+    appState.addToHistory(u"some words"_s);
     model.clearHistory();
     EXPECT_TRUE(appState.transcriptionHistory().isEmpty());
     model.clearHistory();

@@ -1,5 +1,6 @@
 #include "Views/Pill/RecordingPillViewModel.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/WaitUntil.h"
 
@@ -46,7 +47,7 @@ TEST_F(RecordingPillViewModelTest, ShowsWholeMinutesAndSecondsAndTellsOfThemOnce
     {
         double seconds;
         const char *text;
-    } cases[] = {{0, "00:00"},    {59.9, "00:59"},  {60, "01:00"},
+    } cases[] = {{0, "00:00"},    {59.9, "00:59"}, {60, "01:00"},
                  {3599, "59:59"}, {3600, "60:00"}, {6000, "100:00"}};
     for (const auto &c : cases)
         EXPECT_EQ(RecordingPillViewModel::formatDuration(c.seconds).toStdString(), c.text);
@@ -60,7 +61,7 @@ TEST_F(RecordingPillViewModelTest, ShowsWholeMinutesAndSecondsAndTellsOfThemOnce
 
 TEST_F(RecordingPillViewModelTest, RevealsNewCharactersOneByOne)
 {
-    appState.setPartialTranscript(u"hello"_qs);
+    appState.setPartialTranscript(u"hello"_s);
     ASSERT_TRUE(waitUntil([this] { return model.displayedText() == u"hello"; }));
 
     QStringList shown;
@@ -68,19 +69,20 @@ TEST_F(RecordingPillViewModelTest, RevealsNewCharactersOneByOne)
                      [&] { shown << model.displayedText(); });
     QElapsedTimer clock;
     clock.start();
-    appState.setPartialTranscript(u"hello wo\U0001F469\u200D\U0001F680d"_qs);
+    appState.setPartialTranscript(u"hello wo\U0001F469\u200D\U0001F680d"_s);
     EXPECT_EQ(model.displayedText(), u"hello") << "nothing is shown before the event loop runs";
     ASSERT_TRUE(waitUntil([&] { return shown.size() == 5; }));
     EXPECT_GE(clock.elapsed(), 80);
-    EXPECT_EQ(shown, QStringList({u"hello "_qs, u"hello w"_qs, u"hello wo"_qs,
-                                  u"hello wo\U0001F469\u200D\U0001F680"_qs,
-                                  u"hello wo\U0001F469\u200D\U0001F680d"_qs}));
+    EXPECT_EQ(shown,
+              QStringList({u"hello "_s, u"hello w"_s, u"hello wo"_s,
+                           u"hello wo\U0001F469\u200D\U0001F680"_s,
+                           u"hello wo\U0001F469\u200D\U0001F680d"_s}));
     EXPECT_EQ(model.revealDuration(), 100);
 }
 
 TEST_F(RecordingPillViewModelTest, ReplacesARevisedOrShorterTextAtOnce)
 {
-    appState.setPartialTranscript(u"hello world"_qs);
+    appState.setPartialTranscript(u"hello world"_s);
     ASSERT_TRUE(waitUntil([this] { return model.displayedText() == u"hello world"; }));
     for (const char16_t *text : {u"hello word", u"Hello word!", u""}) {
         appState.setPartialTranscript(QString::fromUtf16(text));
@@ -91,9 +93,9 @@ TEST_F(RecordingPillViewModelTest, ReplacesARevisedOrShorterTextAtOnce)
 
 TEST_F(RecordingPillViewModelTest, ALaterChangeDoesNotTakeBackScheduledCharacters)
 {
-    appState.setPartialTranscript(u"ab"_qs);
+    appState.setPartialTranscript(u"ab"_s);
     // "ab" is still to come when the text starts anew: its characters are appended all the same.
-    appState.setPartialTranscript(u"abc"_qs);
+    appState.setPartialTranscript(u"abc"_s);
     ASSERT_TRUE(waitUntil([this] { return model.displayedText().size() == 5; }));
     EXPECT_EQ(model.displayedText().count(u'a'), 2);
 }

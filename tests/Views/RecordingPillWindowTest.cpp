@@ -1,5 +1,6 @@
 #include "Views/Pill/RecordingPillWindowController.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/LogRecorder.h"
 #include "Support/WaitUntil.h"
@@ -64,7 +65,8 @@ protected:
             xcb, xcb_shape_get_rectangles(xcb, id(), XCB_SHAPE_SK_BOUNDING), nullptr));
         const xcb_rectangle_t *rectangles = xcb_shape_get_rectangles_rectangles(shape.get());
         QRegion region;
-        for (int index = 0; index < xcb_shape_get_rectangles_rectangles_length(shape.get()); ++index) {
+        for (int index = 0; index < xcb_shape_get_rectangles_rectangles_length(shape.get());
+             ++index) {
             const xcb_rectangle_t &r = rectangles[index];
             region |= QRect(r.x, r.y, r.width, r.height);
         }
@@ -96,16 +98,17 @@ TEST_F(RecordingPillWindowTest, StandsAboveThePointerInsideEachCornerOfTheScreen
     QQuickWindow *window = nullptr;
     for (const auto &c : cases) {
         show(c.pointer);
-        ASSERT_TRUE(waitUntil([&] { return serverGeometry() == QRect(c.expected, QSize(260, 48)); }))
-            << serverGeometry().x() << ", " << serverGeometry().y();
+        ASSERT_TRUE(waitUntil([&] {
+            return serverGeometry() == QRect(c.expected, QSize(260, 48));
+        })) << serverGeometry().x()
+            << ", " << serverGeometry().y();
         EXPECT_TRUE(!window || window == controller.window()) << "one window serves always";
         window = controller.window();
         EXPECT_EQ(log.lines().constLast(),
-                  QStringLiteral("[RecordingPill] Window shown at (%1.0, %2.0, 260.0, 48.0)")
-                      .arg(c.expected.x())
+                  u"[RecordingPill] Window shown at (%1.0, %2.0, 260.0, 48.0)"_s.arg(c.expected.x())
                       .arg(c.expected.y()));
     }
-    EXPECT_EQ(log.lines().filter(QStringLiteral("[RecordingPill] Window created")).size(), 1);
+    EXPECT_EQ(log.lines().filter(u"[RecordingPill] Window created"_s).size(), 1);
     controller.hide();
     EXPECT_EQ(log.lines().constLast(), u"[RecordingPill] Window hidden");
     EXPECT_FALSE(window->isVisible());
@@ -129,13 +132,14 @@ TEST_F(RecordingPillWindowTest, IsNoConcernOfTheWindowManagerAndLeavesTheFocusWh
     EXPECT_TRUE(document.isActiveWindow());
 
     // Such a window is in no task list and no switcher, and on every desktop.
-    const auto attributes = reply(xcb_get_window_attributes_reply(
-        xcb, xcb_get_window_attributes(xcb, id()), nullptr));
+    const auto attributes = reply(
+        xcb_get_window_attributes_reply(xcb, xcb_get_window_attributes(xcb, id()), nullptr));
     EXPECT_TRUE(attributes->override_redirect);
 
     // Above the window that fills the screen.
     const auto tree = reply(xcb_query_tree_reply(
-        xcb, xcb_query_tree(xcb, xcb_setup_roots_iterator(xcb_get_setup(xcb)).data->root), nullptr));
+        xcb, xcb_query_tree(xcb, xcb_setup_roots_iterator(xcb_get_setup(xcb)).data->root),
+        nullptr));
     const xcb_window_t *windows = xcb_query_tree_children(tree.get());
     int pillHeight = -1;
     int greatest = -1;
@@ -177,8 +181,9 @@ TEST_F(RecordingPillWindowTest, HasItsCornersCutWhereNothingBlendsWindows)
 
     memory.appearance->compositing = true;
     Q_EMIT memory.appearance->changed();
-    EXPECT_TRUE(waitUntil([this] { return shape().contains({0, 0}) && shape().contains({259, 47}); }))
-        << "a compositing manager that starts gets the corners back";
+    EXPECT_TRUE(waitUntil([this] {
+        return shape().contains({0, 0}) && shape().contains({259, 47});
+    })) << "a compositing manager that starts gets the corners back";
 }
 
 } // namespace

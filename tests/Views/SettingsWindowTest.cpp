@@ -1,3 +1,4 @@
+#include "Base/StringLiterals.h"
 #include "Support/LogRecorder.h"
 #include "Support/WaitUntil.h"
 #include "Views/Settings/SettingsWindowController.h"
@@ -18,7 +19,7 @@ protected:
         WindowTestBase::open();
         ASSERT_TRUE(window());
         // From the tabs on, as the window is opened.
-        if (QQuickItem *tab = probe().item(u"tab0"_qs))
+        if (QQuickItem *tab = probe().item(u"tab0"_s))
             tab->forceActiveFocus();
     }
     [[nodiscard]] bool checked(const QString &name) const
@@ -29,7 +30,12 @@ protected:
     /// How many rows of a list are there, whether in sight or not.
     [[nodiscard]] qsizetype rowCount(const QString &list) const
     {
-        return probe().item(list)->property("contentItem").value<QQuickItem *>()->childItems().size();
+        return probe()
+            .item(list)
+            ->property("contentItem")
+            .value<QQuickItem *>()
+            ->childItems()
+            .size();
     }
 };
 
@@ -37,8 +43,8 @@ TEST_F(SettingsWindowTest, IsOneWindowThatTheKeyboardOpensTabByTab)
 {
     open();
     QQuickWindow *first = window();
-    probe().click(u"tab0"_qs);
-    EXPECT_TRUE(checked(u"tab0"_qs)) << "clicked again";
+    probe().click(u"tab0"_s);
+    EXPECT_TRUE(checked(u"tab0"_s)) << "clicked again";
     EXPECT_EQ(first->size(), QSize(500, 400));
     controller.open();
     EXPECT_EQ(window(), first);
@@ -48,15 +54,16 @@ TEST_F(SettingsWindowTest, IsOneWindowThatTheKeyboardOpensTabByTab)
         tabs << probe().focusedName();
         probe().press(Qt::Key_Right);
     }
-    EXPECT_EQ(tabs, QStringList({u"General"_qs, u"Model"_qs, u"Dictionary"_qs, u"History"_qs,
-                                 u"Privacy"_qs, u"General"_qs}));
+    EXPECT_EQ(tabs,
+              QStringList({u"General"_s, u"Model"_s, u"Dictionary"_s, u"History"_s, u"Privacy"_s,
+                           u"General"_s}));
     probe().press(Qt::Key_Tab, Qt::ControlModifier);
-    EXPECT_TRUE(probe().item(u"newWord"_qs));
+    EXPECT_TRUE(probe().item(u"newWord"_s));
 
     probe().press(Qt::Key_Escape);
     ASSERT_TRUE(waitUntil([this] { return !window(); }));
     open();
-    EXPECT_TRUE(probe().item(u"playSounds"_qs)) << "it starts with its first tab again";
+    EXPECT_TRUE(probe().item(u"playSounds"_s)) << "it starts with its first tab again";
 }
 
 TEST_F(SettingsWindowTest, EverySwitchWritesWhatItShowsAndShowsWhatIsWrittenElsewhere)
@@ -99,22 +106,21 @@ TEST_F(SettingsWindowTest, EverySwitchWritesWhatItShowsAndShowsWhatIsWrittenElse
 TEST_F(SettingsWindowTest, ModeAndLanguageAreChosenWithTheKeyboard)
 {
     open();
-    ASSERT_TRUE(probe().tabTo(u"Hold to Talk"_qs));
+    ASSERT_TRUE(probe().tabTo(u"Hold to Talk"_s));
     probe().press(Qt::Key_Right);
     EXPECT_EQ(appState.recordingMode(), RecordingMode::toggle);
     appState.setRecordingMode(RecordingMode::holdToTalk);
-    EXPECT_EQ(probe().item(u"recordingMode"_qs)->property("currentIndex"), 0);
+    EXPECT_EQ(probe().item(u"recordingMode"_s)->property("currentIndex"), 0);
 
-    ASSERT_TRUE(probe().tabTo(u"Transcription Language: English (Best accuracy)"_qs));
+    ASSERT_TRUE(probe().tabTo(u"Transcription Language: English (Best accuracy)"_s));
     for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Return})
         probe().press(key);
     EXPECT_EQ(appState.selectedLanguage(), WhisperLanguage::polish);
     appState.setSelectedLanguage(WhisperLanguage::german);
-    EXPECT_EQ(text(u"language"_qs),
-              hint(WhisperLanguage::german)
-                  ? displayName(WhisperLanguage::german) + u" ("_qs
-                      + *hint(WhisperLanguage::german) + u")"_qs
-                  : displayName(WhisperLanguage::german));
+    EXPECT_EQ(text(u"language"_s),
+              hint(WhisperLanguage::german) ? displayName(WhisperLanguage::german) + u" ("_s
+                      + *hint(WhisperLanguage::german) + u")"_s
+                                            : displayName(WhisperLanguage::german));
 }
 
 TEST_F(SettingsWindowTest, TheDictionaryIsKeptWithTheKeyboardAlone)
@@ -122,25 +128,25 @@ TEST_F(SettingsWindowTest, TheDictionaryIsKeptWithTheKeyboardAlone)
     open();
     probe().press(Qt::Key_Right);
     probe().press(Qt::Key_Right);
-    ASSERT_TRUE(probe().tabTo(u"New word"_qs));
+    ASSERT_TRUE(probe().tabTo(u"New word"_s));
     QTest::keyClick(window(), 'x');
     probe().press(Qt::Key_Return);
     QTest::keyClick(window(), 'y');
-    EXPECT_EQ(probe().item(u"newWord"_qs)->property("text"), u"y"_qs);
-    ASSERT_TRUE(probe().tabTo(u"Add"_qs));
+    EXPECT_EQ(probe().item(u"newWord"_s)->property("text"), u"y"_s);
+    ASSERT_TRUE(probe().tabTo(u"Add"_s));
     probe().press(Qt::Key_Space);
-    ASSERT_TRUE(probe().tabTo(u"ChatGPT"_qs));
+    ASSERT_TRUE(probe().tabTo(u"ChatGPT"_s));
     probe().press(Qt::Key_Space);
-    EXPECT_EQ(appState.customDictionary(), QStringList({u"x"_qs, u"y"_qs, u"ChatGPT"_qs}));
-    EXPECT_EQ(probe().item(u"newWord"_qs)->property("text"), QString());
+    EXPECT_EQ(appState.customDictionary(), QStringList({u"x"_s, u"y"_s, u"ChatGPT"_s}));
+    EXPECT_EQ(probe().item(u"newWord"_s)->property("text"), QString());
 
     // Rows out of sight are made when there is time.
-    ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"x"_qs); }));
+    ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"x"_s); }));
     probe().press(Qt::Key_Down);
     EXPECT_EQ(probe().focusedName(), u"y");
     EXPECT_TRUE(probe().showsFocus());
     probe().hold(Qt::Key_Delete);
-    EXPECT_EQ(appState.customDictionary(), QStringList({u"x"_qs, u"ChatGPT"_qs}));
+    EXPECT_EQ(appState.customDictionary(), QStringList({u"x"_s, u"ChatGPT"_s}));
     EXPECT_EQ(probe().focusedName(), u"ChatGPT");
     probe().press(Qt::Key_Return);
     probe().press(Qt::Key_Tab);
@@ -156,17 +162,18 @@ TEST_F(SettingsWindowTest, LongListsAreScrolledThroughAtOnce)
 {
     QStringList words;
     for (int number = 0; number < 10'000; ++number)
-        words << u"word %1"_qs.arg(number);
+        words << u"word %1"_s.arg(number);
     appState.setCustomDictionary(words);
     for (int number = 0; number < 50; ++number)
-        appState.addToHistory(u"%1 "_qs.arg(number) + u"lorem ipsum "_qs.repeated(number % 7 ? 1 : 830));
+        appState.addToHistory(u"%1 "_s.arg(number)
+                              + u"lorem ipsum "_s.repeated(number % 7 ? 1 : 830));
     open();
     probe().press(Qt::Key_Right);
     probe().press(Qt::Key_Right);
-    ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"word 0"_qs); }));
+    ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"word 0"_s); }));
     EXPECT_EQ(probe().smallButtons(), QStringList());
     probe().press(Qt::Key_End);
-    for (const QString &name : {u"OpenAI"_qs, u"New word"_qs}) {
+    for (const QString &name : {u"OpenAI"_s, u"New word"_s}) {
         ASSERT_TRUE(probe().tabTo(name));
         EXPECT_TRUE(WindowProbe::isInSight(*window()->activeFocusItem())) << name.toStdString();
     }
@@ -179,10 +186,10 @@ TEST_F(SettingsWindowTest, LongListsAreScrolledThroughAtOnce)
     for (int count = 0; count < 100; ++count)
         probe().press(Qt::Key_Up);
     EXPECT_EQ(probe().focusedName(), u"word 9899");
-    EXPECT_LT(rowCount(u"words"_qs), 100) << "rows far out of sight are not there";
+    EXPECT_LT(rowCount(u"words"_s), 100) << "rows far out of sight are not there";
 
     probe().press(Qt::Key_Tab, Qt::ControlModifier);
-    ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"Copy"_qs); }));
+    ASSERT_TRUE(waitUntil([this] { return probe().tabTo(u"Copy"_s); }));
     EXPECT_EQ(probe().smallButtons(), QStringList());
     const auto copied = [this] {
         EXPECT_TRUE(WindowProbe::isInSight(*window()->activeFocusItem()->parentItem()));
@@ -193,19 +200,19 @@ TEST_F(SettingsWindowTest, LongListsAreScrolledThroughAtOnce)
     for (int round = 0; round < 2; ++round) {
         probe().press(Qt::Key_End);
         EXPECT_EQ(copied(), u"0");
-        EXPECT_LT(rowCount(u"entries"_qs), 40);
+        EXPECT_LT(rowCount(u"entries"_s), 40);
         probe().press(Qt::Key_Home);
         EXPECT_EQ(copied(), u"49");
     }
     probe().press(Qt::Key_Down);
-    appState.addToHistory(u"50 comes meanwhile"_qs);
+    appState.addToHistory(u"50 comes meanwhile"_s);
     EXPECT_EQ(copied(), u"48") << "the keyboard stays with its entry";
     probe().press(Qt::Key_Down);
     EXPECT_EQ(copied(), u"47");
-    ASSERT_TRUE(probe().tabTo(u"Clear All"_qs));
+    ASSERT_TRUE(probe().tabTo(u"Clear All"_s));
     probe().press(Qt::Key_Return);
     EXPECT_TRUE(appState.transcriptionHistory().isEmpty());
-    EXPECT_FALSE(probe().item(u"entries"_qs)->isVisible());
+    EXPECT_FALSE(probe().item(u"entries"_s)->isVisible());
     EXPECT_EQ(probe().focusedName(), u"History") << "the button has gone";
 }
 
@@ -216,20 +223,20 @@ TEST_F(SettingsWindowTest, TheHelpForAPermissionBelongsToTheSettingsAndHasTheKey
     open();
     probe().press(Qt::Key_Left);
     EXPECT_EQ(probe().smallButtons(), QStringList());
-    ASSERT_TRUE(probe().tabTo(u"Enable"_qs));
+    ASSERT_TRUE(probe().tabTo(u"Enable"_s));
     probe().press(Qt::Key_Return);
     const QWindowList windows = QGuiApplication::topLevelWindows();
-    const auto help = std::ranges::find(windows, u"Microphone"_qs, &QWindow::title);
+    const auto help = std::ranges::find(windows, u"Microphone"_s, &QWindow::title);
     ASSERT_NE(help, windows.end());
     ASSERT_TRUE(QTest::qWaitForWindowActive(*help));
     QProcess xprop;
-    xprop.start(u"xprop"_qs, {u"-id"_qs, QString::number((*help)->winId()), u"WM_TRANSIENT_FOR"_qs});
+    xprop.start(u"xprop"_s, {u"-id"_s, QString::number((*help)->winId()), u"WM_TRANSIENT_FOR"_s});
     ASSERT_TRUE(xprop.waitForFinished());
     EXPECT_THAT(xprop.readAll().toStdString(),
                 ::testing::HasSubstr(QByteArray::number(window()->winId(), 16).toStdString()));
     const WindowProbe inHelp(qobject_cast<QQuickWindow *>(*help));
     EXPECT_TRUE(waitUntil([&] { return inHelp.showsFocus(); }));
-    EXPECT_EQ(inHelp.focusedName(), inHelp.item(u"act"_qs)->property("text").toString());
+    EXPECT_EQ(inHelp.focusedName(), inHelp.item(u"act"_s)->property("text").toString());
     inHelp.press(Qt::Key_Escape);
     EXPECT_TRUE(waitUntil([this] { return window()->isActive(); }));
 }

@@ -1,5 +1,6 @@
 #include "Views/Controls/SymbolRenderer.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/InMemoryAppearance.h"
 #include "Views/Tray/MenuBarExtra.h"
 #include "Views/Windows/ViewEngine.h"
@@ -49,8 +50,8 @@ TEST(SymbolRendererTest, DrawsEverySymbolInOneColourAtEverySize)
             }
             // Nothing is cut off at the edges.
             for (int at = 0; at < size; ++at) {
-                for (const QPoint edge : {QPoint(at, 0), QPoint(at, size - 1), QPoint(0, at),
-                                          QPoint(size - 1, at)})
+                for (const QPoint edge :
+                     {QPoint(at, 0), QPoint(at, size - 1), QPoint(0, at), QPoint(size - 1, at)})
                     EXPECT_LT(image.pixelColor(edge).alpha(), 255)
                         << name.toStdString() << " at " << size;
             }
@@ -64,10 +65,9 @@ TEST(SymbolRendererTest, EverySymbolThatAViewNamesIsThere)
     ViewEngine engine(appearance);
     (void)engine.engine();
     const QStringList names = SymbolRenderer::names();
-    static const QRegularExpression use(
-        QStringLiteral("\\b(?:name|symbol|icon): [^\\n]*?\"([a-z][a-z.]*)\""));
+    static const QRegularExpression use(u"\\b(?:name|symbol|icon): [^\\n]*?\"([a-z][a-z.]*)\""_s);
     int uses = 0;
-    for (QDirIterator files(QStringLiteral(":/Velloro"), {QStringLiteral("*.qml")}, QDir::Files,
+    for (QDirIterator files(u":/Velloro"_s, {u"*.qml"_s}, QDir::Files,
                             QDirIterator::Subdirectories);
          files.hasNext();) {
         QFile file(files.next());
@@ -92,16 +92,16 @@ TEST(SymbolRendererTest, TrayIconsDifferByStateAndHaveStraightEdgesOnPixels)
         for (const TranscriptionState state :
              {TranscriptionState::idle, TranscriptionState::listening,
               TranscriptionState::transcribing, TranscriptionState::inserting}) {
-            const QImage image
-                = SymbolRenderer::image(MenuBarExtra::symbolName(state), size, Qt::black,
-                                        SymbolRenderer::Rendering::hierarchical);
-            different.insert(QByteArray(reinterpret_cast<const char *>(image.constBits()),
-                                        image.sizeInBytes()));
+            const QImage image = SymbolRenderer::image(MenuBarExtra::symbolName(state), size,
+                                                       Qt::black,
+                                                       SymbolRenderer::Rendering::hierarchical);
+            different.insert(
+                QByteArray(reinterpret_cast<const char *>(image.constBits()), image.sizeInBytes()));
         }
         EXPECT_EQ(different.size(), 4) << size;
 
         // Through the middle of the bars every pixel is a bar or none.
-        const QImage bars = SymbolRenderer::image(QStringLiteral("waveform"), size, Qt::black);
+        const QImage bars = SymbolRenderer::image(u"waveform"_s, size, Qt::black);
         for (int x = 0; x < size; ++x) {
             const int alpha = bars.pixelColor(x, size / 2).alpha();
             EXPECT_TRUE(alpha == 0 || alpha == 255) << size << ": " << alpha << " at " << x;

@@ -35,7 +35,10 @@ TEST(WindowPlacementTest, PutsThePillAboveThePointerInsideTheVisibleFrame)
         {"second monitor, left edge", second, {1920, 400}, {1930, 302}},
         {"second monitor, between pixels", second, {2400.4, 400.8}, {2270.4, 302.8}},
         {"monitor of negative coordinates", left, {-1280, 1224}, {-1270, 1126}},
-        {"frame narrower than the pill and its margins", {100, 0, 270, 800}, {200, 400}, {110, 302}},
+        {"frame narrower than the pill and its margins",
+         {100, 0, 270, 800},
+         {200, 400},
+         {110, 302}},
         {"frame lower than the pill and its margins", {0, 0, 800, 60}, {400, 30}, {270, 2}},
     };
     for (const PillCase &c : cases) {
@@ -69,7 +72,8 @@ TEST(WindowPlacementTest, PutsThePanelBesideTheTrayIconOnTheScreen)
 
 TEST(WindowPlacementTest, CentersAWindowAndKeepsItOnASmallScreen)
 {
-    EXPECT_EQ(WindowPlacement::centered({500, 580}, {100, 20, 1000, 780}), QRect(350, 120, 500, 580));
+    EXPECT_EQ(WindowPlacement::centered({500, 580}, {100, 20, 1000, 780}),
+              QRect(350, 120, 500, 580));
     EXPECT_EQ(WindowPlacement::centered({500, 580}, {0, 20, 640, 460}), QRect(70, 20, 500, 460));
 }
 

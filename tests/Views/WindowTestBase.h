@@ -1,10 +1,11 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
 #include "Core/State/AppState.h"
 #include "Managers/HotkeyManager.h"
 #include "Support/InMemoryPlatform.h"
-#include "Views/Windows/ViewEngine.h"
 #include "Views/WindowProbe.h"
+#include "Views/Windows/ViewEngine.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -30,14 +31,13 @@ protected:
     [[nodiscard]] QString text(const QString &name) const
     {
         QQuickItem *item = probe().item(name);
-        return item ? item->property("text").toString() : QStringLiteral("(none)");
+        return item ? item->property("text").toString() : u"(none)"_s;
     }
 
     // The recogniser looks for real files of models.
     QTemporaryDir directory;
     InMemoryPlatform memory;
-    const bool isOnDisk
-        = memory.fileSystem->supportDirectory.emplace(directory.path()).size() > 0;
+    const bool isOnDisk = memory.fileSystem->supportDirectory.emplace(directory.path()).size() > 0;
     AppState appState{memory.platform};
     std::unique_ptr<HotkeyManager> hotkeyManager = std::make_unique<HotkeyManager>(memory.platform);
     ViewEngine engine{*memory.appearance};

@@ -22,7 +22,11 @@ Function *libraryFunction(const char *name)
 class HandOver final : public QtPrivate::QSlotObjectBase
 {
 public:
-    explicit HandOver(QtPrivate::QSlotObjectBase *work) : QSlotObjectBase(&run), m_work(work) {}
+    explicit HandOver(QtPrivate::QSlotObjectBase *work)
+        : QSlotObjectBase(&run)
+        , m_work(work)
+    {
+    }
 
 private:
     static void run(int operation, QSlotObjectBase *base, QObject *receiver, void **arguments,
@@ -52,8 +56,8 @@ extern "C" const char *__tsan_default_options()
 }
 
 /// Qt's bus thread asks a receiver for its class while the receiver's own thread waits for it, by a
-/// futex. libdbus holds its own locks in either order. ggml's threads wait for each other in loops of
-/// their own.
+/// futex. libdbus holds its own locks in either order. ggml's threads wait for each other in loops
+/// of their own.
 extern "C" const char *__tsan_default_suppressions()
 {
     return "race:^Velloro::AtSpiBus::metaObject\n"

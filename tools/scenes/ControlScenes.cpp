@@ -1,5 +1,7 @@
 #include "Scene.h"
 
+#include "Base/StringLiterals.h"
+
 namespace Velloro {
 
 namespace {
@@ -115,10 +117,8 @@ Rectangle {
 
 QList<Scene> controlScenes()
 {
-    return {{QStringLiteral("controls-gallery"),
-             [](Stage &stage) { return stage.pictureOfText(gallery); }},
-            {QStringLiteral("controls-fonts"),
-             [](Stage &stage) { return stage.pictureOfText(fonts); }}};
+    return {{u"controls-gallery"_s, [](Stage &stage) { return stage.pictureOfText(gallery); }},
+            {u"controls-fonts"_s, [](Stage &stage) { return stage.pictureOfText(fonts); }}};
 }
 
 } // namespace Velloro

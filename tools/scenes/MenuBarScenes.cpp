@@ -1,5 +1,6 @@
 #include "Scene.h"
 
+#include "Base/StringLiterals.h"
 #include "Views/Tray/MenuBarViewModel.h"
 
 namespace Velloro {
@@ -11,14 +12,11 @@ QImage panel(Stage &stage, const QString &focused = {})
 {
     MenuBarViewModel model(stage.memory.platform, stage.appState, *stage.hotkeyManager);
     if (!focused.isEmpty()) {
-        return stage.windowPicture(QStringLiteral("Tray/MenuBarView.qml"),
-                                   {{QStringLiteral("model"), QVariant::fromValue(&model)}},
-                                   [&](QQuickItem &root) {
-                                       Stage::focus(Stage::findItem(root, focused));
-                                   });
+        return stage.windowPicture(
+            u"Tray/MenuBarView.qml"_s, {{u"model"_s, QVariant::fromValue(&model)}},
+            [&](QQuickItem &root) { Stage::focus(Stage::findItem(root, focused)); });
     }
-    return stage.picture(QStringLiteral("Tray/MenuBarView.qml"),
-                         {{QStringLiteral("model"), QVariant::fromValue(&model)}});
+    return stage.picture(u"Tray/MenuBarView.qml"_s, {{u"model"_s, QVariant::fromValue(&model)}});
 }
 
 } // namespace
@@ -26,41 +24,37 @@ QImage panel(Stage &stage, const QString &focused = {})
 QList<Scene> menuBarScenes()
 {
     return {
-        {QStringLiteral("panel-fresh"), [](Stage &stage) { return panel(stage); }},
-        {QStringLiteral("panel-downloaded"),
+        {u"panel-fresh"_s, [](Stage &stage) { return panel(stage); }},
+        {u"panel-downloaded"_s,
          [](Stage &stage) {
              for (const char *id : {"base", "small"})
                  stage.setModelState(QLatin1StringView(id), ModelDownloadState::downloaded());
              return panel(stage);
          }},
-        {QStringLiteral("panel-models"),
+        {u"panel-models"_s,
          [](Stage &stage) {
-             stage.setModelState(QStringLiteral("base"), ModelDownloadState::downloaded());
-             stage.setModelState(QStringLiteral("small"), ModelDownloadState::downloading(0.427));
-             stage.setModelState(QStringLiteral("medium"),
-                                 ModelDownloadState::failed(QStringLiteral("No connection")));
+             stage.setModelState(u"base"_s, ModelDownloadState::downloaded());
+             stage.setModelState(u"small"_s, ModelDownloadState::downloading(0.427));
+             stage.setModelState(u"medium"_s, ModelDownloadState::failed(u"No connection"_s));
              stage.appState.setTranscriptionState(TranscriptionState::listening);
              stage.appState.setRecordingMode(RecordingMode::toggle);
              return panel(stage);
          }},
-        {QStringLiteral("panel-hotkey-taken"),
+        {u"panel-hotkey-taken"_s,
          [](Stage &stage) {
              stage.memory.hotkeyRegistration->refusal = 10;
              stage.hotkeyManager->updateHotkey(2, HotkeyManager::cmdKey | HotkeyManager::shiftKey);
              stage.appState.setSelectedModel(ModelPreset::large);
              return panel(stage);
          }},
-        {QStringLiteral("panel-failed-help"),
+        {u"panel-failed-help"_s,
          [](Stage &stage) {
-             stage.setModelState(QStringLiteral("medium"),
-                                 ModelDownloadState::failed(QStringLiteral("No connection")));
-             return panel(stage, QStringLiteral("Retry download"));
+             stage.setModelState(u"medium"_s, ModelDownloadState::failed(u"No connection"_s));
+             return panel(stage, u"Retry download"_s);
          }},
-        {QStringLiteral("panel-focus"),
-         [](Stage &stage) { return panel(stage, QStringLiteral("Small, Fast")); }},
-        {QStringLiteral("panel-focus-footer"),
-         [](Stage &stage) { return panel(stage, QStringLiteral("Settings...")); }},
-        {QStringLiteral("panel-large-text"),
+        {u"panel-focus"_s, [](Stage &stage) { return panel(stage, u"Small, Fast"_s); }},
+        {u"panel-focus-footer"_s, [](Stage &stage) { return panel(stage, u"Settings..."_s); }},
+        {u"panel-large-text"_s,
          [](Stage &stage) {
              stage.memory.appearance->scale = 1.5;
              stage.memory.appearance->accent = 0xe66100;

@@ -1,5 +1,6 @@
 #include "Scene.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/WaitUntil.h"
 #include "Views/Onboarding/OnboardingViewModel.h"
 
@@ -7,7 +8,7 @@ namespace Velloro {
 
 namespace {
 
-const QString firstModel = QStringLiteral("small-q8_0");
+const QString firstModel = u"small-q8_0"_s;
 
 QImage step(Stage &stage, int steps, const QString &failure = {})
 {
@@ -27,8 +28,8 @@ QImage step(Stage &stage, int steps, const QString &failure = {})
     }
     stage.appState.setHasMicrophonePermission(hasMicrophone);
     stage.appState.setIsDownloadingModel(isDownloading);
-    return stage.picture(QStringLiteral("Onboarding/OnboardingView.qml"),
-                         {{QStringLiteral("model"), QVariant::fromValue(&model)}});
+    return stage.picture(u"Onboarding/OnboardingView.qml"_s,
+                         {{u"model"_s, QVariant::fromValue(&model)}});
 }
 
 } // namespace
@@ -36,51 +37,46 @@ QImage step(Stage &stage, int steps, const QString &failure = {})
 QList<Scene> onboardingScenes()
 {
     QList<Scene> scenes{
-        {QStringLiteral("onboarding-1-welcome"), [](Stage &stage) { return step(stage, 0); }},
-        {QStringLiteral("onboarding-2-permissions"),
+        {u"onboarding-1-welcome"_s, [](Stage &stage) { return step(stage, 0); }},
+        {u"onboarding-2-permissions"_s,
          [](Stage &stage) {
              stage.memory.captureAuthorization->status = AuthorizationStatus::denied;
              return step(stage, 1);
          }},
-        {QStringLiteral("onboarding-2-permissions-granted"),
-         [](Stage &stage) { return step(stage, 1); }},
-        {QStringLiteral("onboarding-3-download"), [](Stage &stage) { return step(stage, 2); }},
-        {QStringLiteral("onboarding-3-failed"),
-         [](Stage &stage) {
-             return step(stage, 2, QStringLiteral("Could not resolve host: huggingface.co"));
-         }},
-        {QStringLiteral("onboarding-3-downloading"),
+        {u"onboarding-2-permissions-granted"_s, [](Stage &stage) { return step(stage, 1); }},
+        {u"onboarding-3-download"_s, [](Stage &stage) { return step(stage, 2); }},
+        {u"onboarding-3-failed"_s,
+         [](Stage &stage) { return step(stage, 2, u"Could not resolve host: huggingface.co"_s); }},
+        {u"onboarding-3-downloading"_s,
          [](Stage &stage) {
              stage.appState.setIsDownloadingModel(true);
              stage.appState.setDownloadProgress(0.427);
              return step(stage, 2);
          }},
-        {QStringLiteral("onboarding-3-ready"),
+        {u"onboarding-3-ready"_s,
          [](Stage &stage) {
              stage.appState.setDownloadedModels({ModelPreset::medium});
              return step(stage, 2);
          }},
-        {QStringLiteral("onboarding-4-hotkey-taken"),
+        {u"onboarding-4-hotkey-taken"_s,
          [](Stage &stage) {
              stage.memory.hotkeyRegistration->refusal = 10;
              stage.hotkeyManager->updateHotkey(2, HotkeyManager::cmdKey | HotkeyManager::shiftKey);
              stage.appState.setRecordingMode(RecordingMode::toggle);
              return step(stage, 3);
          }},
-        {QStringLiteral("onboarding-4-hotkey"), [](Stage &stage) { return step(stage, 3); }},
-        {QStringLiteral("onboarding-5-showcase"), [](Stage &stage) { return step(stage, 4); }},
-        {QStringLiteral("onboarding-6-done"),
+        {u"onboarding-4-hotkey"_s, [](Stage &stage) { return step(stage, 3); }},
+        {u"onboarding-5-showcase"_s, [](Stage &stage) { return step(stage, 4); }},
+        {u"onboarding-6-done"_s,
          [](Stage &stage) {
              stage.setModelState(firstModel, ModelDownloadState::downloaded());
              stage.memory.trayHost->appear();
              return step(stage, 5);
          }},
-        {QStringLiteral("onboarding-6-no-model-no-tray"),
-         [](Stage &stage) { return step(stage, 5); }},
+        {u"onboarding-6-no-model-no-tray"_s, [](Stage &stage) { return step(stage, 5); }},
     };
     for (int index = 0; index < 6; ++index) {
-        scenes << Scene{QStringLiteral("onboarding-%1-large-text").arg(index + 1),
-                        [index](Stage &stage) {
+        scenes << Scene{u"onboarding-%1-large-text"_s.arg(index + 1), [index](Stage &stage) {
                             stage.memory.appearance->scale = 1.5;
                             return step(stage, index);
                         }};

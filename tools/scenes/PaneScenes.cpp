@@ -1,9 +1,10 @@
 #include "Scene.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/WaitUntil.h"
-#include "Views/Shared/HotkeyRecorderViewModel.h"
 #include "Views/Settings/Models/ModelSettingsViewModel.h"
 #include "Views/Settings/Privacy/PrivacySettingsViewModel.h"
+#include "Views/Shared/HotkeyRecorderViewModel.h"
 
 namespace Velloro {
 
@@ -15,7 +16,7 @@ constexpr QSize tall(500, 1020);
 
 QVariantMap with(QObject &model)
 {
-    return {{QStringLiteral("model"), QVariant::fromValue(&model)}};
+    return {{u"model"_s, QVariant::fromValue(&model)}};
 }
 
 using Act = std::function<void(QQuickItem &root)>;
@@ -25,7 +26,7 @@ QImage models(Stage &stage, QSize size = paneSize, int category = 1, int openGro
 {
     ModelSettingsViewModel model(stage.appState);
     return stage.windowPicture(
-        QStringLiteral("Settings/Models/ModelSettingsView.qml"), with(model),
+        u"Settings/Models/ModelSettingsView.qml"_s, with(model),
         [&](QQuickItem &root) {
             model.selectCategory(category);
             if (openGroup >= 0)
@@ -39,7 +40,7 @@ QImage models(Stage &stage, QSize size = paneSize, int category = 1, int openGro
 /// Opens the menu of the first preset.
 void openMenu(QQuickItem &root)
 {
-    if (QQuickItem *button = Stage::findItem(root, QStringLiteral("assignedModel")))
+    if (QQuickItem *button = Stage::findItem(root, u"assignedModel"_s))
         QMetaObject::invokeMethod(button, "clicked");
 }
 
@@ -54,7 +55,7 @@ QImage privacy(Stage &stage, bool microphone, bool accessibility)
     stage.appState.setHasMicrophonePermission(microphone);
     stage.appState.setHasAccessibilityPermission(accessibility);
     PrivacySettingsViewModel model(stage.appState);
-    return stage.windowPicture(QStringLiteral("Settings/Privacy/PrivacySettingsView.qml"), with(model), {},
+    return stage.windowPicture(u"Settings/Privacy/PrivacySettingsView.qml"_s, with(model), {},
                                paneSize);
 }
 
@@ -64,7 +65,7 @@ QImage help(Stage &stage, SettingsPage page, bool granted = false)
     stage.appState.setHasAccessibilityPermission(granted);
     PermissionHelpViewModel model(stage.appState);
     model.openSettingsPage(page);
-    return stage.windowPicture(QStringLiteral("Settings/Privacy/PermissionHelpView.qml"), with(model));
+    return stage.windowPicture(u"Settings/Privacy/PermissionHelpView.qml"_s, with(model));
 }
 
 /// `held`: what is held while recording; nothing when it does not record.
@@ -87,94 +88,85 @@ QImage recorder(Stage &stage, const QString &file, std::optional<uint32_t> held,
 QList<Scene> paneScenes()
 {
     QList<Scene> scenes{
-        {QStringLiteral("models-fresh"), [](Stage &stage) { return models(stage); }},
-        {QStringLiteral("models-states"),
+        {u"models-fresh"_s, [](Stage &stage) { return models(stage); }},
+        {u"models-states"_s,
          [](Stage &stage) {
-             stage.setModelState(QStringLiteral("base-q5_1"), ModelDownloadState::downloaded());
-             stage.setModelState(QStringLiteral("base-q8_0"),
-                                 ModelDownloadState::downloading(0.427));
-             stage.setModelState(QStringLiteral("base.en-q5_1"),
-                                 ModelDownloadState::failed(QStringLiteral("No connection")));
+             stage.setModelState(u"base-q5_1"_s, ModelDownloadState::downloaded());
+             stage.setModelState(u"base-q8_0"_s, ModelDownloadState::downloading(0.427));
+             stage.setModelState(u"base.en-q5_1"_s, ModelDownloadState::failed(u"No connection"_s));
              return models(stage, tall, 1, 1);
          }},
-        {QStringLiteral("models-failed-help"),
+        {u"models-failed-help"_s,
          [](Stage &stage) {
              stage.setModelState(
-                 QStringLiteral("tiny-q5_1"),
-                 ModelDownloadState::failed(QStringLiteral(
-                     "The server closed the connection after 12.3 MB of 32.2 MB.")));
-             return models(stage, tall, 1, 0, focusOn(QStringLiteral("Retry")));
+                 u"tiny-q5_1"_s,
+                 ModelDownloadState::failed(
+                     u"The server closed the connection after 12.3 MB of 32.2 MB."_s));
+             return models(stage, tall, 1, 0, focusOn(u"Retry"_s));
          }},
-        {QStringLiteral("models-downloading-help"),
+        {u"models-downloading-help"_s,
          [](Stage &stage) {
-             stage.setModelState(QStringLiteral("tiny-q5_1"),
-                                 ModelDownloadState::downloading(0.1));
+             stage.setModelState(u"tiny-q5_1"_s, ModelDownloadState::downloading(0.1));
              return models(stage, tall, 1, 0, [&stage](QQuickItem &root) {
                  // The speed is that between two reports.
                  for (const int64_t bytes : {200'000, 427'000}) {
-                     stage.memory.downloadSession->delegate.downloadDidWriteData(
-                         DownloadTaskId(1), bytes, 1'000'000);
+                     stage.memory.downloadSession->delegate.downloadDidWriteData(DownloadTaskId(1),
+                                                                                 bytes, 1'000'000);
                      (void)waitUntil([] { return false; }, std::chrono::milliseconds(600));
                  }
                  stage.memory.downloadSession->delegate.downloadDidWriteData(DownloadTaskId(1),
                                                                              428'000, 1'000'000);
-                 focusOn(QStringLiteral("Downloading Tiny Q5"))(root);
+                 focusOn(u"Downloading Tiny Q5"_s)(root);
              });
          }},
-        {QStringLiteral("models-delete-help"),
+        {u"models-delete-help"_s,
          [](Stage &stage) {
-             stage.setModelState(QStringLiteral("tiny-q5_1"), ModelDownloadState::downloaded());
-             return models(stage, tall, 1, 0, focusOn(QStringLiteral("Delete model")));
+             stage.setModelState(u"tiny-q5_1"_s, ModelDownloadState::downloaded());
+             return models(stage, tall, 1, 0, focusOn(u"Delete model"_s));
          }},
-        {QStringLiteral("models-full-selected"),
+        {u"models-full-selected"_s,
          [](Stage &stage) {
              const QString selected = stage.appState.whisperManager().selectedModelId();
              stage.setModelState(selected, ModelDownloadState::downloaded());
-             stage.appState.setModelId(QStringLiteral("gone"), ModelPreset::large);
+             stage.appState.setModelId(u"gone"_s, ModelPreset::large);
              const WhisperModelInfo &info = *ModelCatalog::modelById(selected);
              return models(stage, tall, int(info.category), int(info.size));
          }},
-        {QStringLiteral("models-large-text"),
+        {u"models-large-text"_s,
          [](Stage &stage) {
              stage.memory.appearance->scale = 1.5;
              stage.memory.appearance->accent = 0xe66100;
              return models(stage, tall, 1, 3);
          }},
-        {QStringLiteral("models-menu"),
+        {u"models-menu"_s,
          [](Stage &stage) {
              for (const char *id : {"base", "small-q5_1", "medium"})
                  stage.setModelState(QLatin1StringView(id), ModelDownloadState::downloaded());
-             stage.appState.setModelId(QStringLiteral("small-q5_1"), ModelPreset::small);
+             stage.appState.setModelId(u"small-q5_1"_s, ModelPreset::small);
              return models(stage, tall, 1, -1, openMenu);
          }},
-        {QStringLiteral("models-menu-empty"),
-         [](Stage &stage) {
-             return models(stage, paneSize, 1, -1, openMenu);
-         }},
-        {QStringLiteral("privacy-granted"), [](Stage &stage) { return privacy(stage, true, true); }},
-        {QStringLiteral("privacy-one"), [](Stage &stage) { return privacy(stage, true, false); }},
-        {QStringLiteral("privacy-none"), [](Stage &stage) { return privacy(stage, false, false); }},
-        {QStringLiteral("help-microphone"),
-         [](Stage &stage) { return help(stage, SettingsPage::microphone); }},
-        {QStringLiteral("help-accessibility"),
+        {u"models-menu-empty"_s,
+         [](Stage &stage) { return models(stage, paneSize, 1, -1, openMenu); }},
+        {u"privacy-granted"_s, [](Stage &stage) { return privacy(stage, true, true); }},
+        {u"privacy-one"_s, [](Stage &stage) { return privacy(stage, true, false); }},
+        {u"privacy-none"_s, [](Stage &stage) { return privacy(stage, false, false); }},
+        {u"help-microphone"_s, [](Stage &stage) { return help(stage, SettingsPage::microphone); }},
+        {u"help-accessibility"_s,
          [](Stage &stage) { return help(stage, SettingsPage::accessibility); }},
-        {QStringLiteral("help-granted"),
+        {u"help-granted"_s,
          [](Stage &stage) { return help(stage, SettingsPage::accessibility, true); }},
     };
     for (const auto &[name, file] :
-         {std::pair(QStringLiteral("recorder"), QStringLiteral("Settings/General/HotkeyRecorder.qml")),
-          std::pair(QStringLiteral("recorder-onboarding"),
-                    QStringLiteral("Onboarding/OnboardingHotkeyRecorder.qml"))}) {
-        scenes << Scene{name + QStringLiteral("-idle"), [file](Stage &stage) {
-                            return recorder(stage, file, std::nullopt);
-                        }};
-        scenes << Scene{name + QStringLiteral("-prompt"),
+         {std::pair(u"recorder"_s, u"Settings/General/HotkeyRecorder.qml"_s),
+          std::pair(u"recorder-onboarding"_s, u"Onboarding/OnboardingHotkeyRecorder.qml"_s)}) {
+        scenes << Scene{name + u"-idle"_s,
+                        [file](Stage &stage) { return recorder(stage, file, std::nullopt); }};
+        scenes << Scene{name + u"-prompt"_s,
                         [file](Stage &stage) { return recorder(stage, file, 0); }};
-        scenes << Scene{name + QStringLiteral("-held"),
+        scenes << Scene{name + u"-held"_s,
                         [file](Stage &stage) { return recorder(stage, file, 0x120000); }};
-        scenes << Scene{name + QStringLiteral("-taken"), [file](Stage &stage) {
-                            return recorder(stage, file, std::nullopt, true);
-                        }};
+        scenes << Scene{name + u"-taken"_s,
+                        [file](Stage &stage) { return recorder(stage, file, std::nullopt, true); }};
     }
     return scenes;
 }

@@ -1,5 +1,6 @@
 #include "Scene.h"
 
+#include "Base/StringLiterals.h"
 #include "Views/Pill/RecordingPillWindowController.h"
 
 namespace Velloro {
@@ -22,58 +23,51 @@ QImage pill(Stage &stage, TranscriptionState state, const QString &streamed = {}
 
 QList<Scene> recordingPillScenes()
 {
-    const QString longText = QStringLiteral("The quick brown fox jumps over the lazy dog and runs");
+    const QString longText = u"The quick brown fox jumps over the lazy dog and runs"_s;
     return {
-        {QStringLiteral("pill-idle"),
-         [](Stage &stage) { return pill(stage, TranscriptionState::idle); }},
-        {QStringLiteral("pill-listening"),
+        {u"pill-idle"_s, [](Stage &stage) { return pill(stage, TranscriptionState::idle); }},
+        {u"pill-listening"_s,
          [](Stage &stage) { return pill(stage, TranscriptionState::listening); }},
-        {QStringLiteral("pill-transcribing"),
+        {u"pill-transcribing"_s,
          [](Stage &stage) { return pill(stage, TranscriptionState::transcribing); }},
-        {QStringLiteral("pill-inserting"),
+        {u"pill-inserting"_s,
          [](Stage &stage) { return pill(stage, TranscriptionState::inserting); }},
-        {QStringLiteral("pill-streaming-empty"),
-         [](Stage &stage) {
-             return pill(stage, TranscriptionState::listening, QStringLiteral(""));
-         }},
-        {QStringLiteral("pill-streaming"),
-         [](Stage &stage) {
-             return pill(stage, TranscriptionState::listening, QStringLiteral("hello wor"));
-         }},
-        {QStringLiteral("pill-streaming-long"),
-         [longText](Stage &stage) {
-             return pill(stage, TranscriptionState::listening, longText);
-         }},
-        {QStringLiteral("pill-streaming-transcribing"),
+        {u"pill-streaming-empty"_s,
+         [](Stage &stage) { return pill(stage, TranscriptionState::listening, u""_s); }},
+        {u"pill-streaming"_s,
+         [](Stage &stage) { return pill(stage, TranscriptionState::listening, u"hello wor"_s); }},
+        {u"pill-streaming-long"_s,
+         [longText](Stage &stage) { return pill(stage, TranscriptionState::listening, longText); }},
+        {u"pill-streaming-transcribing"_s,
          [longText](Stage &stage) {
              return pill(stage, TranscriptionState::transcribing, longText);
          }},
-        {QStringLiteral("pill-streaming-long-word"),
+        {u"pill-streaming-long-word"_s,
          [](Stage &stage) {
              return pill(stage, TranscriptionState::listening,
-                         QStringLiteral("Donaudampfschifffahrtsgesellschaftskapitän"));
+                         u"Donaudampfschifffahrtsgesellschaftskapitän"_s);
          }},
-        {QStringLiteral("pill-streaming-right-to-left"),
+        {u"pill-streaming-right-to-left"_s,
          [](Stage &stage) {
              return pill(stage, TranscriptionState::listening,
-                         QStringLiteral("هذا نص يُكتب من اليمين إلى اليسار"));
+                         u"هذا نص يُكتب من اليمين إلى اليسار"_s);
          }},
-        {QStringLiteral("pill-streaming-wide"),
+        {u"pill-streaming-wide"_s,
          [](Stage &stage) {
              return pill(stage, TranscriptionState::listening,
-                         QStringLiteral("日本語の文章が話されたとおりに書かれている"));
+                         u"日本語の文章が話されたとおりに書かれている"_s);
          }},
-        {QStringLiteral("pill-large-text"),
+        {u"pill-large-text"_s,
          [longText](Stage &stage) {
              stage.memory.appearance->scale = 1.5;
              return pill(stage, TranscriptionState::listening, longText);
          }},
-        {QStringLiteral("pill-large-text-transcribing"),
+        {u"pill-large-text-transcribing"_s,
          [](Stage &stage) {
              stage.memory.appearance->scale = 1.5;
              return pill(stage, TranscriptionState::transcribing);
          }},
-        {QStringLiteral("pill-uncomposited"),
+        {u"pill-uncomposited"_s,
          [](Stage &stage) {
              stage.memory.appearance->compositing = false;
              return pill(stage, TranscriptionState::listening);

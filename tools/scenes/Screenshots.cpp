@@ -1,5 +1,6 @@
 // Renders every view in every state to pictures: velloro_screenshots FOLDER light|dark [SCENE...]
 
+#include "Base/StringLiterals.h"
 #include "Scene.h"
 
 #include <QApplication>
@@ -17,7 +18,7 @@ int main(int argc, char **argv)
         return 2;
     }
     const QDir folder(arguments[1]);
-    const bool dark = arguments[2] == QStringLiteral("dark");
+    const bool dark = arguments[2] == u"dark"_s;
 
     const QStringList wanted = arguments.mid(3);
     int status = 0;
@@ -29,7 +30,7 @@ int main(int argc, char **argv)
         Stage stage;
         stage.memory.appearance->dark = dark;
         const QImage picture = scene.take(stage);
-        const QString path = folder.filePath(scene.name + QStringLiteral(".png"));
+        const QString path = folder.filePath(scene.name + u".png"_s);
         if (picture.isNull() || !picture.save(path)) {
             QTextStream(stderr) << "No picture of " << scene.name << '\n';
             status = 1;

@@ -1,5 +1,6 @@
 #include "Scene.h"
 
+#include "Base/StringLiterals.h"
 #include "Views/Settings/SettingsViewModel.h"
 
 #include <QAccessible>
@@ -11,10 +12,9 @@ namespace {
 QImage settings(Stage &stage, int tab, const std::function<void(QQuickItem &root)> &act = {})
 {
     SettingsViewModel model(stage.memory.platform, stage.appState, *stage.hotkeyManager);
-    return stage.windowPicture(QStringLiteral("Settings/SettingsView.qml"),
-                               {{QStringLiteral("model"), QVariant::fromValue(&model)},
-                                {QStringLiteral("currentIndex"), tab}},
-                               act);
+    return stage.windowPicture(
+        u"Settings/SettingsView.qml"_s,
+        {{u"model"_s, QVariant::fromValue(&model)}, {u"currentIndex"_s, tab}}, act);
 }
 
 /// Gives the keyboard to the control with this name, which comes into view.
@@ -41,25 +41,26 @@ void largeText(Stage &stage)
 
 void fillDictionary(Stage &stage)
 {
-    QStringList words{QStringLiteral("Claude"), QStringLiteral("Kubernetes"),
-                      QStringLiteral("قاموس"), QStringLiteral("日本語の単語"),
-                      QStringLiteral("A word that is far too long for the row in which it has to "
-                                     "stand, and so is cut"),
-                      QStringLiteral("Donaudampfschifffahrtselektrizitätenhauptbetriebswerkbau"
-                                     "unterbeamtengesellschaft")};
+    QStringList words{u"Claude"_s,
+                      u"Kubernetes"_s,
+                      u"قاموس"_s,
+                      u"日本語の単語"_s,
+                      u"A word that is far too long for the row in which it has to "
+                      "stand, and so is cut"_s,
+                      u"Donaudampfschifffahrtselektrizitätenhauptbetriebswerkbau"
+                      "unterbeamtengesellschaft"_s};
     for (int number = 1; number <= 20; ++number)
-        words << QStringLiteral("Word %1").arg(number);
+        words << u"Word %1"_s.arg(number);
     stage.appState.setCustomDictionary(words);
 }
 
 void fillHistory(Stage &stage)
 {
-    stage.appState.addToHistory(QStringLiteral("One\ntwo\nthree\nfour\nfive"));
-    stage.appState.addToHistory(QStringLiteral("x").repeated(400));
-    stage.appState.addToHistory(QStringLiteral("هذا نص يُكتب من اليمين إلى اليسار."));
-    stage.appState.addToHistory(
-        QStringLiteral("The quick brown fox jumps over the lazy dog. ").repeated(200));
-    stage.appState.addToHistory(QStringLiteral("A short one."));
+    stage.appState.addToHistory(u"One\ntwo\nthree\nfour\nfive"_s);
+    stage.appState.addToHistory(u"x"_s.repeated(400));
+    stage.appState.addToHistory(u"هذا نص يُكتب من اليمين إلى اليسار."_s);
+    stage.appState.addToHistory(u"The quick brown fox jumps over the lazy dog. "_s.repeated(200));
+    stage.appState.addToHistory(u"A short one."_s);
 }
 
 } // namespace
@@ -67,84 +68,80 @@ void fillHistory(Stage &stage)
 QList<Scene> settingsScenes()
 {
     return {
-        {QStringLiteral("settings-general"), [](Stage &stage) { return settings(stage, 0); }},
-        {QStringLiteral("settings-general-behavior"),
-         [](Stage &stage) {
-             return settings(stage, 0, focusOn(QStringLiteral("enableRealtimeStreaming")));
-         }},
-        {QStringLiteral("settings-general-end"),
-         [](Stage &stage) {
-             return settings(stage, 0, focusOn(QStringLiteral("enableTextCorrection")));
-         }},
-        {QStringLiteral("settings-general-recording"),
+        {u"settings-general"_s, [](Stage &stage) { return settings(stage, 0); }},
+        {u"settings-general-behavior"_s,
+         [](Stage &stage) { return settings(stage, 0, focusOn(u"enableRealtimeStreaming"_s)); }},
+        {u"settings-general-end"_s,
+         [](Stage &stage) { return settings(stage, 0, focusOn(u"enableTextCorrection"_s)); }},
+        {u"settings-general-recording"_s,
          [](Stage &stage) {
              return settings(stage, 0, [&stage](QQuickItem &root) {
-                 press(QStringLiteral("hotkeyRecorder"))(root);
+                 press(u"hotkeyRecorder"_s)(root);
                  stage.memory.keyEventMonitor->flagsChanged(0x120000);
              });
          }},
-        {QStringLiteral("settings-general-taken"),
+        {u"settings-general-taken"_s,
          [](Stage &stage) {
              stage.memory.hotkeyRegistration->refusal = 10;
              stage.hotkeyManager->updateHotkey(2, HotkeyManager::cmdKey | HotkeyManager::shiftKey);
-             return settings(stage, 0, focusOn(QStringLiteral("hotkeyRecorder")));
+             return settings(stage, 0, focusOn(u"hotkeyRecorder"_s));
          }},
-        {QStringLiteral("settings-general-languages"),
-         [](Stage &stage) { return settings(stage, 0, press(QStringLiteral("language"))); }},
-        {QStringLiteral("settings-general-large-text"),
+        {u"settings-general-languages"_s,
+         [](Stage &stage) { return settings(stage, 0, press(u"language"_s)); }},
+        {u"settings-general-large-text"_s,
          [](Stage &stage) {
              largeText(stage);
              return settings(stage, 0);
          }},
-        {QStringLiteral("settings-model"), [](Stage &stage) { return settings(stage, 1); }},
-        {QStringLiteral("settings-model-large-text"),
+        {u"settings-model"_s, [](Stage &stage) { return settings(stage, 1); }},
+        {u"settings-model-large-text"_s,
          [](Stage &stage) {
              largeText(stage);
              return settings(stage, 1);
          }},
-        {QStringLiteral("settings-dictionary-empty"),
-         [](Stage &stage) { return settings(stage, 2); }},
-        {QStringLiteral("settings-dictionary"),
+        {u"settings-dictionary-empty"_s, [](Stage &stage) { return settings(stage, 2); }},
+        {u"settings-dictionary"_s,
          [](Stage &stage) {
              fillDictionary(stage);
              return settings(stage, 2, [](QQuickItem &root) {
                  auto *model = root.property("model").value<SettingsViewModel *>();
-                 model->property("dictionary").value<QObject *>()->setProperty(
-                     "newWord", QStringLiteral("GPT-4"));
+                 model->property("dictionary")
+                     .value<QObject *>()
+                     ->setProperty("newWord", u"GPT-4"_s);
              });
          }},
-        {QStringLiteral("settings-dictionary-rows"),
+        {u"settings-dictionary-rows"_s,
          [](Stage &stage) {
              fillDictionary(stage);
-             return settings(stage, 2, focusOn(QStringLiteral("trash")));
+             return settings(stage, 2, focusOn(u"trash"_s));
          }},
-        {QStringLiteral("settings-dictionary-large-text"),
+        {u"settings-dictionary-large-text"_s,
          [](Stage &stage) {
              largeText(stage);
              return settings(stage, 2);
          }},
-        {QStringLiteral("settings-history-empty"), [](Stage &stage) { return settings(stage, 3); }},
-        {QStringLiteral("settings-history"),
+        {u"settings-history-empty"_s, [](Stage &stage) { return settings(stage, 3); }},
+        {u"settings-history"_s,
          [](Stage &stage) {
              fillHistory(stage);
-             return settings(stage, 3, press(QStringLiteral("copy")));
+             return settings(stage, 3, press(u"copy"_s));
          }},
-        {QStringLiteral("settings-history-focus"),
+        {u"settings-history-focus"_s,
          [](Stage &stage) {
              fillHistory(stage);
-             return settings(stage, 3, focusOn(QStringLiteral("copy")));
+             return settings(stage, 3, focusOn(u"copy"_s));
          }},
-        {QStringLiteral("settings-history-large-text"),
+        {u"settings-history-large-text"_s,
          [](Stage &stage) {
              largeText(stage);
              fillHistory(stage);
              return settings(stage, 3);
          }},
-        {QStringLiteral("settings-privacy"), [](Stage &stage) { return settings(stage, 4); }},
-        {QStringLiteral("settings-privacy-large-text"),
+        {u"settings-privacy"_s, [](Stage &stage) { return settings(stage, 4); }},
+        {u"settings-privacy-large-text"_s,
          [](Stage &stage) {
              largeText(stage);
-             return settings(stage, 4, focusOn(QStringLiteral("Clear Transcription History")));
+             return settings(stage, 4, focusOn(u"Clear Transcription History"_s));
          }},
     };
 }

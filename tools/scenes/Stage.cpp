@@ -1,5 +1,6 @@
 #include "Scene.h"
 
+#include "Base/StringLiterals.h"
 #include "Support/WaitUntil.h"
 #include "Views/Controls/Theme.h"
 
@@ -41,7 +42,7 @@ QImage Stage::picture(const QString &file, const QVariantMap &initialProperties,
 QImage Stage::pictureOfText(const QByteArray &qml)
 {
     QQmlComponent component(&engine.engine());
-    component.setData(qml, QUrl(QStringLiteral("qrc:/Scene.qml")));
+    component.setData(qml, QUrl(u"qrc:/Scene.qml"_s));
     std::unique_ptr<QObject> object(component.create());
     auto *item = qobject_cast<QQuickItem *>(object.get());
     if (!item) {

@@ -1,5 +1,6 @@
 #include "Scene.h"
 
+#include "Base/StringLiterals.h"
 #include "Views/Controls/SymbolRenderer.h"
 
 #include <QGuiApplication>
@@ -46,8 +47,7 @@ QImage allSymbols(Stage &stage)
     for (int index = 0; index <= names.size(); ++index) {
         const QPoint place(index % columns * cell.width() + 8, index / columns * cell.height() + 6);
         const bool isProgram = index == names.size();
-        painter.drawText(place + QPoint(0, 80), isProgram ? QStringLiteral("the program's icon")
-                                                          : names[index]);
+        painter.drawText(place + QPoint(0, 80), isProgram ? u"the program's icon"_s : names[index]);
         drawSizes(painter, place, [&](int pixels) {
             if (!isProgram)
                 return SymbolRenderer::image(names[index], pixels, ink);
@@ -62,9 +62,8 @@ QImage allSymbols(Stage &stage)
 QImage trayIcons(Stage &stage)
 {
     const bool dark = stage.memory.appearance->dark;
-    const QStringList names{QStringLiteral("waveform"), QStringLiteral("waveform.circle.fill"),
-                            QStringLiteral("ellipsis.circle.fill"),
-                            QStringLiteral("checkmark.circle.fill")};
+    const QStringList names{u"waveform"_s, u"waveform.circle.fill"_s, u"ellipsis.circle.fill"_s,
+                            u"checkmark.circle.fill"_s};
     QImage sheet(1000, 560, QImage::Format_ARGB32_Premultiplied);
     sheet.fill(dark ? QColor(0x20, 0x20, 0x22) : QColor(0xf0, 0xf0, 0xf0));
     QPainter painter(&sheet);
@@ -72,9 +71,9 @@ QImage trayIcons(Stage &stage)
     for (const QString &name : names) {
         int x = 8;
         for (const int size : iconSizes) {
-            const QImage image
-                = SymbolRenderer::image(name, size, dark ? Qt::white : QColor(0x1c, 0x1c, 0x1e),
-                                        SymbolRenderer::Rendering::hierarchical);
+            const QImage image = SymbolRenderer::image(name, size,
+                                                       dark ? Qt::white : QColor(0x1c, 0x1c, 0x1e),
+                                                       SymbolRenderer::Rendering::hierarchical);
             painter.drawImage(x, y, image);
             x += size + 8;
             if (size <= 24) {
@@ -91,7 +90,7 @@ QImage trayIcons(Stage &stage)
 
 QList<Scene> symbolScenes()
 {
-    return {{QStringLiteral("symbols"), allSymbols}, {QStringLiteral("tray"), trayIcons}};
+    return {{u"symbols"_s, allSymbols}, {u"tray"_s, trayIcons}};
 }
 
 } // namespace Velloro

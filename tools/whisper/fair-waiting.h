@@ -1,6 +1,6 @@
 /* Read before each of ggml's C sources: a thread that waits for another spins, but lets other
-   programs have the processor every few microseconds. Otherwise, where they want it too, it holds up
-   the very thread that it waits for, and recognition takes many times as long. */
+   programs have the processor every few microseconds. Otherwise, where they want it too, it holds
+   up the very thread that it waits for, and recognition takes many times as long. */
 #pragma once
 
 #if defined(__x86_64__)

@@ -1,6 +1,7 @@
 #include "Core/Dictation/DictationController.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 #include "Core/Dictation/TextFieldCheck.h"
 #include "Core/Recognition/ModelFile.h"
 #include "Managers/TextCorrector.h"
@@ -48,7 +49,8 @@ private:
 };
 
 DictationController::DictationController(AppState &appState, Platform &platform,
-                                         HotkeyManager &hotkeyManager, PillFactory makePill, QObject *parent)
+                                         HotkeyManager &hotkeyManager, PillFactory makePill,
+                                         QObject *parent)
     : QObject(parent)
     , m_appState(appState)
     , m_platform(platform)
@@ -88,8 +90,7 @@ void DictationController::setupHotkeyHandlers()
             controller->handleHotkeyReleased();
     });
     connect(&m_hotkeyManager, &HotkeyManager::pressedWhilePaused, this, [this] {
-        m_notices.tell(DictationNotices::Cause::hotkeyTaken,
-                       m_hotkeyManager.hotkeyDisplayString());
+        m_notices.tell(DictationNotices::Cause::hotkeyTaken, m_hotkeyManager.hotkeyDisplayString());
     });
 }
 
@@ -118,7 +119,7 @@ void DictationController::startRecording()
         return;
     }
     if (!m_appState.hasMicrophonePermission()) {
-        log(u"Microphone permission not granted, requesting..."_qs);
+        log(u"Microphone permission not granted, requesting..."_s);
         requestPermissionAndStart();
         return;
     }
@@ -138,11 +139,11 @@ QCoro::Task<void> DictationController::requestPermissionAndStart()
         co_return;
     m_appState.setHasMicrophonePermission(granted);
     if (!granted) {
-        log(u"Permission denied by user"_qs);
+        log(u"Permission denied by user"_s);
         m_notices.tell(DictationNotices::Cause::microphoneRefused);
         co_return;
     }
-    log(u"Permission granted, starting recording..."_qs);
+    log(u"Permission granted, starting recording..."_s);
     co_await startRecordingInternal();
 }
 
@@ -153,7 +154,7 @@ QCoro::Task<void> DictationController::startRecordingInternal()
 
     for (;;) {
         if (m_appState.transcriptionState() != TranscriptionState::idle) {
-            log(u"Cannot start recording: already recording (state: %1)"_qs.arg(
+            log(u"Cannot start recording: already recording (state: %1)"_s.arg(
                 caseName(m_appState.transcriptionState())));
             co_return;
         }
@@ -200,19 +201,19 @@ QCoro::Task<void> DictationController::startRecordingInternal()
     }
     if (!started) {
         const QString reason = localizedDescription(started.error());
-        log(u"Failed to start recording: "_qs + reason);
+        log(u"Failed to start recording: "_s + reason);
         m_notices.tell(DictationNotices::Cause::microphoneFailed, reason);
         co_return;
     }
-    log(streaming ? u"Started recording with realtime streaming"_qs
-                  : u"Started recording in batch mode"_qs);
+    log(streaming ? u"Started recording with realtime streaming"_s
+                  : u"Started recording in batch mode"_s);
 
     m_textInsertionManager.prepare();
     m_appState.setTranscriptionState(TranscriptionState::listening);
     showRecordingPill();
     startRecordingTimer();
     if (m_appState.playSounds())
-        m_platform.systemSounds->play(u"Pop"_qs);
+        m_platform.systemSounds->play(u"Pop"_s);
     // Locked since the check above: nobody would stop it.
     if (m_platform.screenLock->isLocked())
         stopRecording();
@@ -220,7 +221,7 @@ QCoro::Task<void> DictationController::startRecordingInternal()
 
 QCoro::Task<bool> DictationController::loadModelJustInTime()
 {
-    log(u"Model not loaded, attempting to load selected model..."_qs);
+    log(u"Model not loaded, attempting to load selected model..."_s);
     const QPointer<DictationController> alive(this);
     WhisperManager &manager = m_appState.whisperManager();
     for (;;) {
@@ -228,7 +229,7 @@ QCoro::Task<bool> DictationController::loadModelJustInTime()
         if (!alive)
             co_return false;
         if (manager.isModelLoaded()) {
-            log(u"Successfully loaded model JIT"_qs);
+            log(u"Successfully loaded model JIT"_s);
             co_return true;
         }
         const WhisperModelType type = modelType(m_appState.selectedModel());
@@ -236,7 +237,7 @@ QCoro::Task<bool> DictationController::loadModelJustInTime()
             if (awaited && !*awaited) {
                 reportFailedLoad(awaited->error());
             } else {
-                log(u"Cannot start recording: model not downloaded."_qs);
+                log(u"Cannot start recording: model not downloaded."_s);
                 tellOfMissingModel();
             }
             co_return false;
@@ -318,8 +319,8 @@ void DictationController::stopRecording()
     m_recordingTimer.stop();
 
     std::vector<float> samples = m_audioCaptureManager.stopRecording();
-    log(u"Stopped recording, got %1 samples. Mode: %2"_qs.arg(
-        QString::number(samples.size()), wasStreaming ? u"streaming"_qs : u"batch"_qs));
+    log(u"Stopped recording, got %1 samples. Mode: %2"_s.arg(
+        QString::number(samples.size()), wasStreaming ? u"streaming"_s : u"batch"_s));
     if (wasStreaming) {
         // Runs on the executor ahead of the transcription; nothing here depends on its end.
         if (const auto context = m_appState.whisperManager().whisperContext())
@@ -371,12 +372,11 @@ void DictationController::finish(const WhisperContext::TranscriptionResult &hear
     if (heard && !heard->isEmpty())
         insertFinalText(*heard, isTyped);
     else
-        log(u"Empty final transcription"_qs);
+        log(u"Empty final transcription"_s);
     // What was certain while streaming is then all that there is of the recording.
     if (!heard) {
         m_appState.addToHistory(m_confirmedText);
-        m_notices.tell(DictationNotices::Cause::notRecognised,
-                       localizedDescription(heard.error()));
+        m_notices.tell(DictationNotices::Cause::notRecognised, localizedDescription(heard.error()));
     }
     m_textInsertionManager.finish();
 
@@ -386,7 +386,7 @@ void DictationController::finish(const WhisperContext::TranscriptionResult &hear
     m_confirmedText.clear();
     hideRecordingPill();
     if (m_appState.playSounds())
-        m_platform.systemSounds->play(u"Tink"_qs);
+        m_platform.systemSounds->play(u"Tink"_s);
     announceIdle();
 }
 
@@ -406,7 +406,7 @@ void DictationController::deleteStreamedText()
     const int64_t count = m_streamedText.removableCount();
     if (count < 1)
         return;
-    log(u"Deleting %1 characters of streaming text"_qs.arg(count));
+    log(u"Deleting %1 characters of streaming text"_s.arg(count));
     m_textInsertionManager.deleteBackwards(count);
     m_platform.keyboardEvents->pause(pauseAfterDeletion);
 }
@@ -417,21 +417,21 @@ void DictationController::insertFinalText(const QString &text, bool isTyped)
     if (m_appState.enableTextCorrection()) {
         final = TextCorrector::correct(text, rawValue(m_appState.selectedLanguage()));
         if (final != text)
-            log(u"Text corrected: '"_qs + text + u"' -> '"_qs + final + u"'"_qs);
+            log(u"Text corrected: '"_s + text + u"' -> '"_s + final + u"'"_s);
     }
     if (isTyped) {
         m_textInsertionManager.insertText(final);
         if (m_textInsertionManager.wasLastPasteRefused()) {
-            log(u"Keeping the transcription in the history: another program keeps the clipboard"_qs);
+            log(u"Keeping the transcription in the history: another program keeps the clipboard"_s);
             m_notices.tell(DictationNotices::Cause::wordsNotPasted);
         }
     } else {
-        log(u"Keeping the transcription in the history: its field has lost the keyboard"_qs);
+        log(u"Keeping the transcription in the history: its field has lost the keyboard"_s);
         m_notices.tell(DictationNotices::Cause::wordsKept);
     }
     m_appState.setLastTranscript(final);
     m_appState.addToHistory(final);
-    log(u"Final transcription: '"_qs + final + u"'"_qs);
+    log(u"Final transcription: '"_s + final + u"'"_s);
 }
 
 bool DictationController::isTextFieldFocused()
@@ -450,18 +450,17 @@ bool DictationController::isTextFieldFocused()
 void DictationController::showTextFieldNotification()
 {
     m_platform.userNotifications->deliver(
-        u"Velloro"_qs,
-        u"Please click on a text field before recording. You can disable this check in Settings."_qs);
-    log(u"Text field not focused, showing notification"_qs);
+        u"Velloro"_s,
+        u"Please click on a text field before recording. You can disable this check in Settings."_s);
+    log(u"Text field not focused, showing notification"_s);
 }
 
 void DictationController::reportFailedLoad(const ModelLoadError &error)
 {
     const QString reason = localizedDescription(error);
-    log(u"Failed to load model JIT: "_qs + reason);
+    log(u"Failed to load model JIT: "_s + reason);
     if (isPresetModelDamaged()) {
-        m_notices.tell(DictationNotices::Cause::modelDamaged,
-                       rawValue(m_appState.selectedModel()));
+        m_notices.tell(DictationNotices::Cause::modelDamaged, rawValue(m_appState.selectedModel()));
     } else {
         m_notices.tell(DictationNotices::Cause::modelLoadFailed, reason);
     }
@@ -498,10 +497,10 @@ bool DictationController::hasKeyboard()
 void DictationController::tellWhoHasKeyboard()
 {
     if (m_platform.screenLock->isLocked()) {
-        log(u"Cannot start recording: the screen is locked"_qs);
+        log(u"Cannot start recording: the screen is locked"_s);
         return;
     }
-    log(u"Cannot start recording: another program has taken the keyboard"_qs);
+    log(u"Cannot start recording: another program has taken the keyboard"_s);
     m_notices.tell(DictationNotices::Cause::keyboardTaken);
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Core/State/AppState.h"
 #include "Core/Dictation/DictationNotices.h"
 #include "Core/Dictation/RecordingPill.h"
 #include "Core/Dictation/StreamedText.h"
+#include "Core/State/AppState.h"
 #include "Managers/AudioCaptureManager.h"
 #include "Managers/HotkeyManager.h"
 #include "Managers/TextInsertionManager.h"
@@ -22,8 +22,9 @@ namespace Velloro {
 ///
 /// Main thread only. Asynchronous steps resume there; while they are suspended hotkey events are
 /// handled normally. The checks of `AppState::transcriptionState` guard against overlapping
-/// dictations, and between the check and the microphone's start `m_isStarting` does. A press while a
-/// model is being loaded waits for that load; only when none is under way the controller starts one.
+/// dictations, and between the check and the microphone's start `m_isStarting` does. A press while
+/// a model is being loaded waits for that load; only when none is under way the controller starts
+/// one.
 class DictationController : public QObject
 {
     Q_OBJECT

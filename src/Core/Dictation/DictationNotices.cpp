@@ -1,5 +1,7 @@
 #include "Core/Dictation/DictationNotices.h"
 
+#include "Base/StringLiterals.h"
+
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -33,7 +35,7 @@ void DictationNotices::tell(Cause cause, const QString &detail)
     if (!isAboutSpokenWords(cause) && last != m_lastTold.cend() && now - *last < pauseBetween)
         return;
     m_lastTold.insert(cause, now);
-    m_userNotifications.deliver(QStringLiteral("Velloro"), text(cause, detail));
+    m_userNotifications.deliver(u"Velloro"_s, text(cause, detail));
 }
 
 QString DictationNotices::text(Cause cause, const QString &detail)
@@ -44,7 +46,8 @@ QString DictationNotices::text(Cause cause, const QString &detail)
                   "Model.")
             .arg(detail);
     case Cause::modelDamaged:
-        return tr("The voice model of the %1 preset is damaged. Delete it in Settings, under Model, "
+        return tr("The voice model of the %1 preset is damaged. Delete it in Settings, under "
+                  "Model, "
                   "and download it again.")
             .arg(detail);
     case Cause::modelOnItsWay:

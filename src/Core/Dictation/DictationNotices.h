@@ -21,10 +21,10 @@ public:
     using Clock = std::function<TimePoint()>;
 
     enum class Cause {
-        modelMissing,     ///< The detail is the preset's name.
-        modelDamaged,     ///< The detail is the preset's name.
-        modelOnItsWay,    ///< The preset's model is being downloaded.
-        modelLoadFailed,  ///< The detail is the error's description.
+        modelMissing,    ///< The detail is the preset's name.
+        modelDamaged,    ///< The detail is the preset's name.
+        modelOnItsWay,   ///< The preset's model is being downloaded.
+        modelLoadFailed, ///< The detail is the error's description.
         microphoneRefused,
         microphoneFailed, ///< The detail is the error's description.
         hotkeyTaken,      ///< By the field that records a new one. The detail is the combination.

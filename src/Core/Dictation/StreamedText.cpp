@@ -2,6 +2,7 @@
 
 #include "Base/Graphemes.h"
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 #include "Managers/TextInsertionManager.h"
 
 #include <utility>
@@ -46,7 +47,7 @@ void StreamedText::type(const QString &confirmed)
         return;
     if (!m_typed.isEmpty() && !(hasArrived() && m_insertion.isAtLastInsertion())) {
         if (!std::exchange(m_isHeldBack, true))
-            log(u"Streaming held back: the typed text is not seen before the caret"_qs);
+            log(u"Streaming held back: the typed text is not seen before the caret"_s);
         return;
     }
 
@@ -54,16 +55,16 @@ void StreamedText::type(const QString &confirmed)
     Piece piece;
     if (m_typed.isEmpty()) {
         added = confirmed;
-        piece = {0, u"Streaming start: '"_qs + Graphemes::prefix(added, 40) + u"' ("_qs,
-                 u" chars)"_qs};
+        piece
+            = {0, u"Streaming start: '"_s + Graphemes::prefix(added, 40) + u"' ("_s, u" chars)"_s};
     } else if (begins(confirmed, m_typed)) {
         added = Graphemes::dropFirst(confirmed, Graphemes::count(m_typed));
-        piece = {0, u"Confirmed: +'"_qs + Graphemes::prefix(added, 25) + u"' (total: "_qs, u")"_qs};
+        piece = {0, u"Confirmed: +'"_s + Graphemes::prefix(added, 25) + u"' (total: "_s, u")"_s};
     } else {
         // What was typed stays; the new wording follows it until the final text replaces both.
         added = u' ' + confirmed;
-        piece = {0, u"Streaming edge: '"_qs + Graphemes::prefix(confirmed, 30) + u"' (total: "_qs,
-                 u")"_qs};
+        piece = {0, u"Streaming edge: '"_s + Graphemes::prefix(confirmed, 30) + u"' (total: "_s,
+                 u")"_s};
     }
     if (!added.isEmpty() && !insert(added))
         return;
@@ -81,7 +82,7 @@ bool StreamedText::insert(const QString &text)
     if (!m_insertion.wasLastPasteRefused())
         return true;
     if (!std::exchange(m_isHeldBack, true))
-        log(u"Streaming held back: another program keeps the clipboard"_qs);
+        log(u"Streaming held back: another program keeps the clipboard"_s);
     return false;
 }
 

@@ -1,5 +1,7 @@
 #include "Core/Domain/DomainTypes.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QMetaEnum>
@@ -13,9 +15,9 @@ namespace {
 /// Seconds from 1970-01-01 to 2001-01-01, both at 00:00:00 UTC.
 constexpr qint64 epochOffset = 978'307'200;
 
-const QString idKey = QStringLiteral("id");
-const QString textKey = QStringLiteral("text");
-const QString timestampKey = QStringLiteral("timestamp");
+const QString idKey = u"id"_s;
+const QString textKey = u"text"_s;
+const QString timestampKey = u"timestamp"_s;
 
 /// A UUID from its canonical form alone, in either letter case; `QUuid` itself takes more.
 std::optional<QUuid> uuidFromCanonicalText(const QString &text)

@@ -96,8 +96,8 @@ struct TranscriptionHistoryItem
     [[nodiscard]] static TranscriptionHistoryItem now(const QString &text);
     [[nodiscard]] QDateTime dateTime() const;
 
-    friend bool operator==(const TranscriptionHistoryItem &,
-                           const TranscriptionHistoryItem &) = default;
+    friend bool operator==(const TranscriptionHistoryItem &, const TranscriptionHistoryItem &)
+        = default;
 };
 
 /// The history as a UTF-8 JSON array of objects with the keys "id", "text" and "timestamp" in this

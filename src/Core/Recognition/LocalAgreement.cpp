@@ -1,5 +1,7 @@
 #include "Core/Recognition/LocalAgreement.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QRegularExpression>
 #include <algorithm>
 
@@ -7,7 +9,7 @@ namespace Velloro {
 
 QStringList LocalAgreement::words(const QString &text)
 {
-    static const QRegularExpression blanks(QStringLiteral("[\\p{Zs}\\t]"));
+    static const QRegularExpression blanks(u"[\\p{Zs}\\t]"_s);
     return text.trimmed().split(blanks, Qt::SkipEmptyParts);
 }
 

@@ -97,11 +97,11 @@ struct Layout
 };
 
 /// Those that speech models have: f32, f16, q4_0, q4_1, q5_0, q5_1, q8_0, q2_K to q6_K.
-constexpr std::array layouts = {
-    Layout{0, 0, 1, 4},      Layout{1, 1, 1, 2},      Layout{2, 2, 32, 18},
-    Layout{3, 3, 32, 20},    Layout{8, 6, 32, 22},    Layout{9, 7, 32, 24},
-    Layout{7, 8, 32, 34},    Layout{10, 10, 256, 84}, Layout{11, 11, 256, 110},
-    Layout{12, 12, 256, 144}, Layout{13, 13, 256, 176}, Layout{14, 14, 256, 210}};
+constexpr std::array layouts
+    = {Layout{0, 0, 1, 4},       Layout{1, 1, 1, 2},       Layout{2, 2, 32, 18},
+       Layout{3, 3, 32, 20},     Layout{8, 6, 32, 22},     Layout{9, 7, 32, 24},
+       Layout{7, 8, 32, 34},     Layout{10, 10, 256, 84},  Layout{11, 11, 256, 110},
+       Layout{12, 12, 256, 144}, Layout{13, 13, 256, 176}, Layout{14, 14, 256, 210}};
 
 const Layout *layoutOf(uint32_t Layout::*number, uint32_t value)
 {
@@ -148,8 +148,7 @@ struct Header
     /// and builds its graphs by them, and ends the process where they contradict each other.
     [[nodiscard]] bool isPlausible() const
     {
-        return isOneOf(vocabularySizes, vocabulary)
-            && audioPositions == commonAudioPositions
+        return isOneOf(vocabularySizes, vocabulary) && audioPositions == commonAudioPositions
             && textPositions == commonTextPositions && isOneOf(widths, audioWidth)
             && textWidth == audioWidth && audioHeads == audioWidth / headWidth
             && textHeads == audioHeads && isOneOf(melBandCounts, melBands) && matrices();

@@ -26,8 +26,8 @@ public:
     using LoadResult = tl::expected<void, WhisperContextError>;
     using TranscriptionResult = tl::expected<QString, WhisperContextError>;
 
-    /// Silences whisper.cpp's own log for the whole process. `processInfo` is kept until the work that
-    /// the context has begun is done.
+    /// Silences whisper.cpp's own log for the whole process. `processInfo` is kept until the work
+    /// that the context has begun is done.
     explicit WhisperContext(std::shared_ptr<const ProcessInfo> processInfo);
     ~WhisperContext();
     WhisperContext(const WhisperContext &) = delete;

@@ -1,18 +1,20 @@
 #include "Core/Recognition/WhisperContextError.h"
 
+#include "Base/StringLiterals.h"
+
 namespace Velloro {
 
 QString localizedDescription(WhisperContextError error)
 {
     switch (error) {
     case WhisperContextError::modelNotFound:
-        return QStringLiteral("Model file not found");
+        return u"Model file not found"_s;
     case WhisperContextError::modelLoadFailed:
-        return QStringLiteral("Failed to load whisper model");
+        return u"Failed to load whisper model"_s;
     case WhisperContextError::transcriptionFailed:
-        return QStringLiteral("Transcription failed");
+        return u"Transcription failed"_s;
     case WhisperContextError::notReady:
-        return QStringLiteral("Whisper context not ready");
+        return u"Whisper context not ready"_s;
     }
     return {};
 }

@@ -2,6 +2,7 @@
 
 #include "Base/Graphemes.h"
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 #include "Core/Recognition/ModelFile.h"
 
 #include <QCoreApplication>
@@ -112,14 +113,14 @@ WhisperContext::LoadResult WhisperContext::Executor::loadModel(const QString &pa
     }
     SerialExecutor::checkpoint();
     if (!m_context) {
-        log(QStringLiteral("Couldn't load model at ") + path);
+        log(u"Couldn't load model at "_s + path);
         return tl::unexpected(WhisperContextError::modelLoadFailed);
     }
     if (!m_state) {
         m_context.reset();
         return tl::unexpected(WhisperContextError::modelLoadFailed);
     }
-    log(QStringLiteral("Model loaded: ") + path);
+    log(u"Model loaded: "_s + path);
     return {};
 }
 
@@ -127,7 +128,7 @@ void WhisperContext::Executor::unloadModel()
 {
     release();
     SerialExecutor::checkpoint();
-    log(QStringLiteral("Model unloaded. Stack trace:"));
+    log(u"Model unloaded. Stack trace:"_s);
     const QStringList stack = m_processInfo->callStackSymbols().mid(0, stackLines);
     for (const QString &frame : stack)
         log(frame);
@@ -143,52 +144,51 @@ void WhisperContext::Executor::release()
 void WhisperContext::Executor::setLanguage(const QString &code)
 {
     m_language = code;
-    log(QStringLiteral("Language set to: ") + code);
+    log(u"Language set to: "_s + code);
 }
 
 void WhisperContext::Executor::setCustomDictionary(const QStringList &words)
 {
     m_customDictionary = words;
-    log(QStringLiteral("Custom dictionary set with %1 words").arg(words.size()));
+    log(u"Custom dictionary set with %1 words"_s.arg(words.size()));
 }
 
 WhisperContext::TranscriptionResult
 WhisperContext::Executor::transcribe(const std::vector<float> &samples)
 {
     if (!isModelLoaded()) {
-        log(QStringLiteral("Cannot transcribe: model not loaded"));
+        log(u"Cannot transcribe: model not loaded"_s);
         return tl::unexpected(WhisperContextError::notReady);
     }
     if (samples.empty())
         return QString();
     if (samples.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
-        log(QStringLiteral("Cannot transcribe: %1 samples are too many").arg(samples.size()));
+        log(u"Cannot transcribe: %1 samples are too many"_s.arg(samples.size()));
         return tl::unexpected(WhisperContextError::transcriptionFailed);
     }
-    log(QStringLiteral("Transcribing %1 samples in batch...").arg(samples.size()));
+    log(u"Transcribing %1 samples in batch..."_s.arg(samples.size()));
 
-    const auto heard = recognise(samples, m_customDictionary.join(QStringLiteral(", ")), true);
+    const auto heard = recognise(samples, m_customDictionary.join(u", "_s), true);
     if (!heard) {
-        log(QStringLiteral("Batch transcription failed with code %1").arg(heard.error()));
+        log(u"Batch transcription failed with code %1"_s.arg(heard.error()));
         return tl::unexpected(WhisperContextError::transcriptionFailed);
     }
     // Decoded as a whole: a character may begin in one segment and end in the next.
     const QString text = QString::fromUtf8(heard->join()).trimmed();
-    log(QStringLiteral("Batch transcription complete: '") + Graphemes::prefix(text, 50) +
-        QStringLiteral("...'"));
+    log(u"Batch transcription complete: '"_s + Graphemes::prefix(text, 50) + u"...'"_s);
     return text;
 }
 
 void WhisperContext::Executor::startStreaming(TranscriptionCallback callback)
 {
-    m_streaming =
-        Streaming{.transcriptionCallback = std::move(callback), .window = {}, .agreement = {}};
-    log(QStringLiteral("Streaming started with LocalAgreement"));
+    m_streaming
+        = Streaming{.transcriptionCallback = std::move(callback), .window = {}, .agreement = {}};
+    log(u"Streaming started with LocalAgreement"_s);
 }
 
 void WhisperContext::Executor::stopStreaming()
 {
-    log(QStringLiteral("Streaming stopped"));
+    log(u"Streaming stopped"_s);
     m_streaming.reset();
 }
 
@@ -222,13 +222,12 @@ WhisperContext::Executor::processCurrentBuffer(Streaming &streaming)
     streaming.window.trim();
 
     LocalAgreement &agreement = streaming.agreement;
-    QStringList promptParts = {agreement.confirmedWords().join(u' '),
-                               m_customDictionary.join(QStringLiteral(", "))};
+    QStringList promptParts
+        = {agreement.confirmedWords().join(u' '), m_customDictionary.join(u", "_s)};
     promptParts.removeAll(QString());
-    const auto texts =
-        recognise(streaming.window.samples(), promptParts.join(QStringLiteral(". ")), false);
+    const auto texts = recognise(streaming.window.samples(), promptParts.join(u". "_s), false);
     if (!texts) {
-        log(QStringLiteral("Streaming transcription failed with code %1").arg(texts.error()));
+        log(u"Streaming transcription failed with code %1"_s.arg(texts.error()));
         return {};
     }
 
@@ -240,9 +239,8 @@ WhisperContext::Executor::processCurrentBuffer(Streaming &streaming)
     const QString confirmed = agreement.confirmedWords().join(u' ');
     const QString uncommitted = agreement.uncommittedWords().join(u' ');
     if (!confirmed.isEmpty() || !uncommitted.isEmpty()) {
-        log(QStringLiteral("Streaming: confirmed='") + Graphemes::prefix(confirmed, 30) +
-            QStringLiteral("...' uncommitted='") + Graphemes::prefix(uncommitted, 20) +
-            QStringLiteral("...'"));
+        log(u"Streaming: confirmed='"_s + Graphemes::prefix(confirmed, 30) + u"...' uncommitted='"_s
+            + Graphemes::prefix(uncommitted, 20) + u"...'"_s);
     }
     return TranscriptionSegment{.text = confirmed,
                                 .uncommitted = uncommitted,

@@ -2,6 +2,7 @@
 
 #include "Base/CustomDelete.h"
 #include "Base/SerialExecutor.h"
+#include "Base/StringLiterals.h"
 #include "Core/Recognition/LocalAgreement.h"
 #include "Core/Recognition/StreamingWindow.h"
 #include "Core/Recognition/WhisperContext.h"
@@ -76,7 +77,7 @@ private:
     // On the executor only. The decoding state goes before the context that it belongs to.
     std::unique_ptr<whisper_context, CustomDelete<whisper_free>> m_context;
     std::unique_ptr<whisper_state, CustomDelete<whisper_free_state>> m_state;
-    QString m_language = QStringLiteral("en");
+    QString m_language = u"en"_s;
     QStringList m_customDictionary;
     /// Absent while not streaming.
     std::optional<Streaming> m_streaming;

@@ -2,13 +2,14 @@
 
 #include "Base/Graphemes.h"
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 
 namespace Velloro {
 
 namespace {
 
-const QString historyKey = QStringLiteral("velloro.transcriptionHistory");
-const QString unreadableHistoryKey = QStringLiteral("velloro.transcriptionHistory.unreadable");
+const QString historyKey = u"velloro.transcriptionHistory"_s;
+const QString unreadableHistoryKey = u"velloro.transcriptionHistory.unreadable"_s;
 
 constexpr qsizetype maximumHistoryLength = 50;
 /// In user-perceived characters.
@@ -18,18 +19,18 @@ QString defaultModelId(ModelPreset preset)
 {
     switch (preset) {
     case ModelPreset::small:
-        return QStringLiteral("base");
+        return u"base"_s;
     case ModelPreset::medium:
-        return QStringLiteral("small-q8_0");
+        return u"small-q8_0"_s;
     case ModelPreset::large:
-        return QStringLiteral("small");
+        return u"small"_s;
     }
     Q_UNREACHABLE();
 }
 
 QString boolText(bool value)
 {
-    return value ? QStringLiteral("true") : QStringLiteral("false");
+    return value ? u"true"_s : u"false"_s;
 }
 
 } // namespace
@@ -46,10 +47,10 @@ AppState::AppState(Platform &platform, const QString &repositoryBaseUrl, QObject
             &AppState::setHasAccessibilityPermission);
     loadHistory();
     Log::line(u"AppState",
-              QStringLiteral("Loaded settings: model=%1, language=%2, streaming=%3, "
-                             "textCorrection=%4")
-                  .arg(rawValue(selectedModel()), rawValue(selectedLanguage()),
-                       boolText(enableRealtimeStreaming()), boolText(enableTextCorrection())));
+              u"Loaded settings: model=%1, language=%2, streaming=%3, "
+              "textCorrection=%4"_s.arg(rawValue(selectedModel()), rawValue(selectedLanguage()),
+                                        boolText(enableRealtimeStreaming()),
+                                        boolText(enableTextCorrection())));
 }
 
 QString AppState::modelId(ModelPreset preset) const
@@ -107,9 +108,8 @@ void AppState::saveHistory()
         m_defaults.setValue(unreadableHistoryKey, *m_unreadableHistory);
         m_unreadableHistory.reset();
         Log::line(u"AppState",
-                  QStringLiteral("The stored history can't be read and is replaced; it "
-                                 "is kept as %1")
-                      .arg(unreadableHistoryKey));
+                  u"The stored history can't be read and is replaced; it "
+                  "is kept as %1"_s.arg(unreadableHistoryKey));
     }
     m_defaults.setValue(historyKey, encodeHistory(m_transcriptionHistory));
 }

@@ -162,8 +162,10 @@ Q_SIGNALS:
     void transcriptionHistoryChanged();
 
 private:
-    template <typename T> using Property = Velloro::Property<AppState, T>;
-    template <typename T> using Setting = Velloro::Setting<AppState, T>;
+    template <typename T>
+    using Property = Velloro::Property<AppState, T>;
+    template <typename T>
+    using Setting = Velloro::Setting<AppState, T>;
 
     void loadHistory();
     void saveHistory();

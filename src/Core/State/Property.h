@@ -5,7 +5,8 @@
 namespace Velloro {
 
 /// A value whose owner tells of every change by one of its signals.
-template <typename Owner, typename T> class Property
+template <typename Owner, typename T>
+class Property
 {
 public:
     using Signal = void (Owner::*)();

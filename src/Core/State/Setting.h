@@ -10,7 +10,8 @@
 namespace Velloro {
 
 /// How a setting's value is kept in the defaults store: as it is.
-template <typename T> struct StoredForm
+template <typename T>
+struct StoredForm
 {
     using Type = T;
     [[nodiscard]] static const T &of(const T &value) { return value; }
@@ -31,7 +32,8 @@ struct StoredForm<E>
 };
 
 /// A set of them as a list; what is no raw value in it is left out.
-template <typename E> struct StoredForm<std::set<E>>
+template <typename E>
+struct StoredForm<std::set<E>>
 {
     using Type = QStringList;
     [[nodiscard]] static QStringList of(const std::set<E> &values)
@@ -54,7 +56,8 @@ template <typename E> struct StoredForm<std::set<E>>
 
 /// A property that is kept in the defaults store. Every assignment is stored before it returns and
 /// before anybody is told of it, an unchanged value too.
-template <typename Owner, typename T> class Setting : public Property<Owner, T>
+template <typename Owner, typename T>
+class Setting : public Property<Owner, T>
 {
     using Base = Property<Owner, T>;
     using Form = StoredForm<T>;

@@ -7,9 +7,9 @@ class QPainter;
 
 namespace Velloro {
 
-/// What is painted once, in the pixels that it has on the screen, and put on whole ones whatever the
-/// screen's scale. The toolkit's own shapes, where the processor paints them, have gaps and steps
-/// where a unit is no whole number of pixels, and its painted items are stretched there.
+/// What is painted once, in the pixels that it has on the screen, and put on whole ones whatever
+/// the screen's scale. The toolkit's own shapes, where the processor paints them, have gaps and
+/// steps where a unit is no whole number of pixels, and its painted items are stretched there.
 class PixelItem : public QQuickItem
 {
     Q_OBJECT

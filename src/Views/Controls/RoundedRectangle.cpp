@@ -32,8 +32,8 @@ void RoundedRectangle::paint(QPainter &painter, const QRectF &frame, qreal unit)
         return;
     const qreal border = qMax(1, qRound(m_borderWidth * unit));
     QPainterPath ring = outline;
-    ring.addPath(rounded(frame.marginsRemoved({border, border, border, border}),
-                         m_radius * unit - border));
+    ring.addPath(
+        rounded(frame.marginsRemoved({border, border, border, border}), m_radius * unit - border));
     painter.fillPath(ring, m_borderColor);
 }
 

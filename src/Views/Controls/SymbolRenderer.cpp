@@ -1,6 +1,7 @@
 #include "Views/Controls/SymbolRenderer.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 
 #include <QDir>
 #include <QFile>
@@ -27,20 +28,19 @@ constexpr double thinnestStroke = 1.25;
 
 QString folder()
 {
-    return QStringLiteral(":/Velloro/Symbols/");
+    return u":/Velloro/Symbols/"_s;
 }
 
 /// The file's SVG with only the named group left, opaque; empty when the group is not there.
 QByteArray onlyGroup(const QString &svg, QStringView name)
 {
-    static const QRegularExpression group(
-        QStringLiteral("<g id=\"(\\w+)\"[^>]*>(.*?)</g>"),
-        QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression group(u"<g id=\"(\\w+)\"[^>]*>(.*?)</g>"_s,
+                                          QRegularExpression::DotMatchesEverythingOption);
     const QString head = svg.left(svg.indexOf(u'>') + 1);
     for (auto matches = group.globalMatch(svg); matches.hasNext();) {
         const QRegularExpressionMatch match = matches.next();
         if (match.capturedView(1) == name)
-            return (head + match.captured(2) + QStringLiteral("</svg>")).toUtf8();
+            return (head + match.captured(2) + u"</svg>"_s).toUtf8();
     }
     return {};
 }
@@ -59,13 +59,14 @@ const Drawing *drawing(const QString &fileName)
     static QHash<QString, Drawing> drawings;
     if (const auto known = drawings.constFind(fileName); known != drawings.constEnd())
         return &known.value();
-    QFile file(folder() + fileName + QStringLiteral(".svg"));
+    QFile file(folder() + fileName + u".svg"_s);
     if (!file.open(QIODevice::ReadOnly))
         return nullptr;
     const QString svg = QString::fromUtf8(file.readAll());
     return &drawings
-                .insert(fileName, {onlyGroup(svg, u"base"), onlyGroup(svg, u"cut"),
-                                   onlyGroup(svg, u"glyph"), onlyGroup(svg, u"mark")})
+                .insert(fileName,
+                        {onlyGroup(svg, u"base"), onlyGroup(svg, u"cut"), onlyGroup(svg, u"glyph"),
+                         onlyGroup(svg, u"mark")})
                 .value();
 }
 
@@ -86,8 +87,8 @@ void paint(QPainter &painter, const QByteArray &svg, double opacity,
     if (svg.isEmpty())
         return;
     // Overlapping strokes of one group must not add up where the group is translucent.
-    const QSize size = painter.device() ? QSize(painter.device()->width(), painter.device()->height())
-                                        : QSize();
+    const QSize size
+        = painter.device() ? QSize(painter.device()->width(), painter.device()->height()) : QSize();
     QImage layer(size, QImage::Format_ARGB32_Premultiplied);
     layer.fill(Qt::transparent);
     QPainter layerPainter(&layer);
@@ -104,7 +105,7 @@ void paint(QPainter &painter, const QByteArray &svg, double opacity,
 QStringList names()
 {
     QStringList result;
-    for (const QString &file : QDir(folder()).entryList({QStringLiteral("*.svg")}, QDir::Files))
+    for (const QString &file : QDir(folder()).entryList({u"*.svg"_s}, QDir::Files))
         result << file.chopped(4);
     result.sort();
     return result;
@@ -114,11 +115,11 @@ QImage image(const QString &name, int pixels, const QBrush &brush, Rendering ren
 {
     QImage result(qMax(1, pixels), qMax(1, pixels), QImage::Format_ARGB32_Premultiplied);
     result.fill(Qt::transparent);
-    const Drawing *found = drawing(QStringLiteral("Hinted/%1-%2").arg(name).arg(pixels));
+    const Drawing *found = drawing(u"Hinted/%1-%2"_s.arg(name).arg(pixels));
     if (!found)
         found = drawing(name);
     if (!found) {
-        Log::line(u"Views", QStringLiteral("There is no symbol '%1'").arg(name));
+        Log::line(u"Views", u"There is no symbol '%1'"_s.arg(name));
         return result;
     }
 

@@ -10,8 +10,8 @@ namespace Velloro {
 /// Draws the program's symbols in any colour. Main thread only.
 ///
 /// A symbol is one colour in two opacities: its base stands back, less so in monochrome. What is
-/// marked on a filled shape is cut out of it (monochrome), or stands in full before the dimmed shape
-/// (hierarchical).
+/// marked on a filled shape is cut out of it (monochrome), or stands in full before the dimmed
+/// shape (hierarchical).
 namespace SymbolRenderer {
 
 enum class Rendering { monochrome, hierarchical };

@@ -42,8 +42,8 @@ QColor movedAway(const QColor &color, const QColor &ground, double wanted)
     const double end = luminance(Theme::inkOn(ground));
     for (int step = 0; step < 100; ++step) {
         const auto moved = [&](double channel) { return channel + (end - channel) * step / 100; };
-        const QColor result = QColor::fromRgbF(float(moved(color.redF())), float(moved(color.greenF())),
-                                               float(moved(color.blueF())));
+        const QColor result = QColor::fromRgbF(
+            float(moved(color.redF())), float(moved(color.greenF())), float(moved(color.blueF())));
         // What is drawn is rounded, each layer anew.
         if (contrast(result.rgb(), ground) >= wanted * 1.01)
             return result;
@@ -53,9 +53,8 @@ QColor movedAway(const QColor &color, const QColor &ground, double wanted)
 
 QColor blended(const QColor &ground, const QColor &veil)
 {
-    const auto mix = [&](float below, float above) {
-        return below + (above - below) * veil.alphaF();
-    };
+    const auto mix
+        = [&](float below, float above) { return below + (above - below) * veil.alphaF(); };
     return QColor::fromRgbF(mix(ground.redF(), veil.redF()), mix(ground.greenF(), veil.greenF()),
                             mix(ground.blueF(), veil.blueF()));
 }
@@ -138,20 +137,62 @@ QColor Theme::legible(const QColor &color, const QColor &veil) const
     return movedAway(color, blended(ground, veil), textContrast);
 }
 
-QColor Theme::primary() const { return choose(0xde000000, 0xe6ffffff); }
-QColor Theme::secondary() const { return choose(0xa8000000, 0xb2ffffff); }
-QColor Theme::tertiary() const { return choose(0x99000000, 0xa3ffffff); }
-QColor Theme::quaternary() const { return choose(0x14000000, 0x1effffff); }
-QColor Theme::separator() const { return choose(0x1f000000, 0x24ffffff); }
-QColor Theme::red() const { return choose(0xffb91f28, 0xffff8f94); }
-QColor Theme::orange() const { return choose(0xff964b00, 0xfff59f2e); }
-QColor Theme::yellow() const { return choose(0xff966c00, 0xfff2c83a); }
-QColor Theme::green() const { return choose(0xff156a34, 0xff45c46a); }
-QColor Theme::blue() const { return choose(0xff1a5fc8, 0xff6aa8ff); }
-QColor Theme::purple() const { return choose(0xff7c3ac4, 0xffc39af5); }
-QColor Theme::pink() const { return choose(0xffb92f69, 0xfff58fb4); }
-QColor Theme::gray() const { return choose(0xff86868b, 0xff7d7d83); }
-QColor Theme::window() const { return choose(0xfff3f3f5, 0xff252528); }
+QColor Theme::primary() const
+{
+    return choose(0xde000000, 0xe6ffffff);
+}
+QColor Theme::secondary() const
+{
+    return choose(0xa8000000, 0xb2ffffff);
+}
+QColor Theme::tertiary() const
+{
+    return choose(0x99000000, 0xa3ffffff);
+}
+QColor Theme::quaternary() const
+{
+    return choose(0x14000000, 0x1effffff);
+}
+QColor Theme::separator() const
+{
+    return choose(0x1f000000, 0x24ffffff);
+}
+QColor Theme::red() const
+{
+    return choose(0xffb91f28, 0xffff8f94);
+}
+QColor Theme::orange() const
+{
+    return choose(0xff964b00, 0xfff59f2e);
+}
+QColor Theme::yellow() const
+{
+    return choose(0xff966c00, 0xfff2c83a);
+}
+QColor Theme::green() const
+{
+    return choose(0xff156a34, 0xff45c46a);
+}
+QColor Theme::blue() const
+{
+    return choose(0xff1a5fc8, 0xff6aa8ff);
+}
+QColor Theme::purple() const
+{
+    return choose(0xff7c3ac4, 0xffc39af5);
+}
+QColor Theme::pink() const
+{
+    return choose(0xffb92f69, 0xfff58fb4);
+}
+QColor Theme::gray() const
+{
+    return choose(0xff86868b, 0xff7d7d83);
+}
+QColor Theme::window() const
+{
+    return choose(0xfff3f3f5, 0xff252528);
+}
 
 QColor Theme::material() const
 {
@@ -160,9 +201,18 @@ QColor Theme::material() const
     return choose(0xf2eeeef1, 0xf02b2b2f);
 }
 
-QColor Theme::group() const { return choose(0xffffffff, 0xff2c2c30); }
-QColor Theme::control() const { return choose(0xffffffff, 0xff39393e); }
-QColor Theme::controlBorder() const { return choose(0x33000000, 0x33ffffff); }
+QColor Theme::group() const
+{
+    return choose(0xffffffff, 0xff2c2c30);
+}
+QColor Theme::control() const
+{
+    return choose(0xffffffff, 0xff39393e);
+}
+QColor Theme::controlBorder() const
+{
+    return choose(0x33000000, 0x33ffffff);
+}
 
 QFont Theme::font(qreal pixels, QFont::Weight weight) const
 {

@@ -28,8 +28,8 @@ class Theme : public QObject
 
     /// The ground of what is chosen or pressed first: the desktop's, as far from the ground of a
     /// group as shapes must be.
-    /// The factor by which windows are larger than designed, where the screen has room: text that is
-    /// smaller leaves them as they are.
+    /// The factor by which windows are larger than designed, where the screen has room: text that
+    /// is smaller leaves them as they are.
     Q_PROPERTY(qreal growth READ growth NOTIFY changed)
 
     Q_PROPERTY(QColor accent READ accent NOTIFY changed)

@@ -1,6 +1,7 @@
 #include "Views/Onboarding/ModelDownloadStepViewModel.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -40,14 +41,14 @@ bool ModelDownloadStepViewModel::isReady() const
 
 QString ModelDownloadStepViewModel::percentText() const
 {
-    return QStringLiteral("%1%").arg(int(progress() * 100));
+    return u"%1%"_s.arg(int(progress() * 100));
 }
 
 QString ModelDownloadStepViewModel::explanation() const
 {
     const WhisperModelInfo *model
         = ModelCatalog::modelById(m_appState.modelId(ModelPreset::medium));
-    const QString size = model ? QStringLiteral(" (~%1)").arg(model->fileSizeFormatted()) : QString();
+    const QString size = model ? u" (~%1)"_s.arg(model->fileSizeFormatted()) : QString();
     return tr("Velloro needs to download a voice model to transcribe your speech. This is a "
               "one-time download%1.")
         .arg(size);
@@ -97,7 +98,7 @@ void ModelDownloadStepViewModel::watch()
     if (const auto *downloading = std::get_if<ModelDownloadState::Downloading>(&state.value)) {
         m_appState.setDownloadProgress(downloading->progress);
     } else if (const auto *failed = std::get_if<ModelDownloadState::Failed>(&state.value)) {
-        Log::line(u"Onboarding", u"Download failed: "_qs + failed->error);
+        Log::line(u"Onboarding", u"Download failed: "_s + failed->error);
         setFailure(failed->error);
         m_appState.setIsDownloadingModel(false);
     } else if (state.isDownloaded()) {

@@ -8,8 +8,8 @@
 namespace Velloro {
 
 OnboardingViewModel::OnboardingViewModel(Platform &platform, AppState &appState,
-                                 HotkeyManager &hotkeyManager,
-                                 ModelDownloadStepViewModel &download, QObject *parent)
+                                         HotkeyManager &hotkeyManager,
+                                         ModelDownloadStepViewModel &download, QObject *parent)
     : QObject(parent)
     , m_appState(appState)
     , m_hotkeyManager(hotkeyManager)
@@ -34,7 +34,8 @@ OnboardingViewModel::OnboardingViewModel(Platform &platform, AppState &appState,
             &OnboardingViewModel::unfinishedChanged);
     connect(&manager, &WhisperManager::modelStatesChanged, this,
             &OnboardingViewModel::unfinishedChanged);
-    connect(&appState, &AppState::selectedModelChanged, this, &OnboardingViewModel::unfinishedChanged);
+    connect(&appState, &AppState::selectedModelChanged, this,
+            &OnboardingViewModel::unfinishedChanged);
     connect(&appState, &AppState::presetMappingsChanged, this,
             &OnboardingViewModel::unfinishedChanged);
     connect(&m_trayHost, &TrayHost::appeared, this, &OnboardingViewModel::hasTrayChanged);

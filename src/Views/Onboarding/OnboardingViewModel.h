@@ -3,8 +3,8 @@
 #include "Core/State/AppState.h"
 #include "Managers/HotkeyManager.h"
 #include "Platform/Platform.h"
-#include "Views/Shared/HotkeyRecorderViewModel.h"
 #include "Views/Onboarding/ModelDownloadStepViewModel.h"
+#include "Views/Shared/HotkeyRecorderViewModel.h"
 
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
@@ -41,8 +41,7 @@ public:
 
     /// All of these outlive the model.
     OnboardingViewModel(Platform &platform, AppState &appState, HotkeyManager &hotkeyManager,
-                    ModelDownloadStepViewModel &download,
-                    QObject *parent = nullptr);
+                        ModelDownloadStepViewModel &download, QObject *parent = nullptr);
 
     [[nodiscard]] QObject *appState() const { return &m_appState; }
     [[nodiscard]] Step currentStep() const { return m_currentStep; }

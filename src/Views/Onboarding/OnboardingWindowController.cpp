@@ -1,7 +1,8 @@
 #include "Views/Onboarding/OnboardingWindowController.h"
 
-#include "Views/Windows/FramelessView.h"
+#include "Base/StringLiterals.h"
 #include "Views/Onboarding/OnboardingViewModel.h"
+#include "Views/Windows/FramelessView.h"
 #include "Views/Windows/WindowPlacement.h"
 
 #include <QCursor>
@@ -32,18 +33,18 @@ OnboardingWindowController::~OnboardingWindowController()
 WindowController::Content OnboardingWindowController::makeContent()
 {
     auto view = std::make_unique<FramelessView>(m_engine, Qt::Window, cornerRadius);
-    view->setTitle(QStringLiteral("Welcome to Velloro"));
+    view->setTitle(u"Welcome to Velloro"_s);
     if (QScreen *screen = WindowPlacement::screenAt(QCursor::pos())) {
         view->setScreen(screen);
         view->setPosition(
-            WindowPlacement::centered(grown(windowSize, screen), screen->availableGeometry()).topLeft());
+            WindowPlacement::centered(grown(windowSize, screen), screen->availableGeometry())
+                .topLeft());
     }
     auto model = std::make_unique<OnboardingViewModel>(m_platform, m_appState, m_hotkeyManager,
                                                        m_download);
     connect(model.get(), &OnboardingViewModel::dismissRequested, this, &WindowController::close,
             Qt::QueuedConnection);
-    return {std::move(view), windowSize, QStringLiteral("Onboarding/OnboardingView.qml"),
-            std::move(model)};
+    return {std::move(view), windowSize, u"Onboarding/OnboardingView.qml"_s, std::move(model)};
 }
 
 } // namespace Velloro

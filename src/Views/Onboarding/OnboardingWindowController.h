@@ -13,9 +13,8 @@ class OnboardingWindowController : public WindowController
 
 public:
     /// All of these outlive it.
-    OnboardingWindowController(Platform &platform, AppState &appState,
-                               HotkeyManager &hotkeyManager, ViewEngine &engine,
-                               QObject *parent = nullptr);
+    OnboardingWindowController(Platform &platform, AppState &appState, HotkeyManager &hotkeyManager,
+                               ViewEngine &engine, QObject *parent = nullptr);
     ~OnboardingWindowController() override;
 
 protected:

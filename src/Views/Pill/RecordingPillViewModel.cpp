@@ -1,6 +1,7 @@
 #include "Views/Pill/RecordingPillViewModel.h"
 
 #include "Base/Graphemes.h"
+#include "Base/StringLiterals.h"
 #include "Views/Shared/StatusText.h"
 
 #include <algorithm>
@@ -17,7 +18,8 @@ constexpr double gain = 14;
 constexpr double minimumHeight = 6;
 constexpr double maximumHeight = 20;
 constexpr auto barDuration = 100ms;
-// Half as often as windows are painted at most: it looks the same and costs half the processor time.
+// Half as often as windows are painted at most: it looks the same and costs half the processor
+// time.
 constexpr auto barInterval = 33ms;
 constexpr auto blinkHalfPeriod = 500ms;
 constexpr auto revealDelay = 20ms;
@@ -59,7 +61,8 @@ RecordingPillViewModel::RecordingPillViewModel(AppState &appState, QObject *pare
     connect(&appState, &AppState::enableRealtimeStreamingChanged, this,
             &RecordingPillViewModel::streamingLineChanged);
     connect(&appState, &AppState::audioLevelChanged, this, &RecordingPillViewModel::updateBars);
-    connect(&appState, &AppState::recordingDurationChanged, this, &RecordingPillViewModel::updateClock);
+    connect(&appState, &AppState::recordingDurationChanged, this,
+            &RecordingPillViewModel::updateClock);
     connect(&appState, &AppState::partialTranscriptChanged, this,
             [this] { animateTextChange(m_appState.partialTranscript()); });
 }
@@ -73,8 +76,7 @@ double RecordingPillViewModel::waveHeight(int index, float audioLevel)
 QString RecordingPillViewModel::formatDuration(double seconds)
 {
     const auto whole = int64_t(seconds);
-    return QStringLiteral("%1:%2")
-        .arg(whole / 60, 2, 10, QLatin1Char('0'))
+    return u"%1:%2"_s.arg(whole / 60, 2, 10, QLatin1Char('0'))
         .arg(whole % 60, 2, 10, QLatin1Char('0'));
 }
 

@@ -1,6 +1,7 @@
 #include "Views/Pill/RecordingPillWindowController.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 #include "Views/Windows/WindowPlacement.h"
 
 #include <QCursor>
@@ -21,7 +22,7 @@ void log(const QString &text)
 QString decimal(double value)
 {
     const QString text = QString::number(value, 'f', QLocale::FloatingPointShortest);
-    return text.contains(u'.') ? text : text + QStringLiteral(".0");
+    return text.contains(u'.') ? text : text + u".0"_s;
 }
 
 } // namespace
@@ -40,7 +41,7 @@ void RecordingPillWindowController::show(AppState &appState)
     if (!m_window)
         createWindow(appState);
     if (!m_window) {
-        log(QStringLiteral("ERROR: Failed to create window"));
+        log(u"ERROR: Failed to create window"_s);
         return;
     }
     positionWindow();
@@ -48,9 +49,8 @@ void RecordingPillWindowController::show(AppState &appState)
     m_window->show();
     m_window->raise();
     const QRect frame = m_window->geometry();
-    log(QStringLiteral("Window shown at (%1, %2, %3, %4)")
-            .arg(decimal(frame.x()), decimal(frame.y()), decimal(frame.width()),
-                 decimal(frame.height())));
+    log(u"Window shown at (%1, %2, %3, %4)"_s.arg(decimal(frame.x()), decimal(frame.y()),
+                                                  decimal(frame.width()), decimal(frame.height())));
 }
 
 void RecordingPillWindowController::hide()
@@ -59,7 +59,7 @@ void RecordingPillWindowController::hide()
         m_window->hide();
         m_model->setOnScreen(false);
     }
-    log(QStringLiteral("Window hidden"));
+    log(u"Window hidden"_s);
 }
 
 void RecordingPillWindowController::createWindow(AppState &appState)
@@ -70,9 +70,9 @@ void RecordingPillWindowController::createWindow(AppState &appState)
     auto window = std::make_unique<FramelessView>(
         m_engine, Qt::ToolTip | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus,
         cornerRadius);
-    window->setTitle(QStringLiteral("Velloro"));
-    window->setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(model.get())}});
-    window->setSource(ViewEngine::url(QStringLiteral("Pill/RecordingPillView.qml")));
+    window->setTitle(u"Velloro"_s);
+    window->setInitialProperties({{u"model"_s, QVariant::fromValue(model.get())}});
+    window->setSource(ViewEngine::url(u"Pill/RecordingPillView.qml"_s));
     if (window->status() != QQuickView::Ready) {
         for (const QQmlError &error : window->errors())
             log(error.toString());
@@ -86,7 +86,7 @@ void RecordingPillWindowController::createWindow(AppState &appState)
                      });
     m_window = std::move(window);
     m_model = std::move(model);
-    log(QStringLiteral("Window created"));
+    log(u"Window created"_s);
 }
 
 void RecordingPillWindowController::positionWindow()
@@ -94,12 +94,11 @@ void RecordingPillWindowController::positionWindow()
     const QPointF pointer = QCursor::pos();
     const QScreen *screen = WindowPlacement::screenAt(pointer);
     if (!screen) {
-        log(QStringLiteral("ERROR: No screen available"));
+        log(u"ERROR: No screen available"_s);
         return;
     }
     const QRectF frame = WindowPlacement::visibleFrame(*screen, m_screenFrames);
-    m_window->setPosition(
-        WindowPlacement::pillOrigin(pointer, m_window->size(), frame).toPoint());
+    m_window->setPosition(WindowPlacement::pillOrigin(pointer, m_window->size(), frame).toPoint());
 }
 
 } // namespace Velloro

@@ -2,8 +2,8 @@
 
 #include "Core/Dictation/RecordingPill.h"
 #include "Platform/ScreenFrames.h"
-#include "Views/Windows/FramelessView.h"
 #include "Views/Pill/RecordingPillViewModel.h"
+#include "Views/Windows/FramelessView.h"
 #include "Views/Windows/ViewEngine.h"
 
 #include <memory>

@@ -2,8 +2,8 @@
 
 namespace Velloro {
 
-SettingsViewModel::SettingsViewModel(Platform &platform, AppState &appState, HotkeyManager &hotkeyManager,
-                             QObject *parent)
+SettingsViewModel::SettingsViewModel(Platform &platform, AppState &appState,
+                                     HotkeyManager &hotkeyManager, QObject *parent)
     : QObject(parent)
     , m_general(appState, hotkeyManager, *platform.keyEventMonitor)
     , m_models(appState)

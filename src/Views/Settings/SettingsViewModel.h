@@ -26,7 +26,7 @@ class SettingsViewModel : public QObject
 public:
     /// All of these outlive the model.
     SettingsViewModel(Platform &platform, AppState &appState, HotkeyManager &hotkeyManager,
-                  QObject *parent = nullptr);
+                      QObject *parent = nullptr);
 
     [[nodiscard]] GeneralSettingsViewModel *general() { return &m_general; }
     [[nodiscard]] ModelSettingsViewModel *models() { return &m_models; }

@@ -1,12 +1,13 @@
 #include "Views/Settings/SettingsWindowController.h"
 
+#include "Base/StringLiterals.h"
 #include "Views/Settings/SettingsViewModel.h"
 
 namespace Velloro {
 
 SettingsWindowController::SettingsWindowController(Platform &platform, AppState &appState,
-                                                   HotkeyManager &hotkeyManager,
-                                                   ViewEngine &engine, QObject *parent)
+                                                   HotkeyManager &hotkeyManager, ViewEngine &engine,
+                                                   QObject *parent)
     : WindowController(platform, appState, hotkeyManager, engine, parent)
 {
 }
@@ -18,8 +19,7 @@ WindowController::Content SettingsWindowController::makeContent()
     auto model = std::make_unique<SettingsViewModel>(m_platform, m_appState, m_hotkeyManager);
     connect(model.get(), &SettingsViewModel::closeRequested, this, &WindowController::close,
             Qt::QueuedConnection);
-    return {std::move(view), QSize(500, 400), QStringLiteral("Settings/SettingsView.qml"),
-            std::move(model)};
+    return {std::move(view), QSize(500, 400), u"Settings/SettingsView.qml"_s, std::move(model)};
 }
 
 } // namespace Velloro

@@ -21,7 +21,7 @@ constexpr uint32_t deviceIndependent(uint32_t modifierFlags)
 } // namespace
 
 HotkeyRecorderViewModel::HotkeyRecorderViewModel(HotkeyManager &hotkeyManager,
-                                         KeyEventMonitor &keyEventMonitor, QObject *parent)
+                                                 KeyEventMonitor &keyEventMonitor, QObject *parent)
     : QObject(parent)
     , m_hotkeyManager(hotkeyManager)
     , m_keyEventMonitor(keyEventMonitor)

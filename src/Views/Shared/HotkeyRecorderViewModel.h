@@ -28,7 +28,7 @@ class HotkeyRecorderViewModel : public QObject
 public:
     /// Both outlive the model.
     HotkeyRecorderViewModel(HotkeyManager &hotkeyManager, KeyEventMonitor &keyEventMonitor,
-                        QObject *parent = nullptr);
+                            QObject *parent = nullptr);
     ~HotkeyRecorderViewModel() override;
 
     [[nodiscard]] bool isRecording() const { return m_monitor != nullptr; }

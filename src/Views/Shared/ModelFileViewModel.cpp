@@ -1,5 +1,6 @@
 #include "Views/Shared/ModelFileViewModel.h"
 
+#include "Base/StringLiterals.h"
 #include "Models/ModelCatalog.h"
 
 namespace Velloro {
@@ -18,10 +19,10 @@ ModelFileViewModel::ModelFileViewModel(const QString &modelId, AppState &appStat
 QString ModelFileViewModel::state() const
 {
     if (std::holds_alternative<ModelDownloadState::Downloading>(m_state.value))
-        return QStringLiteral("downloading");
+        return u"downloading"_s;
     if (std::holds_alternative<ModelDownloadState::Failed>(m_state.value))
-        return QStringLiteral("failed");
-    return m_state.isDownloaded() ? QStringLiteral("downloaded") : QStringLiteral("notDownloaded");
+        return u"failed"_s;
+    return m_state.isDownloaded() ? u"downloaded"_s : u"notDownloaded"_s;
 }
 
 double ModelFileViewModel::progress() const
@@ -32,7 +33,7 @@ double ModelFileViewModel::progress() const
 
 QString ModelFileViewModel::percentText() const
 {
-    return QStringLiteral("%1%").arg(int(progress() * 100));
+    return u"%1%"_s.arg(int(progress() * 100));
 }
 
 QString ModelFileViewModel::detail() const

@@ -6,7 +6,7 @@
 namespace Velloro {
 
 EnhancedModelRowViewModel::EnhancedModelRowViewModel(ModelPreset preset, AppState &appState,
-                                             QObject *parent)
+                                                     QObject *parent)
     : ModelFileViewModel(Velloro::modelId(DictationController::modelType(preset)), appState, parent)
     , m_preset(preset)
     , m_isSelected(appState.selectedModel() == preset)

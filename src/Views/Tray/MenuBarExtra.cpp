@@ -1,6 +1,7 @@
 #include "Views/Tray/MenuBarExtra.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 #include "Views/Controls/SymbolRenderer.h"
 #include "Views/Windows/WindowPlacement.h"
 
@@ -18,7 +19,8 @@ namespace {
 constexpr double cornerRadius = 10;
 /// How long a desktop that is starting may take to bring its tray.
 constexpr auto trayPatience = 10s;
-/// While a panel opens, window managers pass the focus round; one without it for so long has lost it.
+/// While a panel opens, window managers pass the focus round; one without it for so long has lost
+/// it.
 constexpr auto focusPatience = 100ms;
 /// A click on the icon takes the focus from the panel, which closes this long before the click is
 /// reported, at most.
@@ -59,13 +61,13 @@ QString MenuBarExtra::symbolName(TranscriptionState state)
 {
     switch (state) {
     case TranscriptionState::idle:
-        return QStringLiteral("waveform");
+        return u"waveform"_s;
     case TranscriptionState::listening:
-        return QStringLiteral("waveform.circle.fill");
+        return u"waveform.circle.fill"_s;
     case TranscriptionState::transcribing:
-        return QStringLiteral("ellipsis.circle.fill");
+        return u"ellipsis.circle.fill"_s;
     case TranscriptionState::inserting:
-        return QStringLiteral("checkmark.circle.fill");
+        return u"checkmark.circle.fill"_s;
     }
     Q_UNREACHABLE();
 }
@@ -102,7 +104,7 @@ void MenuBarExtra::updateIcon()
     const QColor color = m_engine.appearance().isTrayDark() ? QColor(Qt::white)
                                                             : QColor(0x1c, 0x1c, 0x1e);
     m_trayIcon->setIcon(SymbolRenderer::icon(symbolName(m_appState.transcriptionState()), color));
-    m_trayIcon->setToolTip(QStringLiteral("Velloro: %1").arg(m_model.stateText()));
+    m_trayIcon->setToolTip(u"Velloro: %1"_s.arg(m_model.stateText()));
 }
 
 void MenuBarExtra::updateMenu()
@@ -178,9 +180,9 @@ void MenuBarExtra::makePanel()
         return;
     auto panel = std::make_unique<FramelessView>(m_engine, Qt::Tool | Qt::WindowStaysOnTopHint,
                                                  cornerRadius);
-    panel->setTitle(QStringLiteral("Velloro"));
-    panel->setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&m_model)}});
-    panel->setSource(ViewEngine::url(QStringLiteral("Tray/MenuBarView.qml")));
+    panel->setTitle(u"Velloro"_s);
+    panel->setInitialProperties({{u"model"_s, QVariant::fromValue(&m_model)}});
+    panel->setSource(ViewEngine::url(u"Tray/MenuBarView.qml"_s));
     if (panel->status() != QQuickView::Ready) {
         for (const QQmlError &error : panel->errors())
             Log::line(u"MenuBar", error.toString());
@@ -205,8 +207,7 @@ void MenuBarExtra::placePanel()
     m_panel->setScreen(screen);
     const QRectF frame = WindowPlacement::visibleFrame(*screen, m_screenFrames);
     m_panel->rootObject()->setProperty("room", WindowPlacement::panelRoom(frame));
-    m_panel->setPosition(
-        WindowPlacement::panelOrigin(m_anchor, m_panel->size(), frame).toPoint());
+    m_panel->setPosition(WindowPlacement::panelOrigin(m_anchor, m_panel->size(), frame).toPoint());
 }
 
 bool MenuBarExtra::eventFilter(QObject *watched, QEvent *event)

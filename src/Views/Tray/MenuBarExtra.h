@@ -3,8 +3,8 @@
 #include "Core/State/AppState.h"
 #include "Managers/HotkeyManager.h"
 #include "Platform/Platform.h"
-#include "Views/Windows/FramelessView.h"
 #include "Views/Tray/MenuBarViewModel.h"
+#include "Views/Windows/FramelessView.h"
 #include "Views/Windows/ViewEngine.h"
 
 #include <QElapsedTimer>

@@ -1,8 +1,9 @@
 #include "Views/Tray/MenuBarViewModel.h"
 
-#include "Views/Tray/EnhancedModelRowViewModel.h"
+#include "Base/StringLiterals.h"
 #include "Views/Shared/HotkeyProblem.h"
 #include "Views/Shared/StatusText.h"
+#include "Views/Tray/EnhancedModelRowViewModel.h"
 
 #include <QTimer>
 
@@ -12,7 +13,7 @@ namespace Velloro {
 
 namespace {
 
-const QString hasToldOfMissingTray = QStringLiteral("velloro.hasToldOfMissingTray");
+const QString hasToldOfMissingTray = u"velloro.hasToldOfMissingTray"_s;
 
 } // namespace
 
@@ -25,7 +26,8 @@ MenuBarViewModel::MenuBarViewModel(Platform &platform, AppState &appState,
 {
     for (const ModelPreset preset : allCases<ModelPreset>())
         m_rows << new EnhancedModelRowViewModel(preset, appState, this);
-    connect(&appState, &AppState::transcriptionStateChanged, this, &MenuBarViewModel::stateTextChanged);
+    connect(&appState, &AppState::transcriptionStateChanged, this,
+            &MenuBarViewModel::stateTextChanged);
     connect(&appState, &AppState::recordingModeChanged, this,
             &MenuBarViewModel::recordingModeTextChanged);
     connect(&hotkeyManager, &HotkeyManager::hotkeyDisplayStringChanged, this,

@@ -34,8 +34,8 @@ public:
     [[nodiscard]] QString recordingModeText() const;
     [[nodiscard]] const QList<QObject *> &rows() const { return m_rows; }
 
-    /// Tells how to open the panel on a desktop without a tray: once per user, and again at the next
-    /// start when the desktop did not accept the notification.
+    /// Tells how to open the panel on a desktop without a tray: once per user, and again at the
+    /// next start when the desktop did not accept the notification.
     void tellOfMissingTray();
 
     /// Asks for the settings window.

@@ -7,8 +7,8 @@
 namespace Velloro {
 
 /// A borderless window with round corners around one QML view, as large as the view. Where the
-/// desktop does not blend windows the corners are cut off by a mask, and what they leave of a pixel is
-/// of the ground's colour. Main thread only.
+/// desktop does not blend windows the corners are cut off by a mask, and what they leave of a pixel
+/// is of the ground's colour. Main thread only.
 class FramelessView : public QQuickView
 {
     Q_OBJECT

@@ -1,5 +1,7 @@
 #include "Views/Windows/ViewEngine.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QQuickWindow>
 
 // The module's type registration; referring to it keeps it in the program.
@@ -13,8 +15,7 @@ ViewEngine::ViewEngine(Appearance &appearance)
     // Small windows of text and flat shapes of which little changes at a time: painted by the
     // processor, only what changed, they cost less than a graphics driver's start, its memory and
     // its full repaints (docs/drawing.md has the figures).
-    if (const QString software = QStringLiteral("software");
-        QQuickWindow::sceneGraphBackend() != software)
+    if (const QString software = u"software"_s; QQuickWindow::sceneGraphBackend() != software)
         QQuickWindow::setSceneGraphBackend(software);
 }
 
@@ -28,13 +29,13 @@ QQmlEngine &ViewEngine::engine()
     m_theme = std::make_unique<Theme>(m_appearance);
     m_engine = std::make_unique<QQmlEngine>();
     m_theme->install(*m_engine);
-    m_engine->addImportPath(QStringLiteral("qrc:/"));
+    m_engine->addImportPath(u"qrc:/"_s);
     return *m_engine;
 }
 
 QUrl ViewEngine::url(const QString &file)
 {
-    return QUrl(QStringLiteral("qrc:/Velloro/") + file);
+    return QUrl(u"qrc:/Velloro/"_s + file);
 }
 
 } // namespace Velloro

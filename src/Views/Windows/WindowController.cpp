@@ -1,6 +1,7 @@
 #include "Views/Windows/WindowController.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 
 #include <QScreen>
 
@@ -39,7 +40,7 @@ void WindowController::open()
     view->setResizeMode(QQuickView::SizeRootObjectToView);
     // Before the view: layouts keep the height that texts had while there was little room.
     fit(*view, size);
-    view->setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(model.get())}});
+    view->setInitialProperties({{u"model"_s, QVariant::fromValue(model.get())}});
     // The window's children go after its content, which needs the model to the end.
     model.release()->setParent(view.get());
     view->setSource(ViewEngine::url(file));

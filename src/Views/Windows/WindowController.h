@@ -13,8 +13,8 @@ class QScreen;
 
 namespace Velloro {
 
-/// One window of the program, of a size that follows the text's, or as much of it as the screen has,
-/// that is made when it is opened and dropped when it is closed. Main thread only.
+/// One window of the program, of a size that follows the text's, or as much of it as the screen
+/// has, that is made when it is opened and dropped when it is closed. Main thread only.
 class WindowController : public QObject
 {
     Q_OBJECT

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Accessibility/AtSpiAccessibility.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Accessibility/AtSpiElement.h"
 #include "Platform/Linux/Accessibility/AtSpiRole.h"
 
@@ -12,7 +13,7 @@ namespace Velloro {
 
 namespace {
 
-const QString accessibleInterface = QStringLiteral("org.a11y.atspi.Accessible");
+const QString accessibleInterface = u"org.a11y.atspi.Accessible"_s;
 
 AccessibilityElementRef makeElement(const AtSpiReference &object)
 {
@@ -64,8 +65,8 @@ AtSpiAccessibility::role(const AccessibilityElementRef &element)
     const Result<AtSpiReference> object = objectOf(element);
     if (!object)
         return tl::unexpected(object.error());
-    const QDBusMessage number = m_applications.call(*object, accessibleInterface, QStringLiteral("GetRole"));
-    const QDBusMessage states = m_applications.call(*object, accessibleInterface, QStringLiteral("GetState"));
+    const QDBusMessage number = m_applications.call(*object, accessibleInterface, u"GetRole"_s);
+    const QDBusMessage states = m_applications.call(*object, accessibleInterface, u"GetState"_s);
     if (number.type() != QDBusMessage::ReplyMessage || states.type() != QDBusMessage::ReplyMessage)
         return tl::unexpected(AccessibilityError::cannotComplete);
     const std::optional<AccessibilityRole> role = AtSpiRole::accessibilityRole(
@@ -74,7 +75,7 @@ AtSpiAccessibility::role(const AccessibilityElementRef &element)
         return tl::unexpected(AccessibilityError::noValue);
     // A page that is not spelt out says nothing about what is in it.
     if (*role == AccessibilityRole::webArea
-        && m_applications.property(*object, accessibleInterface, QStringLiteral("ChildCount")) == 0)
+        && m_applications.property(*object, accessibleInterface, u"ChildCount"_s) == 0)
         return tl::unexpected(AccessibilityError::noValue);
     if (*role == AccessibilityRole::textField && isSearchField(*object))
         return AccessibilityRole::searchField;
@@ -100,8 +101,8 @@ Accessibility::Result<void> AtSpiAccessibility::setText(const AccessibilityEleme
     return write(element, &AtSpiText::setContent, text);
 }
 
-Accessibility::Result<void>
-AtSpiAccessibility::setSelection(const AccessibilityElementRef &element, const TextRange &range)
+Accessibility::Result<void> AtSpiAccessibility::setSelection(const AccessibilityElementRef &element,
+                                                             const TextRange &range)
 {
     return write(element, &AtSpiText::setSelection, range);
 }
@@ -138,7 +139,7 @@ bool AtSpiAccessibility::isTerminalFocused()
     const Result<AtSpiReference> focused = m_focus.focused();
     if (!focused)
         return false;
-    const QDBusMessage role = m_applications.call(*focused, accessibleInterface, QStringLiteral("GetRole"));
+    const QDBusMessage role = m_applications.call(*focused, accessibleInterface, u"GetRole"_s);
     return role.arguments().value(0).toUInt() == AtSpiRole::terminal;
 }
 
@@ -156,18 +157,18 @@ AtSpiAccessibility::objectOf(const AccessibilityElementRef &element)
 /// A search field differs from others only by what pages and toolkits say of it besides.
 bool AtSpiAccessibility::isSearchField(const AtSpiReference &object)
 {
-    const QDBusMessage reply =
-        m_applications.call(object, accessibleInterface, QStringLiteral("GetAttributes"));
+    const QDBusMessage reply = m_applications.call(object, accessibleInterface, u"GetAttributes"_s);
     if (reply.signature() != u"a{ss}")
         return false;
     const auto attributes = qdbus_cast<QMap<QString, QString>>(reply.arguments().value(0));
-    return attributes.value(QStringLiteral("xml-roles")) == u"searchbox"
-        || attributes.value(QStringLiteral("text-input-type")) == u"search";
+    return attributes.value(u"xml-roles"_s) == u"searchbox"
+        || attributes.value(u"text-input-type"_s) == u"search";
 }
 
 AtSpiText &AtSpiAccessibility::textOf(const AtSpiReference &object)
 {
-    if (!m_text || m_text->turn() != m_applications.allowance().turn() || m_text->object() != object)
+    if (!m_text || m_text->turn() != m_applications.allowance().turn()
+        || m_text->object() != object)
         m_text.emplace(m_applications, object);
     return *m_text;
 }

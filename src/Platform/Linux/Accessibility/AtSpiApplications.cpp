@@ -1,5 +1,6 @@
 #include "Platform/Linux/Accessibility/AtSpiApplications.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Accessibility/AtSpiBus.h"
 #include "Platform/Linux/Desktop/DBusCall.h"
 
@@ -17,8 +18,8 @@ using namespace std::chrono_literals;
 constexpr auto busTimeout = 250ms;
 constexpr auto withoutEnd = std::chrono::milliseconds::max();
 
-const QString daemonService = QStringLiteral("org.freedesktop.DBus");
-const QString rootPath = QStringLiteral("/org/a11y/atspi/accessible/root");
+const QString daemonService = u"org.freedesktop.DBus"_s;
+const QString rootPath = u"/org/a11y/atspi/accessible/root"_s;
 
 } // namespace
 
@@ -28,7 +29,8 @@ AtSpiApplications::AtSpiApplications(AtSpiBus &bus, QObject *parent)
 {
     for (const auto signal :
          {&AtSpiBus::focusGained, &AtSpiBus::focusLost, &AtSpiBus::windowActivated})
-        connect(&bus, signal, this, [this](const AtSpiReference &object) { learn(object.service); });
+        connect(&bus, signal, this,
+                [this](const AtSpiReference &object) { learn(object.service); });
     connect(&bus, &AtSpiBus::serviceGone, this, &AtSpiApplications::forget);
     connect(&bus, &AtSpiBus::disconnected, this, &AtSpiApplications::forgetAll);
 }
@@ -37,13 +39,11 @@ QDBusMessage AtSpiApplications::call(const AtSpiReference &object, const QString
                                      const QString &method, const QVariantList &arguments)
 {
     if (isUnresponsive(object.service) || m_allowance.remaining() <= 0ms) {
-        return QDBusMessage::createError(QDBusError::NoReply,
-                                         QStringLiteral("The application is not asked"));
+        return QDBusMessage::createError(QDBusError::NoReply, u"The application is not asked"_s);
     }
     QElapsedTimer timer;
     timer.start();
-    QDBusMessage reply
-        = m_bus.call(object, interface, method, arguments, m_allowance.remaining());
+    QDBusMessage reply = m_bus.call(object, interface, method, arguments, m_allowance.remaining());
     spend(object.service, std::chrono::milliseconds(timer.elapsed()));
     if (DBusCall::isTimeout(reply))
         probe(object.service);
@@ -53,8 +53,7 @@ QDBusMessage AtSpiApplications::call(const AtSpiReference &object, const QString
 QVariant AtSpiApplications::property(const AtSpiReference &object, const QString &interface,
                                      const QString &name)
 {
-    return DBusCall::property(
-        call(object, DBusCall::properties, QStringLiteral("Get"), {interface, name}));
+    return DBusCall::property(call(object, DBusCall::properties, u"Get"_s, {interface, name}));
 }
 
 void AtSpiApplications::spend(const QString &service, std::chrono::milliseconds elapsed)
@@ -75,11 +74,10 @@ void AtSpiApplications::probe(const QString &service)
     if (!m_bus.isConnected() || service.isEmpty() || isUnresponsive(service))
         return;
     m_unresponsive.insert(service);
-    DBusCall::whenAnswered(m_bus.send({service, rootPath},
-                                      QStringLiteral("org.a11y.atspi.Accessible"),
-                                      QStringLiteral("GetRole"), {}, withoutEnd),
-                           this,
-                           [this, service](const QDBusMessage &) { m_unresponsive.remove(service); });
+    DBusCall::whenAnswered(
+        m_bus.send({service, rootPath}, u"org.a11y.atspi.Accessible"_s, u"GetRole"_s, {},
+                   withoutEnd),
+        this, [this, service](const QDBusMessage &) { m_unresponsive.remove(service); });
 }
 
 /// Asks the bus for the process behind a name, so that the answer is there when it is needed.
@@ -88,9 +86,8 @@ void AtSpiApplications::learn(const QString &service)
     if (!m_bus.isConnected() || service.isEmpty() || m_processes.contains(service))
         return;
     m_processes.insert(service,
-                       m_bus.send({daemonService, QStringLiteral("/org/freedesktop/DBus")},
-                                  daemonService, QStringLiteral("GetConnectionUnixProcessID"),
-                                  {service}, busTimeout));
+                       m_bus.send({daemonService, u"/org/freedesktop/DBus"_s}, daemonService,
+                                  u"GetConnectionUnixProcessID"_s, {service}, busTimeout));
 }
 
 void AtSpiApplications::forget(const QString &service)
@@ -134,9 +131,8 @@ QString AtSpiApplications::toolkitOf(const QString &service)
     const auto known = m_toolkits.constFind(service);
     if (known != m_toolkits.constEnd())
         return *known;
-    const QVariant name = property({service, rootPath},
-                                   QStringLiteral("org.a11y.atspi.Application"),
-                                   QStringLiteral("ToolkitName"));
+    const QVariant name
+        = property({service, rootPath}, u"org.a11y.atspi.Application"_s, u"ToolkitName"_s);
     if (!name.isValid())
         return {};
     return *m_toolkits.insert(service, name.toString());

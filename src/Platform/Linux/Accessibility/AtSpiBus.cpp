@@ -1,6 +1,7 @@
 #include "Platform/Linux/Accessibility/AtSpiBus.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Accessibility/AtSpiLauncher.h"
 #include "Platform/Linux/Desktop/DBusCall.h"
 
@@ -16,8 +17,8 @@ using namespace std::chrono_literals;
 /// For the registry, which may first have to be started.
 constexpr auto registryTimeout = 10s;
 
-const QString daemonService = QStringLiteral("org.freedesktop.DBus");
-const QString registryService = QStringLiteral("org.a11y.atspi.Registry");
+const QString daemonService = u"org.freedesktop.DBus"_s;
+const QString registryService = u"org.a11y.atspi.Registry"_s;
 
 QDBusMessage methodCall(const AtSpiReference &object, const QString &interface,
                         const QString &method, const QVariantList &arguments)
@@ -47,8 +48,7 @@ void AtSpiBus::connectTo(const QString &address)
 {
     disconnect();
     // A name of a connection that is being closed is unavailable for a moment.
-    m_busName = QStringLiteral("velloro-accessibility-")
-        + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    m_busName = u"velloro-accessibility-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces);
     QDBusConnection bus = QDBusConnection::connectToBus(address, m_busName);
     if (!bus.isConnected()) {
         QDBusConnection::disconnectFromBus(m_busName);
@@ -57,28 +57,24 @@ void AtSpiBus::connectTo(const QString &address)
     }
     m_bus = bus;
 
-    bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
-                SLOT(onBusLost()));
-    bus.connect(QString(), QString(), QStringLiteral("org.a11y.atspi.Event.Object"),
-                QStringLiteral("StateChanged"), {QStringLiteral("focused")}, QString(), this,
-                SLOT(onFocusChanged(QDBusMessage)));
-    const QString windowInterface = QStringLiteral("org.a11y.atspi.Event.Window");
-    bus.connect(QString(), QString(), windowInterface, QStringLiteral("Activate"), this,
+    bus.connect(QString(), u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s,
+                u"Disconnected"_s, this, SLOT(onBusLost()));
+    bus.connect(QString(), QString(), u"org.a11y.atspi.Event.Object"_s, u"StateChanged"_s,
+                {u"focused"_s}, QString(), this, SLOT(onFocusChanged(QDBusMessage)));
+    const QString windowInterface = u"org.a11y.atspi.Event.Window"_s;
+    bus.connect(QString(), QString(), windowInterface, u"Activate"_s, this,
                 SLOT(onWindowActivated(QDBusMessage)));
-    bus.connect(QString(), QString(), windowInterface, QStringLiteral("Deactivate"), this,
+    bus.connect(QString(), QString(), windowInterface, u"Deactivate"_s, this,
                 SLOT(onWindowDeactivated(QDBusMessage)));
-    bus.connect(daemonService, QStringLiteral("/org/freedesktop/DBus"), daemonService,
-                QStringLiteral("NameOwnerChanged"), this,
-                SLOT(onOwnerChanged(QString, QString, QString)));
+    bus.connect(daemonService, u"/org/freedesktop/DBus"_s, daemonService, u"NameOwnerChanged"_s,
+                this, SLOT(onOwnerChanged(QString, QString, QString)));
 
     // Applications send only the events that somebody registered for.
-    const AtSpiReference registry{registryService, QStringLiteral("/org/a11y/atspi/registry")};
+    const AtSpiReference registry{registryService, u"/org/a11y/atspi/registry"_s};
     for (const QString &event :
-         {QStringLiteral("object:state-changed:focused"), QStringLiteral("window:activate"),
-          QStringLiteral("window:deactivate")}) {
-        (void)send(registry, registryService, QStringLiteral("RegisterEvent"),
-                   {event, QStringList(), QString()}, registryTimeout);
+         {u"object:state-changed:focused"_s, u"window:activate"_s, u"window:deactivate"_s}) {
+        (void)send(registry, registryService, u"RegisterEvent"_s, {event, QStringList(), QString()},
+                   registryTimeout);
     }
     Q_EMIT connected();
 }
@@ -96,7 +92,7 @@ void AtSpiBus::onBusLost()
 {
     if (!m_bus || m_bus->isConnected())
         return;
-    Log::line(u"Accessibility", QStringLiteral("Lost the accessibility bus"));
+    Log::line(u"Accessibility", u"Lost the accessibility bus"_s);
     disconnect();
     m_launcher.findAgain();
 }
@@ -137,8 +133,7 @@ QDBusMessage AtSpiBus::call(const AtSpiReference &object, const QString &interfa
 {
     const QDBusMessage message = methodCall(object, interface, method, arguments);
     if (!m_bus) {
-        return message.createErrorReply(QDBusError::Disconnected,
-                                        QStringLiteral("No accessibility bus"));
+        return message.createErrorReply(QDBusError::Disconnected, u"No accessibility bus"_s);
     }
     return m_bus->call(message, QDBus::Block, DBusCall::milliseconds(timeout));
 }
@@ -149,7 +144,7 @@ QDBusPendingCall AtSpiBus::send(const AtSpiReference &object, const QString &int
 {
     if (!m_bus) {
         return QDBusPendingCall::fromError(
-            QDBusError(QDBusError::Disconnected, QStringLiteral("No accessibility bus")));
+            QDBusError(QDBusError::Disconnected, u"No accessibility bus"_s));
     }
     return m_bus->asyncCall(methodCall(object, interface, method, arguments),
                             DBusCall::milliseconds(timeout));

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Accessibility/AtSpiFocusSearch.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Accessibility/AtSpiApplications.h"
 #include "Platform/Linux/Accessibility/AtSpiBus.h"
 #include "Platform/Linux/Accessibility/AtSpiRole.h"
@@ -18,7 +19,7 @@ namespace Velloro {
 
 namespace {
 
-const QString accessibleInterface = QStringLiteral("org.a11y.atspi.Accessible");
+const QString accessibleInterface = u"org.a11y.atspi.Accessible"_s;
 /// Objects looked at in one walk, and questions under way at a time.
 constexpr int mostVisited = 1500;
 constexpr std::size_t mostQuestions = 16;
@@ -98,18 +99,17 @@ void AtSpiFocusSearch::searchWindow(const AtSpiReference &window)
 
 void AtSpiFocusSearch::searchApplication(const QString &service)
 {
-    lookAtApplication({service, QStringLiteral("/org/a11y/atspi/accessible/root")});
+    lookAtApplication({service, u"/org/a11y/atspi/accessible/root"_s});
 }
 
 void AtSpiFocusSearch::searchDesktop()
 {
-    const AtSpiReference desktop{QStringLiteral("org.a11y.atspi.Registry"),
-                                 QStringLiteral("/org/a11y/atspi/accessible/root")};
-    ask(desktop, accessibleInterface, QStringLiteral("GetChildren"), {},
-        [this](const QDBusMessage &reply) {
-            for (const AtSpiReference &application : references(reply))
-                lookAtApplication(application);
-        });
+    const AtSpiReference desktop{u"org.a11y.atspi.Registry"_s,
+                                 u"/org/a11y/atspi/accessible/root"_s};
+    ask(desktop, accessibleInterface, u"GetChildren"_s, {}, [this](const QDBusMessage &reply) {
+        for (const AtSpiReference &application : references(reply))
+            lookAtApplication(application);
+    });
 }
 
 void AtSpiFocusSearch::finish(std::chrono::milliseconds longest)
@@ -160,22 +160,21 @@ void AtSpiFocusSearch::take(QDBusPendingCallWatcher *watcher)
 
 void AtSpiFocusSearch::lookAtApplication(const AtSpiReference &application)
 {
-    ask(application, accessibleInterface, QStringLiteral("GetChildren"), {},
-        [this](const QDBusMessage &reply) {
-            for (const AtSpiReference &window : references(reply)) {
-                ask(window, accessibleInterface, QStringLiteral("GetState"), {},
-                    [this, window](const QDBusMessage &state) {
-                        if (!m_window && AtSpiStates::of(state).contains(AtSpiStates::active))
-                            lookAtWindow(window);
-                    });
-            }
-        });
+    ask(application, accessibleInterface, u"GetChildren"_s, {}, [this](const QDBusMessage &reply) {
+        for (const AtSpiReference &window : references(reply)) {
+            ask(window, accessibleInterface, u"GetState"_s, {},
+                [this, window](const QDBusMessage &state) {
+                    if (!m_window && AtSpiStates::of(state).contains(AtSpiStates::active))
+                        lookAtWindow(window);
+                });
+        }
+    });
 }
 
 void AtSpiFocusSearch::lookAtWindow(const AtSpiReference &window)
 {
     m_window = window;
-    ask(window, QStringLiteral("org.a11y.atspi.Collection"), QStringLiteral("GetMatches"),
+    ask(window, u"org.a11y.atspi.Collection"_s, u"GetMatches"_s,
         {QVariant::fromValue(FocusedRule()), static_cast<uint>(canonicalOrder), 0, true},
         [this, window](const QDBusMessage &reply) {
             // Not every toolkit has collections.
@@ -183,7 +182,7 @@ void AtSpiFocusSearch::lookAtWindow(const AtSpiReference &window)
                 m_unvisited.append(window);
             // The innermost comes last.
             for (const AtSpiReference &match : references(reply)) {
-                ask(match, accessibleInterface, QStringLiteral("GetState"), {},
+                ask(match, accessibleInterface, u"GetState"_s, {},
                     [this, match](const QDBusMessage &state) {
                         consider(match, AtSpiStates::of(state));
                     });
@@ -203,19 +202,16 @@ void AtSpiFocusSearch::walk()
 
 void AtSpiFocusSearch::visit(const AtSpiReference &object)
 {
-    ask(object, accessibleInterface, QStringLiteral("GetState"), {},
-        [this, object](const QDBusMessage &reply) {
-            const AtSpiStates states = AtSpiStates::of(reply);
-            if (object != m_window)
-                consider(object, states);
-            if (m_ended || !states.contains(AtSpiStates::showing)
-                || states.contains(AtSpiStates::managesDescendants))
-                return;
-            ask(object, accessibleInterface, QStringLiteral("GetChildren"), {},
-                [this](const QDBusMessage &children) {
-                    m_unvisited.append(references(children));
-                });
-        });
+    ask(object, accessibleInterface, u"GetState"_s, {}, [this, object](const QDBusMessage &reply) {
+        const AtSpiStates states = AtSpiStates::of(reply);
+        if (object != m_window)
+            consider(object, states);
+        if (m_ended || !states.contains(AtSpiStates::showing)
+            || states.contains(AtSpiStates::managesDescendants))
+            return;
+        ask(object, accessibleInterface, u"GetChildren"_s, {},
+            [this](const QDBusMessage &children) { m_unvisited.append(references(children)); });
+    });
 }
 
 void AtSpiFocusSearch::consider(const AtSpiReference &object, const AtSpiStates &states)
@@ -226,10 +222,9 @@ void AtSpiFocusSearch::consider(const AtSpiReference &object, const AtSpiStates 
         prefer(object, Claim::outOfSight);
         return;
     }
-    ask(object, accessibleInterface, QStringLiteral("GetRole"), {},
+    ask(object, accessibleInterface, u"GetRole"_s, {},
         [this, object, states](const QDBusMessage &role) {
-            const bool takesText =
-                AtSpiRole::takesText(role.arguments().value(0).toUInt(), states);
+            const bool takesText = AtSpiRole::takesText(role.arguments().value(0).toUInt(), states);
             prefer(object, takesText ? Claim::textField : Claim::inSight);
         });
 }

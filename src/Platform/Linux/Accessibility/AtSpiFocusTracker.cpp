@@ -1,5 +1,6 @@
 #include "Platform/Linux/Accessibility/AtSpiFocusTracker.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Accessibility/AtSpiApplications.h"
 #include "Platform/Linux/Accessibility/AtSpiBus.h"
 #include "Platform/Linux/Accessibility/AtSpiFocusSearch.h"
@@ -24,7 +25,7 @@ constexpr auto backgroundTimeout = 2s;
 /// What looking behind an announcement may take of the time allowance.
 constexpr auto longestLook = 150ms;
 
-const QString accessibleInterface = QStringLiteral("org.a11y.atspi.Accessible");
+const QString accessibleInterface = u"org.a11y.atspi.Accessible"_s;
 
 } // namespace
 
@@ -207,9 +208,9 @@ AtSpiFocusTracker::preferredTo(const AtSpiReference &announced)
         return *m_textField;
     m_textField.reset();
 
-    AtSpiFocusSearch search(m_bus, m_applications,
-                            std::min<std::chrono::milliseconds>(
-                                longestLook, m_applications.allowance().remaining()));
+    AtSpiFocusSearch search(
+        m_bus, m_applications,
+        std::min<std::chrono::milliseconds>(longestLook, m_applications.allowance().remaining()));
     search.searchApplication(service);
     search.finish(longestLook);
     if (search.hasFoundTextField()) {
@@ -223,14 +224,13 @@ AtSpiFocusTracker::preferredTo(const AtSpiReference &announced)
 
 std::optional<bool> AtSpiFocusTracker::takesText(const AtSpiReference &object)
 {
-    const AtSpiStates states = AtSpiStates::of(
-        m_applications.call(object, accessibleInterface, QStringLiteral("GetState")));
+    const AtSpiStates states
+        = AtSpiStates::of(m_applications.call(object, accessibleInterface, u"GetState"_s));
     if (!states.contains(AtSpiStates::focused))
         return std::nullopt;
     if (AtSpiRole::takesText(AtSpiRole::unknown, states))
         return true;
-    const QDBusMessage role =
-        m_applications.call(object, accessibleInterface, QStringLiteral("GetRole"));
+    const QDBusMessage role = m_applications.call(object, accessibleInterface, u"GetRole"_s);
     return AtSpiRole::takesText(role.arguments().value(0).toUInt(), states);
 }
 

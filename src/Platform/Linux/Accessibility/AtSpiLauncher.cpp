@@ -1,6 +1,7 @@
 #include "Platform/Linux/Accessibility/AtSpiLauncher.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Desktop/DBusCall.h"
 #include "Platform/Linux/Desktop/DBusGreeting.h"
 #include "Platform/Linux/Desktop/SessionBus.h"
@@ -27,10 +28,10 @@ constexpr auto firstGreetingTimeout = 300ms;
 constexpr auto shortestRetry = 500ms;
 constexpr auto longestRetry = 30s;
 
-const QString service = QStringLiteral("org.a11y.Bus");
-const QString path = QStringLiteral("/org/a11y/bus");
-const QString statusInterface = QStringLiteral("org.a11y.Status");
-const QString enabledProperty = QStringLiteral("IsEnabled");
+const QString service = u"org.a11y.Bus"_s;
+const QString path = u"/org/a11y/bus"_s;
+const QString statusInterface = u"org.a11y.Status"_s;
+const QString enabledProperty = u"IsEnabled"_s;
 
 } // namespace
 
@@ -43,11 +44,10 @@ AtSpiLauncher::AtSpiLauncher(QObject *parent)
     connect(&m_retry, &QTimer::timeout, this, &AtSpiLauncher::ask);
     if (!m_session.isConnected())
         return;
-    m_session.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                      QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
-                      this, SLOT(onSessionBusLost()));
-    m_session.connect(QString(), path, DBusCall::properties, QStringLiteral("PropertiesChanged"),
-                      this, SLOT(onStatusChanged(QString, QVariantMap, QStringList)));
+    m_session.connect(QString(), u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s,
+                      u"Disconnected"_s, this, SLOT(onSessionBusLost()));
+    m_session.connect(QString(), path, DBusCall::properties, u"PropertiesChanged"_s, this,
+                      SLOT(onStatusChanged(QString, QVariantMap, QStringList)));
 
     m_serviceWatcher = std::make_unique<QDBusServiceWatcher>(
         service, m_session, QDBusServiceWatcher::WatchForOwnerChange);
@@ -77,7 +77,7 @@ void AtSpiLauncher::waitForAnswers()
 
 void AtSpiLauncher::enable()
 {
-    m_session.asyncCall(DBusCall::make(service, path, DBusCall::properties, QStringLiteral("Set"),
+    m_session.asyncCall(DBusCall::make(service, path, DBusCall::properties, u"Set"_s,
                                        {statusInterface, enabledProperty,
                                         QVariant::fromValue(QDBusVariant(QVariant(true)))}),
                         DBusCall::milliseconds(answerTimeout));
@@ -101,8 +101,7 @@ void AtSpiLauncher::ask()
         = DBusCall::milliseconds(m_waitedForAnswers ? answerTimeout : firstAnswerTimeout);
     if (!m_isBusFound && !m_addressQuestion && !m_greeting) {
         await(m_addressQuestion,
-              m_session.asyncCall(
-                  DBusCall::make(service, path, service, QStringLiteral("GetAddress")), timeout),
+              m_session.asyncCall(DBusCall::make(service, path, service, u"GetAddress"_s), timeout),
               &AtSpiLauncher::takeAddress);
     }
     await(m_enabledQuestion,
@@ -176,7 +175,7 @@ void AtSpiLauncher::endGreeting()
 void AtSpiLauncher::keepToolkitOff()
 {
     static constexpr auto variable = "AT_SPI_BUS_ADDRESS";
-    Log::line(u"Accessibility", QStringLiteral("The accessibility bus does not answer"));
+    Log::line(u"Accessibility", u"The accessibility bus does not answer"_s);
     if (qEnvironmentVariableIsSet(variable))
         return;
     // There is nothing to connect to; programs that are started later don't inherit this.

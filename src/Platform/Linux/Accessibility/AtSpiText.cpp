@@ -1,6 +1,7 @@
 #include "Platform/Linux/Accessibility/AtSpiText.h"
 
 #include "Base/Graphemes.h"
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Accessibility/AtSpiApplications.h"
 #include "Platform/Linux/Accessibility/AtSpiRole.h"
 #include "Platform/Linux/Desktop/DBusCall.h"
@@ -14,9 +15,9 @@ namespace Velloro {
 
 namespace {
 
-const QString accessibleInterface = QStringLiteral("org.a11y.atspi.Accessible");
-const QString textInterface = QStringLiteral("org.a11y.atspi.Text");
-const QString editableTextInterface = QStringLiteral("org.a11y.atspi.EditableText");
+const QString accessibleInterface = u"org.a11y.atspi.Accessible"_s;
+const QString textInterface = u"org.a11y.atspi.Text"_s;
+const QString editableTextInterface = u"org.a11y.atspi.EditableText"_s;
 
 /// Stands in a text for an object that is embedded there.
 constexpr QChar embeddedObject(QChar::ObjectReplacementCharacter);
@@ -29,7 +30,7 @@ tl::unexpected<AccessibilityError> failure(AccessibilityError error = Accessibil
 bool startsWithinPair(const QString &text, qsizetype at)
 {
     return at > 0 && at < text.size() && text.at(at).isLowSurrogate()
-           && text.at(at - 1).isHighSurrogate();
+        && text.at(at - 1).isHighSurrogate();
 }
 
 int codePoints(QStringView text)
@@ -60,11 +61,11 @@ AtSpiText::Result<QString> AtSpiText::content()
     if (*secret)
         return failure(AccessibilityError::noValue);
 
-    const auto reply = ask(textInterface, QStringLiteral("GetText"), {0, -1});
+    const auto reply = ask(textInterface, u"GetText"_s, {0, -1});
     if (!reply)
         return failure(reply.error());
     const QString text = reply->arguments().value(0).toString();
-    const Result<int> count = number(QStringLiteral("CharacterCount"));
+    const Result<int> count = number(u"CharacterCount"_s);
     if (!count)
         return failure(count.error());
     if (text.contains(embeddedObject))
@@ -180,7 +181,7 @@ AtSpiText::Result<void> AtSpiText::replaceSelection(const QString &text)
                || content.error() == AccessibilityError::cannotComplete) {
         return failure(content.error());
     } else {
-        const auto before = ask(textInterface, QStringLiteral("GetText"), {0, -1});
+        const auto before = ask(textInterface, u"GetText"_s, {0, -1});
         // Only a text without a value is left to the application; in one with other objects in it
         // the caret may be in one of those.
         if (before && before->arguments().value(0).toString().contains(embeddedObject))
@@ -191,8 +192,7 @@ AtSpiText::Result<void> AtSpiText::replaceSelection(const QString &text)
     const Result<void> replaced = replace(*selected, removed, text);
     m_content.reset();
     if (replaced) {
-        (void)tell(textInterface, QStringLiteral("SetCaretOffset"),
-                   {selected->start + lengthOf(text)});
+        (void)tell(textInterface, u"SetCaretOffset"_s, {selected->start + lengthOf(text)});
     }
     return replaced;
 }
@@ -232,7 +232,7 @@ AtSpiText::Answer AtSpiText::tell(const QString &interface, const QString &metho
 
 AtSpiText::Result<int> AtSpiText::number(const QString &property)
 {
-    const auto reply = ask(DBusCall::properties, QStringLiteral("Get"), {textInterface, property});
+    const auto reply = ask(DBusCall::properties, u"Get"_s, {textInterface, property});
     if (!reply)
         return failure(reply.error());
     bool ok = false;
@@ -244,19 +244,19 @@ AtSpiText::Result<int> AtSpiText::number(const QString &property)
 
 AtSpiText::Result<bool> AtSpiText::isSecret()
 {
-    const auto reply = ask(accessibleInterface, QStringLiteral("GetRole"));
+    const auto reply = ask(accessibleInterface, u"GetRole"_s);
     if (!reply)
         return failure(reply.error());
     return reply->arguments().value(0).toUInt() == AtSpiRole::passwordText;
 }
 
-/// Some toolkits answer that they wrote into a field that can't be written to, and Gecko does so for
-/// every field and writes into none.
+/// Some toolkits answer that they wrote into a field that can't be written to, and Gecko does so
+/// for every field and writes into none.
 AtSpiText::Result<void> AtSpiText::requireEditable()
 {
     if (m_applications.toolkitOf(m_object.service) == u"Gecko")
         return failure(AccessibilityError::unsupported);
-    const auto reply = ask(accessibleInterface, QStringLiteral("GetState"));
+    const auto reply = ask(accessibleInterface, u"GetState"_s);
     if (!reply)
         return failure(reply.error());
     if (!AtSpiStates::of(*reply).isWritable())
@@ -273,11 +273,11 @@ AtSpiText::Result<QString> AtSpiText::knownContent()
 
 AtSpiText::Result<AtSpiText::Offsets> AtSpiText::selectionOffsets()
 {
-    const auto count = ask(textInterface, QStringLiteral("GetNSelections"));
+    const auto count = ask(textInterface, u"GetNSelections"_s);
     if (!count)
         return failure(count.error());
     if (count->arguments().value(0).toInt() > 0) {
-        const auto selected = ask(textInterface, QStringLiteral("GetSelection"), {0});
+        const auto selected = ask(textInterface, u"GetSelection"_s, {0});
         if (!selected)
             return failure(selected.error());
         const int one = selected->arguments().value(0).toInt();
@@ -286,7 +286,7 @@ AtSpiText::Result<AtSpiText::Offsets> AtSpiText::selectionOffsets()
             return failure();
         return Offsets{std::min(one, other), std::max(one, other)};
     }
-    const Result<int> caret = number(QStringLiteral("CaretOffset"));
+    const Result<int> caret = number(u"CaretOffset"_s);
     if (!caret)
         return failure(caret.error());
     return Offsets{*caret, *caret};
@@ -296,8 +296,7 @@ AtSpiText::Result<AtSpiText::Offsets> AtSpiText::selectionOffsets()
 AtSpiText::Unit AtSpiText::unitByToolkit()
 {
     const QString toolkit = m_applications.toolkitOf(m_object.service);
-    for (const QString &each : {QStringLiteral("Qt"), QStringLiteral("VCL"),
-                                QStringLiteral("J2SE-access-bridge")}) {
+    for (const QString &each : {u"Qt"_s, u"VCL"_s, u"J2SE-access-bridge"_s}) {
         if (toolkit == each)
             return Unit::codeUnit;
     }
@@ -329,27 +328,25 @@ int AtSpiText::lengthOf(const QString &text) const
 AtSpiText::Answer AtSpiText::select(const Offsets &range)
 {
     if (range.start == range.end)
-        return tell(textInterface, QStringLiteral("SetCaretOffset"), {range.start});
-    const Answer answer =
-        tell(textInterface, QStringLiteral("SetSelection"), {0, range.start, range.end});
+        return tell(textInterface, u"SetCaretOffset"_s, {range.start});
+    const Answer answer = tell(textInterface, u"SetSelection"_s, {0, range.start, range.end});
     if (answer != Answer::no)
         return answer;
-    return tell(textInterface, QStringLiteral("AddSelection"), {range.start, range.end});
+    return tell(textInterface, u"AddSelection"_s, {range.start, range.end});
 }
 
 AtSpiText::Answer AtSpiText::insert(int offset, const QString &text)
 {
     // The protocol does not say what the length is counted in. Qt cuts the text to so many code
     // units; all others take it for bytes.
-    const qsizetype length = m_applications.toolkitOf(m_object.service) == u"Qt" ? text.size()
-                                                                        : text.toUtf8().size();
-    return tell(editableTextInterface, QStringLiteral("InsertText"),
-                {offset, text, static_cast<int>(length)});
+    const qsizetype length
+        = m_applications.toolkitOf(m_object.service) == u"Qt" ? text.size() : text.toUtf8().size();
+    return tell(editableTextInterface, u"InsertText"_s, {offset, text, static_cast<int>(length)});
 }
 
 AtSpiText::Answer AtSpiText::remove(const Offsets &range)
 {
-    return tell(editableTextInterface, QStringLiteral("DeleteText"), {range.start, range.end});
+    return tell(editableTextInterface, u"DeleteText"_s, {range.start, range.end});
 }
 
 /// Whether the toolkit makes an edit before it answers. Others may make it later, and what is not
@@ -363,23 +360,22 @@ bool AtSpiText::answersWhenDone()
 /// Whether the text certainly has this length and, where that is known, this content.
 bool AtSpiText::isUnchanged(int count, const std::optional<QString> &content)
 {
-    const Result<int> now = number(QStringLiteral("CharacterCount"));
+    const Result<int> now = number(u"CharacterCount"_s);
     if (!now || *now != count)
         return false;
     if (!content)
         return true;
-    const auto reply = ask(textInterface, QStringLiteral("GetText"), {0, -1});
+    const auto reply = ask(textInterface, u"GetText"_s, {0, -1});
     return reply && reply->arguments().value(0).toString() == *content;
 }
 
 bool AtSpiText::shows(const Insertion &insertion)
 {
-    const Result<int> count = number(QStringLiteral("CharacterCount"));
+    const Result<int> count = number(u"CharacterCount"_s);
     if (!count || *count != insertion.count)
         return false;
     if (!insertion.text.isEmpty()) {
-        const auto text = ask(textInterface, QStringLiteral("GetText"),
-                              {insertion.start, insertion.end});
+        const auto text = ask(textInterface, u"GetText"_s, {insertion.start, insertion.end});
         if (!text || text->arguments().value(0).toString() != insertion.text)
             return false;
     }
@@ -391,7 +387,7 @@ AtSpiText::Result<void> AtSpiText::replace(const Offsets &range, const QString &
                                            const QString &inserted)
 {
     // Known where the content is.
-    const Result<int> count = m_content ? m_count : number(QStringLiteral("CharacterCount"));
+    const Result<int> count = m_content ? m_count : number(u"CharacterCount"_s);
     if (!count)
         return failure(count.error());
     const std::optional<QString> before = std::exchange(m_content, std::nullopt);

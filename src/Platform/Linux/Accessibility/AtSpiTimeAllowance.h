@@ -18,7 +18,8 @@ public:
     /// What is left in this turn.
     [[nodiscard]] std::chrono::milliseconds remaining() const;
     void spend(std::chrono::milliseconds elapsed);
-    /// Counts the turns in which there was waiting; what was read in the same turn can be relied on.
+    /// Counts the turns in which there was waiting; what was read in the same turn can be relied
+    /// on.
     [[nodiscard]] quint64 turn() const { return m_turn; }
 
 private:

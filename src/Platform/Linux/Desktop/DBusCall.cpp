@@ -1,5 +1,7 @@
 #include "Platform/Linux/Desktop/DBusCall.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QDBusError>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
@@ -21,7 +23,7 @@ QDBusMessage make(const QString &service, const QString &path, const QString &in
 QDBusMessage makeGet(const QString &service, const QString &path, const QString &interface,
                      const QString &property)
 {
-    return make(service, path, properties, QStringLiteral("Get"), {interface, property});
+    return make(service, path, properties, u"Get"_s, {interface, property});
 }
 
 QVariant property(const QDBusMessage &reply)
@@ -42,8 +44,7 @@ bool isTimeout(const QDBusMessage &reply)
 
 int milliseconds(std::chrono::milliseconds limit)
 {
-    return static_cast<int>(
-        std::clamp<int64_t>(limit.count(), 0, std::numeric_limits<int>::max()));
+    return static_cast<int>(std::clamp<int64_t>(limit.count(), 0, std::numeric_limits<int>::max()));
 }
 
 void whenAnswered(const QDBusPendingCall &call, QObject *receiver,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QString>
@@ -16,7 +18,7 @@ namespace Velloro {
 namespace DBusCall {
 
 /// The interface by which every object tells its properties.
-inline const QString properties = QStringLiteral("org.freedesktop.DBus.Properties");
+inline const QString properties = u"org.freedesktop.DBus.Properties"_s;
 
 /// A call of a method that `interface` of an object has.
 [[nodiscard]] QDBusMessage make(const QString &service, const QString &path,
@@ -33,7 +35,8 @@ inline const QString properties = QStringLiteral("org.freedesktop.DBus.Propertie
 /// A time limit as Qt takes it.
 [[nodiscard]] int milliseconds(std::chrono::milliseconds limit);
 
-/// Hands over the reply or error when it has come, unless `receiver` is gone by then. Does not wait.
+/// Hands over the reply or error when it has come, unless `receiver` is gone by then. Does not
+/// wait.
 void whenAnswered(const QDBusPendingCall &call, QObject *receiver,
                   std::function<void(const QDBusMessage &reply)> handler);
 

@@ -1,5 +1,7 @@
 #include "Platform/Linux/Desktop/DBusGreeting.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QStringList>
 #include <unistd.h>
 
@@ -7,14 +9,13 @@ namespace Velloro {
 
 namespace {
 
-const QString pathKey = QStringLiteral("path=");
-const QString abstractKey = QStringLiteral("abstract=");
-const QString localTransport = QStringLiteral("unix:");
+const QString pathKey = u"path="_s;
+const QString abstractKey = u"abstract="_s;
+const QString localTransport = u"unix:"_s;
 
 } // namespace
 
-DBusGreeting::DBusGreeting(const QString &address, std::chrono::milliseconds limit,
-                           QObject *parent)
+DBusGreeting::DBusGreeting(const QString &address, std::chrono::milliseconds limit, QObject *parent)
     : QObject(parent)
 {
     m_limit.setSingleShot(true);
@@ -28,8 +29,9 @@ DBusGreeting::DBusGreeting(const QString &address, std::chrono::milliseconds lim
     });
     connect(&m_socket, &QLocalSocket::readyRead, this, [this] { finish(true); });
     // Queued: what fails at once does so within the constructor.
-    connect(&m_socket, &QLocalSocket::errorOccurred, this, [this] { finish(false); },
-            Qt::QueuedConnection);
+    connect(
+        &m_socket, &QLocalSocket::errorOccurred, this, [this] { finish(false); },
+        Qt::QueuedConnection);
     m_limit.start(limit);
     connectToSocket(address);
 }

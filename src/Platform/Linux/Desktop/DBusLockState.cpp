@@ -1,5 +1,6 @@
 #include "Platform/Linux/Desktop/DBusLockState.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Desktop/DBusCall.h"
 
 #include <QDBusArgument>
@@ -16,20 +17,20 @@ namespace {
 constexpr auto patience = 5s;
 
 /// Each is the name of the service and of its interface; the object has the same name.
-constexpr const char *screenSavers[] = {
-    "org.freedesktop.ScreenSaver", "org.gnome.ScreenSaver", "org.cinnamon.ScreenSaver",
-    "org.mate.ScreenSaver", "org.xfce.ScreenSaver"};
+constexpr const char *screenSavers[] = {"org.freedesktop.ScreenSaver", "org.gnome.ScreenSaver",
+                                        "org.cinnamon.ScreenSaver", "org.mate.ScreenSaver",
+                                        "org.xfce.ScreenSaver"};
 
 /// Blanks the screen without locking it where the user wants that, and tells the login manager of
 /// every lock.
-const QString blankingScreenSaver = QStringLiteral("org.gnome.ScreenSaver");
+const QString blankingScreenSaver = u"org.gnome.ScreenSaver"_s;
 
-const QString connectionName = QStringLiteral("velloro-login");
-const QString login = QStringLiteral("org.freedesktop.login1");
-const QString loginPath = QStringLiteral("/org/freedesktop/login1");
-const QString loginManager = QStringLiteral("org.freedesktop.login1.Manager");
-const QString loginSession = QStringLiteral("org.freedesktop.login1.Session");
-const QString lockedHint = QStringLiteral("LockedHint");
+const QString connectionName = u"velloro-login"_s;
+const QString login = u"org.freedesktop.login1"_s;
+const QString loginPath = u"/org/freedesktop/login1"_s;
+const QString loginManager = u"org.freedesktop.login1.Manager"_s;
+const QString loginSession = u"org.freedesktop.login1.Session"_s;
+const QString lockedHint = u"LockedHint"_s;
 using DBusCall::properties;
 
 QDBusMessage getProperty(const QString &path, const QString &name)
@@ -45,12 +46,13 @@ DBusLockState::DBusLockState(const QDBusConnection &sessionBus, const QString &s
 {
     for (const char *name : screenSavers)
         watchScreenSaver(QString::fromLatin1(name));
-    connect(m_greeting.get(), &DBusGreeting::finished, this, [this, systemBusAddress](bool answers) {
-        if (!answers)
-            return;
-        m_systemBus = QDBusConnection::connectToBus(systemBusAddress, connectionName);
-        findSession();
-    });
+    connect(m_greeting.get(), &DBusGreeting::finished, this,
+            [this, systemBusAddress](bool answers) {
+                if (!answers)
+                    return;
+                m_systemBus = QDBusConnection::connectToBus(systemBusAddress, connectionName);
+                findSession();
+            });
 }
 
 DBusLockState::~DBusLockState()
@@ -68,24 +70,24 @@ bool DBusLockState::isLocked() const
 QString DBusLockState::defaultSystemBusAddress()
 {
     return qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS",
-                                QStringLiteral("unix:path=/run/dbus/system_bus_socket"));
+                                u"unix:path=/run/dbus/system_bus_socket"_s);
 }
 
 void DBusLockState::watchScreenSaver(const QString &name)
 {
     // From whichever sender and object: the interface says who it is.
-    m_sessionBus.connect(QString(), QString(), name, QStringLiteral("ActiveChanged"), this,
+    m_sessionBus.connect(QString(), QString(), name, u"ActiveChanged"_s, this,
                          SLOT(activeChanged(QDBusMessage)));
-    const QString bus = QStringLiteral("org.freedesktop.DBus");
-    m_sessionBus.connect(bus, QString(), bus, QStringLiteral("NameOwnerChanged"), {name}, QString(),
-                         this, SLOT(ownerChanged(QString, QString, QString)));
+    const QString bus = u"org.freedesktop.DBus"_s;
+    m_sessionBus.connect(bus, QString(), bus, u"NameOwnerChanged"_s, {name}, QString(), this,
+                         SLOT(ownerChanged(QString, QString, QString)));
     askScreenSaver(name);
 }
 
 void DBusLockState::askScreenSaver(const QString &name)
 {
     const QString path = u'/' + QString(name).replace(u'.', u'/');
-    QDBusMessage call = DBusCall::make(name, path, name, QStringLiteral("GetActive"));
+    QDBusMessage call = DBusCall::make(name, path, name, u"GetActive"_s);
     call.setAutoStartService(false);
     ask(m_sessionBus, call,
         [this, name](const QVariant &active) { setLocked(name, active.toBool()); });
@@ -107,11 +109,10 @@ void DBusLockState::ownerChanged(const QString &name, const QString &, const QSt
 void DBusLockState::findSession()
 {
     // The login manager's name for the caller's session, which its signals do not use.
-    ask(m_systemBus,
-        getProperty(loginPath + QStringLiteral("/session/auto"), QStringLiteral("Id")),
+    ask(m_systemBus, getProperty(loginPath + u"/session/auto"_s, u"Id"_s),
         [this](const QVariant &id) {
             const QDBusMessage call
-                = DBusCall::make(login, loginPath, loginManager, QStringLiteral("GetSession"),
+                = DBusCall::make(login, loginPath, loginManager, u"GetSession"_s,
                                  {id.value<QDBusVariant>().variant().toString()});
             ask(m_systemBus, call, [this](const QVariant &path) {
                 watchSession(path.value<QDBusObjectPath>().path());
@@ -121,11 +122,10 @@ void DBusLockState::findSession()
 
 void DBusLockState::watchSession(const QString &path)
 {
-    m_systemBus.connect(QString(), path, properties, QStringLiteral("PropertiesChanged"), this,
+    m_systemBus.connect(QString(), path, properties, u"PropertiesChanged"_s, this,
                         SLOT(sessionPropertiesChanged(QDBusMessage)));
-    ask(m_systemBus, getProperty(path, lockedHint), [this](const QVariant &hint) {
-        setHint(hint.value<QDBusVariant>().variant().toBool());
-    });
+    ask(m_systemBus, getProperty(path, lockedHint),
+        [this](const QVariant &hint) { setHint(hint.value<QDBusVariant>().variant().toBool()); });
 }
 
 void DBusLockState::sessionPropertiesChanged(const QDBusMessage &message)

@@ -12,7 +12,8 @@
 namespace Velloro {
 
 /// Whether the screen is locked, as the desktop's screen saver tells on the session bus and the
-/// login manager on the system bus. Both are asked once and heard from then on; nobody is waited for.
+/// login manager on the system bus. Both are asked once and heard from then on; nobody is waited
+/// for.
 ///
 /// A screen saver tells that it is active, which can also mean that it has only blanked the screen.
 /// GNOME's is not counted where the login manager knows of the session, which it tells of the lock

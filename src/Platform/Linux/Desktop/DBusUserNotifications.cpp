@@ -1,5 +1,6 @@
 #include "Platform/Linux/Desktop/DBusUserNotifications.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Desktop/DBusCall.h"
 #include "Platform/Linux/Desktop/SessionBus.h"
 
@@ -22,13 +23,11 @@ QDBusMessage DBusUserNotifications::notify(const QString &title, const QString &
 {
     constexpr uint replacesNothing = 0;
     constexpr int serversOwnTimeout = -1;
-    const QString service = QStringLiteral("org.freedesktop.Notifications");
-    return DBusCall::make(
-        service, QStringLiteral("/org/freedesktop/Notifications"), service,
-        QStringLiteral("Notify"),
-        {QStringLiteral("Velloro"), replacesNothing, QStringLiteral("velloro"), title,
-         informativeText, QStringList(),
-         QVariantMap{{QStringLiteral("suppress-sound"), true}}, serversOwnTimeout});
+    const QString service = u"org.freedesktop.Notifications"_s;
+    return DBusCall::make(service, u"/org/freedesktop/Notifications"_s, service, u"Notify"_s,
+                          {u"Velloro"_s, replacesNothing, u"velloro"_s, title, informativeText,
+                           QStringList(), QVariantMap{{u"suppress-sound"_s, true}},
+                           serversOwnTimeout});
 }
 
 } // namespace Velloro

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Desktop/DesktopAppearance.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Desktop/DBusCall.h"
 
 #include <QDBusArgument>
@@ -16,11 +17,11 @@ namespace Velloro {
 
 namespace {
 
-const QString portal = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
-const QString portalSettings = QStringLiteral("org.freedesktop.portal.Settings");
-const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
-const QString interfaceGroup = QStringLiteral("org.gnome.desktop.interface");
+const QString portal = u"org.freedesktop.portal.Desktop"_s;
+const QString portalPath = u"/org/freedesktop/portal/desktop"_s;
+const QString portalSettings = u"org.freedesktop.portal.Settings"_s;
+const QString appearanceGroup = u"org.freedesktop.appearance"_s;
+const QString interfaceGroup = u"org.gnome.desktop.interface"_s;
 
 using SettingGroups = QMap<QString, QVariantMap>;
 
@@ -28,11 +29,9 @@ using SettingGroups = QMap<QString, QVariantMap>;
 std::optional<uint32_t> namedAccent(const QString &name)
 {
     static const QHash<QString, uint32_t> colors{
-        {QStringLiteral("blue"), 0x3584e4},   {QStringLiteral("teal"), 0x2190a4},
-        {QStringLiteral("green"), 0x3a944a},  {QStringLiteral("yellow"), 0xc88800},
-        {QStringLiteral("orange"), 0xed5b00}, {QStringLiteral("red"), 0xe62d42},
-        {QStringLiteral("pink"), 0xd56199},   {QStringLiteral("purple"), 0x9141ac},
-        {QStringLiteral("slate"), 0x6f8396}};
+        {u"blue"_s, 0x3584e4},   {u"teal"_s, 0x2190a4},   {u"green"_s, 0x3a944a},
+        {u"yellow"_s, 0xc88800}, {u"orange"_s, 0xed5b00}, {u"red"_s, 0xe62d42},
+        {u"pink"_s, 0xd56199},   {u"purple"_s, 0x9141ac}, {u"slate"_s, 0x6f8396}};
     const auto color = colors.constFind(name);
     return color == colors.constEnd() ? std::nullopt : std::optional<uint32_t>(*color);
 }
@@ -43,7 +42,7 @@ std::optional<uint32_t> portalAccent(const QVariant &value)
     if (!value.canConvert<QDBusArgument>())
         return std::nullopt;
     const auto argument = value.value<QDBusArgument>();
-    if (argument.currentSignature() != QStringLiteral("(ddd)"))
+    if (argument.currentSignature() != u"(ddd)"_s)
         return std::nullopt;
     double red = -1;
     double green = -1;
@@ -127,11 +126,10 @@ void DesktopAppearance::askPortal()
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
     // From whichever sender: who owns the portal's name need not be known, now or when it restarts.
-    bus.connect(QString(), portalPath, portalSettings, QStringLiteral("SettingChanged"), this,
+    bus.connect(QString(), portalPath, portalSettings, u"SettingChanged"_s, this,
                 SLOT(settingChanged(QDBusMessage)));
-    const QDBusMessage question
-        = DBusCall::make(portal, portalPath, portalSettings, QStringLiteral("ReadAll"),
-                         {QStringList{appearanceGroup, interfaceGroup}});
+    const QDBusMessage question = DBusCall::make(portal, portalPath, portalSettings, u"ReadAll"_s,
+                                                 {QStringList{appearanceGroup, interfaceGroup}});
     DBusCall::whenAnswered(bus.asyncCall(question), this, [this](const QDBusMessage &reply) {
         if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
             readSettingsStore();
@@ -152,21 +150,20 @@ void DesktopAppearance::askPortal()
 
 void DesktopAppearance::askForShell()
 {
-    const QString daemon = QStringLiteral("org.freedesktop.DBus");
-    const QDBusMessage question
-        = DBusCall::make(daemon, QStringLiteral("/org/freedesktop/DBus"), daemon,
-                         QStringLiteral("NameHasOwner"), {QStringLiteral("org.gnome.Shell")});
-    DBusCall::whenAnswered(
-        QDBusConnection::sessionBus().asyncCall(question), this, [this](const QDBusMessage &reply) {
-            if (reply.type() == QDBusMessage::ReplyMessage
-                && assign(m_hasDarkShell, reply.arguments().value(0).toBool()))
-                Q_EMIT changed();
-        });
+    const QString daemon = u"org.freedesktop.DBus"_s;
+    const QDBusMessage question = DBusCall::make(daemon, u"/org/freedesktop/DBus"_s, daemon,
+                                                 u"NameHasOwner"_s, {u"org.gnome.Shell"_s});
+    DBusCall::whenAnswered(QDBusConnection::sessionBus().asyncCall(question), this,
+                           [this](const QDBusMessage &reply) {
+                               if (reply.type() == QDBusMessage::ReplyMessage
+                                   && assign(m_hasDarkShell, reply.arguments().value(0).toBool()))
+                                   Q_EMIT changed();
+                           });
 }
 
 void DesktopAppearance::readSettingsStore()
 {
-    const QString program = QStandardPaths::findExecutable(QStringLiteral("gsettings"));
+    const QString program = QStandardPaths::findExecutable(u"gsettings"_s);
     if (program.isEmpty())
         return;
     m_settingsReader = std::make_unique<QProcess>();
@@ -177,7 +174,7 @@ void DesktopAppearance::readSettingsStore()
             watchSettingsStore();
     });
     m_settingsReader->setStandardErrorFile(QProcess::nullDevice());
-    m_settingsReader->start(program, {QStringLiteral("list-recursively"), interfaceGroup});
+    m_settingsReader->start(program, {u"list-recursively"_s, interfaceGroup});
 }
 
 void DesktopAppearance::watchSettingsStore()
@@ -186,8 +183,7 @@ void DesktopAppearance::watchSettingsStore()
     connect(m_settingsMonitor.get(), &QProcess::readyReadStandardOutput, this,
             [this] { readStoreLines(*m_settingsMonitor); });
     m_settingsMonitor->setStandardErrorFile(QProcess::nullDevice());
-    m_settingsMonitor->start(m_settingsReader->program(),
-                             {QStringLiteral("monitor"), interfaceGroup});
+    m_settingsMonitor->start(m_settingsReader->program(), {u"monitor"_s, interfaceGroup});
 }
 
 void DesktopAppearance::readStoreLines(QProcess &process)
@@ -223,26 +219,26 @@ void DesktopAppearance::settingChanged(const QDBusMessage &message)
 bool DesktopAppearance::apply(const QString &group, const QString &key, const QVariant &value)
 {
     if (group == appearanceGroup) {
-        if (key == QStringLiteral("color-scheme")) {
+        if (key == u"color-scheme"_s) {
             const uint scheme = value.toUInt();
             return assign(m_dark,
                           scheme == 1       ? std::optional<bool>(true)
                               : scheme == 2 ? std::optional<bool>(false)
                                             : std::nullopt);
         }
-        if (key == QStringLiteral("accent-color"))
+        if (key == u"accent-color"_s)
             return assign(m_accent, portalAccent(value));
     } else if (group == interfaceGroup) {
-        if (key == QStringLiteral("color-scheme")) {
+        if (key == u"color-scheme"_s) {
             const QString scheme = value.toString();
             return assign(m_dark,
-                          scheme == QStringLiteral("prefer-dark")        ? std::optional<bool>(true)
-                              : scheme == QStringLiteral("prefer-light") ? std::optional<bool>(false)
-                                                                         : std::nullopt);
+                          scheme == u"prefer-dark"_s        ? std::optional<bool>(true)
+                              : scheme == u"prefer-light"_s ? std::optional<bool>(false)
+                                                            : std::nullopt);
         }
-        if (key == QStringLiteral("accent-color"))
+        if (key == u"accent-color"_s)
             return assign(m_accent, namedAccent(value.toString()));
-        if (key == QStringLiteral("text-scaling-factor")) {
+        if (key == u"text-scaling-factor"_s) {
             const double scale = value.toDouble();
             return scale > 0 && assign(m_textScale, scale);
         }

@@ -1,6 +1,7 @@
 #include "Platform/Linux/Desktop/DesktopSettings.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Desktop/DBusCall.h"
 
 #include <QDBusConnection>
@@ -26,27 +27,24 @@ const QList<Desktop> &desktops()
 {
     static const QList<Desktop> all{
         {"org.gnome.Shell",
-         {{QStringLiteral("gnome-control-center"), QStringLiteral("sound")}},
-         {{QStringLiteral("gnome-control-center"), QStringLiteral("universal-access")}}},
+         {{u"gnome-control-center"_s, u"sound"_s}},
+         {{u"gnome-control-center"_s, u"universal-access"_s}}},
         {"org.kde.plasmashell",
-         {{QStringLiteral("systemsettings"), QStringLiteral("kcm_pulseaudio")},
-          {QStringLiteral("systemsettings5"), QStringLiteral("kcm_pulseaudio")}},
-         {{QStringLiteral("systemsettings"), QStringLiteral("kcm_access")},
-          {QStringLiteral("systemsettings5"), QStringLiteral("kcm_access")}}},
+         {{u"systemsettings"_s, u"kcm_pulseaudio"_s}, {u"systemsettings5"_s, u"kcm_pulseaudio"_s}},
+         {{u"systemsettings"_s, u"kcm_access"_s}, {u"systemsettings5"_s, u"kcm_access"_s}}},
         {"org.xfce.SessionManager",
          // The mixer's fourth page is that of the microphones.
-         {{QStringLiteral("pavucontrol"), QStringLiteral("--tab=4")}},
-         {{QStringLiteral("xfce4-accessibility-settings")}}},
+         {{u"pavucontrol"_s, u"--tab=4"_s}},
+         {{u"xfce4-accessibility-settings"_s}}},
     };
     return all;
 }
 
 QStringList namesOnTheBus()
 {
-    const QString daemon = QStringLiteral("org.freedesktop.DBus");
+    const QString daemon = u"org.freedesktop.DBus"_s;
     return QDBusConnection::sessionBus()
-        .call(DBusCall::make(daemon, QStringLiteral("/org/freedesktop/DBus"), daemon,
-                             QStringLiteral("ListNames")),
+        .call(DBusCall::make(daemon, u"/org/freedesktop/DBus"_s, daemon, u"ListNames"_s),
               QDBus::Block, busPatienceMilliseconds)
         .arguments()
         .value(0)
@@ -63,7 +61,7 @@ bool DesktopSettings::openPage(SettingsPage page)
             continue;
         if (QProcess::startDetached(program, command))
             return true;
-        Log::line(u"Settings", QStringLiteral("Failed to start %1").arg(program));
+        Log::line(u"Settings", u"Failed to start %1"_s.arg(program));
     }
     return false;
 }

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Desktop/DesktopTrayHost.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Desktop/DBusCall.h"
 #include "Platform/Linux/Desktop/SessionBus.h"
 
@@ -9,8 +10,8 @@ namespace Velloro {
 
 namespace {
 
-const QString watcher = QStringLiteral("org.kde.StatusNotifierWatcher");
-const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+const QString watcher = u"org.kde.StatusNotifierWatcher"_s;
+const QString watcherPath = u"/StatusNotifierWatcher"_s;
 
 } // namespace
 
@@ -20,11 +21,10 @@ DesktopTrayHost::DesktopTrayHost(std::shared_ptr<X11DesktopLook> look)
 {
     connect(m_look.get(), &X11DesktopLook::changed, this, &DesktopTrayHost::update);
     // From whichever sender: who owns the names need not be known.
-    m_bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus"),
-                  QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameOwnerChanged"),
-                  {watcher}, QString(), this, SLOT(askWatcher()));
-    m_bus.connect(QString(), watcherPath, watcher, QStringLiteral("StatusNotifierHostRegistered"),
-                  this, SLOT(askWatcher()));
+    m_bus.connect(QString(), u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s,
+                  u"NameOwnerChanged"_s, {watcher}, QString(), this, SLOT(askWatcher()));
+    m_bus.connect(QString(), watcherPath, watcher, u"StatusNotifierHostRegistered"_s, this,
+                  SLOT(askWatcher()));
     askWatcher();
 }
 
@@ -32,8 +32,8 @@ void DesktopTrayHost::askWatcher()
 {
     constexpr int withoutEnd = std::numeric_limits<int>::max();
     m_host = Host::unknown;
-    QDBusMessage message = DBusCall::makeGet(watcher, watcherPath, watcher,
-                                             QStringLiteral("IsStatusNotifierHostRegistered"));
+    QDBusMessage message
+        = DBusCall::makeGet(watcher, watcherPath, watcher, u"IsStatusNotifierHostRegistered"_s);
     message.setAutoStartService(false);
     DBusCall::whenAnswered(m_bus.asyncCall(message, withoutEnd), this,
                            [this, question = ++m_question](const QDBusMessage &reply) {
@@ -47,8 +47,7 @@ void DesktopTrayHost::askWatcher()
 
 void DesktopTrayHost::update()
 {
-    const bool isPresent
-        = m_host == Host::present || (m_host == Host::absent && m_look->hasTray());
+    const bool isPresent = m_host == Host::present || (m_host == Host::absent && m_look->hasTray());
     if (isPresent == m_isPresent)
         return;
     m_isPresent = isPresent;

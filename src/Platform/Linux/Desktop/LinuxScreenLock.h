@@ -16,8 +16,8 @@ class LinuxScreenLock final : public ScreenLock
     Q_OBJECT
 
 public:
-    /// `lockState` has what the buses report, if there are any; without a connection the keyboard is
-    /// free.
+    /// `lockState` has what the buses report, if there are any; without a connection the keyboard
+    /// is free.
     LinuxScreenLock(std::unique_ptr<DBusLockState> lockState,
                     const std::shared_ptr<X11Connection> &connection);
 

@@ -1,6 +1,7 @@
 #include "Platform/Linux/Desktop/SessionBus.h"
 
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Desktop/DBusGreeting.h"
 
 #include <QByteArray>
@@ -21,7 +22,7 @@ QString address()
         return named;
     // Where the desktop's own bus is by default. None is started here.
     const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    return folder.isEmpty() ? QString() : QStringLiteral("unix:path=%1/bus").arg(folder);
+    return folder.isEmpty() ? QString() : u"unix:path=%1/bus"_s.arg(folder);
 }
 
 bool answers()
@@ -29,7 +30,7 @@ bool answers()
     DBusGreeting greeting(address(), patience);
     if (greeting.waitForAnswer(patience))
         return true;
-    Log::line(u"SessionBus", QStringLiteral("The session bus does not answer"));
+    Log::line(u"SessionBus", u"The session bus does not answer"_s);
     // The toolkit uses the bus, too, and would wait for it. There is nothing to connect to; the
     // process keeps to this, while programs that it starts have what it was started with.
     const bool isNamed = qEnvironmentVariableIsSet(variable);

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Desktop/XdgLoginItem.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Files/SystemError.h"
 
 #include <QDir>
@@ -15,15 +16,15 @@ namespace Velloro {
 
 namespace {
 
-const QString deletedSuffix = QStringLiteral(" (deleted)");
+const QString deletedSuffix = u" (deleted)"_s;
 
 /// A value of type string in a desktop entry.
 QString escaped(QString value)
 {
-    return value.replace(u'\\', QStringLiteral("\\\\"))
-        .replace(u'\n', QStringLiteral("\\n"))
-        .replace(u'\r', QStringLiteral("\\r"))
-        .replace(u'\t', QStringLiteral("\\t"));
+    return value.replace(u'\\', u"\\\\"_s)
+        .replace(u'\n', u"\\n"_s)
+        .replace(u'\r', u"\\r"_s)
+        .replace(u'\t', u"\\t"_s);
 }
 
 QString unescaped(const QString &value)
@@ -59,8 +60,7 @@ QString commandLine(const QString &program)
 {
     // Some desktops look for the first word before they undo the doubling of percent signs.
     if (program.contains(u'%'))
-        return QStringLiteral("/bin/sh -c ") + quoted(QStringLiteral("exec \"$0\"")) + u' '
-            + quoted(program);
+        return u"/bin/sh -c "_s + quoted(u"exec \"$0\""_s) + u' ' + quoted(program);
     return quoted(program);
 }
 
@@ -82,7 +82,7 @@ std::optional<QString> entryValue(const QString &path, const QString &key)
 /// What the system said when the file device failed, or the device's own words.
 PlatformError fileError(const QString &what, const QFileDevice &file)
 {
-    return {0, what + QStringLiteral(": ") + file.errorString()};
+    return {0, what + u": "_s + file.errorString()};
 }
 
 } // namespace
@@ -95,7 +95,7 @@ XdgLoginItem::XdgLoginItem(const QString &program)
 QString XdgLoginItem::entryPath()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-        + QStringLiteral("/autostart/velloro.desktop");
+        + u"/autostart/velloro.desktop"_s;
 }
 
 QString XdgLoginItem::program() const
@@ -118,7 +118,7 @@ LoginItem::Result XdgLoginItem::registerItem()
 {
     const QString program = this->program();
     if (!QFileInfo(program).isExecutable())
-        return tl::unexpected(systemError(ENOENT, QStringLiteral("The program's own file")));
+        return tl::unexpected(systemError(ENOENT, u"The program's own file"_s));
 
     const QString path = entryPath();
     const QString folder = QFileInfo(path).path();
@@ -130,16 +130,16 @@ LoginItem::Result XdgLoginItem::registerItem()
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return tl::unexpected(fileError(path, file));
-    const QString entry = QStringLiteral("[Desktop Entry]\n"
-                                         "Type=Application\n"
-                                         "Name=Velloro\n"
-                                         "Comment=Dictation\n"
-                                         "Icon=velloro\n"
-                                         "Exec=%1\n"
-                                         "TryExec=%2\n"
-                                         "Terminal=false\n"
-                                         "StartupNotify=false\n"
-                                         "X-GNOME-Autostart-enabled=true\n");
+    const QString entry = u"[Desktop Entry]\n"
+                          "Type=Application\n"
+                          "Name=Velloro\n"
+                          "Comment=Dictation\n"
+                          "Icon=velloro\n"
+                          "Exec=%1\n"
+                          "TryExec=%2\n"
+                          "Terminal=false\n"
+                          "StartupNotify=false\n"
+                          "X-GNOME-Autostart-enabled=true\n"_s;
     // Both at once: a percent sign in the path is no place to fill.
     file.write(entry.arg(escaped(commandLine(program)), escaped(program)).toUtf8());
     if (!file.commit())
@@ -159,12 +159,11 @@ LoginItem::Result XdgLoginItem::refresh()
 {
     const QString path = entryPath();
     // An entry that the user switched off in the desktop's own settings stays off.
-    if (entryValue(path, QStringLiteral("Hidden")) == QStringLiteral("true")
-        || entryValue(path, QStringLiteral("X-GNOME-Autostart-enabled"))
-            == QStringLiteral("false")) {
+    if (entryValue(path, u"Hidden"_s) == u"true"_s
+        || entryValue(path, u"X-GNOME-Autostart-enabled"_s) == u"false"_s) {
         return {};
     }
-    const std::optional<QString> registered = entryValue(path, QStringLiteral("TryExec"));
+    const std::optional<QString> registered = entryValue(path, u"TryExec"_s);
     if (!registered || QFileInfo(*registered).isExecutable())
         return {};
     return registerItem();

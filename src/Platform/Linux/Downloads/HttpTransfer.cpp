@@ -1,5 +1,7 @@
 #include "Platform/Linux/Downloads/HttpTransfer.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QLocale>
 #include <algorithm>
 
@@ -83,10 +85,11 @@ HttpTransfer::Outcome HttpTransfer::finish(CURLcode code)
 PlatformError HttpTransfer::failure(CURLcode code) const
 {
     if (code == CURLE_HTTP_RETURNED_ERROR)
-        return {code, QStringLiteral("The server answered: ") + m_status};
+        return {code, u"The server answered: "_s + m_status};
     if (code == CURLE_PARTIAL_FILE && expectedSize() > 0) {
-        return {code, QStringLiteral("The connection ended early, after %1 of %2")
-                          .arg(sizeText(m_file->size()), sizeText(expectedSize()))};
+        return {code,
+                u"The connection ended early, after %1 of %2"_s.arg(sizeText(m_file->size()),
+                                                                    sizeText(expectedSize()))};
     }
     const char *reason = m_libraryError[0] ? m_libraryError.data() : curl_easy_strerror(code);
     return {code, QString::fromLocal8Bit(reason)};
@@ -98,17 +101,18 @@ std::optional<PlatformError> HttpTransfer::fault() const
     curl_easy_getinfo(m_handle.get(), CURLINFO_RESPONSE_CODE, &status);
     // 203 is the file as a proxy passed it on; the other successes are not the whole file.
     if (status != 200 && status != 203)
-        return PlatformError{int(status), QStringLiteral("The server answered: ") + m_status};
+        return PlatformError{int(status), u"The server answered: "_s + m_status};
     curl_header *encoding = nullptr;
     if (curl_easy_header(m_handle.get(), "Content-Encoding", 0, CURLH_HEADER, -1, &encoding)
             == CURLHE_OK
         && qstricmp(encoding->value, "identity") != 0) {
-        return PlatformError{0, QStringLiteral("The server sent the file in an encoding that was "
-                                               "not asked for: ")
-                                    + QString::fromLatin1(encoding->value)};
+        return PlatformError{0,
+                             u"The server sent the file in an encoding that was "
+                             "not asked for: "_s
+                                 + QString::fromLatin1(encoding->value)};
     }
     if (m_file->size() == 0)
-        return PlatformError{0, QStringLiteral("The server sent an empty file")};
+        return PlatformError{0, u"The server sent an empty file"_s};
     return std::nullopt;
 }
 
@@ -120,8 +124,8 @@ bool HttpTransfer::update()
     const bool hasBegun = m_file->size() > 0 || m_status.startsWith(u"20");
     if (Clock::now() - m_lastActivity < (hasBegun ? m_patience.stall : m_patience.answer))
         return true;
-    m_error = {CURLE_OPERATION_TIMEDOUT, hasBegun ? QStringLiteral("The server stopped answering")
-                                                  : QStringLiteral("The server does not answer")};
+    m_error = {CURLE_OPERATION_TIMEDOUT,
+               hasBegun ? u"The server stopped answering"_s : u"The server does not answer"_s};
     return false;
 }
 

@@ -109,7 +109,7 @@ void NetworkDownloadSession::run()
         const auto limit = transfers.empty()
             ? std::chrono::milliseconds(1h)
             : std::min<std::chrono::milliseconds>(
-                {500ms, m_patience.answer / 2, m_patience.stall / 2});
+                  {500ms, m_patience.answer / 2, m_patience.stall / 2});
         curl_multi_poll(m_multi.get(), nullptr, 0, static_cast<int>(limit.count()), nullptr);
     }
     for (const Running &running : transfers)
@@ -131,8 +131,8 @@ void NetworkDownloadSession::begin(const Request &request, std::vector<Running> 
             },
             Qt::QueuedConnection);
     };
-    auto transfer =
-        std::make_unique<HttpTransfer>(request.url, std::move(*file), m_patience, std::move(onProgress));
+    auto transfer = std::make_unique<HttpTransfer>(request.url, std::move(*file), m_patience,
+                                                   std::move(onProgress));
     curl_multi_add_handle(m_multi.get(), transfer->handle());
     transfers.push_back({request.task, std::move(transfer)});
 }

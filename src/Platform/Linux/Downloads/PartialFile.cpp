@@ -1,6 +1,7 @@
 #include "Platform/Linux/Downloads/PartialFile.h"
 
 #include "Base/FileLock.h"
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Files/SystemError.h"
 
 #include <QDir>
@@ -23,15 +24,14 @@ constexpr int64_t synchronizationInterval = 32 * 1024 * 1024;
 
 PlatformError writeError(int errorNumber)
 {
-    return systemError(errorNumber, QStringLiteral("The downloaded data could not be saved"));
+    return systemError(errorNumber, u"The downloaded data could not be saved"_s);
 }
 
 } // namespace
 
 PartialFile::Result<std::unique_ptr<PartialFile>> PartialFile::create(const QString &directory)
 {
-    QByteArray path =
-        QFile::encodeName(directory + u'/' + namePrefix + QStringLiteral("XXXXXX") + nameSuffix);
+    QByteArray path = QFile::encodeName(directory + u'/' + namePrefix + u"XXXXXX"_s + nameSuffix);
     FileDescriptor file(mkostemps(path.data(), static_cast<int>(nameSuffix.size()), O_CLOEXEC));
     if (!file.isOpen())
         return tl::unexpected(writeError(errno));
@@ -43,7 +43,7 @@ PartialFile::Result<std::unique_ptr<PartialFile>> PartialFile::create(const QStr
 void PartialFile::removeStale(const QString &directory)
 {
     const QDir folder(directory);
-    const QStringList names = folder.entryList({namePrefix + QLatin1String("*") + nameSuffix},
+    const QStringList names = folder.entryList({namePrefix + "*"_L1 + nameSuffix},
                                                QDir::Files | QDir::Hidden | QDir::NoSymLinks);
     for (const QString &name : names)
         FileLock::removeUnlocked(QFile::encodeName(folder.filePath(name)));

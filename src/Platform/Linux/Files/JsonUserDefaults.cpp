@@ -3,6 +3,7 @@
 #include "Base/FileDescriptor.h"
 #include "Base/FileLock.h"
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Files/LinuxFileSystem.h"
 
 #include <QDateTime>
@@ -28,17 +29,17 @@ namespace Velloro {
 namespace {
 
 constexpr auto logTag = u"UserDefaults";
-const QString dataTag = QStringLiteral("$data");
-const QString mapTag = QStringLiteral("$map");
+const QString dataTag = u"$data"_s;
+const QString mapTag = u"$map"_s;
 /// What follows the file's name in the names of temporary files; six random characters come after.
-const QString temporaryInfix = QStringLiteral(".part-");
+const QString temporaryInfix = u".part-"_s;
 /// What follows it in the names of files that were set aside; the moment comes after.
-const QString asideInfix = QStringLiteral(".damaged-");
+const QString asideInfix = u".damaged-"_s;
 /// Settings and 50 transcripts are far smaller; what is bigger is not ours.
 constexpr qint64 maximumFileSize = 64 * 1024 * 1024;
 constexpr int maximumLinkDepth = 40;
-constexpr QFile::Permissions ownersPermissions
-    = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
+constexpr QFile::Permissions ownersPermissions = QFile::ReadOwner | QFile::WriteOwner
+    | QFile::ReadUser | QFile::WriteUser;
 
 QString directoryOf(const QString &path)
 {
@@ -51,8 +52,8 @@ std::optional<QString> followLinks(QString path)
 {
     for (int depth = 0; depth < maximumLinkDepth; ++depth) {
         std::error_code error;
-        const auto link =
-            std::filesystem::read_symlink(QFile::encodeName(path).toStdString(), error);
+        const auto link
+            = std::filesystem::read_symlink(QFile::encodeName(path).toStdString(), error);
         if (error)
             return path;
         path = QDir(directoryOf(path))
@@ -156,8 +157,7 @@ struct Encoder
 };
 
 /// The paths of the files beside `target` whose names go on with `infix` and what `rest` matches.
-QStringList filesBeside(const QString &target, const QString &infix,
-                        const QString &rest = QStringLiteral(".*"))
+QStringList filesBeside(const QString &target, const QString &infix, const QString &rest = u".*"_s)
 {
     const QFileInfo info(target);
     const QRegularExpression pattern(QRegularExpression::anchoredPattern(
@@ -186,7 +186,7 @@ void removeLeftovers(const QString &target)
 /// own copy could have as well.
 std::optional<QString> replaceFile(const QString &target, const QByteArray &content)
 {
-    QTemporaryFile file(target + temporaryInfix + QStringLiteral("XXXXXX"));
+    QTemporaryFile file(target + temporaryInfix + u"XXXXXX"_s);
     if (!file.open())
         return file.errorString();
     // The lock tells this file from one that a killed process left.
@@ -210,11 +210,11 @@ std::optional<QString> replaceFile(const QString &target, const QByteArray &cont
 /// Returns the new path, or the reason of the failure.
 tl::expected<QString, QString> setAside(const QString &target, bool copy = false)
 {
-    const QString base
-        = target + asideInfix + QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss");
+    const QString base = target + asideInfix
+        + QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss");
     QString aside = base;
     for (int attempt = 2; QFileInfo::exists(aside); ++attempt)
-        aside = QStringLiteral("%1-%2").arg(base).arg(attempt);
+        aside = u"%1-%2"_s.arg(base).arg(attempt);
     QFile file(target);
     if (copy ? file.copy(aside) : file.rename(aside))
         return aside;
@@ -228,12 +228,12 @@ tl::expected<QJsonObject, QString> read(const QString &path)
     if (!file.open(QIODevice::ReadOnly))
         return tl::unexpected(file.errorString());
     if (file.size() > maximumFileSize)
-        return tl::unexpected(QStringLiteral("it is too big"));
+        return tl::unexpected(u"it is too big"_s);
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError)
         return tl::unexpected(file.errorString());
     if (bytes.isEmpty()) {
-        Log::line(logTag, QStringLiteral("%1 is empty").arg(path));
+        Log::line(logTag, u"%1 is empty"_s.arg(path));
         return {};
     }
     QJsonParseError error;
@@ -241,7 +241,7 @@ tl::expected<QJsonObject, QString> read(const QString &path)
     if (error.error != QJsonParseError::NoError)
         return tl::unexpected(error.errorString());
     if (!document.isObject())
-        return tl::unexpected(QStringLiteral("it does not hold an object"));
+        return tl::unexpected(u"it does not hold an object"_s);
     return document.object();
 }
 
@@ -249,8 +249,8 @@ tl::expected<QJsonObject, QString> read(const QString &path)
 
 QString JsonUserDefaults::defaultPath()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-           QStringLiteral("/Velloro/settings.json");
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+        + u"/Velloro/settings.json"_s;
 }
 
 JsonUserDefaults::JsonUserDefaults(const QString &path)
@@ -293,10 +293,10 @@ void JsonUserDefaults::removeKeptCopies()
     const auto target = followLinks(m_path);
     if (!target)
         return;
-    const auto moment = QStringLiteral(R"(\d{8}-\d{6}(-\d+)?)");
+    const auto moment = uR"(\d{8}-\d{6}(-\d+)?)"_s;
     for (const QString &path : filesBeside(*target, asideInfix, moment)) {
         if (::unlink(QFile::encodeName(path).constData()) != 0)
-            Log::line(logTag, QStringLiteral("%1 can't be removed: %2").arg(path, qt_error_string(errno)));
+            Log::line(logTag, u"%1 can't be removed: %2"_s.arg(path, qt_error_string(errno)));
     }
     m_hasKept = false;
 }
@@ -316,9 +316,9 @@ void JsonUserDefaults::keepMistaken(const QString &key)
         return;
     if (const auto aside = setAside(*target, true)) {
         m_hasKept = true;
-        Log::line(logTag, QStringLiteral("%1 is of the wrong type and is replaced; %2 as it was is "
-                                         "kept as %3")
-                              .arg(key, *target, *aside));
+        Log::line(logTag,
+                  u"%1 is of the wrong type and is replaced; %2 as it was is "
+                  "kept as %3"_s.arg(key, *target, *aside));
     }
 }
 
@@ -333,18 +333,18 @@ void JsonUserDefaults::load()
         return;
     if (!info.isFile()) {
         // Not a file that we or the user's tools wrote; `write` leaves it alone, too.
-        Log::line(logTag, QStringLiteral("%1 is not a file, so no settings are read").arg(*target));
+        Log::line(logTag, u"%1 is not a file, so no settings are read"_s.arg(*target));
         return;
     }
     const auto settings = read(*target);
     if (!settings) {
         const auto aside = setAside(*target);
         m_mustSetAside = !aside;
-        Log::line(logTag, aside
-                      ? QStringLiteral("%1 is damaged (%2) and was set aside as %3")
-                            .arg(*target, settings.error(), *aside)
-                      : QStringLiteral("%1 is damaged (%2) and can't be set aside (%3)")
-                            .arg(*target, settings.error(), aside.error()));
+        Log::line(logTag,
+                  aside ? u"%1 is damaged (%2) and was set aside as %3"_s.arg(
+                              *target, settings.error(), *aside)
+                        : u"%1 is damaged (%2) and can't be set aside (%3)"_s.arg(
+                              *target, settings.error(), aside.error()));
         return;
     }
     // Dictated texts are nobody else's business, however the file came here.
@@ -358,7 +358,7 @@ void JsonUserDefaults::save()
     if (m_stored && m_stored == stampOf(m_path))
         return;
     if (const auto reason = write()) {
-        Log::line(logTag, QStringLiteral("Failed to save %1: %2").arg(m_path, *reason));
+        Log::line(logTag, u"Failed to save %1: %2"_s.arg(m_path, *reason));
         m_stored.reset();
     }
 }
@@ -370,10 +370,10 @@ std::optional<QString> JsonUserDefaults::write()
         return qt_error_string(ELOOP);
     const QFileInfo info(*target);
     if (info.exists() && !info.isFile())
-        return QStringLiteral("something that is not a file is in its place");
+        return u"something that is not a file is in its place"_s;
     if (m_mustSetAside && info.exists()) {
         if (const auto aside = setAside(*target); !aside)
-            return QStringLiteral("the damaged file can't be set aside: ") + aside.error();
+            return u"the damaged file can't be set aside: "_s + aside.error();
     }
     m_mustSetAside = false;
     if (const auto made = LinuxFileSystem().createDirectory(directoryOf(*target)); !made)

@@ -46,9 +46,9 @@ private:
 
         friend bool operator==(const FileStamp &left, const FileStamp &right)
         {
-            return left.device == right.device && left.inode == right.inode &&
-                   left.size == right.size && left.modified.tv_sec == right.modified.tv_sec &&
-                   left.modified.tv_nsec == right.modified.tv_nsec;
+            return left.device == right.device && left.inode == right.inode
+                && left.size == right.size && left.modified.tv_sec == right.modified.tv_sec
+                && left.modified.tv_nsec == right.modified.tv_nsec;
         }
     };
 

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Files/LinuxFileSystem.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Files/SystemError.h"
 
 #include <QDir>
@@ -41,8 +42,8 @@ bool renameExclusively(const QByteArray &from, const QByteArray &to)
 
 std::optional<QString> LinuxFileSystem::applicationSupportDirectory() const
 {
-    const QString directory = QDir::cleanPath(
-        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+    const QString directory
+        = QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
     // Without a home directory Qt takes the root for it, where nothing of a user's belongs.
     if (directory.isEmpty() || directory == u"/.local/share")
         return std::nullopt;
@@ -73,15 +74,14 @@ FileSystem::Result LinuxFileSystem::createDirectory(const QString &path)
     if (error == EEXIST && QFileInfo(cleaned).isDir())
         return {};
     return tl::unexpected(
-        systemError(error, QStringLiteral("The folder “%1” could not be created").arg(cleaned)));
+        systemError(error, u"The folder “%1” could not be created"_s.arg(cleaned)));
 }
 
 FileSystem::Result LinuxFileSystem::removeItem(const QString &path)
 {
     if (std::remove(QFile::encodeName(path).constData()) == 0)
         return {};
-    return tl::unexpected(
-        systemError(errno, QStringLiteral("“%1” could not be removed").arg(path)));
+    return tl::unexpected(systemError(errno, u"“%1” could not be removed"_s.arg(path)));
 }
 
 FileSystem::Result LinuxFileSystem::moveItem(const QString &from, const QString &to)
@@ -92,8 +92,7 @@ FileSystem::Result LinuxFileSystem::moveItem(const QString &from, const QString 
         std::remove(QFile::encodeName(to).constData());
     if (renameExclusively(QFile::encodeName(from), QFile::encodeName(to)))
         return {};
-    return tl::unexpected(
-        systemError(errno, QStringLiteral("“%1” could not be moved to “%2”").arg(from, to)));
+    return tl::unexpected(systemError(errno, u"“%1” could not be moved to “%2”"_s.arg(from, to)));
 }
 
 } // namespace Velloro

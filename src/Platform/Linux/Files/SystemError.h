@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/StringLiterals.h"
 #include "Platform/PlatformError.h"
 
 #include <system_error>
@@ -10,7 +11,7 @@ namespace Velloro {
 [[nodiscard]] inline PlatformError systemError(int errorNumber, const QString &what)
 {
     const std::string reason = std::system_category().message(errorNumber);
-    return {errorNumber, what + QStringLiteral(": ") + QString::fromLocal8Bit(reason.c_str())};
+    return {errorNumber, what + u": "_s + QString::fromLocal8Bit(reason.c_str())};
 }
 
 } // namespace Velloro

@@ -1,6 +1,7 @@
 #include "Platform/Linux/Process/LinuxProcessInfo.h"
 
 #include "Base/CustomDelete.h"
+#include "Base/StringLiterals.h"
 
 #include <QFileInfo>
 #include <algorithm>
@@ -27,19 +28,17 @@ QString demangled(const char *symbol)
 QString describe(int number, void *frame)
 {
     const auto address = reinterpret_cast<quintptr>(frame);
-    QString object = QStringLiteral("???");
+    QString object = u"???"_s;
     QString place;
     if (Dl_info info; dladdr(frame, &info) != 0) {
         object = QFileInfo(QFile::decodeName(info.dli_fname)).fileName();
         // Without a symbol the offset in the file is what a debugger can be asked about.
-        place = info.dli_sname
-            ? QStringLiteral("%1 + %2").arg(demangled(info.dli_sname)).arg(
-                address - reinterpret_cast<quintptr>(info.dli_saddr))
-            : QStringLiteral("%1 + 0x%2").arg(object).arg(
-                address - reinterpret_cast<quintptr>(info.dli_fbase), 0, 16);
+        place = info.dli_sname ? u"%1 + %2"_s.arg(demangled(info.dli_sname))
+                                     .arg(address - reinterpret_cast<quintptr>(info.dli_saddr))
+                               : u"%1 + 0x%2"_s.arg(object).arg(
+                                     address - reinterpret_cast<quintptr>(info.dli_fbase), 0, 16);
     }
-    return QStringLiteral("%1 %2 0x%3 %4")
-        .arg(number, -3)
+    return u"%1 %2 0x%3 %4"_s.arg(number, -3)
         .arg(object, -30)
         .arg(address, 16, 16, QLatin1Char('0'))
         .arg(place);

@@ -2,6 +2,7 @@
 
 #include "Base/FileLock.h"
 #include "Base/Log.h"
+#include "Base/StringLiterals.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -26,7 +27,8 @@ constexpr char acknowledgement = '+';
 
 QString runtimePath(const QString &fileName)
 {
-    return QDir(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation)).filePath(fileName);
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation))
+        .filePath(fileName);
 }
 
 } // namespace
@@ -57,9 +59,9 @@ void SingleInstance::stopAnswering()
 
 bool SingleInstance::acquire()
 {
-    const QString socketPath = runtimePath(QStringLiteral("velloro.socket"));
-    m_lockFile = FileDescriptor::open(
-        QFile::encodeName(runtimePath(QStringLiteral("velloro.lock"))), O_RDWR | O_CREAT, 0600);
+    const QString socketPath = runtimePath(u"velloro.socket"_s);
+    m_lockFile = FileDescriptor::open(QFile::encodeName(runtimePath(u"velloro.lock"_s)),
+                                      O_RDWR | O_CREAT, 0600);
     // Where no lock can be made, a second instance is the lesser evil.
     if (m_lockFile.isOpen() && !FileLock::tryLock(m_lockFile.get())) {
         const QDeadlineTimer deadline(endLimit);
@@ -70,7 +72,7 @@ bool SingleInstance::acquire()
             const bool isAnswered = socket.state() == QLocalSocket::ConnectedState
                 && socket.waitForReadyRead(static_cast<int>(retryInterval.count()));
             if (isAnswered || deadline.hasExpired()) {
-                Log::line(u"Velloro", QStringLiteral("Already running"));
+                Log::line(u"Velloro", u"Already running"_s);
                 return false;
             }
             if (socket.state() != QLocalSocket::ConnectedState)

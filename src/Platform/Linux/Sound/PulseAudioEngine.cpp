@@ -1,5 +1,7 @@
 #include "Platform/Linux/Sound/PulseAudioEngine.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QElapsedTimer>
 #include <algorithm>
 #include <span>
@@ -27,7 +29,7 @@ PlatformError platformError(int code)
 PlatformError platformError(const PulseMicrophoneQuery::Answer &answer)
 {
     if (answer.outcome == PulseMicrophoneQuery::Outcome::none)
-        return {answer.error, QStringLiteral("No microphone is connected")};
+        return {answer.error, u"No microphone is connected"_s};
     return platformError(answer.error);
 }
 
@@ -119,8 +121,8 @@ tl::expected<void, PlatformError> PulseAudioEngine::start()
     attributes.maxlength = UINT32_MAX;
     attributes.fragsize = static_cast<uint32_t>(pa_frame_size(&sampleSpec))
         * (sampleSpec.rate / fragmentsPerSecond);
-    const auto flags =
-        static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_DONT_MOVE);
+    const auto flags
+        = static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_DONT_MOVE);
     if (pa_stream_connect_record(m_stream.get(), m_microphone.name.constData(), &attributes, flags)
         < 0) {
         m_stream.reset();
@@ -211,9 +213,8 @@ void PulseAudioEngine::awaitCapturedFrames()
         pa_stream_update_timing_info(m_stream.get(), answered, &question));
     if (!operation)
         return;
-    const auto isDrained = [&] {
-        return !m_isRunning || (isAnswered && m_bytesReceived >= bytesExpected);
-    };
+    const auto isDrained
+        = [&] { return !m_isRunning || (isAnswered && m_bytesReceived >= bytesExpected); };
     m_connection->waitUntil(isDrained, drainLimit);
 }
 

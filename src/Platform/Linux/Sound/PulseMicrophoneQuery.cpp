@@ -13,8 +13,8 @@ PulseMicrophoneQuery::PulseMicrophoneQuery(PulseConnection &connection,
     // A connection that was ready already may turn out to be dead: the server was restarted a
     // moment ago. Then a new one is tried.
     const unsigned generation = m_connection.generation();
-    m_mayConnectAgain =
-        m_connection.open() == PA_CONTEXT_READY && m_connection.generation() == generation;
+    m_mayConnectAgain = m_connection.open() == PA_CONTEXT_READY
+        && m_connection.generation() == generation;
     m_listener = m_connection.addStateListener([this] { connectionChanged(); });
     if (m_connection.context()) {
         m_timer.emplace(m_connection, limit,

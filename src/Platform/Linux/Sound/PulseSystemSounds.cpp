@@ -1,5 +1,7 @@
 #include "Platform/Linux/Sound/PulseSystemSounds.h"
 
+#include "Base/StringLiterals.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -41,8 +43,8 @@ std::vector<float> synthesize(const Tone &tone)
     for (size_t i = 0; i < samples.size(); ++i) {
         const double time = static_cast<double>(i) / rate;
         const double progress = time / tone.seconds;
-        const double frequency =
-            tone.startFrequency * std::pow(tone.endFrequency / tone.startFrequency, progress);
+        const double frequency = tone.startFrequency
+            * std::pow(tone.endFrequency / tone.startFrequency, progress);
         phase += 2 * std::numbers::pi * frequency / rate;
         const double edges = std::min({1.0, time / attack, (tone.seconds - time) / release});
         samples[i] = static_cast<float>(tone.amplitude * edges * std::exp(-time / tone.decay)
@@ -56,7 +58,7 @@ std::vector<float> synthesize(const Tone &tone)
 PulseSystemSounds::PulseSystemSounds(std::shared_ptr<PulseConnection> connection)
     : m_connection(std::move(connection))
 {
-    for (const auto &name : {QStringLiteral("Pop"), QStringLiteral("Tink")}) {
+    for (const auto &name : {u"Pop"_s, u"Tink"_s}) {
         const QByteArray sampleName = "velloro-" + name.toLower().toLatin1();
         m_cues.emplace(name, Cue{*this, sampleName, {}, 0, nullptr, std::nullopt, nullptr});
     }
@@ -90,8 +92,8 @@ PulseSystemSounds::~PulseSystemSounds()
             removals.operations.emplace_back(removal);
     }
     if (!removals.operations.empty())
-        m_connection->waitUntil(
-            [&] { return removals.answered == removals.operations.size(); }, 100ms);
+        m_connection->waitUntil([&] { return removals.answered == removals.operations.size(); },
+                                100ms);
 }
 
 void PulseSystemSounds::play(const QString &name)
@@ -130,9 +132,8 @@ void PulseSystemSounds::upload(Cue &cue)
 {
     pa_proplist *properties = pa_proplist_new();
     pa_proplist_sets(properties, PA_PROP_MEDIA_ROLE, "event");
-    cue.upload.reset(pa_stream_new_with_proplist(m_connection->context(),
-                                                 cue.sampleName.constData(), &cueFormat, nullptr,
-                                                 properties));
+    cue.upload.reset(pa_stream_new_with_proplist(
+        m_connection->context(), cue.sampleName.constData(), &cueFormat, nullptr, properties));
     pa_proplist_free(properties);
     if (!cue.upload)
         return;

@@ -17,8 +17,8 @@ namespace {
 bool isWine(pid_t process)
 {
     std::error_code error;
-    const auto program = std::filesystem::read_symlink(
-        "/proc/" + std::to_string(process) + "/exe", error);
+    const auto program
+        = std::filesystem::read_symlink("/proc/" + std::to_string(process) + "/exe", error);
     return !error && program.filename().string().starts_with("wine");
 }
 
@@ -33,7 +33,8 @@ X11Clients::X11Clients(std::shared_ptr<X11Connection> connection)
     const XcbReply<xcb_res_query_version_reply_t> version(xcb_res_query_version_reply(
         m_connection->xcb(), xcb_res_query_version(m_connection->xcb(), 1, 2), nullptr));
     m_serverKnowsProcesses = version
-        && (version->server_major > 1 || (version->server_major == 1 && version->server_minor >= 2));
+        && (version->server_major > 1
+            || (version->server_major == 1 && version->server_minor >= 2));
 }
 
 std::optional<pid_t> X11Clients::process(xcb_window_t window)

@@ -13,8 +13,8 @@ namespace Velloro {
 std::shared_ptr<X11Connection> X11Connection::open(const QByteArray &displayName)
 {
     int screen = 0;
-    xcb_connection_t *connection =
-        xcb_connect(displayName.isEmpty() ? nullptr : displayName.constData(), &screen);
+    xcb_connection_t *connection
+        = xcb_connect(displayName.isEmpty() ? nullptr : displayName.constData(), &screen);
     std::shared_ptr<X11Connection> opened(new X11Connection(connection, screen));
     return opened->isAlive() ? opened : nullptr;
 }
@@ -125,8 +125,8 @@ void X11Connection::addKeymapEvents(uint16_t device)
 {
     if (m_keyboardEventBase == 0)
         return;
-    constexpr uint16_t events =
-        XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
+    constexpr uint16_t events = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY
+        | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
     constexpr uint16_t parts = XCB_XKB_MAP_PART_KEY_TYPES | XCB_XKB_MAP_PART_KEY_SYMS
         | XCB_XKB_MAP_PART_MODIFIER_MAP | XCB_XKB_MAP_PART_VIRTUAL_MODS;
     xcb_xkb_select_events(xcb(), device, events, 0, events, parts, parts, nullptr);

@@ -118,12 +118,12 @@ std::optional<bool> X11DesktopLook::readTrayColors(xcb_window_t tray)
     constexpr uint32_t components = 12;
     if (tray == XCB_WINDOW_NONE)
         return std::nullopt;
-    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
-        m_connection->xcb(),
-        xcb_get_property(m_connection->xcb(), 0, tray,
-                         m_connection->atom("_NET_SYSTEM_TRAY_COLORS"), XCB_ATOM_CARDINAL, 0,
-                         components),
-        nullptr));
+    const XcbReply<xcb_get_property_reply_t> reply(
+        xcb_get_property_reply(m_connection->xcb(),
+                               xcb_get_property(m_connection->xcb(), 0, tray,
+                                                m_connection->atom("_NET_SYSTEM_TRAY_COLORS"),
+                                                XCB_ATOM_CARDINAL, 0, components),
+                               nullptr));
     if (!reply || reply->format != 32 || reply->value_len < 3)
         return std::nullopt;
     const auto *values = static_cast<const uint32_t *>(xcb_get_property_value(reply.get()));

@@ -78,11 +78,11 @@ bool X11LockerWatch::coversScreen(xcb_window_t window) const
 bool X11LockerWatch::isManaged(xcb_window_t window, int depth) const
 {
     xcb_connection_t *xcb = m_connection->xcb();
-    const XcbReply<xcb_get_property_reply_t> state(xcb_get_property_reply(
-        xcb,
-        xcb_get_property(xcb, 0, window, m_connection->atom("WM_STATE"),
-                         XCB_GET_PROPERTY_TYPE_ANY, 0, 0),
-        nullptr));
+    const XcbReply<xcb_get_property_reply_t> state(
+        xcb_get_property_reply(xcb,
+                               xcb_get_property(xcb, 0, window, m_connection->atom("WM_STATE"),
+                                                XCB_GET_PROPERTY_TYPE_ANY, 0, 0),
+                               nullptr));
     if (state && state->type != XCB_ATOM_NONE)
         return true;
     const XcbReply<xcb_query_tree_reply_t> tree(

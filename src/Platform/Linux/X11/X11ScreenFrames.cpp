@@ -46,8 +46,9 @@ std::optional<QRect> X11ScreenFrames::visibleFrame(const QRect &screen, double p
     if (!m_connection || !m_connection->isAlive() || QGuiApplication::screens().size() < 2)
         return std::nullopt;
     // A screen's origin is the server's; its size is scaled.
-    const QRect monitor(screen.topLeft(), QSize(int(std::lround(screen.width() * pixelRatio)),
-                                                int(std::lround(screen.height() * pixelRatio))));
+    const QRect monitor(screen.topLeft(),
+                        QSize(int(std::lround(screen.width() * pixelRatio)),
+                              int(std::lround(screen.height() * pixelRatio))));
     const QRect visible = withoutPanels(monitor, panels());
     const auto scaled = [&](int pixels) { return int(std::ceil(pixels / pixelRatio)); };
     return screen.adjusted(
@@ -87,8 +88,7 @@ std::vector<QRect> X11ScreenFrames::panels() const
     const auto list = xcb_get_property(xcb, 0, m_connection->root(),
                                        m_connection->atom("_NET_CLIENT_LIST"), XCB_ATOM_WINDOW, 0,
                                        maximumWindows);
-    const XcbReply<xcb_get_geometry_reply_t> geometry(
-        xcb_get_geometry_reply(xcb, extent, nullptr));
+    const XcbReply<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(xcb, extent, nullptr));
     const XcbReply<xcb_get_property_reply_t> clients(xcb_get_property_reply(xcb, list, nullptr));
     if (!geometry || !clients || clients->format != 32)
         return {};
@@ -119,8 +119,12 @@ std::vector<QRect> X11ScreenFrames::panels() const
             hasPartial = isUsable;
         if (!isUsable || (!isPartial && hasPartial))
             continue;
-        Strut strut{0, 0, 0, 0, 0, desktop.height() - 1, 0, desktop.height() - 1,
-                    0, desktop.width() - 1, 0, desktop.width() - 1};
+        Strut strut{0, 0,
+                    0, 0,
+                    0, desktop.height() - 1,
+                    0, desktop.height() - 1,
+                    0, desktop.width() - 1,
+                    0, desktop.width() - 1};
         const auto *values = static_cast<const uint32_t *>(xcb_get_property_value(reply.get()));
         std::transform(values, values + (isPartial ? strut.size() : 4), strut.begin(),
                        [](uint32_t value) { return int(std::min(value, 0xffffu)); });

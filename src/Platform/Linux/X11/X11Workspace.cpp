@@ -26,7 +26,8 @@ std::optional<RunningApplication> X11Workspace::frontmostApplication()
         process = namedProcess(window);
     if (!process)
         return std::nullopt;
-    return RunningApplication{*process, isKnownToPaste(windowClass(window).value_or(WindowClass{}))};
+    return RunningApplication{*process,
+                              isKnownToPaste(windowClass(window).value_or(WindowClass{}))};
 }
 
 std::optional<uint64_t> X11Workspace::frontmostWindow()
@@ -43,8 +44,8 @@ std::optional<WindowClass> X11Workspace::activeWindowClass()
 
 std::optional<WindowClass> X11Workspace::windowClass(xcb_window_t window)
 {
-    const QList<QByteArray> names =
-        property(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING).split('\0');
+    const QList<QByteArray> names
+        = property(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING).split('\0');
     if (names.size() < 2)
         return std::nullopt;
     return WindowClass{QString::fromLatin1(names[0]), QString::fromLatin1(names[1])};
@@ -52,8 +53,8 @@ std::optional<WindowClass> X11Workspace::windowClass(xcb_window_t window)
 
 bool X11Workspace::answersPings(xcb_window_t window)
 {
-    const QByteArray protocols =
-        property(window, m_connection->atom("WM_PROTOCOLS"), XCB_ATOM_ATOM);
+    const QByteArray protocols
+        = property(window, m_connection->atom("WM_PROTOCOLS"), XCB_ATOM_ATOM);
     const xcb_atom_t ping = m_connection->atom("_NET_WM_PING");
     for (qsizetype at = 0; at + qsizetype(sizeof ping) <= protocols.size(); at += sizeof ping) {
         if (std::memcmp(protocols.constData() + at, &ping, sizeof ping) == 0)
@@ -78,8 +79,8 @@ xcb_window_t X11Workspace::activeWindow()
 {
     if (!m_connection || !m_connection->isAlive())
         return XCB_WINDOW_NONE;
-    const QByteArray active = property(
-        m_connection->root(), m_connection->atom("_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW);
+    const QByteArray active
+        = property(m_connection->root(), m_connection->atom("_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW);
     if (active.size() < static_cast<qsizetype>(sizeof(xcb_window_t)))
         return focusedWindow();
     xcb_window_t window = XCB_WINDOW_NONE;
@@ -97,8 +98,8 @@ xcb_window_t X11Workspace::focusedWindow()
 
     xcb_window_t window = focus->focus;
     if (window == XCB_INPUT_FOCUS_POINTER_ROOT || window == m_connection->root()) {
-        const XcbReply<xcb_query_pointer_reply_t> pointer(xcb_query_pointer_reply(
-            xcb, xcb_query_pointer(xcb, m_connection->root()), nullptr));
+        const XcbReply<xcb_query_pointer_reply_t> pointer(
+            xcb_query_pointer_reply(xcb, xcb_query_pointer(xcb, m_connection->root()), nullptr));
         return pointer ? pointer->child : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
     }
     // The focus is often on a window within the one that has a class.
@@ -116,8 +117,7 @@ xcb_window_t X11Workspace::focusedWindow()
 
 std::optional<pid_t> X11Workspace::namedProcess(xcb_window_t window)
 {
-    const QByteArray named =
-        property(window, m_connection->atom("_NET_WM_PID"), XCB_ATOM_CARDINAL);
+    const QByteArray named = property(window, m_connection->atom("_NET_WM_PID"), XCB_ATOM_CARDINAL);
     uint32_t process = 0;
     if (named.size() < static_cast<qsizetype>(sizeof process))
         return std::nullopt;

@@ -1,6 +1,7 @@
 #include "Views/Settings/Dictionary/DictionarySettingsViewModel.h"
 
 #include "Base/Graphemes.h"
+#include "Base/StringLiterals.h"
 
 #include <algorithm>
 #include <utility>
@@ -38,7 +39,8 @@ DictionarySettingsViewModel::DictionarySettingsViewModel(AppState &appState, QOb
     , m_appState(appState)
     , m_words(appState.customDictionary())
 {
-    connect(&appState, &AppState::customDictionaryChanged, this, &DictionarySettingsViewModel::update);
+    connect(&appState, &AppState::customDictionaryChanged, this,
+            &DictionarySettingsViewModel::update);
 }
 
 void DictionarySettingsViewModel::setNewWord(const QString &word)
@@ -67,8 +69,7 @@ QString DictionarySettingsViewModel::title() const
 
 QStringList DictionarySettingsViewModel::suggestions()
 {
-    return {QStringLiteral("OpenAI"), QStringLiteral("GPT-4"), QStringLiteral("ChatGPT"),
-            QStringLiteral("Claude"), QStringLiteral("Anthropic")};
+    return {u"OpenAI"_s, u"GPT-4"_s, u"ChatGPT"_s, u"Claude"_s, u"Anthropic"_s};
 }
 
 QList<bool> DictionarySettingsViewModel::suggestionsAvailable() const

@@ -1,5 +1,6 @@
 #include "Views/Settings/General/GeneralSettingsViewModel.h"
 
+#include "Base/StringLiterals.h"
 #include "Views/Shared/StatusText.h"
 
 namespace Velloro {
@@ -26,7 +27,8 @@ std::optional<E> caseAt(int index)
 } // namespace
 
 GeneralSettingsViewModel::GeneralSettingsViewModel(AppState &appState, HotkeyManager &hotkeyManager,
-                                           KeyEventMonitor &keyEventMonitor, QObject *parent)
+                                                   KeyEventMonitor &keyEventMonitor,
+                                                   QObject *parent)
     : QObject(parent)
     , m_appState(appState)
     , m_hotkey(hotkeyManager, keyEventMonitor)
@@ -61,9 +63,8 @@ QStringList GeneralSettingsViewModel::languages()
     QStringList languages;
     for (const WhisperLanguage language : allCases<WhisperLanguage>()) {
         const auto languageHint = hint(language);
-        languages << (languageHint
-                          ? QStringLiteral("%1 (%2)").arg(displayName(language), *languageHint)
-                          : displayName(language));
+        languages << (languageHint ? u"%1 (%2)"_s.arg(displayName(language), *languageHint)
+                                   : displayName(language));
     }
     return languages;
 }

@@ -1,5 +1,7 @@
 #include "Views/Settings/History/HistoryViewModel.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QTimer>
 #include <algorithm>
 #include <utility>
@@ -25,8 +27,8 @@ QString preview(const QString &text)
 
 } // namespace
 
-HistoryViewModel::HistoryViewModel(AppState &appState, Pasteboard &pasteboard, const QLocale &locale,
-                           QObject *parent)
+HistoryViewModel::HistoryViewModel(AppState &appState, Pasteboard &pasteboard,
+                                   const QLocale &locale, QObject *parent)
     : QAbstractListModel(parent)
     , m_appState(appState)
     , m_pasteboard(pasteboard)
@@ -39,7 +41,7 @@ HistoryViewModel::HistoryViewModel(AppState &appState, Pasteboard &pasteboard, c
 QString HistoryViewModel::time(QTime time) const
 {
     // A desktop without a language has no short form of its own.
-    return m_locale.language() == QLocale::C ? time.toString(QStringLiteral("HH:mm"))
+    return m_locale.language() == QLocale::C ? time.toString(u"HH:mm"_s)
                                              : m_locale.toString(time, QLocale::ShortFormat);
 }
 

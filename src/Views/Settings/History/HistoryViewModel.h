@@ -26,7 +26,7 @@ public:
 
     /// `appState` and `pasteboard` outlive the model.
     HistoryViewModel(AppState &appState, Pasteboard &pasteboard,
-                 const QLocale &locale = QLocale::system(), QObject *parent = nullptr);
+                     const QLocale &locale = QLocale::system(), QObject *parent = nullptr);
 
     [[nodiscard]] bool isEmpty() const { return m_items.isEmpty(); }
 

@@ -5,7 +5,7 @@
 namespace Velloro {
 
 CatalogModelRowViewModel::CatalogModelRowViewModel(const WhisperModelInfo &info, AppState &appState,
-                                           QObject *parent)
+                                                   QObject *parent)
     : ModelFileViewModel(info.id, appState, parent)
     , m_info(info)
     , m_isSelected(appState.whisperManager().selectedModelId() == info.id)

@@ -24,7 +24,7 @@ class CatalogModelRowViewModel : public ModelFileViewModel
 public:
     /// `info` is a row of the catalogue; `appState` outlives the model.
     CatalogModelRowViewModel(const WhisperModelInfo &info, AppState &appState,
-                         QObject *parent = nullptr);
+                             QObject *parent = nullptr);
 
     [[nodiscard]] QString displayName() const { return m_info.displayName; }
     [[nodiscard]] QString badgeText() const { return m_info.badgeText().value_or(QString()); }

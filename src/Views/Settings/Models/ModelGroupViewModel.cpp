@@ -7,7 +7,7 @@
 namespace Velloro {
 
 ModelGroupViewModel::ModelGroupViewModel(ModelSize size, QList<CatalogModelRowViewModel *> rows,
-                                 ModelCategory category, QObject *parent)
+                                         ModelCategory category, QObject *parent)
     : QObject(parent)
     , m_size(size)
     , m_allRows(std::move(rows))

@@ -25,8 +25,8 @@ class ModelGroupViewModel : public QObject
 
 public:
     /// `rows` are all rows of the size, of either category; they outlive the group.
-    ModelGroupViewModel(ModelSize size, QList<CatalogModelRowViewModel *> rows, ModelCategory category,
-                    QObject *parent = nullptr);
+    ModelGroupViewModel(ModelSize size, QList<CatalogModelRowViewModel *> rows,
+                        ModelCategory category, QObject *parent = nullptr);
 
     [[nodiscard]] QString title() const { return displayName(m_size); }
     [[nodiscard]] QString countText() const;

@@ -1,5 +1,6 @@
 #include "Views/Settings/Models/PresetConfigRowViewModel.h"
 
+#include "Base/StringLiterals.h"
 #include "Models/ModelCatalog.h"
 #include "Views/Shared/PresetPresentation.h"
 
@@ -7,7 +8,8 @@
 
 namespace Velloro {
 
-PresetConfigRowViewModel::PresetConfigRowViewModel(ModelPreset preset, AppState &appState, QObject *parent)
+PresetConfigRowViewModel::PresetConfigRowViewModel(ModelPreset preset, AppState &appState,
+                                                   QObject *parent)
     : QObject(parent)
     , m_preset(preset)
     , m_appState(appState)
@@ -54,7 +56,7 @@ QStringList PresetConfigRowViewModel::notDownloadedModels() const
     QStringList texts;
     for (const WhisperModelInfo &info : ModelCatalog::allModels()) {
         if (!m_downloadedIds.contains(info.id))
-            texts << QStringLiteral("%1 • %2").arg(info.displayName, info.fileSizeFormatted());
+            texts << u"%1 • %2"_s.arg(info.displayName, info.fileSizeFormatted());
     }
     return texts;
 }

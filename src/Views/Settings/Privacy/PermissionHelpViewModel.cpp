@@ -1,5 +1,7 @@
 #include "Views/Settings/Privacy/PermissionHelpViewModel.h"
 
+#include "Base/StringLiterals.h"
+
 #include <utility>
 
 namespace Velloro {
@@ -25,8 +27,7 @@ QString PermissionHelpViewModel::title() const
 
 QString PermissionHelpViewModel::symbol() const
 {
-    return m_page == SettingsPage::microphone ? QStringLiteral("mic.fill")
-                                              : QStringLiteral("accessibility");
+    return m_page == SettingsPage::microphone ? u"mic.fill"_s : u"accessibility"_s;
 }
 
 QString PermissionHelpViewModel::explanation() const

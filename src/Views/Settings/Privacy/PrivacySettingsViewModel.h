@@ -13,10 +13,10 @@ class PrivacySettingsViewModel : public QObject
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by the settings window")
-    Q_PROPERTY(bool hasMicrophonePermission READ hasMicrophonePermission
-                   NOTIFY hasMicrophonePermissionChanged)
-    Q_PROPERTY(bool hasAccessibilityPermission READ hasAccessibilityPermission
-                   NOTIFY hasAccessibilityPermissionChanged)
+    Q_PROPERTY(bool hasMicrophonePermission READ hasMicrophonePermission NOTIFY
+                   hasMicrophonePermissionChanged)
+    Q_PROPERTY(bool hasAccessibilityPermission READ hasAccessibilityPermission NOTIFY
+                   hasAccessibilityPermissionChanged)
     /// What the help window shows, where the desktop has no page of its own.
     Q_PROPERTY(Velloro::PermissionHelpViewModel *help READ help CONSTANT)
 

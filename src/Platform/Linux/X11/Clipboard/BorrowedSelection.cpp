@@ -142,8 +142,8 @@ bool BorrowedSelection::holds(const QByteArray &text)
     if (current != m_readOwner || !m_reader)
         startReading();
     awaitReading();
-    const SelectionContent::Form *form =
-        m_displaced ? m_displaced->form(m_atoms.utf8String) : nullptr;
+    const SelectionContent::Form *form = m_displaced ? m_displaced->form(m_atoms.utf8String)
+                                                     : nullptr;
     const bool isSame = form && form->data == text;
     // Nobody would tell when it is out of date.
     if (!m_isFollowing) {

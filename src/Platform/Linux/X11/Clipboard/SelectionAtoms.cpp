@@ -23,8 +23,7 @@ SelectionAtoms::SelectionAtoms(X11Connection &connection)
     , insertProperty(connection.atom("INSERT_PROPERTY"))
     , passwordManagerHint(connection.atom("x-kde-passwordManagerHint"))
     , copiedMost{connection.atom("text/html"), connection.atom("image/png"),
-                 connection.atom("text/uri-list"),
-                 connection.atom("x-special/gnome-copied-files")}
+                 connection.atom("text/uri-list"), connection.atom("x-special/gnome-copied-files")}
 {
 }
 

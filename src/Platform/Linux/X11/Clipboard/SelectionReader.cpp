@@ -217,20 +217,21 @@ void SelectionReader::chooseForms(const SelectionContent::Form &targets)
         if (isWanted(target) && std::ranges::find(m_wanted, target) == m_wanted.end())
             m_wanted.push_back(target);
     }
-    std::ranges::stable_partition(m_wanted, [this](xcb_atom_t each) { return m_atoms.isText(each); });
+    std::ranges::stable_partition(m_wanted,
+                                  [this](xcb_atom_t each) { return m_atoms.isText(each); });
 }
 
 bool SelectionReader::isWanted(xcb_atom_t target) const
 {
     if (m_scope == Forms::text)
         return m_atoms.isText(target) && target != m_atoms.utf8String;
-    const xcb_atom_t others[] = {
-        // Asked for already.
-        m_atoms.utf8String, XCB_ATOM_NONE,
-        // About the ownership, not the content.
-        m_atoms.targets, m_atoms.timestamp, m_atoms.multiple, m_atoms.saveTargets,
-        // These do something.
-        m_atoms.deletion, m_atoms.insertSelection, m_atoms.insertProperty};
+    const xcb_atom_t others[] = {// Asked for already.
+                                 m_atoms.utf8String, XCB_ATOM_NONE,
+                                 // About the ownership, not the content.
+                                 m_atoms.targets, m_atoms.timestamp, m_atoms.multiple,
+                                 m_atoms.saveTargets,
+                                 // These do something.
+                                 m_atoms.deletion, m_atoms.insertSelection, m_atoms.insertProperty};
     return std::ranges::find(others, target) == std::end(others);
 }
 

@@ -30,7 +30,8 @@ public:
     [[nodiscard]] bool isFinished() const { return m_isFinished; }
     /// Counts the owner's signs of life.
     [[nodiscard]] unsigned progress() const { return m_progress; }
-    /// What has been read, in the owner's order; to be asked for once, when the reading is finished.
+    /// What has been read, in the owner's order; to be asked for once, when the reading is
+    /// finished.
     [[nodiscard]] SelectionContent takeContent();
 
     /// The selection is about to be taken from its owner: asks for everything at once that is left

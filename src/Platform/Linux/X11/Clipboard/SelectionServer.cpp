@@ -17,8 +17,8 @@ SelectionServer::SelectionServer(std::shared_ptr<X11Connection> connection,
 bool SelectionServer::answer(const xcb_selection_request_event_t &request, const Ownership *owned)
 {
     // Old programs name no property and mean the target's name.
-    const xcb_atom_t property =
-        request.property == XCB_ATOM_NONE ? request.target : request.property;
+    const xcb_atom_t property = request.property == XCB_ATOM_NONE ? request.target
+                                                                  : request.property;
     m_hasGivenText = false;
     bool done = false;
     if (owned) {
@@ -54,8 +54,8 @@ bool SelectionServer::convert(const Ownership &owned, xcb_window_t requestor, xc
         return true;
     }
     if (target == m_atoms.timestamp) {
-        xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, requestor, property, XCB_ATOM_INTEGER, 32, 1,
-                            &owned.since);
+        xcb_change_property(xcb, XCB_PROP_MODE_REPLACE, requestor, property, XCB_ATOM_INTEGER, 32,
+                            1, &owned.since);
         return true;
     }
     if (target == m_atoms.saveTargets) {
@@ -74,8 +74,8 @@ bool SelectionServer::convert(const Ownership &owned, xcb_window_t requestor, xc
 void SelectionServer::sendTargets(const SelectionContent &content, xcb_window_t requestor,
                                   xcb_atom_t property)
 {
-    std::vector<xcb_atom_t> targets = {m_atoms.targets, m_atoms.timestamp, m_atoms.multiple,
-                                       m_atoms.saveTargets};
+    std::vector<xcb_atom_t> targets
+        = {m_atoms.targets, m_atoms.timestamp, m_atoms.multiple, m_atoms.saveTargets};
     for (const SelectionContent::Form &form : content.forms)
         targets.push_back(form.target);
     xcb_change_property(m_connection->xcb(), XCB_PROP_MODE_REPLACE, requestor, property,
@@ -86,11 +86,11 @@ bool SelectionServer::convertMultiple(const Ownership &owned, xcb_window_t reque
                                       xcb_atom_t property)
 {
     constexpr uint32_t most = 1024;
-    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
-        m_connection->xcb(),
-        xcb_get_property(m_connection->xcb(), 0, requestor, property, XCB_GET_PROPERTY_TYPE_ANY, 0,
-                         most),
-        nullptr));
+    const XcbReply<xcb_get_property_reply_t> reply(
+        xcb_get_property_reply(m_connection->xcb(),
+                               xcb_get_property(m_connection->xcb(), 0, requestor, property,
+                                                XCB_GET_PROPERTY_TYPE_ANY, 0, most),
+                               nullptr));
     if (!reply || reply->format != 32)
         return false;
     const auto *atoms = static_cast<const xcb_atom_t *>(xcb_get_property_value(reply.get()));

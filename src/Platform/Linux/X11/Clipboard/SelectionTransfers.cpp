@@ -37,8 +37,8 @@ void SelectionTransfers::send(xcb_window_t receiver, xcb_atom_t property,
     const uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(m_connection->xcb(), receiver, XCB_CW_EVENT_MASK, &events);
     const auto size = static_cast<uint32_t>(std::min<qsizetype>(form.data.size(), INT32_MAX));
-    xcb_change_property(m_connection->xcb(), XCB_PROP_MODE_REPLACE, receiver, property, m_atoms.incr,
-                        32, 1, &size);
+    xcb_change_property(m_connection->xcb(), XCB_PROP_MODE_REPLACE, receiver, property,
+                        m_atoms.incr, 32, 1, &size);
     std::erase_if(m_transfers, [&](const Transfer &transfer) {
         return transfer.receiver == receiver && transfer.property == property;
     });

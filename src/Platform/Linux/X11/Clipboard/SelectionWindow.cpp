@@ -26,13 +26,14 @@ SelectionWindow::SelectionWindow(std::shared_ptr<X11Connection> connection)
     xcb_connection_t *xcb = m_connection->xcb();
     const uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_create_window(xcb, 0, m_id, m_connection->root(), -1, -1, 1, 1, 0,
-                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
+                      &events);
 
     const auto *fixes = xcb_get_extension_data(xcb, &xcb_xfixes_id);
     if (fixes && fixes->present) {
         // The server serves only who has asked for the version.
-        const XcbReply<xcb_xfixes_query_version_reply_t> version(xcb_xfixes_query_version_reply(
-            xcb, xcb_xfixes_query_version(xcb, 1, 0), nullptr));
+        const XcbReply<xcb_xfixes_query_version_reply_t> version(
+            xcb_xfixes_query_version_reply(xcb, xcb_xfixes_query_version(xcb, 1, 0), nullptr));
         if (version)
             m_ownerEvent = fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY;
     }
@@ -68,11 +69,11 @@ xcb_atom_t SelectionWindow::unusedProperty()
 SelectionContent::Form SelectionWindow::takeProperty(xcb_atom_t name)
 {
     constexpr uint32_t everything = 0x1fffffff;
-    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
-        m_connection->xcb(),
-        xcb_get_property(m_connection->xcb(), 1, m_id, name, XCB_GET_PROPERTY_TYPE_ANY, 0,
-                         everything),
-        nullptr));
+    const XcbReply<xcb_get_property_reply_t> reply(
+        xcb_get_property_reply(m_connection->xcb(),
+                               xcb_get_property(m_connection->xcb(), 1, m_id, name,
+                                                XCB_GET_PROPERTY_TYPE_ANY, 0, everything),
+                               nullptr));
     if (!reply)
         return {};
     return {XCB_ATOM_NONE, reply->type, reply->format,

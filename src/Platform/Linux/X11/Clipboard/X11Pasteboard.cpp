@@ -1,5 +1,6 @@
 #include "Platform/Linux/X11/Clipboard/X11Pasteboard.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/X11/Clipboard/X11Selections.h"
 
 namespace Velloro {
@@ -9,7 +10,7 @@ X11Pasteboard::X11Pasteboard(std::shared_ptr<PasteCoordinator> pasting,
     : m_pasting(std::move(pasting))
 {
     m_pasting->join(*this);
-    m_thread.setObjectName(QStringLiteral("Pasteboard"));
+    m_thread.setObjectName(u"Pasteboard"_s);
     m_receiver.moveToThread(&m_thread);
     m_thread.start();
     QMetaObject::invokeMethod(

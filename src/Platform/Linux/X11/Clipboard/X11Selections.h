@@ -42,10 +42,10 @@ public:
     /// Puts back what was there, when a paste that is under way has been served.
     void giveBack();
 
-    /// The application of this window is about to paste the borrowed text. It is given that whenever
-    /// it asks, although the clipboard may hold something else by then; once, and for a second at
-    /// most. In Wine another process may ask for it: all windows have their clipboard from one.
-    /// A window of this program's own can't fetch the text while it is waited for.
+    /// The application of this window is about to paste the borrowed text. It is given that
+    /// whenever it asks, although the clipboard may hold something else by then; once, and for a
+    /// second at most. In Wine another process may ask for it: all windows have their clipboard
+    /// from one. A window of this program's own can't fetch the text while it is waited for.
     ///
     /// What another program has taken for something else since it was borrowed is borrowed once
     /// more. False where it has been taken again by then: the application would paste that.

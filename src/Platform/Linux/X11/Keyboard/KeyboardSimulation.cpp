@@ -32,7 +32,10 @@ KeyboardLocks KeyboardSimulation::locks() const
             xkb_state_serialize_layout(m_state.get(), XKB_STATE_LAYOUT_LOCKED)};
 }
 
-uint8_t KeyboardSimulation::heldModifiers() const { return serialized(XKB_STATE_MODS_DEPRESSED); }
+uint8_t KeyboardSimulation::heldModifiers() const
+{
+    return serialized(XKB_STATE_MODS_DEPRESSED);
+}
 
 xkb_layout_index_t KeyboardSimulation::layoutOf(uint8_t keycode) const
 {

@@ -17,8 +17,8 @@ struct KeyboardLocks
     friend bool operator==(const KeyboardLocks &, const KeyboardLocks &) = default;
 };
 
-/// Tries on a copy of a keyboard's state what its keys do to modifiers, locks and layout. Symbols do
-/// not tell: one key may be Shift alone and Caps Lock beside the other Shift.
+/// Tries on a copy of a keyboard's state what its keys do to modifiers, locks and layout. Symbols
+/// do not tell: one key may be Shift alone and Caps Lock beside the other Shift.
 class KeyboardSimulation
 {
 public:

@@ -22,7 +22,8 @@ enum class PasteStroke {
 
 /// What pastes in a window of this class. A focused element that is a terminal decides for classes
 /// that are not known.
-[[nodiscard]] PasteStroke pasteStroke(const WindowClass &windowClass, bool focusedElementIsTerminal);
+[[nodiscard]] PasteStroke pasteStroke(const WindowClass &windowClass,
+                                      bool focusedElementIsTerminal);
 
 /// Whether windows of this class are known here: a terminal or an editor, which takes text whatever
 /// else is said of it.

@@ -91,8 +91,7 @@ HotkeyRegistration::Status X11HotkeyRegistration::conflict(const Grab &grab)
 
 HotkeyRegistration::Status X11HotkeyRegistration::grabOn(uint16_t device, const Grab &grab)
 {
-    const uint32_t mask =
-        XCB_INPUT_XI_EVENT_MASK_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE;
+    const uint32_t mask = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE;
     xcb_generic_error_t *rawError = nullptr;
     const XcbReply<xcb_input_xi_passive_grab_device_reply_t> reply(
         xcb_input_xi_passive_grab_device_reply(
@@ -157,10 +156,9 @@ HotkeyRegistration::Status X11HotkeyRegistration::grabUnlessTaken(const Grab &gr
 
 void X11HotkeyRegistration::ungrabOn(uint16_t device, const Grab &grab)
 {
-    xcb_input_xi_passive_ungrab_device(
-        m_connection->xcb(), m_connection->root(), grab.keycode, device,
-        static_cast<uint16_t>(grab.modifierStates.size()), XCB_INPUT_GRAB_TYPE_KEYCODE,
-        grab.modifierStates.data());
+    xcb_input_xi_passive_ungrab_device(m_connection->xcb(), m_connection->root(), grab.keycode,
+                                       device, static_cast<uint16_t>(grab.modifierStates.size()),
+                                       XCB_INPUT_GRAB_TYPE_KEYCODE, grab.modifierStates.data());
     m_connection->flush();
 }
 
@@ -345,10 +343,10 @@ void X11HotkeyRegistration::forEachSyntheticGrab(
 void X11HotkeyRegistration::handleHierarchyChange(const xcb_generic_event_t *event)
 {
     const auto *change = reinterpret_cast<const xcb_input_hierarchy_event_t *>(event);
-    constexpr uint32_t gone =
-        XCB_INPUT_HIERARCHY_MASK_SLAVE_REMOVED | XCB_INPUT_HIERARCHY_MASK_DEVICE_DISABLED;
-    constexpr uint32_t come =
-        XCB_INPUT_HIERARCHY_MASK_DEVICE_ENABLED | XCB_INPUT_HIERARCHY_MASK_SLAVE_ATTACHED;
+    constexpr uint32_t gone = XCB_INPUT_HIERARCHY_MASK_SLAVE_REMOVED
+        | XCB_INPUT_HIERARCHY_MASK_DEVICE_DISABLED;
+    constexpr uint32_t come = XCB_INPUT_HIERARCHY_MASK_DEVICE_ENABLED
+        | XCB_INPUT_HIERARCHY_MASK_SLAVE_ATTACHED;
 
     for (auto infos = xcb_input_hierarchy_infos_iterator(change); infos.rem > 0;
          xcb_input_hierarchy_info_next(&infos)) {
@@ -382,16 +380,14 @@ void X11HotkeyRegistration::handleKeymapChange()
         return;
     Statuses statuses;
     for (auto &[reference, registration] : m_registrations) {
-        const Grab grab =
-            makeGrab(registration.combination).value_or(Grab{});
+        const Grab grab = makeGrab(registration.combination).value_or(Grab{});
         if (grab == registration.grab && registration.status == 0)
             continue;
         if (grab != registration.grab)
             ungrabOnAllKeyboards(registration.grab);
         registration.grab = grab;
-        statuses.emplace_back(reference,
-                              grab.modifierStates.empty() ? Status{XCB_VALUE}
-                                                          : grabUnlessTaken(grab));
+        statuses.emplace_back(
+            reference, grab.modifierStates.empty() ? Status{XCB_VALUE} : grabUnlessTaken(grab));
     }
     tellStatuses(statuses);
 }

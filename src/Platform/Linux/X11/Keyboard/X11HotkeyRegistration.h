@@ -19,8 +19,8 @@ namespace Velloro {
 /// A grab on a master keyboard would keep synthetic strokes from the application until the key is
 /// released; one on the keyboard itself leaves them alone, and dictation can type while the user
 /// holds the combination. The device of synthetic strokes is grabbed as well, for on-screen
-/// keyboards; what this program sends from there itself is let pass. Such a grab is not refused where another program holds the combination
-/// on the master, so that is asked first.
+/// keyboards; what this program sends from there itself is let pass. Such a grab is not refused
+/// where another program holds the combination on the master, so that is asked first.
 ///
 /// The statuses are the X error codes; those with a known meaning are the ones of `HotkeyStatus`.
 class X11HotkeyRegistration final : public QObject, public HotkeyRegistration

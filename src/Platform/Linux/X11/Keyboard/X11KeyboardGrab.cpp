@@ -53,9 +53,8 @@ bool X11KeyboardGrab::setsOffGrab(uint8_t keycode)
 {
     // The server refuses what another program has, with whichever modifiers.
     xcb_connection_t *xcb = m_connection->xcb();
-    const auto cookie =
-        xcb_grab_key_checked(xcb, 1, m_connection->root(), XCB_MOD_MASK_ANY, keycode,
-                             XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    const auto cookie = xcb_grab_key_checked(xcb, 1, m_connection->root(), XCB_MOD_MASK_ANY,
+                                             keycode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
     xcb_ungrab_key(xcb, keycode, m_connection->root(), XCB_MOD_MASK_ANY);
     if (const XcbReply<xcb_generic_error_t> error{xcb_request_check(xcb, cookie)})
         return error->error_code == XCB_ACCESS;
@@ -70,8 +69,8 @@ bool X11KeyboardGrab::setsOffGrab(uint8_t keycode)
             xcb_input_xi_passive_grab_device_reply(
                 xcb,
                 xcb_input_xi_passive_grab_device(
-                    xcb, XCB_CURRENT_TIME, m_connection->root(), XCB_CURSOR_NONE, keycode, master, 1,
-                    1, XCB_INPUT_GRAB_TYPE_KEYCODE, XCB_INPUT_GRAB_MODE_22_ASYNC,
+                    xcb, XCB_CURRENT_TIME, m_connection->root(), XCB_CURSOR_NONE, keycode, master,
+                    1, 1, XCB_INPUT_GRAB_TYPE_KEYCODE, XCB_INPUT_GRAB_MODE_22_ASYNC,
                     XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_OWNER_NO_OWNER, &events,
                     &anyModifier),
                 nullptr));

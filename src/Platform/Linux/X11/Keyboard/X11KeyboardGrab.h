@@ -20,8 +20,8 @@ public:
     /// Whether another program has the keyboard now, for whatever reason.
     [[nodiscard]] bool isGrabbed();
     /// A grab that a held modifier has set off (a desktop that waits for a tap on Super) does not
-    /// count. Where there is a grab, it is told apart by releasing for the applications the modifiers
-    /// that another program waits for, and waiting 0.1 s at most for the grab's end.
+    /// count. Where there is a grab, it is told apart by releasing for the applications the
+    /// modifiers that another program waits for, and waiting 0.1 s at most for the grab's end.
     [[nodiscard]] bool isHeldByAnother();
 
 private:

@@ -76,9 +76,15 @@ std::vector<X11Keyboards::Device> X11Keyboards::slaveKeyboards() const
     return devices;
 }
 
-std::vector<uint16_t> X11Keyboards::physicalKeyboards() const { return keyboards(false); }
+std::vector<uint16_t> X11Keyboards::physicalKeyboards() const
+{
+    return keyboards(false);
+}
 
-std::vector<uint16_t> X11Keyboards::syntheticKeyboards() const { return keyboards(true); }
+std::vector<uint16_t> X11Keyboards::syntheticKeyboards() const
+{
+    return keyboards(true);
+}
 
 std::vector<uint16_t> X11Keyboards::keyboards(bool areSynthetic) const
 {
@@ -139,7 +145,10 @@ KeySet X11Keyboards::heldOn(const std::vector<uint16_t> &devices) const
     return keys;
 }
 
-KeySet X11Keyboards::physicallyHeld() const { return heldOn(physicalKeyboards()); }
+KeySet X11Keyboards::physicallyHeld() const
+{
+    return heldOn(physicalKeyboards());
+}
 
 KeySet X11Keyboards::heldOnAnyKeyboard() const
 {
@@ -153,8 +162,8 @@ KeySet X11Keyboards::logicallyHeld() const
 {
     if (!m_connection->isAlive())
         return {};
-    const XcbReply<xcb_query_keymap_reply_t> reply(
-        xcb_query_keymap_reply(m_connection->xcb(), xcb_query_keymap(m_connection->xcb()), nullptr));
+    const XcbReply<xcb_query_keymap_reply_t> reply(xcb_query_keymap_reply(
+        m_connection->xcb(), xcb_query_keymap(m_connection->xcb()), nullptr));
     return reply ? keySet(reply->keys) : KeySet{};
 }
 

@@ -17,8 +17,8 @@ class X11Keyboards
 public:
     explicit X11Keyboards(std::shared_ptr<X11Connection> connection);
 
-    /// The devices of real keyboards: all but the one of synthetic strokes. A keyboard whose grab is
-    /// active is among them.
+    /// The devices of real keyboards: all but the one of synthetic strokes. A keyboard whose grab
+    /// is active is among them.
     [[nodiscard]] std::vector<uint16_t> physicalKeyboards() const;
     /// The devices of synthetic strokes, from which other programs' come as well: an on-screen
     /// keyboard's, those of remote access.

@@ -16,9 +16,9 @@ namespace Velloro {
 
 namespace {
 
-constexpr std::initializer_list<xkb_keysym_t> lockSymbols = {
-    XKB_KEY_Caps_Lock,  XKB_KEY_Shift_Lock,      XKB_KEY_Num_Lock,
-    XKB_KEY_Scroll_Lock, XKB_KEY_ISO_Level3_Lock, XKB_KEY_ISO_Level5_Lock};
+constexpr std::initializer_list<xkb_keysym_t> lockSymbols
+    = {XKB_KEY_Caps_Lock,   XKB_KEY_Shift_Lock,      XKB_KEY_Num_Lock,
+       XKB_KEY_Scroll_Lock, XKB_KEY_ISO_Level3_Lock, XKB_KEY_ISO_Level5_Lock};
 
 std::span<const xkb_keysym_t> symbols(xkb_keymap *keymap, uint8_t keycode, xkb_layout_index_t group,
                                       xkb_level_index_t level)
@@ -80,9 +80,8 @@ bool X11Keymap::load()
     xcb_connection_t *xcb = m_connection->xcb();
     const std::unique_ptr<xkb_context, CustomDelete<xkb_context_unref>> context(
         xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES));
-    const int32_t device = m_device == XCB_XKB_ID_USE_CORE_KBD
-        ? xkb_x11_get_core_keyboard_device_id(xcb)
-        : m_device;
+    const int32_t device
+        = m_device == XCB_XKB_ID_USE_CORE_KBD ? xkb_x11_get_core_keyboard_device_id(xcb) : m_device;
     if (context && device >= 0 && loadModifierMap(static_cast<uint16_t>(device))) {
         m_keymap.reset(xkb_x11_keymap_new_from_device(context.get(), xcb, device,
                                                       XKB_KEYMAP_COMPILE_NO_FLAGS));
@@ -103,9 +102,8 @@ bool X11Keymap::loadModifierMap(uint16_t device)
     xcb_xkb_get_map_map_t map{};
     xcb_xkb_get_map_map_unpack(xcb_xkb_get_map_map(reply.get()), reply->nTypes, reply->nKeySyms,
                                reply->nKeyActions, reply->totalActions, reply->totalKeyBehaviors,
-                               reply->virtualMods, reply->totalKeyExplicit,
-                               reply->totalModMapKeys, reply->totalVModMapKeys, reply->present,
-                               &map);
+                               reply->virtualMods, reply->totalKeyExplicit, reply->totalModMapKeys,
+                               reply->totalVModMapKeys, reply->present, &map);
     for (const xcb_xkb_key_mod_map_t &key : std::span(map.modmap_rtrn, reply->totalModMapKeys))
         m_modifierMap[key.keycode] = key.mods;
     return true;
@@ -144,8 +142,8 @@ std::optional<uint8_t> X11Keymap::keycodeAt(uint32_t virtualKeyCode)
     const auto usual = VirtualKeyMap::keycode(virtualKeyCode);
     if (!usual || !load())
         return usual;
-    const xkb_keycode_t named =
-        xkb_keymap_key_by_name(m_keymap.get(), VirtualKeyMap::positionName(virtualKeyCode));
+    const xkb_keycode_t named
+        = xkb_keymap_key_by_name(m_keymap.get(), VirtualKeyMap::positionName(virtualKeyCode));
     return named >= 8 && named <= 255 ? static_cast<uint8_t>(named) : usual;
 }
 
@@ -162,9 +160,8 @@ std::optional<uint8_t> X11Keymap::keycodeInLayout(xkb_keysym_t keysym, uint8_t p
     if (!load())
         return std::nullopt;
     const KeyboardSimulation keyboard(m_keymap.get(), locks());
-    const auto isIt = [&](uint8_t keycode) {
-        return gives(keycode, keyboard.layoutOf(keycode), keysym);
-    };
+    const auto isIt
+        = [&](uint8_t keycode) { return gives(keycode, keyboard.layoutOf(keycode), keysym); };
     if (isIt(preferred))
         return preferred;
     const auto all = keycodes();
@@ -258,8 +255,8 @@ bool X11Keymap::holdsOtherModifier(uint8_t state)
         m_connection->xcb(), xcb_xkb_get_state(m_connection->xcb(), XCB_XKB_ID_USE_CORE_KBD),
         nullptr));
     uint16_t known = XCB_MOD_MASK_LOCK | (now ? now->lockedMods : 0);
-    for (const uint32_t modifier : {ClassicMask::command, ClassicMask::shift, ClassicMask::option,
-                                    ClassicMask::control})
+    for (const uint32_t modifier :
+         {ClassicMask::command, ClassicMask::shift, ClassicMask::option, ClassicMask::control})
         known |= modifierMask(modifier).value_or(0);
     return (state & ~known) != 0;
 }

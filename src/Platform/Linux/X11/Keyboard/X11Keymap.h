@@ -35,9 +35,10 @@ public:
     /// What is locked for the applications at present.
     [[nodiscard]] KeyboardLocks locks();
 
-    /// The keycode that gives `keysym` without Shift in the layout that is locked; `preferred` where
-    /// that one does, too.
-    [[nodiscard]] std::optional<uint8_t> keycodeInLayout(xkb_keysym_t keysym, uint8_t preferred = 0);
+    /// The keycode that gives `keysym` without Shift in the layout that is locked; `preferred`
+    /// where that one does, too.
+    [[nodiscard]] std::optional<uint8_t> keycodeInLayout(xkb_keysym_t keysym,
+                                                         uint8_t preferred = 0);
     /// The same; where the locked layout has none, the keycode that gives it in any other.
     [[nodiscard]] std::optional<uint8_t> keycodeFor(xkb_keysym_t keysym, uint8_t preferred = 0);
 
@@ -89,8 +90,10 @@ private:
     [[nodiscard]] bool addModifierKeys(std::vector<uint8_t> &keys,
                                        std::span<const uint16_t> modifiers,
                                        const KeyboardLocks &locks) const;
-    [[nodiscard]] bool hasAnySymbol(uint8_t keycode, std::initializer_list<xkb_keysym_t> keysyms) const;
-    [[nodiscard]] bool hasOnlySymbols(uint8_t keycode, std::initializer_list<xkb_keysym_t> keysyms) const;
+    [[nodiscard]] bool hasAnySymbol(uint8_t keycode,
+                                    std::initializer_list<xkb_keysym_t> keysyms) const;
+    [[nodiscard]] bool hasOnlySymbols(uint8_t keycode,
+                                      std::initializer_list<xkb_keysym_t> keysyms) const;
     [[nodiscard]] uint16_t modifiersOf(std::initializer_list<xkb_keysym_t> keysyms) const;
 
     std::shared_ptr<X11Connection> m_connection;

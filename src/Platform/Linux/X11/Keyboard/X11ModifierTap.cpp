@@ -18,8 +18,8 @@ KeySet keysOf(X11Keymap &keymap, uint32_t modifier)
 void breakModifierTap(X11Keymap &keymap, X11Keymap &synthetic, X11Keyboards &keyboards)
 {
     const KeySet held = keyboards.logicallyHeld() & keymap.heldModifierKeys();
-    const KeySet opensMenus =
-        keysOf(keymap, ClassicMask::option) | keysOf(keymap, ClassicMask::command);
+    const KeySet opensMenus = keysOf(keymap, ClassicMask::option)
+        | keysOf(keymap, ClassicMask::command);
     std::optional<uint8_t> between;
     if ((held & opensMenus).any()) {
         if ((held & keysOf(keymap, ClassicMask::control)).any())

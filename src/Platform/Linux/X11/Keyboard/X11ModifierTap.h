@@ -10,8 +10,8 @@ namespace Velloro {
 /// input method.
 ///
 /// Alt and Super get a tap of Control between, which every application understands and which types
-/// nothing anywhere. Where Control itself is held it has come between already, and where a tap of it
-/// would do something else (it switches the layout, or would stick), as well as for the other
+/// nothing anywhere. Where Control itself is held it has come between already, and where a tap of
+/// it would do something else (it switches the layout, or would stick), as well as for the other
 /// modifiers, a key without a meaning is tapped.
 ///
 /// `keymap` tells what the held keys are, `synthetic` what keys do on the device that taps.
