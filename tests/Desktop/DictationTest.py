@@ -1,6 +1,6 @@
 """The main job: speech becomes text in the focused field of a real application."""
 
-from desktop_case import (BUSY, JFK, JFK_WORDS, PHRASE_WORDS, RECORDING, DesktopCase, main, words)
+from desktop_case import (BUSY, JFK, JFK_WORDS, PHRASE_WORDS, RECORDING, DesktopCase, main)
 from velloro_tools.desktop import wait_for
 
 
@@ -68,7 +68,7 @@ class DictationTest(DesktopCase):
         self.user.keys("tap", "Num_Lock", "tap", "Caps_Lock")
 
         final = self.dictate()
-        self.assertIn(words(PHRASE_WORDS), words(final))
+        self.assert_words(final, PHRASE_WORDS)
         self.user.wait_for_text(final)
 
 

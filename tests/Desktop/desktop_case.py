@@ -111,7 +111,9 @@ class DesktopCase(unittest.TestCase):
         return any(output.split("\t")[2] != "-" for output in outputs)
 
     def assert_words(self, text, expected):
-        self.assertEqual(words(text), expected)
+        """The recogniser may hear something more at either end, depending on when the recording
+        began and ended."""
+        self.assertIn(expected, words(text))
 
 
 def main():

@@ -94,10 +94,13 @@ class FileField(Field):
             self.user.keys("tap", *keys)
 
     def text(self):
+        saved = self._saved()
         for keys in self.application.save:
             self.user.keys("tap", *keys)
-        # The file says what was saved last.
-        time.sleep(0.5)
+        try:
+            wait_for(lambda: self._saved() != saved, "another text", timeout=0.5)
+        except DesktopError:
+            pass  # it is the same as before
         return self._saved()
 
     def _saved(self):

@@ -136,8 +136,18 @@ class User:
     # --- what can be seen -----------------------------------------------------------------------
 
     def focus(self):
-        """What has the focus on the accessibility bus (see focused_text.py), or None."""
-        return json.loads(self.desktop.run([sys.executable, HERE / "focused_text.py"]))
+        """What has the focus on the accessibility bus (see focused_text.py), or None, also if it
+        does not answer now."""
+        try:
+            return json.loads(
+                self.desktop.run([sys.executable, HERE / "focused_text.py"], timeout=10))
+        except subprocess.TimeoutExpired:
+            return None
+
+    def focused_text(self):
+        """The text of what has the focus, or None."""
+        focus = self.focus()
+        return focus and focus["text"]
 
     def wait_for_focus(self, condition=lambda focus: focus["text"] is not None,
                        what="a text field with the focus", timeout=20.0):
