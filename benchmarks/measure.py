@@ -107,7 +107,8 @@ def recognise(found, repetitions):
     else:
         if base:
             took = base.wall - base.load
-            add(figure, f"{took:.2f} s", f"CTranslate2 int8 {wall:.2f} s (processor {processor:.2f} s)",
+            add(figure, f"{took:.2f} s",
+                f"CTranslate2 int8 {wall:.2f} s (processor {processor:.2f} s)",
                 "as fast", took <= wall)
     return peaks
 
@@ -125,7 +126,8 @@ def run_program(name, **environment):
         results = json.load(report)["benchmarks"]
     units = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
     return {each["run_name"].partition("/")[0]:
-            (each["cpu_time"] * units[each["time_unit"]], each["real_time"] * units[each["time_unit"]])
+            (each["cpu_time"] * units[each["time_unit"]],
+             each["real_time"] * units[each["time_unit"]])
             for each in results if each["aggregate_name"] == "median"}
 
 

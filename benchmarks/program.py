@@ -74,7 +74,8 @@ def tray_only(program, seconds):
         velloro = Velloro(desktop, program)
         velloro.set_up()
         velloro.start()
-        time.sleep(15)  # what the start has begun comes to rest; a desktop without a tray is told of it
+        # What the start has begun comes to rest; a desktop without a tray is told of it.
+        time.sleep(15)
         before = wake_ups(velloro.process)
         time.sleep(seconds)
         woken = wake_ups(velloro.process) - before
@@ -224,8 +225,8 @@ def dictations(program, model, path, repetitions, recording_seconds):
         result = {"delay": statistics.median(delays), "before": statistics.median(before),
                   "after": statistics.median(after), "idle": idle,
                   "after_use": memory(velloro.process, "VmRSS"),
-                  "peak": memory(velloro.process, "VmHWM"), "recording": shares[0], "pill": shares[1],
-                  "cue": statistics.median(cues)}
+                  "peak": memory(velloro.process, "VmHWM"), "recording": shares[0],
+                  "pill": shares[1], "cue": statistics.median(cues)}
         watch.close()
         velloro.stop()
     return result

@@ -48,11 +48,13 @@ class TrayTest(DesktopCase):
                                    "--expand", "false"], log="trayer")
         self.start_velloro()
         icon = wait_for(lambda: next(
-            (one for one in self.user.windows("Velloro") if one[2] == one[3] > 10), None), "the icon")
+            (one for one in self.user.windows("Velloro") if one[2] == one[3] > 10), None),
+            "the icon")
         return tray, icon
 
     def test_a_click_on_the_icon_opens_and_closes_the_panel_beside_it(self):
-        for place in (["--edge", "bottom", "--align", "right"], ["--edge", "top", "--align", "left"]):
+        for place in (["--edge", "bottom", "--align", "right"],
+                      ["--edge", "top", "--align", "left"]):
             with self.subTest(place):
                 tray, icon = self.start_with_tray(*place)
                 middle = icon[0] + icon[2] // 2, icon[1] + icon[3] // 2
@@ -122,7 +124,8 @@ class TrayTest(DesktopCase):
         settled = {tooltip: seen[-1] for tooltip, seen in icons.items()}
         # The insertion may be over before the tray has asked.
         settled.pop("Velloro: Inserting...", None)
-        self.assertEqual(list(settled), [ready, "Velloro: Listening...", "Velloro: Transcribing..."])
+        self.assertEqual(list(settled),
+                         [ready, "Velloro: Listening...", "Velloro: Transcribing..."])
         self.assertEqual(len(set(settled.values())), 3)
         self.assertEqual(shown[-1]["icon"], shown[0]["icon"])
 

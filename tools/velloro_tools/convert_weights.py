@@ -219,7 +219,8 @@ def main():
         if size != FILE_SIZE:
             raise ValueError(f"the result has {size} bytes, not {FILE_SIZE}")
         os.replace(partial, arguments.output)
-    except (OSError, ValueError, KeyError, subprocess.CalledProcessError, zipfile.BadZipFile) as error:
+    except (OSError, ValueError, KeyError, subprocess.CalledProcessError,
+            zipfile.BadZipFile) as error:
         sys.exit(f"convert-weights: {error}")
     finally:
         partial.unlink(missing_ok=True)

@@ -96,7 +96,8 @@ class Symbol:
                        for name, content in self.groups if content)
         return (f'<svg xmlns="http://www.w3.org/2000/svg" width="{self.grid}" height="{self.grid}"'
                 f' viewBox="0 0 {self.grid} {self.grid}" fill="none" stroke="#000"'
-                f' stroke-width="{num(self.weight)}" stroke-linecap="round" stroke-linejoin="round">\n'
+                f' stroke-width="{num(self.weight)}" stroke-linecap="round"'
+                ' stroke-linejoin="round">\n'
                 f"{body}</svg>\n")
 
 
@@ -283,7 +284,8 @@ SYMBOLS = {name: draw() for name, draw in TRAY.items()} | {
         glyph=sparkle(10, 13, 6.5), base=sparkle(18.5, 5.25, 2.75) + sparkle(18.75, 18.75, 2.1)),
     "star": Symbol(glyph=f'<polygon points="{STAR}"/>'),
     "star.fill": Symbol(glyph=f'<polygon points="{STAR}" fill="#000"/>'),
-    "text.quote": Symbol(base=path("M4 5V19"), glyph=path("M8.75 6.5H20.5M8.75 12H20.5M8.75 17.5H15.5")),
+    "text.quote": Symbol(base=path("M4 5V19"),
+                         glyph=path("M8.75 6.5H20.5M8.75 12H20.5M8.75 17.5H15.5")),
     "trash": Symbol(
         glyph=path("M4 6.25H20M6 6.25L6.9 19.1A2 2 0 0 0 8.9 21H15.1A2 2 0 0 0 17.1 19.1L18 6.25"
                    "M9 6.25V4.75A1.75 1.75 0 0 1 10.75 3H13.25A1.75 1.75 0 0 1 15 4.75V6.25"),
@@ -302,8 +304,9 @@ def program_icon():
     for index, (height, opacity) in enumerate(zip(heights, opacities)):
         x = 32 + (index - 2) * pitch - width / 2
         h = height * scale
-        content += (f'  <rect x="{num(x)}" y="{num(32 - h / 2)}" width="{num(width)}" height="{num(h)}"'
-                    f' rx="{num(width / 2)}" ry="{num(width / 2)}" fill="#fff" opacity="{opacity}"/>\n')
+        content += (f'  <rect x="{num(x)}" y="{num(32 - h / 2)}" width="{num(width)}"'
+                    f' height="{num(h)}" rx="{num(width / 2)}" ry="{num(width / 2)}" fill="#fff"'
+                    f' opacity="{opacity}"/>\n')
     return ('<svg xmlns="http://www.w3.org/2000/svg" width="64" height="64" viewBox="0 0 64 64">\n'
             '  <defs>\n'
             '    <linearGradient id="ground" x1="8" y1="4" x2="56" y2="60"'
