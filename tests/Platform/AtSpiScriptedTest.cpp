@@ -108,6 +108,24 @@ TEST_F(AtSpiScriptedTest, BelievesNoClaimToHaveWritten)
     }
 }
 
+TEST_F(AtSpiScriptedTest, PastesIntoAPageInAQtWindow)
+{
+    for (const bool isInPage : {true, false}) {
+        application = std::make_unique<CommandedApplication>(u"scripted-application"_s);
+        application->command({u"toolkit"_s, u"Qt"_s});
+        ASSERT_NO_FATAL_FAILURE(makeField(u"Hi "_s, 3, 3));
+        make(u"part"_s, object(AtSpiRole::text, {}, {u"field"_s}));
+        make(u"page"_s,
+             object(isInPage ? AtSpiRole::documentWeb : AtSpiRole::text, {}, {u"part"_s}));
+        TextInsertionManager manager(platform);
+        memory.output.clear();
+        EXPECT_TRUE(manager.insertText(u"all"_s));
+        EXPECT_EQ(pasted(), isInPage);
+        const QJsonArray field = application->command({u"get"_s, u"field"_s}).toArray();
+        EXPECT_EQ(field[1].toInt(), isInPage ? 0 : 1) << "what is pasted is not written as well";
+    }
+}
+
 TEST_F(AtSpiScriptedTest, TextCountsAsThereWhileTheCaretIsAtItsEnd)
 {
     ASSERT_NO_FATAL_FAILURE(makeField(u"Hi "_s, 3, 3));

@@ -4,6 +4,7 @@
 #include "Platform/Linux/Accessibility/AtSpiBus.h"
 #include "Platform/Linux/Desktop/DBusCall.h"
 
+#include <QDBusArgument>
 #include <QDBusError>
 #include <QDBusPendingReply>
 #include <QElapsedTimer>
@@ -54,6 +55,21 @@ QVariant AtSpiApplications::property(const AtSpiReference &object, const QString
                                      const QString &name)
 {
     return DBusCall::property(call(object, DBusCall::properties, u"Get"_s, {interface, name}));
+}
+
+AtSpiReference AtSpiApplications::parentOf(const AtSpiReference &object)
+{
+    const QVariant value = property(object, u"org.a11y.atspi.Accessible"_s, u"Parent"_s);
+    if (!value.canConvert<QDBusArgument>())
+        return {};
+    const auto argument = value.value<QDBusArgument>();
+    AtSpiReference parent;
+    QDBusObjectPath path;
+    argument.beginStructure();
+    argument >> parent.service >> path;
+    argument.endStructure();
+    parent.path = path.path();
+    return parent;
 }
 
 void AtSpiApplications::spend(const QString &service, std::chrono::milliseconds elapsed)

@@ -34,6 +34,9 @@ public:
     [[nodiscard]] QVariant property(const AtSpiReference &object, const QString &interface,
                                     const QString &name);
 
+    /// The object that holds this one; null at the top, and where that can't be read.
+    [[nodiscard]] AtSpiReference parentOf(const AtSpiReference &object);
+
     [[nodiscard]] const AtSpiTimeAllowance &allowance() const { return m_allowance; }
     /// Takes the time that waiting for an application took out of the allowance, and remembers the
     /// application when that used it up.

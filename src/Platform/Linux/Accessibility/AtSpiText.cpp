@@ -251,10 +251,12 @@ AtSpiText::Result<bool> AtSpiText::isSecret()
 }
 
 /// Some toolkits answer that they wrote into a field that can't be written to, and Gecko does so
-/// for every field and writes into none.
+/// for every field and writes into none. The engine of a page in a Qt window edits some time after
+/// it has answered, which looks like a refusal.
 AtSpiText::Result<void> AtSpiText::requireEditable()
 {
-    if (m_applications.toolkitOf(m_object.service) == u"Gecko")
+    const QString toolkit = m_applications.toolkitOf(m_object.service);
+    if (toolkit == u"Gecko" || (toolkit == u"Qt" && isInWebPage()))
         return failure(AccessibilityError::unsupported);
     const auto reply = ask(accessibleInterface, u"GetState"_s);
     if (!reply)
@@ -355,6 +357,21 @@ bool AtSpiText::answersWhenDone()
 {
     const QString toolkit = m_applications.toolkitOf(m_object.service);
     return toolkit == u"gtk" || toolkit == u"Qt";
+}
+
+bool AtSpiText::isInWebPage()
+{
+    constexpr int deepest = 50;
+    AtSpiReference object = m_object;
+    for (int depth = 0; depth < deepest && !object.isNull(); ++depth) {
+        const QDBusMessage role = m_applications.call(object, accessibleInterface, u"GetRole"_s);
+        if (role.type() != QDBusMessage::ReplyMessage)
+            return false;
+        if (role.arguments().value(0).toUInt() == AtSpiRole::documentWeb)
+            return true;
+        object = m_applications.parentOf(object);
+    }
+    return false;
 }
 
 /// Whether the text certainly has this length and, where that is known, this content.

@@ -86,6 +86,7 @@ private:
     qsizetype toCodeUnits(int offset, const QString &content) const;
     int lengthOf(const QString &text) const;
     bool answersWhenDone();
+    bool isInWebPage();
     bool isUnchanged(int count, const std::optional<QString> &content);
     Answer insert(int offset, const QString &text);
     Answer remove(const Offsets &range);
