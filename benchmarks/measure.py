@@ -132,11 +132,8 @@ def run_program(name, **environment):
 
 
 def compute(found):
-    times = run_program("TextCorrectorBenchmark")
-    ours, theirs = times["correct"][0], times["compileAtEachCall"][0]
-    add("text correction of 200 English words", milliseconds(ours),
-        f"patterns compiled at every call {milliseconds(theirs)}: {theirs / ours:.0f} × faster",
-        "50 × faster", theirs / ours >= 50)
+    took = run_program("TextCorrectorBenchmark")["correct"][0]
+    add("text correction of 200 English words", milliseconds(took), "", "1 ms", took <= 1e-3)
 
     times = run_program("AudioProcessingBenchmark")
     ours, theirs = times["processSecond"][0], times["copySecond"][0]
