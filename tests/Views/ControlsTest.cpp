@@ -37,7 +37,7 @@ FocusScope {
         PopUpButton {
             id: popUp
             label: "menu"
-            entries: ["Fish", "Heron", "Hare"].map(text => ({ text }))
+            entries: ["Fish", "Heron", "Hare"]
             currentIndex: 1
             onActivated: index => { currentIndex = index; ++scene.count }
         }

@@ -2,7 +2,6 @@
 
 #include "Support/InMemoryPlatform.h"
 #include "Views/Shared/DownloadEstimate.h"
-#include "Views/Tray/EnhancedModelRowViewModel.h"
 
 #include <QElapsedTimer>
 #include <QSignalSpy>
@@ -17,10 +16,7 @@ namespace {
 class MenuBarViewModelTest : public ::testing::Test
 {
 protected:
-    EnhancedModelRowViewModel &row(int index)
-    {
-        return *qobject_cast<EnhancedModelRowViewModel *>(model.rows().at(index));
-    }
+    EnhancedModelRowViewModel &row(int index) { return *model.rows().at(index); }
 
     InMemoryPlatform memory;
     AppState appState{memory.platform};

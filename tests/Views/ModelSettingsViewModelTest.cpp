@@ -3,9 +3,6 @@
 #include "Base/StringLiterals.h"
 #include "Support/InMemoryPlatform.h"
 #include "Support/WaitUntil.h"
-#include "Views/Settings/Models/CatalogModelRowViewModel.h"
-#include "Views/Settings/Models/ModelGroupViewModel.h"
-#include "Views/Settings/Models/PresetConfigRowViewModel.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,19 +18,15 @@ namespace {
 class ModelSettingsViewModelTest : public ::testing::Test
 {
 protected:
-    ModelGroupViewModel &group(ModelSize size)
-    {
-        return *qobject_cast<ModelGroupViewModel *>(model.groups().at(int(size)));
-    }
+    ModelGroupViewModel &group(ModelSize size) { return *model.groups().at(int(size)); }
     PresetConfigRowViewModel &preset(ModelPreset preset)
     {
-        return *qobject_cast<PresetConfigRowViewModel *>(model.presets().at(int(preset)));
+        return *model.presets().at(int(preset));
     }
     CatalogModelRowViewModel *row(const QString &name)
     {
-        for (QObject *object : model.groups()) {
-            for (QObject *candidate : qobject_cast<ModelGroupViewModel *>(object)->rows()) {
-                auto *row = qobject_cast<CatalogModelRowViewModel *>(candidate);
+        for (const ModelGroupViewModel *group : model.groups()) {
+            for (CatalogModelRowViewModel *row : group->rows()) {
                 if (row->displayName() == name)
                     return row;
             }
@@ -43,8 +36,8 @@ protected:
     QStringList names(ModelSize size)
     {
         QStringList names;
-        for (QObject *row : group(size).rows())
-            names << row->property("displayName").toString();
+        for (const CatalogModelRowViewModel *row : group(size).rows())
+            names << row->displayName();
         return names;
     }
     void putFile(const char *modelId)
@@ -106,22 +99,22 @@ TEST_F(ModelSettingsViewModelTest, ARowGoesFromDownloadOverSelectionToDeletion)
     CatalogModelRowViewModel &base = *row(u"Base EN Q5"_s);
     EXPECT_TRUE(base.isEnglishOnly());
     EXPECT_EQ(base.fileSizeText(), u"57 MB");
-    EXPECT_EQ(base.state(), u"notDownloaded");
+    EXPECT_EQ(base.state(), ModelFileViewModel::NotDownloaded);
     base.download();
     DownloadSessionDelegate &network = memory.downloadSession->delegate;
     network.downloadDidWriteData(1, 427, 1000);
-    EXPECT_EQ(base.state(), u"downloading");
+    EXPECT_EQ(base.state(), ModelFileViewModel::Downloading);
     EXPECT_EQ(base.percentText(), u"42%");
     network.downloadDidComplete(1, PlatformError{7, u"No connection"_s});
-    EXPECT_EQ(base.state(), u"failed");
+    EXPECT_EQ(base.state(), ModelFileViewModel::Failed);
     EXPECT_EQ(base.detail(), u"No connection");
     base.download();
     ASSERT_EQ(memory.downloadSession->tasks.size(), 2);
     memory.fileSystem->files.insert(u"/tmp/part"_s);
     network.downloadDidFinish(2, u"/tmp/part"_s);
-    EXPECT_EQ(base.state(), u"downloaded");
+    EXPECT_EQ(base.state(), ModelFileViewModel::Downloaded);
     EXPECT_EQ(base.detail(), u"");
-    EXPECT_EQ(row(u"Base Q5"_s)->state(), u"notDownloaded");
+    EXPECT_EQ(row(u"Base Q5"_s)->state(), ModelFileViewModel::NotDownloaded);
 
     EXPECT_FALSE(base.isSelected());
     const QString mapped = appState.modelId(ModelPreset::medium);
@@ -141,7 +134,7 @@ TEST_F(ModelSettingsViewModelTest, ARowGoesFromDownloadOverSelectionToDeletion)
     PresetConfigRowViewModel &small = preset(ModelPreset::small);
     EXPECT_EQ(small.downloadedModels(), QStringList(u"Base EN Q5"_s));
     base.deleteModel();
-    EXPECT_EQ(base.state(), u"notDownloaded");
+    EXPECT_EQ(base.state(), ModelFileViewModel::NotDownloaded);
     EXPECT_TRUE(small.downloadedModels().isEmpty());
 }
 

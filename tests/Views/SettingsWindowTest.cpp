@@ -216,6 +216,28 @@ TEST_F(SettingsWindowTest, LongListsAreScrolledThroughAtOnce)
     EXPECT_EQ(probe().focusedName(), u"History") << "the button has gone";
 }
 
+TEST_F(SettingsWindowTest, ThePrivacyPaneFollowsThePermissionsAndClearsTheHistory)
+{
+    memory.captureAuthorization->status = AuthorizationStatus::denied;
+    appState.addToHistory(u"some words"_s);
+    open();
+    probe().press(Qt::Key_Left);
+    EXPECT_TRUE(probe().item(u"permissionsNote"_s)->isVisible());
+    ASSERT_TRUE(probe().tabTo(u"Enable"_s));
+    appState.setHasMicrophonePermission(true);
+    EXPECT_FALSE(probe().item(u"enableMicrophone"_s)->isVisible());
+    EXPECT_TRUE(probe().item(u"permissionsNote"_s)->isVisible()) << "one is still missing";
+    ASSERT_TRUE(probe().tabTo(u"Enable"_s));
+    probe().press(Qt::Key_Return);
+    EXPECT_THAT(memory.systemSettings->asked, ::testing::ElementsAre(SettingsPage::accessibility));
+    appState.setHasAccessibilityPermission(true);
+    EXPECT_FALSE(probe().item(u"permissionsNote"_s)->isVisible());
+
+    ASSERT_TRUE(probe().tabTo(u"Clear Transcription History"_s));
+    probe().press(Qt::Key_Return);
+    EXPECT_TRUE(appState.transcriptionHistory().isEmpty());
+}
+
 TEST_F(SettingsWindowTest, TheHelpForAPermissionBelongsToTheSettingsAndHasTheKeyboard)
 {
     memory.systemSettings->hasPages = false;

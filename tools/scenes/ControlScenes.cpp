@@ -26,7 +26,7 @@ Rectangle {
             SegmentedPicker { Layout.fillWidth: true; label: "Recording Mode"; options: ["Hold to Talk", "Toggle"] }
             RowLayout {
                 ThemedText { text: "Transcription Language"; Layout.fillWidth: true }
-                PopUpButton { label: "Language"; entries: [{ text: "English (Best accuracy)" }, { text: "Polski" }]; currentIndex: 0 }
+                PopUpButton { label: "Language"; entries: ["English (Best accuracy)", "Polski"]; currentIndex: 0 }
             }
         }
         FormSection {

@@ -3,7 +3,7 @@
 #include "Base/StringLiterals.h"
 #include "Support/WaitUntil.h"
 #include "Views/Settings/Models/ModelSettingsViewModel.h"
-#include "Views/Settings/Privacy/PrivacySettingsViewModel.h"
+#include "Views/Settings/Privacy/PermissionHelpViewModel.h"
 #include "Views/Shared/HotkeyRecorderViewModel.h"
 
 namespace Velloro {
@@ -54,9 +54,11 @@ QImage privacy(Stage &stage, bool microphone, bool accessibility)
 {
     stage.appState.setHasMicrophonePermission(microphone);
     stage.appState.setHasAccessibilityPermission(accessibility);
-    PrivacySettingsViewModel model(stage.appState);
-    return stage.windowPicture(u"Settings/Privacy/PrivacySettingsView.qml"_s, with(model), {},
-                               paneSize);
+    PermissionHelpViewModel help(stage.appState);
+    return stage.windowPicture(u"Settings/Privacy/PrivacySettingsView.qml"_s,
+                               {{u"appState"_s, QVariant::fromValue(&stage.appState)},
+                                {u"help"_s, QVariant::fromValue(&help)}},
+                               {}, paneSize);
 }
 
 QImage help(Stage &stage, SettingsPage page, bool granted = false)

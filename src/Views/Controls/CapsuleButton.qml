@@ -38,7 +38,7 @@ T.AbstractButton {
     Accessible.name: text
     Accessible.onPressAction: clicked()
 
-    Keys.forwardTo: activation
+    Keys.forwardTo: [activation]
     Activation { id: activation; button: control }
 
     readonly property color foreground: kind === CapsuleButton.Prominent

@@ -26,7 +26,7 @@ ColumnLayout {
         text: group.title
         focusPolicy: Qt.StrongFocus
         onClicked: group.toggled()
-        Keys.forwardTo: activation
+        Keys.forwardTo: [activation]
         Activation {
             id: activation
             button: header

@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Templates as T
 import Velloro
 
 /// The visible keyboard focus around `control`; a child of it or of its background.
@@ -6,6 +7,9 @@ RoundedRectangle {
     id: ring
 
     property Item control: parent
+    /// Where what has the focus is none of the toolkit's controls, the ring is always seen.
+    readonly property T.Control asControl: control as T.Control
+    readonly property bool isVisual: asControl ? asControl.visualFocus : true
     /// What is left free between the control and the ring, which could not be seen on the accent
     /// colour; where it is 0, the ring is drawn inside the control.
     property real gap: 2
@@ -13,19 +17,19 @@ RoundedRectangle {
 
     // Back from a menu or from another window, the focus is as visible as it was.
     property bool wasVisible: false
-    readonly property bool isBack: control.focusReason === Qt.PopupFocusReason
-        || control.focusReason === Qt.ActiveWindowFocusReason
+    readonly property bool isBack: asControl && (asControl.focusReason === Qt.PopupFocusReason
+                                                 || asControl.focusReason === Qt.ActiveWindowFocusReason)
     Connections {
         target: ring.control
         function onActiveFocusChanged() {
             if (ring.control.activeFocus && !ring.isBack)
-                ring.wasVisible = ring.control.visualFocus ?? true
+                ring.wasVisible = ring.isVisual
         }
     }
 
     anchors.fill: parent
     anchors.margins: -reach
-    visible: control.activeFocus && ((control.visualFocus ?? true) || isBack && wasVisible)
+    visible: control.activeFocus && (isVisual || isBack && wasVisible)
     color: "transparent"
     radius: 6 + reach
     borderWidth: 2

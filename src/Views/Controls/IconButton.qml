@@ -26,7 +26,7 @@ T.AbstractButton {
     Accessible.description: help === text ? "" : help
     Accessible.onPressAction: clicked()
 
-    Keys.forwardTo: activation
+    Keys.forwardTo: [activation]
     Activation { id: activation; button: control }
 
     contentItem: Item {

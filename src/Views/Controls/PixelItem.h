@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QQuickItem>
+#include <QtQml/qqmlregistration.h>
 
 class QPainter;
 
@@ -10,9 +11,13 @@ namespace Velloro {
 /// What is painted once, in the pixels that it has on the screen, and put on whole ones whatever
 /// the screen's scale. The toolkit's own shapes, where the processor paints them, have gaps and
 /// steps where a unit is no whole number of pixels, and its painted items are stretched there.
+///
+/// Types that are derived from it name it in full: otherwise Qt 6.4 does not tell QML's tools of
+/// it.
 class PixelItem : public QQuickItem
 {
     Q_OBJECT
+    QML_ANONYMOUS
 
 public:
     explicit PixelItem(QQuickItem *parent = nullptr);

@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Layouts
 import QtQuick.Templates as T
@@ -9,8 +10,9 @@ T.AbstractButton {
 
     /// What is chosen, for the screen reader.
     property string label
-    /// The menu's lines: the text of each, and its `kind` where that is not `PopUpMenuItem.Choice`.
-    property var entries: []
+    /// The texts of the menu's lines, and their kinds; one without a kind is a choice.
+    property list<string> entries
+    property list<int> kinds
     /// Which entry is chosen; -1 when none of them is.
     property int currentIndex: -1
     /// The button is as wide as any of its entries needs; otherwise as its text.
@@ -19,7 +21,7 @@ T.AbstractButton {
     /// The user chose an entry.
     signal activated(int index)
 
-    text: currentIndex >= 0 && currentIndex < entries.length ? entries[currentIndex].text : ""
+    text: currentIndex >= 0 && currentIndex < entries.length ? entries[currentIndex] : ""
     font: Theme.body
     spacing: 6
     leftPadding: 10
@@ -32,7 +34,7 @@ T.AbstractButton {
     hoverEnabled: true
 
     onClicked: menu.openBelow(control, currentIndex)
-    Keys.forwardTo: activation
+    Keys.forwardTo: [activation]
     Activation {
         id: activation
         button: control
@@ -53,7 +55,7 @@ T.AbstractButton {
         Text {
             // Measured anew with every font.
             readonly property real widest: metrics.font && control.isAsWideAsEntries
-                ? Math.max(...control.entries.map(entry => metrics.advanceWidth(entry.text))) : 0
+                ? Math.max(...control.entries.map(text => metrics.advanceWidth(text))) : 0
 
             Layout.fillWidth: true
             Layout.preferredWidth: Math.ceil(Math.max(implicitWidth, widest))
@@ -88,10 +90,10 @@ T.AbstractButton {
             model: control.entries
             delegate: PopUpMenuItem {
                 required property int index
-                required property var modelData
+                required property string modelData
 
-                text: modelData.text
-                kind: modelData.kind ?? PopUpMenuItem.Choice
+                text: modelData
+                kind: control.kinds[index] ?? PopUpMenuItem.Choice
                 checked: index === control.currentIndex
                 onTriggered: control.activated(index)
             }

@@ -17,10 +17,53 @@ T.Menu {
 
     delegate: PopUpMenuItem {}
 
+    readonly property ListView list: contentItem as ListView
+
+    /// The first enabled entry from this place on, and from the start after the end, for which
+    /// `matches` holds; -1 when there is none.
+    function entryFrom(start, matches) {
+        for (let count = 0; count < menu.count; ++count) {
+            const index = (start + count) % menu.count
+            const item = menu.itemAt(index)
+            if (item.enabled && matches(item))
+                return index
+        }
+        return -1
+    }
+    function goToLetter(text) {
+        const letter = text.toLocaleLowerCase()
+        const index = entryFrom(menu.currentIndex + 1, item =>
+            (item as PopUpMenuItem).text.toLocaleLowerCase().startsWith(letter))
+        if (index >= 0)
+            menu.currentIndex = index
+        return index >= 0
+    }
+    /// Whether an enabled entry comes after the current one (`step` 1) or before it (-1).
+    function hasEntry(step) {
+        for (let index = menu.currentIndex + step; index >= 0 && index < menu.count;
+             index += step) {
+            if (menu.itemAt(index).enabled)
+                return true
+        }
+        return false
+    }
+    function isInView(index) {
+        const item = menu.itemAt(index)
+        return !item || (item.y >= list.contentY
+                         && item.y + item.height <= list.contentY + list.height)
+    }
+    /// False where there is no way left to scroll.
+    function scrollBy(distance) {
+        const y = Math.max(0, Math.min(list.contentHeight - list.height, list.contentY + distance))
+        const moves = y !== list.contentY
+        list.contentY = y
+        return moves
+    }
+
     /// Opens the menu below its button, at the entry with this index or else the first enabled one.
     function openBelow(button, index) {
         popup(button, 0, button.height + 2)
-        currentIndex = index >= 0 ? index : list.entryFrom(0, () => true)
+        currentIndex = index >= 0 ? index : entryFrom(0, () => true)
     }
 
     // Closed, a menu leaves the keyboard to the window's root; it goes back to the menu's button.
@@ -31,48 +74,7 @@ T.Menu {
     }
 
     contentItem: ListView {
-        id: list
         objectName: "menuEntries"
-
-        /// The first enabled entry from this place on, and from the start after the end, for which
-        /// `matches` holds; -1 when there is none.
-        function entryFrom(start, matches) {
-            for (let count = 0; count < menu.count; ++count) {
-                const index = (start + count) % menu.count
-                const item = menu.itemAt(index)
-                if (item.enabled && matches(item))
-                    return index
-            }
-            return -1
-        }
-        function goToLetter(text) {
-            const letter = text.toLocaleLowerCase()
-            const index = entryFrom(menu.currentIndex + 1,
-                                    item => item.text.toLocaleLowerCase().startsWith(letter))
-            if (index >= 0)
-                menu.currentIndex = index
-            return index >= 0
-        }
-        /// Whether an enabled entry comes after the current one (`step` 1) or before it (-1).
-        function hasEntry(step) {
-            for (let index = menu.currentIndex + step; index >= 0 && index < menu.count;
-                 index += step) {
-                if (menu.itemAt(index).enabled)
-                    return true
-            }
-            return false
-        }
-        function isInView(index) {
-            const item = menu.itemAt(index)
-            return !item || (item.y >= contentY && item.y + item.height <= contentY + height)
-        }
-        /// False where there is no way left to scroll.
-        function scrollBy(distance) {
-            const y = Math.max(0, Math.min(contentHeight - height, contentY + distance))
-            const moves = y !== contentY
-            contentY = y
-            return moves
-        }
 
         focus: true
         keyNavigationEnabled: false
@@ -80,25 +82,26 @@ T.Menu {
             const line = menu.count > 0 ? menu.itemAt(0).height : 0
             switch (event.key) {
             case Qt.Key_Down:
-                event.accepted = !hasEntry(1) && scrollBy(line)
+                event.accepted = !menu.hasEntry(1) && menu.scrollBy(line)
                 break
             case Qt.Key_Up:
-                event.accepted = (!hasEntry(-1) || !isInView(menu.currentIndex)) && scrollBy(-line)
+                event.accepted = (!menu.hasEntry(-1) || !menu.isInView(menu.currentIndex))
+                    && menu.scrollBy(-line)
                 break
             case Qt.Key_PageDown:
-                event.accepted = scrollBy(height - line)
+                event.accepted = menu.scrollBy(height - line)
                 break
             case Qt.Key_PageUp:
-                event.accepted = scrollBy(line - height)
+                event.accepted = menu.scrollBy(line - height)
                 break
             case Qt.Key_End:
-                event.accepted = scrollBy(contentHeight)
+                event.accepted = menu.scrollBy(contentHeight)
                 break
             case Qt.Key_Home:
-                event.accepted = scrollBy(-contentHeight)
+                event.accepted = menu.scrollBy(-contentHeight)
                 break
             default:
-                event.accepted = event.text.trim() !== "" && goToLetter(event.text)
+                event.accepted = event.text.trim() !== "" && menu.goToLetter(event.text)
             }
         }
         implicitWidth: {
@@ -116,7 +119,6 @@ T.Menu {
         highlightMoveDuration: 0
         boundsBehavior: Flickable.StopAtBounds
         T.ScrollBar.vertical: T.ScrollBar {
-            id: bar
             visible: size < 1
             implicitWidth: 7
             padding: 1

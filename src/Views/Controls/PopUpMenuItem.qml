@@ -25,7 +25,7 @@ T.MenuItem {
     Accessible.onPressAction: triggered()
 
     // The key that opened the menu may still be down.
-    Keys.forwardTo: pressKeys
+    Keys.forwardTo: [pressKeys]
     PressKeys { id: pressKeys; button: item }
 
     contentItem: Text {

@@ -6,7 +6,7 @@ import Velloro
 /// (`Keys.forwardTo`) need not be the button.
 Item {
     required property T.AbstractButton button
-    property var keys: [Qt.Key_Return, Qt.Key_Enter]
+    property list<int> keys: [Qt.Key_Return, Qt.Key_Enter]
 
     /// A key was pressed since the keyboard came.
     property bool isUsed: false

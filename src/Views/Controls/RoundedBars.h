@@ -9,7 +9,7 @@ namespace Velloro {
 
 /// Paints a bar with round ends for each of its children, which are seen by nothing else: at
 /// fractions of a pixel too, where rectangles would be moved to whole ones.
-class RoundedBars : public PixelItem
+class RoundedBars : public Velloro::PixelItem
 {
     Q_OBJECT
     QML_ELEMENT

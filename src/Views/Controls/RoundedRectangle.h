@@ -8,7 +8,7 @@
 namespace Velloro {
 
 /// A rectangle with round corners and a border inside its edge.
-class RoundedRectangle : public PixelItem
+class RoundedRectangle : public Velloro::PixelItem
 {
     Q_OBJECT
     QML_ELEMENT

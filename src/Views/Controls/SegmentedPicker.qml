@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Layouts
 import QtQuick.Templates as T
@@ -12,7 +13,7 @@ FocusScope {
     property bool showsLabel: true
     /// The room that the segments take.
     readonly property alias segmentsWidth: ground.implicitWidth
-    property var options: []
+    property list<string> options
     property int currentIndex: 0
     /// The user chose another segment.
     signal activated(int index)

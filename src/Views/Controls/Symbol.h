@@ -8,7 +8,7 @@
 namespace Velloro {
 
 /// One of the program's symbols, in a square of `size`, in a colour or a diagonal gradient.
-class Symbol : public PixelItem
+class Symbol : public Velloro::PixelItem
 {
     Q_OBJECT
     QML_ELEMENT

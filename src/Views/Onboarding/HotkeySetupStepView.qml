@@ -47,16 +47,16 @@ StepPage {
             title: qsTr("Hold to Talk")
             description: qsTr("Hold while speaking, release to stop")
             symbol: "hand.raised"
-            isSelected: page.model.isHoldToTalk
-            onClicked: page.model.chooseHoldToTalk(true)
+            isSelected: page.model.appState.recordingMode === Domain.RecordingMode.holdToTalk
+            onClicked: page.model.appState.recordingMode = Domain.RecordingMode.holdToTalk
         }
         ModeOptionCard {
             objectName: "toggle"
             title: qsTr("Toggle")
             description: qsTr("Press to start, press again to stop")
             symbol: "power"
-            isSelected: !page.model.isHoldToTalk
-            onClicked: page.model.chooseHoldToTalk(false)
+            isSelected: page.model.appState.recordingMode === Domain.RecordingMode.toggle
+            onClicked: page.model.appState.recordingMode = Domain.RecordingMode.toggle
         }
     }
     ColumnLayout {

@@ -28,7 +28,7 @@ T.RadioButton {
     Accessible.onPressAction: clicked()
     Accessible.onToggleAction: clicked()
 
-    Keys.forwardTo: activation
+    Keys.forwardTo: [activation]
     Activation { id: activation; button: card }
 
     contentItem: RowLayout {

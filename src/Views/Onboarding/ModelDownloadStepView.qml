@@ -6,10 +6,11 @@ import Velloro
 StepPage {
     id: page
 
+    required property AppState appState
     required property ModelDownloadStepViewModel model
 
-    readonly property bool isDownloading: !model.isReady && model.isDownloading
-    readonly property bool isWaiting: !model.isReady && !model.isDownloading
+    readonly property bool isDownloading: !model.isReady && appState.isDownloadingModel
+    readonly property bool isWaiting: !model.isReady && !appState.isDownloadingModel
 
     spacing: 24
     Accessible.name: title.text
@@ -49,22 +50,15 @@ StepPage {
         font: Theme.subheadline
         color: Theme.secondary
     }
-    ColumnLayout {
+    DownloadProgress {
         Layout.alignment: Qt.AlignHCenter
         Layout.topMargin: 8
         visible: page.isDownloading
-        spacing: 8
-        ProgressBar {
-            implicitWidth: 200
-            value: page.model.progress
-        }
-        ThemedText {
-            objectName: "percent"
-            Layout.alignment: Qt.AlignHCenter
-            text: page.model.percentText
-            font: Theme.caption
-            color: Theme.secondary
-        }
+        isStacked: true
+        progress: page.appState.downloadProgress
+        percentText: page.model.percentText
+        barWidth: 200
+        color: Theme.secondary
     }
     ColumnLayout {
         Layout.fillWidth: true

@@ -2,6 +2,7 @@
 
 #include "Base/Log.h"
 #include "Base/StringLiterals.h"
+#include "Views/Shared/StatusText.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -26,8 +27,6 @@ ModelDownloadStepViewModel::ModelDownloadStepViewModel(AppState &appState, QObje
     connect(&m_watcher, &QTimer::timeout, this, &ModelDownloadStepViewModel::watch);
     connect(&appState, &AppState::downloadedModelsChanged, this,
             &ModelDownloadStepViewModel::isReadyChanged);
-    connect(&appState, &AppState::isDownloadingModelChanged, this,
-            &ModelDownloadStepViewModel::isDownloadingChanged);
     connect(&appState, &AppState::downloadProgressChanged, this,
             &ModelDownloadStepViewModel::progressChanged);
     connect(&appState, &AppState::presetMappingsChanged, this,
@@ -41,7 +40,7 @@ bool ModelDownloadStepViewModel::isReady() const
 
 QString ModelDownloadStepViewModel::percentText() const
 {
-    return u"%1%"_s.arg(int(progress() * 100));
+    return Velloro::percentText(m_appState.downloadProgress());
 }
 
 QString ModelDownloadStepViewModel::explanation() const

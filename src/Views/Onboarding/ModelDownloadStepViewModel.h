@@ -17,9 +17,6 @@ class ModelDownloadStepViewModel : public QObject
     QML_UNCREATABLE("Made by the onboarding window's controller")
     /// Whether the model is there.
     Q_PROPERTY(bool isReady READ isReady NOTIFY isReadyChanged)
-    Q_PROPERTY(bool isDownloading READ isDownloading NOTIFY isDownloadingChanged)
-    /// 0 to 1.
-    Q_PROPERTY(double progress READ progress NOTIFY progressChanged)
     Q_PROPERTY(QString percentText READ percentText NOTIFY progressChanged)
     /// What is to be downloaded, and how much of it.
     Q_PROPERTY(QString explanation READ explanation NOTIFY explanationChanged)
@@ -33,8 +30,6 @@ public:
     explicit ModelDownloadStepViewModel(AppState &appState, QObject *parent = nullptr);
 
     [[nodiscard]] bool isReady() const;
-    [[nodiscard]] bool isDownloading() const { return m_appState.isDownloadingModel(); }
-    [[nodiscard]] double progress() const { return m_appState.downloadProgress(); }
     [[nodiscard]] QString percentText() const;
     [[nodiscard]] QString explanation() const;
     [[nodiscard]] const QString &failure() const { return m_failure; }
@@ -48,7 +43,6 @@ public:
 
 Q_SIGNALS:
     void isReadyChanged();
-    void isDownloadingChanged();
     void progressChanged();
     void explanationChanged();
     void failureChanged();

@@ -31,15 +31,18 @@ FocusScope {
             takeKeyboard(Qt.TabFocusReason)
     }
 
+    // A loader makes no bound components before Qt 6.5.
+    // qmllint disable unqualified
     Component { id: welcome; WelcomeStepView {} }
     Component { id: permissions; PermissionsStepView { model: view.model } }
-    Component { id: modelDownload; ModelDownloadStepView { model: view.model.download } }
+    Component { id: modelDownload; ModelDownloadStepView { appState: view.model.appState; model: view.model.download } }
     Component { id: hotkeySetup; HotkeySetupStepView { model: view.model } }
     Component { id: showcase; ShowcaseStepView {} }
     Component { id: done; DoneStepView { model: view.model } }
+    // qmllint enable unqualified
 
     Shortcut {
-        sequences: [StandardKey.Close]
+        sequences: [StandardKey.Close] // qmllint disable unqualified
         onActivated: view.model.close()
     }
 
@@ -80,8 +83,10 @@ FocusScope {
                     Layout.preferredWidth: 1
                     implicitHeight: 4
                     radius: 2
+                    // qmllint disable unqualified
                     color: view.model.currentStep >= index ? Theme.accent
                                                            : Theme.faded(Theme.secondary, 0.3)
+                    // qmllint enable unqualified
                 }
             }
         }
@@ -90,10 +95,13 @@ FocusScope {
             id: area
             Layout.fillWidth: true
             Layout.fillHeight: true
-            contentHeight: Math.max(height, step.item ? step.item.implicitHeight : 0)
+            contentHeight: Math.max(height, step.page ? step.page.implicitHeight : 0)
 
             Loader {
                 id: step
+
+                readonly property StepPage page: item as StepPage
+
                 objectName: "step"
                 width: area.width
                 height: area.contentHeight

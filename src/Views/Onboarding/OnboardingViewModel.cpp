@@ -53,17 +53,13 @@ bool OnboardingViewModel::canProceed() const
     }
 }
 
-bool OnboardingViewModel::isHoldToTalk() const
-{
-    return m_appState.recordingMode() == RecordingMode::holdToTalk;
-}
-
 QString OnboardingViewModel::instruction() const
 {
     const QString hotkey = HotkeyManager::string(m_hotkeyManager.currentKeyCode(),
                                                  m_hotkeyManager.currentModifiers());
-    return (isHoldToTalk() ? tr("Press and hold %1 anywhere to dictate")
-                           : tr("Press %1 anywhere to start dictating"))
+    return (m_appState.recordingMode() == RecordingMode::holdToTalk
+                ? tr("Press and hold %1 anywhere to dictate")
+                : tr("Press %1 anywhere to start dictating"))
         .arg(hotkey);
 }
 
@@ -139,11 +135,6 @@ void OnboardingViewModel::requestMicrophonePermission()
 void OnboardingViewModel::requestAccessibilityPermission()
 {
     m_appState.permissionsManager().requestAccessibility();
-}
-
-void OnboardingViewModel::chooseHoldToTalk(bool holdToTalk)
-{
-    m_appState.setRecordingMode(holdToTalk ? RecordingMode::holdToTalk : RecordingMode::toggle);
 }
 
 } // namespace Velloro

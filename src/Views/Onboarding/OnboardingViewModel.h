@@ -18,14 +18,12 @@ class OnboardingViewModel : public QObject
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by the onboarding window")
-    /// The `AppState`.
-    Q_PROPERTY(QObject *appState READ appState CONSTANT)
+    Q_PROPERTY(Velloro::AppState *appState READ appState CONSTANT)
     Q_PROPERTY(Step currentStep READ currentStep NOTIFY currentStepChanged)
     /// Whether the current step lets the user continue.
     Q_PROPERTY(bool canProceed READ canProceed NOTIFY canProceedChanged)
     Q_PROPERTY(Velloro::ModelDownloadStepViewModel *download READ download CONSTANT)
     Q_PROPERTY(Velloro::HotkeyRecorderViewModel *hotkey READ hotkey CONSTANT)
-    Q_PROPERTY(bool isHoldToTalk READ isHoldToTalk NOTIFY instructionChanged)
     /// How a dictation is started, for the mode and the hotkey chosen.
     Q_PROPERTY(QString instruction READ instruction NOTIFY instructionChanged)
     /// What keeps a dictation from starting when the flow ends; empty when all is there.
@@ -43,12 +41,11 @@ public:
     OnboardingViewModel(Platform &platform, AppState &appState, HotkeyManager &hotkeyManager,
                         ModelDownloadStepViewModel &download, QObject *parent = nullptr);
 
-    [[nodiscard]] QObject *appState() const { return &m_appState; }
+    [[nodiscard]] AppState *appState() const { return &m_appState; }
     [[nodiscard]] Step currentStep() const { return m_currentStep; }
     [[nodiscard]] bool canProceed() const;
     [[nodiscard]] ModelDownloadStepViewModel *download() const { return &m_download; }
     [[nodiscard]] HotkeyRecorderViewModel *hotkey() { return &m_hotkey; }
-    [[nodiscard]] bool isHoldToTalk() const;
     [[nodiscard]] QString instruction() const;
     [[nodiscard]] QString unfinished() const;
     [[nodiscard]] bool hasTray() const { return m_trayHost.isPresent(); }
@@ -63,7 +60,6 @@ public:
     Q_INVOKABLE void checkPermissions();
     Q_INVOKABLE void requestMicrophonePermission();
     Q_INVOKABLE void requestAccessibilityPermission();
-    Q_INVOKABLE void chooseHoldToTalk(bool holdToTalk);
 
 Q_SIGNALS:
     void currentStepChanged();

@@ -6,12 +6,32 @@ import Velloro
 StepPage {
     id: page
 
-    readonly property var examples: [
-        { title: qsTr("Technical & Medical"),
-          sentence: qsTr("Configure the Kubernetes ingress controller with acute myocardial infarction") },
-        { title: qsTr("Foreign Names & Numbers"),
-          sentence: qsTr("Contact Jérôme Küpfer at $1,234.56 before March 15th, 2024") }
-    ]
+    component Example: RoundedRectangle {
+        property alias title: title.text
+        property alias sentence: sentence.text
+
+        Layout.fillWidth: true
+        implicitHeight: texts.implicitHeight + 24
+        radius: 8
+        color: Theme.faded(Theme.secondary, 0.1)
+
+        ColumnLayout {
+            id: texts
+            anchors.fill: parent
+            anchors.margins: 12
+            spacing: 4
+            ThemedText {
+                id: title
+                font: Theme.weighted(Theme.caption, Font.DemiBold)
+                color: Theme.secondary
+            }
+            ThemedText {
+                id: sentence
+                Layout.fillWidth: true
+                wrapMode: Text.WordWrap
+            }
+        }
+    }
 
     spacing: 20
     verticalPadding: 0
@@ -40,35 +60,13 @@ StepPage {
         Layout.rightMargin: 30 - Theme.padding
         spacing: 12
 
-        Repeater {
-            model: page.examples
-            RoundedRectangle {
-                id: example
-
-                required property var modelData
-
-                Layout.fillWidth: true
-                implicitHeight: texts.implicitHeight + 24
-                radius: 8
-                color: Theme.faded(Theme.secondary, 0.1)
-
-                ColumnLayout {
-                    id: texts
-                    anchors.fill: parent
-                    anchors.margins: 12
-                    spacing: 4
-                    ThemedText {
-                        text: example.modelData.title
-                        font: Theme.weighted(Theme.caption, Font.DemiBold)
-                        color: Theme.secondary
-                    }
-                    ThemedText {
-                        Layout.fillWidth: true
-                        text: example.modelData.sentence
-                        wrapMode: Text.WordWrap
-                    }
-                }
-            }
+        Example {
+            title: qsTr("Technical & Medical")
+            sentence: qsTr("Configure the Kubernetes ingress controller with acute myocardial infarction")
+        }
+        Example {
+            title: qsTr("Foreign Names & Numbers")
+            sentence: qsTr("Contact Jérôme Küpfer at $1,234.56 before March 15th, 2024")
         }
         RowLayout {
             Layout.alignment: Qt.AlignHCenter

@@ -44,9 +44,9 @@ Item {
             Layout.alignment: Qt.AlignVCenter
             sourceComponent: {
                 switch (pill.model.state) {
-                case "listening": return listeningWaveform
-                case "transcribing": return spinner
-                case "inserting": return check
+                case Domain.TranscriptionState.listening: return listeningWaveform
+                case Domain.TranscriptionState.transcribing: return spinner
+                case Domain.TranscriptionState.inserting: return check
                 default: return dot
                 }
             }
@@ -82,7 +82,7 @@ Item {
         ThemedText {
             objectName: "clock"
             Layout.alignment: Qt.AlignVCenter
-            visible: pill.model.state === "listening"
+            visible: pill.model.state === Domain.TranscriptionState.listening
             text: pill.model.clockText
             color: Theme.secondary
             font.family: Theme.monospacedFamily
@@ -91,6 +91,8 @@ Item {
         }
     }
 
+    // A loader makes no bound components before Qt 6.5.
+    // qmllint disable unqualified
     Component {
         id: dot
         RoundedRectangle {
@@ -184,4 +186,5 @@ Item {
             }
         }
     }
+    // qmllint enable unqualified
 }

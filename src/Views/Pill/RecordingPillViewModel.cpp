@@ -90,11 +90,6 @@ void RecordingPillViewModel::setOnScreen(bool onScreen)
         m_blinkTimer.stop();
 }
 
-QString RecordingPillViewModel::state() const
-{
-    return caseName(m_appState.transcriptionState());
-}
-
 QString RecordingPillViewModel::statusText() const
 {
     return Velloro::statusText(m_appState.transcriptionState());

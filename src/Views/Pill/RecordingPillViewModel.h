@@ -15,8 +15,7 @@ class RecordingPillViewModel : public QObject
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by the window's controller")
-    /// "idle", "listening", "transcribing" or "inserting".
-    Q_PROPERTY(QString state READ state NOTIFY stateChanged)
+    Q_PROPERTY(Velloro::TranscriptionState state READ state NOTIFY stateChanged)
     Q_PROPERTY(QString statusText READ statusText NOTIFY stateChanged)
     /// The heights of the five bars at the present level.
     Q_PROPERTY(QList<qreal> barHeights READ barHeights NOTIFY barHeightsChanged)
@@ -44,7 +43,7 @@ public:
     /// Tells whether the pill is on the screen; the cursor blinks only then.
     void setOnScreen(bool onScreen);
 
-    [[nodiscard]] QString state() const;
+    [[nodiscard]] TranscriptionState state() const { return m_appState.transcriptionState(); }
     [[nodiscard]] QString statusText() const;
     [[nodiscard]] const QList<qreal> &barHeights() const { return m_barHeights; }
     [[nodiscard]] const QList<qreal> &shownBarHeights() const { return m_shownBarHeights; }

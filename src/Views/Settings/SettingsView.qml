@@ -10,12 +10,17 @@ FocusScope {
     required property SettingsViewModel model
     property int currentIndex: 0
 
-    readonly property var tabs: [
-        { title: qsTr("General"), symbol: "gear", pane: generalPane },
-        { title: qsTr("Model"), symbol: "cpu", pane: modelPane },
-        { title: qsTr("Dictionary"), symbol: "character.book.closed", pane: dictionaryPane },
-        { title: qsTr("History"), symbol: "clock", pane: historyPane },
-        { title: qsTr("Privacy"), symbol: "hand.raised", pane: privacyPane }
+    component Tab: QtObject {
+        property string title
+        property string symbol
+        property Component pane
+    }
+    readonly property list<Tab> tabs: [
+        Tab { title: qsTr("General"); symbol: "gear"; pane: generalPane },
+        Tab { title: qsTr("Model"); symbol: "cpu"; pane: modelPane },
+        Tab { title: qsTr("Dictionary"); symbol: "character.book.closed"; pane: dictionaryPane },
+        Tab { title: qsTr("History"); symbol: "clock"; pane: historyPane },
+        Tab { title: qsTr("Privacy"); symbol: "hand.raised"; pane: privacyPane }
     ]
 
     implicitWidth: Math.round(500 * Theme.growth)
@@ -30,9 +35,11 @@ FocusScope {
         repeater.itemAt(currentIndex).forceActiveFocus(reason)
     }
 
+    // A loader makes no bound components before Qt 6.5.
+    // qmllint disable unqualified
     Component {
         id: generalPane
-        GeneralSettingsView { model: view.model.general }
+        GeneralSettingsView { appState: view.model.appState; model: view.model.general }
     }
     Component {
         id: modelPane
@@ -46,16 +53,16 @@ FocusScope {
         id: historyPane
         HistoryView { model: view.model.history }
     }
-
     Component {
         id: privacyPane
-        PrivacySettingsView { model: view.model.privacy }
+        PrivacySettingsView { appState: view.model.appState; help: view.model.permissionHelp }
     }
+    // qmllint enable unqualified
 
     // Reaches the window when no menu or field has a use for it.
     Keys.onEscapePressed: view.model.close()
     Shortcut {
-        sequences: [StandardKey.Close]
+        sequences: [StandardKey.Close] // qmllint disable unqualified
         onActivated: view.model.close()
     }
     Shortcut {
@@ -87,17 +94,18 @@ FocusScope {
 
             Repeater {
                 id: repeater
-                model: view.tabs.length
+                model: view.tabs
 
                 // A button of this kind, since its kind is the role that the toolkit tells.
+                // qmllint disable unqualified
                 T.TabButton {
                     id: tab
 
                     required property int index
-                    readonly property var entry: view.tabs[index]
+                    required property Tab modelData
 
                     objectName: "tab" + index
-                    text: entry.title
+                    text: modelData.title
                     font: Theme.caption
                     checked: index === view.currentIndex
                     focus: checked
@@ -123,7 +131,7 @@ FocusScope {
                         spacing: 3
                         Symbol {
                             anchors.horizontalCenter: parent.horizontalCenter
-                            name: tab.entry.symbol
+                            name: tab.modelData.symbol
                             size: Math.round(20 * Theme.textScale)
                             color: tab.foreground
                         }
@@ -142,6 +150,7 @@ FocusScope {
                         FocusRing { control: tab; gap: 0 }
                     }
                 }
+                // qmllint enable unqualified
             }
         }
         Divider { Layout.fillWidth: true }

@@ -5,11 +5,12 @@ namespace Velloro {
 SettingsViewModel::SettingsViewModel(Platform &platform, AppState &appState,
                                      HotkeyManager &hotkeyManager, QObject *parent)
     : QObject(parent)
-    , m_general(appState, hotkeyManager, *platform.keyEventMonitor)
+    , m_appState(appState)
+    , m_general(hotkeyManager, *platform.keyEventMonitor)
     , m_models(appState)
     , m_dictionary(appState)
     , m_history(appState, *platform.pasteboard)
-    , m_privacy(appState)
+    , m_permissionHelp(appState)
 {
 }
 

@@ -52,7 +52,7 @@ T.AbstractButton {
         }
     }
 
-    Keys.forwardTo: activation
+    Keys.forwardTo: [activation]
     Activation { id: activation; button: button }
     // A key that was taken may still be down; its repeats are not for the window.
     Keys.onPressed: event => event.accepted = event.isAutoRepeat

@@ -1,7 +1,7 @@
 #include "Views/Shared/ModelFileViewModel.h"
 
-#include "Base/StringLiterals.h"
 #include "Models/ModelCatalog.h"
+#include "Views/Shared/StatusText.h"
 
 namespace Velloro {
 
@@ -16,15 +16,6 @@ ModelFileViewModel::ModelFileViewModel(const QString &modelId, AppState &appStat
             &ModelFileViewModel::updateState);
 }
 
-QString ModelFileViewModel::state() const
-{
-    if (std::holds_alternative<ModelDownloadState::Downloading>(m_state.value))
-        return u"downloading"_s;
-    if (std::holds_alternative<ModelDownloadState::Failed>(m_state.value))
-        return u"failed"_s;
-    return m_state.isDownloaded() ? u"downloaded"_s : u"notDownloaded"_s;
-}
-
 double ModelFileViewModel::progress() const
 {
     const auto *downloading = std::get_if<ModelDownloadState::Downloading>(&m_state.value);
@@ -33,7 +24,7 @@ double ModelFileViewModel::progress() const
 
 QString ModelFileViewModel::percentText() const
 {
-    return u"%1%"_s.arg(int(progress() * 100));
+    return Velloro::percentText(progress());
 }
 
 QString ModelFileViewModel::detail() const

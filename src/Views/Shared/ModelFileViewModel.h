@@ -10,13 +10,15 @@ namespace Velloro {
 
 /// The file of one catalogue model: whether it is there or on its way, and what can be done with
 /// it. Main thread only.
+///
+/// Types that are derived from it name it in full: otherwise Qt 6.4 does not tell QML's tools of
+/// it.
 class ModelFileViewModel : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("What the rows of models have in common")
-    /// "notDownloaded", "downloading", "downloaded" or "failed".
-    Q_PROPERTY(QString state READ state NOTIFY stateChanged)
+    Q_PROPERTY(State state READ state NOTIFY stateChanged)
     /// 0 to 1 while it downloads.
     Q_PROPERTY(double progress READ progress NOTIFY stateChanged)
     Q_PROPERTY(QString percentText READ percentText NOTIFY stateChanged)
@@ -24,10 +26,14 @@ class ModelFileViewModel : public QObject
     Q_PROPERTY(QString detail READ detail NOTIFY stateChanged)
 
 public:
+    /// In the order of `ModelDownloadState`'s cases.
+    enum State { NotDownloaded, Downloading, Downloaded, Failed };
+    Q_ENUM(State)
+
     /// `modelId` is in the catalogue; `appState` outlives the model.
     ModelFileViewModel(const QString &modelId, AppState &appState, QObject *parent = nullptr);
 
-    [[nodiscard]] QString state() const;
+    [[nodiscard]] State state() const { return State(m_state.value.index()); }
     [[nodiscard]] double progress() const;
     [[nodiscard]] QString percentText() const;
     [[nodiscard]] QString detail() const;

@@ -1,5 +1,7 @@
 #include "Views/Shared/StatusText.h"
 
+#include "Base/StringLiterals.h"
+
 #include <QCoreApplication>
 
 namespace Velloro {
@@ -28,6 +30,11 @@ QString recordingModeText(RecordingMode mode)
         return QCoreApplication::translate("StatusText", "Toggle");
     }
     Q_UNREACHABLE();
+}
+
+QString percentText(double progress)
+{
+    return u"%1%"_s.arg(int(progress * 100));
 }
 
 } // namespace Velloro

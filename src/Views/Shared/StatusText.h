@@ -8,5 +8,7 @@ namespace Velloro {
 [[nodiscard]] QString statusText(TranscriptionState state);
 /// The mode's name in the user's language.
 [[nodiscard]] QString recordingModeText(RecordingMode mode);
+/// What part of a download is there, "42%"; `progress` is 0 to 1.
+[[nodiscard]] QString percentText(double progress);
 
 } // namespace Velloro

@@ -28,7 +28,7 @@ T.RadioButton {
     onClicked: model.select()
     /// From its control, when that goes.
     function takeKeyboard(reason) { forceActiveFocus(reason) }
-    Keys.forwardTo: activation
+    Keys.forwardTo: [activation]
     Keys.onUpPressed: moveRequested(-1)
     Keys.onDownPressed: moveRequested(1)
     Activation { id: activation; button: row }
@@ -80,17 +80,17 @@ T.RadioButton {
             Behavior on opacity { NumberAnimation { duration: 150; easing.type: Easing.OutQuad } }
         }
 
-        StateLoader {
+        ModelFileControl {
             Layout.minimumWidth: 24
             Layout.alignment: Qt.AlignRight | Qt.AlignVCenter
-            sourceComponent: {
-                switch (row.model.state) {
-                case "downloading": return downloading
-                case "downloaded": return downloaded
-                case "failed": return failed
-                default: return notDownloaded
-                }
-            }
+            model: row.model
+            name: row.model.title
+            notDownloaded: downloadButton
+            downloaded: deleteButton
+            failed: retryButton
+            font: Theme.caption2
+            barWidth: 40
+            margin: 4
         }
     }
 
@@ -101,8 +101,10 @@ T.RadioButton {
         FocusRing { control: row; gap: 0; radius: 7 }
     }
 
+    // A loader makes no bound components before Qt 6.5.
+    // qmllint disable unqualified
     Component {
-        id: notDownloaded
+        id: downloadButton
         IconButton {
             symbol: "arrow.down.circle"
             symbolSize: 16 * Theme.textScale
@@ -113,41 +115,7 @@ T.RadioButton {
         }
     }
     Component {
-        id: downloading
-        Item {
-            readonly property Item action: bar
-
-            implicitWidth: progressRow.implicitWidth + 4
-            implicitHeight: progressRow.implicitHeight
-            RowLayout {
-                id: progressRow
-                spacing: 6
-                ProgressBar {
-                    id: bar
-                    implicitWidth: 40
-                    value: row.model.progress
-                    detail: row.model.detail
-                    isPointedAt: hover.hovered
-                    Accessible.name: qsTr("Downloading %1").arg(row.model.title)
-                }
-                ThemedText {
-                    // The digits don't dance: each is as wide as any other.
-                    Layout.minimumWidth: Math.ceil(widestPercentage.advanceWidth)
-                    text: row.model.percentText
-                    font: Theme.caption2
-                    horizontalAlignment: Text.AlignRight
-                    TextMetrics {
-                        id: widestPercentage
-                        font: Theme.caption2
-                        text: "100%"
-                    }
-                }
-            }
-            HoverHandler { id: hover }
-        }
-    }
-    Component {
-        id: downloaded
+        id: deleteButton
         IconButton {
             symbol: "trash"
             symbolSize: 14 * Theme.textScale
@@ -159,7 +127,7 @@ T.RadioButton {
         }
     }
     Component {
-        id: failed
+        id: retryButton
         IconButton {
             symbol: "exclamationmark.triangle"
             symbolSize: 16 * Theme.textScale
@@ -169,4 +137,5 @@ T.RadioButton {
             onClicked: row.model.download()
         }
     }
+    // qmllint enable unqualified
 }

@@ -7,7 +7,7 @@ namespace Velloro {
 
 /// A preset in the panel: its name, whether it is the selected one, and its model's file. Main
 /// thread only.
-class EnhancedModelRowViewModel : public ModelFileViewModel
+class EnhancedModelRowViewModel : public Velloro::ModelFileViewModel
 {
     Q_OBJECT
     QML_ELEMENT

@@ -3,7 +3,6 @@
 #include "Base/StringLiterals.h"
 #include "Views/Shared/HotkeyProblem.h"
 #include "Views/Shared/StatusText.h"
-#include "Views/Tray/EnhancedModelRowViewModel.h"
 
 #include <QTimer>
 

@@ -2,9 +2,11 @@
 
 #include "Core/State/AppState.h"
 #include "Managers/HotkeyManager.h"
+#include "Views/Tray/EnhancedModelRowViewModel.h"
 
 #include <QList>
 #include <QObject>
+#include <QQmlListProperty>
 #include <QtQml/qqmlregistration.h>
 
 namespace Velloro {
@@ -20,8 +22,8 @@ class MenuBarViewModel : public QObject
     /// Why the hotkey does not work, and what to do; else empty.
     Q_PROPERTY(QString hotkeyProblem READ hotkeyProblem NOTIFY hotkeyTextChanged)
     Q_PROPERTY(QString recordingModeText READ recordingModeText NOTIFY recordingModeTextChanged)
-    /// One `EnhancedModelRowViewModel` per preset.
-    Q_PROPERTY(QList<QObject *> rows READ rows CONSTANT)
+    /// One per preset.
+    Q_PROPERTY(QQmlListProperty<Velloro::EnhancedModelRowViewModel> rows READ rowList CONSTANT)
 
 public:
     /// All of these outlive the model.
@@ -32,7 +34,7 @@ public:
     [[nodiscard]] QString hotkeyText() const;
     [[nodiscard]] QString hotkeyProblem() const;
     [[nodiscard]] QString recordingModeText() const;
-    [[nodiscard]] const QList<QObject *> &rows() const { return m_rows; }
+    [[nodiscard]] const QList<EnhancedModelRowViewModel *> &rows() const { return m_rows; }
 
     /// Tells how to open the panel on a desktop without a tray: once per user, and again at the
     /// next start when the desktop did not accept the notification.
@@ -54,10 +56,12 @@ Q_SIGNALS:
     void closeRequested();
 
 private:
+    [[nodiscard]] QQmlListProperty<EnhancedModelRowViewModel> rowList() { return {this, &m_rows}; }
+
     Platform &m_platform;
     AppState &m_appState;
     HotkeyManager &m_hotkeyManager;
-    QList<QObject *> m_rows;
+    QList<EnhancedModelRowViewModel *> m_rows;
 };
 
 } // namespace Velloro

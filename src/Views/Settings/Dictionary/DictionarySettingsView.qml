@@ -169,7 +169,7 @@ ActionList {
         Accessible.description: qsTr("Press Delete to remove")
         Accessible.focusable: true
 
-        Keys.forwardTo: deletion
+        Keys.forwardTo: [deletion]
         Keys.onPressed: event => pane.navigate(event)
         PressKeys { id: deletion; button: trash; keys: [Qt.Key_Delete] }
         FocusRing { control: row; gap: 0; radius: 8 }

@@ -6,33 +6,33 @@ import Velloro
 GroupedForm {
     id: pane
 
+    required property AppState appState
     required property GeneralSettingsViewModel model
-    readonly property QtObject appState: model.appState
     /// What a section leaves to its rows.
     readonly property real rowWidth: availableWidth - 2 * (Theme.padding + 10)
 
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("General")
 
-    /// A switch of one property of the application state, with a note below it. No layout: one
-    /// would keep the height that the text had while there was little room.
+    /// A switch with a note below it. No layout: one would keep the height that the text had while
+    /// there was little room.
     component BehaviorRow: Column {
         id: behavior
 
-        required property string property
+        property alias name: control.objectName
         property alias text: control.text
+        property alias checked: control.checked
         property string note
         readonly property bool isRevealedWhole: true
+        signal toggled(bool checked)
 
         Layout.fillWidth: true
         spacing: 2
 
         ToggleSwitch {
             id: control
-            objectName: behavior.property
             width: behavior.width
-            checked: pane.appState[behavior.property]
-            onToggled: pane.appState[behavior.property] = checked
+            onToggled: behavior.toggled(checked)
             Accessible.description: behavior.note
         }
         Note {
@@ -69,8 +69,8 @@ GroupedForm {
             Layout.fillWidth: true
             label: qsTr("Recording Mode")
             options: pane.model.recordingModes
-            currentIndex: pane.model.recordingModeIndex
-            onActivated: index => pane.model.recordingModeIndex = index
+            currentIndex: pane.appState.recordingMode
+            onActivated: index => pane.appState.recordingMode = index
         }
     }
 
@@ -96,10 +96,10 @@ GroupedForm {
                 Layout.alignment: Qt.AlignRight
                 Layout.maximumWidth: pane.rowWidth
                 label: qsTr("Transcription Language")
-                entries: pane.model.languages.map(text => ({ text }))
+                entries: pane.model.languages
                 isAsWideAsEntries: true
-                currentIndex: pane.model.languageIndex
-                onActivated: index => pane.model.languageIndex = index
+                currentIndex: pane.appState.selectedLanguage
+                onActivated: index => pane.appState.selectedLanguage = index
             }
         }
     }
@@ -108,30 +108,42 @@ GroupedForm {
         title: qsTr("Behavior")
 
         BehaviorRow {
-            property: "playSounds"
+            name: "playSounds"
             text: qsTr("Play sounds")
+            checked: pane.appState.playSounds
+            onToggled: checked => pane.appState.playSounds = checked
         }
         BehaviorRow {
-            property: "insertAsPlainText"
+            name: "insertAsPlainText"
             text: qsTr("Insert as plain text")
+            checked: pane.appState.insertAsPlainText
+            onToggled: checked => pane.appState.insertAsPlainText = checked
         }
         BehaviorRow {
-            property: "launchAtLogin"
+            name: "launchAtLogin"
             text: qsTr("Launch at login")
+            checked: pane.appState.launchAtLogin
+            onToggled: checked => pane.appState.launchAtLogin = checked
         }
         BehaviorRow {
-            property: "requireTextFieldFocus"
+            name: "requireTextFieldFocus"
             text: qsTr("Require text field focus")
+            checked: pane.appState.requireTextFieldFocus
+            onToggled: checked => pane.appState.requireTextFieldFocus = checked
             note: qsTr("When enabled, shows a notification if you try to record without focusing a text field.")
         }
         BehaviorRow {
-            property: "enableRealtimeStreaming"
+            name: "enableRealtimeStreaming"
             text: qsTr("Realtime streaming (Experimental)")
+            checked: pane.appState.enableRealtimeStreaming
+            onToggled: checked => pane.appState.enableRealtimeStreaming = checked
             note: qsTr("When enabled, text appears as you speak. When disabled, transcription happens after you stop (more reliable).")
         }
         BehaviorRow {
-            property: "enableTextCorrection"
+            name: "enableTextCorrection"
             text: qsTr("Text correction (Experimental)")
+            checked: pane.appState.enableTextCorrection
+            onToggled: checked => pane.appState.enableTextCorrection = checked
             note: qsTr("Removes filler words (um, uh, like) and cleans up transcribed text.")
         }
     }

@@ -1,21 +1,17 @@
 import QtQuick
 import QtQuick.Layouts
+import QtQuick.Templates as T
 import Velloro
 
 /// A model of the catalogue; the control at its right manages its file and loads it.
-Item {
+T.Control {
     id: row
 
     required property CatalogModelRowViewModel model
-    property int focusReason: Qt.OtherFocusReason
-    readonly property bool visualFocus: activeFocus
-        && [Qt.TabFocusReason, Qt.BacktabFocusReason, Qt.ShortcutFocusReason].includes(focusReason)
     /// The keyboard waits at the row where only the trash is left to take it.
-    function takeKeyboard(reason) {
-        focusReason = reason
-        forceActiveFocus(reason)
-    }
+    function takeKeyboard(reason) { forceActiveFocus(reason) }
 
+    hoverEnabled: false
     implicitWidth: content.implicitWidth + 16
     implicitHeight: content.implicitHeight + 12
     Accessible.role: Accessible.Grouping
@@ -100,16 +96,13 @@ Item {
                 }
             }
         }
-        StateLoader {
+        ModelFileControl {
             Layout.alignment: Qt.AlignRight | Qt.AlignVCenter
-            sourceComponent: {
-                switch (row.model.state) {
-                case "downloading": return downloading
-                case "downloaded": return downloaded
-                case "failed": return failed
-                default: return notDownloaded
-                }
-            }
+            model: row.model
+            name: row.model.displayName
+            notDownloaded: downloadButton
+            downloaded: loadedButtons
+            failed: retryButton
         }
     }
 
@@ -133,8 +126,10 @@ Item {
         }
     }
 
+    // A loader makes no bound components before Qt 6.5.
+    // qmllint disable unqualified
     Component {
-        id: notDownloaded
+        id: downloadButton
         CapsuleButton {
             kind: CapsuleButton.Prominent
             size: CapsuleButton.Small
@@ -144,41 +139,7 @@ Item {
         }
     }
     Component {
-        id: downloading
-        Item {
-            readonly property Item action: bar
-
-            implicitWidth: progressRow.implicitWidth
-            implicitHeight: progressRow.implicitHeight
-            RowLayout {
-                id: progressRow
-                spacing: 6
-                ProgressBar {
-                    id: bar
-                    implicitWidth: 60
-                    value: row.model.progress
-                    detail: row.model.detail
-                    isPointedAt: hover.hovered
-                    Accessible.name: qsTr("Downloading %1").arg(row.model.displayName)
-                }
-                ThemedText {
-                    // The digits don't dance: each is as wide as any other.
-                    Layout.minimumWidth: Math.ceil(widestPercentage.advanceWidth)
-                    text: row.model.percentText
-                    font: Theme.caption
-                    horizontalAlignment: Text.AlignRight
-                    TextMetrics {
-                        id: widestPercentage
-                        font: Theme.caption
-                        text: "100%"
-                    }
-                }
-            }
-            HoverHandler { id: hover }
-        }
-    }
-    Component {
-        id: downloaded
+        id: loadedButtons
         RowLayout {
             readonly property Item action: select.visible ? select : trash
 
@@ -204,7 +165,7 @@ Item {
         }
     }
     Component {
-        id: failed
+        id: retryButton
         CapsuleButton {
             id: retry
             size: CapsuleButton.Small
@@ -219,4 +180,5 @@ Item {
             }
         }
     }
+    // qmllint enable unqualified
 }

@@ -7,7 +7,7 @@ namespace Velloro {
 
 /// One row of the model catalogue with its file, and whether it is the loaded one. Main thread
 /// only.
-class CatalogModelRowViewModel : public ModelFileViewModel
+class CatalogModelRowViewModel : public Velloro::ModelFileViewModel
 {
     Q_OBJECT
     QML_ELEMENT

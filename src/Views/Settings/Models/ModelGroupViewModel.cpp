@@ -1,7 +1,7 @@
 #include "Views/Settings/Models/ModelGroupViewModel.h"
 
-#include "Views/Settings/Models/CatalogModelRowViewModel.h"
-
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace Velloro {
@@ -11,23 +11,13 @@ ModelGroupViewModel::ModelGroupViewModel(ModelSize size, QList<CatalogModelRowVi
     : QObject(parent)
     , m_size(size)
     , m_allRows(std::move(rows))
-    , m_category(category)
 {
+    setCategory(category);
 }
 
 QString ModelGroupViewModel::countText() const
 {
-    return tr("%1 models").arg(rows().size());
-}
-
-QList<QObject *> ModelGroupViewModel::rows() const
-{
-    QList<QObject *> shown;
-    for (CatalogModelRowViewModel *row : m_allRows) {
-        if (row->info().category == m_category)
-            shown << row;
-    }
-    return shown;
+    return tr("%1 models").arg(m_rows.size());
 }
 
 void ModelGroupViewModel::setOpen(bool open)
@@ -38,7 +28,10 @@ void ModelGroupViewModel::setOpen(bool open)
 
 void ModelGroupViewModel::setCategory(ModelCategory category)
 {
-    if (std::exchange(m_category, category) != category)
+    QList<CatalogModelRowViewModel *> rows;
+    std::ranges::copy_if(m_allRows, std::back_inserter(rows),
+                         [=](const auto *row) { return row->info().category == category; });
+    if (std::exchange(m_rows, rows) != rows)
         Q_EMIT rowsChanged();
 }
 

@@ -1,14 +1,13 @@
 #pragma once
 
-#include "Models/WhisperModelInfo.h"
+#include "Views/Settings/Models/CatalogModelRowViewModel.h"
 
 #include <QList>
 #include <QObject>
+#include <QQmlListProperty>
 #include <QtQml/qqmlregistration.h>
 
 namespace Velloro {
-
-class CatalogModelRowViewModel;
 
 /// The catalogue's rows of one size and the category that is shown. Main thread only.
 class ModelGroupViewModel : public QObject
@@ -20,8 +19,8 @@ class ModelGroupViewModel : public QObject
     /// "3 models"
     Q_PROPERTY(QString countText READ countText NOTIFY rowsChanged)
     Q_PROPERTY(bool isOpen READ isOpen NOTIFY isOpenChanged)
-    /// `CatalogModelRowViewModel`s.
-    Q_PROPERTY(QList<QObject *> rows READ rows NOTIFY rowsChanged)
+    Q_PROPERTY(
+        QQmlListProperty<Velloro::CatalogModelRowViewModel> rows READ rowList NOTIFY rowsChanged)
 
 public:
     /// `rows` are all rows of the size, of either category; they outlive the group.
@@ -31,7 +30,7 @@ public:
     [[nodiscard]] QString title() const { return displayName(m_size); }
     [[nodiscard]] QString countText() const;
     [[nodiscard]] bool isOpen() const { return m_isOpen; }
-    [[nodiscard]] QList<QObject *> rows() const;
+    [[nodiscard]] const QList<CatalogModelRowViewModel *> &rows() const { return m_rows; }
     [[nodiscard]] ModelSize size() const { return m_size; }
 
     void setOpen(bool open);
@@ -42,9 +41,12 @@ Q_SIGNALS:
     void isOpenChanged();
 
 private:
+    [[nodiscard]] QQmlListProperty<CatalogModelRowViewModel> rowList() { return {this, &m_rows}; }
+
     ModelSize m_size;
+    /// Of either category, and of the one that is shown.
     QList<CatalogModelRowViewModel *> m_allRows;
-    ModelCategory m_category;
+    QList<CatalogModelRowViewModel *> m_rows;
     bool m_isOpen = false;
 };
 

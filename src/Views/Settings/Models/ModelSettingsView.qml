@@ -103,6 +103,7 @@ ScrollArea {
 
         Repeater {
             model: pane.model.groups
+            // qmllint disable unqualified
             ColumnLayout {
                 id: group
 
@@ -143,6 +144,7 @@ ScrollArea {
                 }
                 Divider { Layout.fillWidth: true }
             }
+            // qmllint enable unqualified
         }
 
         RowLayout {

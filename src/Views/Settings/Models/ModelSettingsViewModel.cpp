@@ -1,9 +1,6 @@
 #include "Views/Settings/Models/ModelSettingsViewModel.h"
 
 #include "Models/ModelCatalog.h"
-#include "Views/Settings/Models/CatalogModelRowViewModel.h"
-#include "Views/Settings/Models/ModelGroupViewModel.h"
-#include "Views/Settings/Models/PresetConfigRowViewModel.h"
 
 #include <QDir>
 #include <algorithm>
@@ -39,11 +36,6 @@ int ModelSettingsViewModel::categoryIndex() const
 {
     const auto all = allCases<ModelCategory>();
     return int(std::ranges::find(all, m_selectedCategory) - all.begin());
-}
-
-QList<QObject *> ModelSettingsViewModel::groups() const
-{
-    return {m_groups.begin(), m_groups.end()};
 }
 
 QString ModelSettingsViewModel::modelsDirectory() const

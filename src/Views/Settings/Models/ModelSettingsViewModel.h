@@ -1,17 +1,17 @@
 #pragma once
 
 #include "Core/State/AppState.h"
-#include "Models/WhisperModelInfo.h"
+#include "Views/Settings/Models/ModelGroupViewModel.h"
+#include "Views/Settings/Models/PresetConfigRowViewModel.h"
 
 #include <QList>
 #include <QObject>
+#include <QQmlListProperty>
 #include <QStringList>
 #include <QtQml/qqmlregistration.h>
 #include <optional>
 
 namespace Velloro {
-
-class ModelGroupViewModel;
 
 /// The models pane: the presets, and the catalogue by category and size. Main thread only.
 class ModelSettingsViewModel : public QObject
@@ -19,13 +19,13 @@ class ModelSettingsViewModel : public QObject
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made by the settings window")
-    /// One `PresetConfigRowViewModel` per preset.
-    Q_PROPERTY(QList<QObject *> presets READ presets CONSTANT)
-    Q_PROPERTY(QStringList categories READ categories CONSTANT)
+    /// One per preset.
+    Q_PROPERTY(QQmlListProperty<Velloro::PresetConfigRowViewModel> presets READ presetList CONSTANT)
+    Q_PROPERTY(QList<QString> categories READ categories CONSTANT)
     Q_PROPERTY(int categoryIndex READ categoryIndex NOTIFY categoryChanged)
     Q_PROPERTY(QString categoryDescription READ categoryDescription NOTIFY categoryChanged)
-    /// One `ModelGroupViewModel` per size; at most one is open.
-    Q_PROPERTY(QList<QObject *> groups READ groups CONSTANT)
+    /// One per size; at most one is open.
+    Q_PROPERTY(QQmlListProperty<Velloro::ModelGroupViewModel> groups READ groupList CONSTANT)
     /// Where the files lie.
     Q_PROPERTY(QString modelsDirectory READ modelsDirectory CONSTANT)
 
@@ -33,14 +33,14 @@ public:
     /// `appState` outlives the model.
     explicit ModelSettingsViewModel(AppState &appState, QObject *parent = nullptr);
 
-    [[nodiscard]] const QList<QObject *> &presets() const { return m_presets; }
+    [[nodiscard]] const QList<PresetConfigRowViewModel *> &presets() const { return m_presets; }
     [[nodiscard]] QStringList categories() const;
     [[nodiscard]] int categoryIndex() const;
     [[nodiscard]] QString categoryDescription() const
     {
         return enumCase(m_selectedCategory).remark.toString();
     }
-    [[nodiscard]] QList<QObject *> groups() const;
+    [[nodiscard]] const QList<ModelGroupViewModel *> &groups() const { return m_groups; }
     [[nodiscard]] QString modelsDirectory() const;
 
     /// Shows the category at this index.
@@ -54,13 +54,18 @@ Q_SIGNALS:
     void categoryChanged();
 
 private:
+    [[nodiscard]] QQmlListProperty<PresetConfigRowViewModel> presetList()
+    {
+        return {this, &m_presets};
+    }
+    [[nodiscard]] QQmlListProperty<ModelGroupViewModel> groupList() { return {this, &m_groups}; }
     void setSelectedCategory(ModelCategory category);
     void setExpandedSize(std::optional<ModelSize> size);
 
     AppState &m_appState;
     ModelCategory m_selectedCategory = ModelCategory::quantized;
     std::optional<ModelSize> m_expandedSize;
-    QList<QObject *> m_presets;
+    QList<PresetConfigRowViewModel *> m_presets;
     QList<ModelGroupViewModel *> m_groups;
 };
 

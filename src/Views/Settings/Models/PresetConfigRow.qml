@@ -44,20 +44,22 @@ RoundedRectangle {
         PopUpButton {
             objectName: "assignedModel"
 
-            readonly property var present: row.model.downloadedModels
+            readonly property list<string> present: row.model.downloadedModels
+            readonly property list<string> missing: row.model.notDownloadedModels
 
             Layout.maximumWidth: row.width * 0.6
             label: qsTr("Model of %1").arg(row.model.title)
             text: row.model.menuLabel
             elide: Text.ElideMiddle
             entries: [
-                { text: qsTr("Downloaded"), kind: PopUpMenuItem.Heading },
-                ...present.map(text => ({ text })),
-                ...(present.length > 0 ? [] : [
-                    { text: qsTr("No models downloaded"), kind: PopUpMenuItem.Remark }]),
-                { text: qsTr("Not Downloaded"), kind: PopUpMenuItem.Heading },
-                ...row.model.notDownloadedModels.map(
-                    text => ({ text, kind: PopUpMenuItem.Remark }))
+                qsTr("Downloaded"), ...present,
+                ...(present.length > 0 ? [] : [qsTr("No models downloaded")]),
+                qsTr("Not Downloaded"), ...missing
+            ]
+            kinds: [
+                PopUpMenuItem.Heading, ...Array(present.length).fill(PopUpMenuItem.Choice),
+                ...(present.length > 0 ? [] : [PopUpMenuItem.Remark]),
+                PopUpMenuItem.Heading, ...Array(missing.length).fill(PopUpMenuItem.Remark)
             ]
             currentIndex: row.model.assignedIndex < 0 ? -1 : row.model.assignedIndex + 1
             onActivated: index => row.model.assign(index - 1)

@@ -21,11 +21,11 @@ class PresetConfigRowViewModel : public QObject
     /// The assigned model's name.
     Q_PROPERTY(QString menuLabel READ menuLabel NOTIFY mappingChanged)
     /// The names of the models that are there, in catalogue order.
-    Q_PROPERTY(QStringList downloadedModels READ downloadedModels NOTIFY modelsChanged)
+    Q_PROPERTY(QList<QString> downloadedModels READ downloadedModels NOTIFY modelsChanged)
     /// Which of these is the assigned one; -1 when none of them is.
     Q_PROPERTY(int assignedIndex READ assignedIndex NOTIFY mappingChanged)
     /// The names and sizes of all others, in catalogue order.
-    Q_PROPERTY(QStringList notDownloadedModels READ notDownloadedModels NOTIFY modelsChanged)
+    Q_PROPERTY(QList<QString> notDownloadedModels READ notDownloadedModels NOTIFY modelsChanged)
 
 public:
     /// `appState` outlives the model.

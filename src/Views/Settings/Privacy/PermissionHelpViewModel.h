@@ -14,7 +14,7 @@ class PermissionHelpViewModel : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
-    QML_UNCREATABLE("Made by the model of the view that asks for a permission")
+    QML_UNCREATABLE("Made by the settings' model")
     /// Whether the help is wanted.
     Q_PROPERTY(bool isOpen READ isOpen NOTIFY changed)
     Q_PROPERTY(QString title READ title NOTIFY changed)
@@ -37,7 +37,9 @@ public:
     [[nodiscard]] QString actionText() const;
     [[nodiscard]] bool isGranted() const;
 
-    /// Opens the desktop's page, or this help where there is none.
+    /// Opens the desktop's page for the permission, or this help where there is none.
+    Q_INVOKABLE void enableMicrophone() { openSettingsPage(SettingsPage::microphone); }
+    Q_INVOKABLE void enableAccessibility() { openSettingsPage(SettingsPage::accessibility); }
     void openSettingsPage(SettingsPage page);
     /// Looks for the microphone again, or switches accessibility on.
     Q_INVOKABLE void act();

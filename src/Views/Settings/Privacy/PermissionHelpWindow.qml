@@ -8,6 +8,8 @@ Loader {
     required property PermissionHelpViewModel model
 
     active: model.isOpen
+    // A loader makes no bound components before Qt 6.5.
+    // qmllint disable unqualified
     sourceComponent: Window {
         transientParent: loader.Window.window
         title: loader.model.title
@@ -34,4 +36,5 @@ Loader {
             model: loader.model
         }
     }
+    // qmllint enable unqualified
 }

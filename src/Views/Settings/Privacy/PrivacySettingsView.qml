@@ -6,7 +6,8 @@ import Velloro
 GroupedForm {
     id: pane
 
-    required property PrivacySettingsViewModel model
+    required property AppState appState
+    required property PermissionHelpViewModel help
 
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Privacy")
@@ -82,19 +83,19 @@ GroupedForm {
         title: qsTr("Permissions")
         PermissionRow {
             title: qsTr("Microphone")
-            isGranted: pane.model.hasMicrophonePermission
-            onEnable: pane.model.enableMicrophone()
+            isGranted: pane.appState.hasMicrophonePermission
+            onEnable: pane.help.enableMicrophone()
         }
         PermissionRow {
             title: qsTr("Accessibility")
-            isGranted: pane.model.hasAccessibilityPermission
-            onEnable: pane.model.enableAccessibility()
+            isGranted: pane.appState.hasAccessibilityPermission
+            onEnable: pane.help.enableAccessibility()
         }
         Note {
             objectName: "permissionsNote"
             Layout.fillWidth: true
             topPadding: 4
-            visible: !pane.model.hasMicrophonePermission || !pane.model.hasAccessibilityPermission
+            visible: !pane.appState.hasMicrophonePermission || !pane.appState.hasAccessibilityPermission
             text: qsTr("Velloro needs these permissions to function correctly.")
         }
     }
@@ -105,9 +106,9 @@ GroupedForm {
             tint: Theme.red
             destroys: true
             text: qsTr("Clear Transcription History")
-            onClicked: pane.model.clearHistory()
+            onClicked: pane.appState.clearHistory()
         }
     }
 
-    PermissionHelpWindow { model: pane.model.help }
+    PermissionHelpWindow { model: pane.help }
 }
