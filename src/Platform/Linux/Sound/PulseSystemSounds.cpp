@@ -1,7 +1,5 @@
 #include "Platform/Linux/Sound/PulseSystemSounds.h"
 
-#include "Base/StringLiterals.h"
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -12,12 +10,6 @@ using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 
 namespace Velloro {
-
-namespace {
-
-// Later than this a cue would say something that isn't so any more.
-constexpr auto lifetime = 300ms;
-constexpr pa_sample_spec cueFormat{PA_SAMPLE_FLOAT32NE, 48000, 1};
 
 /// A sine that falls from one frequency to another and dies away.
 struct Tone
@@ -30,8 +22,23 @@ struct Tone
     double amplitude;
 };
 
-constexpr Tone popTone{0.10, 660.0, 330.0, 0.022, 0.30};
-constexpr Tone tinkTone{0.18, 1760.0, 1750.0, 0.045, 0.20};
+namespace {
+
+// Later than this a cue would say something that isn't so any more.
+constexpr auto lifetime = 300ms;
+constexpr pa_sample_spec cueFormat{PA_SAMPLE_FLOAT32NE, 48000, 1};
+
+/// One cue under the name by which it is played.
+struct NamedTone
+{
+    QStringView name;
+    Tone tone;
+};
+
+constexpr NamedTone cueTones[] = {
+    {u"Pop", {0.10, 660.0, 330.0, 0.022, 0.30}},
+    {u"Tink", {0.18, 1760.0, 1750.0, 0.045, 0.20}},
+};
 
 std::vector<float> synthesize(const Tone &tone)
 {
@@ -58,9 +65,11 @@ std::vector<float> synthesize(const Tone &tone)
 PulseSystemSounds::PulseSystemSounds(std::shared_ptr<PulseConnection> connection)
     : m_connection(std::move(connection))
 {
-    for (const auto &name : {u"Pop"_s, u"Tink"_s}) {
+    for (const NamedTone &each : cueTones) {
+        const QString name = each.name.toString();
         const QByteArray sampleName = "velloro-" + name.toLower().toLatin1();
-        m_cues.emplace(name, Cue{*this, sampleName, {}, 0, nullptr, std::nullopt, nullptr});
+        m_cues.emplace(name,
+                       Cue{*this, sampleName, each.tone, {}, 0, nullptr, std::nullopt, nullptr});
     }
     const PulseConnection::Lock lock(*m_connection);
     m_listener = m_connection->addStateListener([this] { connectionChanged(); });
@@ -145,7 +154,7 @@ void PulseSystemSounds::upload(Cue &cue)
         },
         &cue);
     if (cue.samples.empty())
-        cue.samples = synthesize(cue.sampleName == "velloro-pop" ? popTone : tinkTone);
+        cue.samples = synthesize(cue.tone);
     if (pa_stream_connect_upload(cue.upload.get(), cue.samples.size() * sizeof(float)) < 0)
         cue.upload.reset();
 }

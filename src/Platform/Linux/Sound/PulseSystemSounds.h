@@ -12,7 +12,9 @@
 
 namespace Velloro {
 
-/// The two cues, made in code and kept by the sound server after their first use, so that playing
+struct Tone;
+
+/// The cues, made in code and kept by the sound server after their first use, so that playing
 /// one is a single message to it. A cue that can't be played at once is dropped.
 class PulseSystemSounds final : public SystemSounds
 {
@@ -29,6 +31,8 @@ private:
     {
         PulseSystemSounds &sounds;
         QByteArray sampleName;
+        /// What it sounds like.
+        const Tone &tone;
         /// Made at the first use.
         std::vector<float> samples;
         /// The connection in which the server has it, 0 for none.
