@@ -54,9 +54,8 @@ QList<Scene> menuBarScenes()
          }},
         {u"panel-focus"_s, [](Stage &stage) { return panel(stage, u"Small, Fast"_s); }},
         {u"panel-focus-footer"_s, [](Stage &stage) { return panel(stage, u"Settings..."_s); }},
-        {u"panel-large-text"_s,
+        {u"panel-accent"_s,
          [](Stage &stage) {
-             stage.memory.appearance->scale = 1.5;
              stage.memory.appearance->accent = 0xe66100;
              return panel(stage);
          }},

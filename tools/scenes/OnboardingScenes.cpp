@@ -36,14 +36,14 @@ QImage step(Stage &stage, int steps, const QString &failure = {})
 
 QList<Scene> onboardingScenes()
 {
-    QList<Scene> scenes{
+    return {
         {u"onboarding-1-welcome"_s, [](Stage &stage) { return step(stage, 0); }},
-        {u"onboarding-2-permissions"_s,
+        {u"onboarding-2-microphone-refused"_s,
          [](Stage &stage) {
              stage.memory.captureAuthorization->status = AuthorizationStatus::denied;
              return step(stage, 1);
          }},
-        {u"onboarding-2-permissions-granted"_s, [](Stage &stage) { return step(stage, 1); }},
+        {u"onboarding-2-permissions"_s, [](Stage &stage) { return step(stage, 1); }},
         {u"onboarding-3-download"_s, [](Stage &stage) { return step(stage, 2); }},
         {u"onboarding-3-failed"_s,
          [](Stage &stage) { return step(stage, 2, u"Could not resolve host: huggingface.co"_s); }},
@@ -75,13 +75,6 @@ QList<Scene> onboardingScenes()
          }},
         {u"onboarding-6-no-model-no-tray"_s, [](Stage &stage) { return step(stage, 5); }},
     };
-    for (int index = 0; index < 6; ++index) {
-        scenes << Scene{u"onboarding-%1-large-text"_s.arg(index + 1), [index](Stage &stage) {
-                            stage.memory.appearance->scale = 1.5;
-                            return step(stage, index);
-                        }};
-    }
-    return scenes;
 }
 
 } // namespace Velloro

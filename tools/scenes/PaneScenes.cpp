@@ -134,12 +134,6 @@ QList<Scene> paneScenes()
              const WhisperModelInfo &info = *ModelCatalog::modelById(selected);
              return models(stage, tall, int(info.category), int(info.size));
          }},
-        {u"models-large-text"_s,
-         [](Stage &stage) {
-             stage.memory.appearance->scale = 1.5;
-             stage.memory.appearance->accent = 0xe66100;
-             return models(stage, tall, 1, 3);
-         }},
         {u"models-menu"_s,
          [](Stage &stage) {
              for (const char *id : {"base", "small-q5_1", "medium"})

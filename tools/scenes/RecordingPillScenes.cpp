@@ -57,16 +57,6 @@ QList<Scene> recordingPillScenes()
              return pill(stage, TranscriptionState::listening,
                          u"日本語の文章が話されたとおりに書かれている"_s);
          }},
-        {u"pill-large-text"_s,
-         [longText](Stage &stage) {
-             stage.memory.appearance->scale = 1.5;
-             return pill(stage, TranscriptionState::listening, longText);
-         }},
-        {u"pill-large-text-transcribing"_s,
-         [](Stage &stage) {
-             stage.memory.appearance->scale = 1.5;
-             return pill(stage, TranscriptionState::transcribing);
-         }},
         {u"pill-uncomposited"_s,
          [](Stage &stage) {
              stage.memory.appearance->compositing = false;

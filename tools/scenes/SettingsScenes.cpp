@@ -1,6 +1,7 @@
 #include "Scene.h"
 
 #include "Base/StringLiterals.h"
+#include "Support/WaitUntil.h"
 #include "Views/Settings/SettingsViewModel.h"
 
 #include <QAccessible>
@@ -32,11 +33,6 @@ std::function<void(QQuickItem &root)> press(const QString &name)
         if (interface && interface->actionInterface())
             interface->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     };
-}
-
-void largeText(Stage &stage)
-{
-    stage.memory.appearance->scale = 1.5;
 }
 
 void fillDictionary(Stage &stage)
@@ -88,16 +84,18 @@ QList<Scene> settingsScenes()
          }},
         {u"settings-general-languages"_s,
          [](Stage &stage) { return settings(stage, 0, press(u"language"_s)); }},
-        {u"settings-general-large-text"_s,
-         [](Stage &stage) {
-             largeText(stage);
-             return settings(stage, 0);
-         }},
         {u"settings-model"_s, [](Stage &stage) { return settings(stage, 1); }},
-        {u"settings-model-large-text"_s,
+        {u"settings-model-failed"_s,
          [](Stage &stage) {
-             largeText(stage);
-             return settings(stage, 1);
+             stage.setModelState(
+                 u"tiny-q5_1"_s,
+                 ModelDownloadState::failed(u"Could not resolve the host's name"_s));
+             return settings(stage, 1, [](QQuickItem &root) {
+                 root.property("model").value<SettingsViewModel *>()->models()->toggleGroup(0);
+                 // The button comes into view only where it is once the group has opened.
+                 (void)waitUntil([] { return false; }, std::chrono::milliseconds(250));
+                 focusOn(u"Retry"_s)(root);
+             });
          }},
         {u"settings-dictionary-empty"_s, [](Stage &stage) { return settings(stage, 2); }},
         {u"settings-dictionary"_s,
@@ -115,11 +113,6 @@ QList<Scene> settingsScenes()
              fillDictionary(stage);
              return settings(stage, 2, focusOn(u"trash"_s));
          }},
-        {u"settings-dictionary-large-text"_s,
-         [](Stage &stage) {
-             largeText(stage);
-             return settings(stage, 2);
-         }},
         {u"settings-history-empty"_s, [](Stage &stage) { return settings(stage, 3); }},
         {u"settings-history"_s,
          [](Stage &stage) {
@@ -131,17 +124,13 @@ QList<Scene> settingsScenes()
              fillHistory(stage);
              return settings(stage, 3, focusOn(u"copy"_s));
          }},
-        {u"settings-history-large-text"_s,
-         [](Stage &stage) {
-             largeText(stage);
-             fillHistory(stage);
-             return settings(stage, 3);
-         }},
         {u"settings-privacy"_s, [](Stage &stage) { return settings(stage, 4); }},
-        {u"settings-privacy-large-text"_s,
+        {u"settings-privacy-microphone-refused"_s,
          [](Stage &stage) {
-             largeText(stage);
-             return settings(stage, 4, focusOn(u"Clear Transcription History"_s));
+             stage.memory.captureAuthorization->status = AuthorizationStatus::denied;
+             stage.appState.setHasMicrophonePermission(false);
+             stage.appState.setHasAccessibilityPermission(true);
+             return settings(stage, 4);
          }},
     };
 }
