@@ -3,6 +3,7 @@
 #include "Base/StringLiterals.h"
 #include "CommandLine.h"
 #include "Managers/HotkeyManager.h"
+#include "Platform/Linux/DisplayServer.h"
 #include "Platform/Linux/LinuxPlatform.h"
 #include "Platform/Linux/Process/SingleInstance.h"
 #include "Platform/Linux/Process/TerminationSignals.h"
@@ -31,6 +32,7 @@ int run(int argc, char **argv)
     // The reader of the log may end; dictation continues.
     std::signal(SIGPIPE, SIG_IGN);
 
+    const DisplayServer server = chooseDisplayServer();
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"Velloro"_s);
     QApplication::setDesktopFileName(u"velloro"_s);
@@ -40,7 +42,7 @@ int run(int argc, char **argv)
     if (!instance.acquire())
         return 0;
 
-    Platform platform = makeLinuxPlatform();
+    Platform platform = makeLinuxPlatform(server);
     HotkeyManager hotkeyManager(platform);
     VelloroApp velloro(platform, hotkeyManager);
 

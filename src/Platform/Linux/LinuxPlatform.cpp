@@ -17,17 +17,14 @@
 #include "Platform/Linux/Sound/PulseAudioEngine.h"
 #include "Platform/Linux/Sound/PulseCaptureAuthorization.h"
 #include "Platform/Linux/Sound/PulseSystemSounds.h"
-#include "Platform/Linux/X11/Clipboard/X11Pasteboard.h"
-#include "Platform/Linux/X11/Keyboard/WindowKeyEvents.h"
-#include "Platform/Linux/X11/Keyboard/X11HotkeyRegistration.h"
-#include "Platform/Linux/X11/Keyboard/X11KeyboardEvents.h"
-#include "Platform/Linux/X11/X11ScreenFrames.h"
-#include "Platform/Linux/X11/X11UserInput.h"
-#include "Platform/Linux/X11/X11Workspace.h"
+#include "Platform/Linux/Wayland/WaylandConnection.h"
+#include "Platform/Linux/Wayland/WaylandServices.h"
+#include "Platform/Linux/X11/X11Connection.h"
+#include "Platform/Linux/X11/X11Services.h"
 
 namespace Velloro {
 
-Platform makeLinuxPlatform()
+Platform makeLinuxPlatform(DisplayServer server)
 {
     Platform platform;
 
@@ -42,14 +39,10 @@ Platform makeLinuxPlatform()
     // Before the event loop starts: see AtSpiLauncher.
     (void)accessibility->isProcessTrusted();
     platform.accessibility = std::move(accessibility);
-    platform.pasteboard = std::make_unique<X11Pasteboard>(pasting);
-    platform.keyboardEvents = std::make_unique<X11KeyboardEvents>(display, pasting);
-    platform.userInput = std::make_unique<X11UserInput>(display);
-    platform.hotkeyRegistration = std::make_unique<X11HotkeyRegistration>(display);
-    platform.keyEventMonitor = std::make_unique<WindowKeyEvents>(display);
+    addX11Services(platform, display, pasting);
+    if (server == DisplayServer::wayland)
+        addWaylandServices(platform, WaylandConnection::open(), pasting);
     platform.systemSettings = std::make_unique<DesktopSettings>();
-    platform.screenFrames = std::make_unique<X11ScreenFrames>(display);
-    platform.workspace = std::make_unique<X11Workspace>(display);
     platform.screenLock = std::make_unique<LinuxScreenLock>(
         std::make_unique<DBusLockState>(SessionBus::connection()), display);
 
