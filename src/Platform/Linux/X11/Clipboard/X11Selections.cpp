@@ -139,7 +139,7 @@ void X11Selections::continueGivingBack()
     m_isGivingBack = m_clipboard.isBorrowed() || m_primary.isBorrowed();
 }
 
-bool X11Selections::beginPaste(xcb_window_t window, bool isOwn)
+bool X11Selections::beginPaste(const PasteTarget &target)
 {
     if (!m_connection->isAlive() || !m_text)
         return true;
@@ -150,8 +150,11 @@ bool X11Selections::beginPaste(xcb_window_t window, bool isOwn)
     }
     // Who has taken the text over does not tell who fetches it.
     m_paste.reset();
-    if (m_clipboard.owned() && window != XCB_WINDOW_NONE)
-        m_paste = {window, *m_clipboard.owned(), QDeadlineTimer(pastePatience), isOwn, false};
+    const auto window = static_cast<xcb_window_t>(target.window);
+    if (m_clipboard.owned() && window != XCB_WINDOW_NONE) {
+        m_paste
+            = {window, *m_clipboard.owned(), QDeadlineTimer(pastePatience), target.isOwn, false};
+    }
     return true;
 }
 

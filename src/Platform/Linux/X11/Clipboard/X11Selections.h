@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Linux/Clipboard/Selections.h"
 #include "Platform/Linux/X11/Clipboard/BorrowedSelection.h"
 #include "Platform/Linux/X11/X11Clients.h"
 
@@ -12,12 +13,11 @@
 
 namespace Velloro {
 
-/// The clipboard of an X server, and its primary selection where a paste needs that one: borrowing
-/// them for pastes, serving their content to other programs and knowing who has read it.
+/// The selections of an X server. It tells who has read them.
 ///
-/// Lives on one thread. The connection must be this object's own: while another program is waited
-/// for, only what concerns the selections is dealt with.
-class X11Selections final : public QObject
+/// The connection must be this object's own: while another program is waited for, only what
+/// concerns the selections is dealt with.
+class X11Selections final : public QObject, public Selections
 {
     Q_OBJECT
 
@@ -27,33 +27,20 @@ public:
     /// outlives the program. What is still being read is waited for, two seconds at most.
     ~X11Selections() override;
 
-    /// Puts the text on the clipboard for good.
-    void setString(const QString &text);
+    void setString(const QString &text) override;
+    void follow() override;
+    void unfollow() override;
+    void borrow(const QString &text) override;
+    void lendToPrimarySelection() override;
+    void giveBack() override;
 
-    /// A paste may come: reads what other programs have in both selections, and follows it as it
-    /// changes, until `unfollow`.
-    void follow();
-    void unfollow();
-    /// Puts the text on the clipboard for a paste, and waits until those who watch the clipboard
-    /// have noticed.
-    void borrow(const QString &text);
-    /// Makes the primary selection hold what the clipboard holds, until `giveBack`.
-    void lendToPrimarySelection();
-    /// Puts back what was there, when a paste that is under way has been served.
-    void giveBack();
-
-    /// The application of this window is about to paste the borrowed text. It is given that
-    /// whenever it asks, although the clipboard may hold something else by then; once, and for a
-    /// second at most. In Wine another process may ask for it: all windows have their clipboard
-    /// from one. A window of this program's own can't fetch the text while it is waited for.
-    ///
-    /// What another program has taken for something else since it was borrowed is borrowed once
-    /// more. False where it has been taken again by then: the application would paste that.
-    [[nodiscard]] bool beginPaste(xcb_window_t window, bool isOwn);
-    /// Waits until that application has been given the text, for no longer than that second. What
-    /// is sent to it afterwards reaches it afterwards. Whether it was given it; the last paste's
-    /// answer stays until the next `borrow`.
-    bool awaitPaste();
+    /// The application of the target's window is given the borrowed text whenever it asks, although
+    /// the clipboard may hold something else by then; once, and for a second at most. In Wine
+    /// another process may ask for it: all windows have their clipboard from one. A window of this
+    /// program's own can't fetch the text while it is waited for.
+    [[nodiscard]] bool beginPaste(const PasteTarget &target) override;
+    /// What is sent to the application afterwards reaches it after the text.
+    bool awaitPaste() override;
 
 Q_SIGNALS:
     void pasteServed();
