@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Linux/X11/Keyboard/PasteStroke.h"
+#include "Platform/Linux/PasteStroke.h"
 #include "Platform/Linux/X11/X11Clients.h"
 #include "Platform/Workspace.h"
 

@@ -1,6 +1,6 @@
 #include "Platform/Linux/X11/Keyboard/X11KeyboardEvents.h"
 
-#include "Platform/Linux/X11/Keyboard/PasteStroke.h"
+#include "Platform/Linux/PasteStroke.h"
 #include "Platform/Linux/X11/Keyboard/X11ModifierTap.h"
 
 #include <algorithm>

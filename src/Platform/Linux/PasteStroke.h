@@ -4,7 +4,8 @@
 
 namespace Velloro {
 
-/// The two names by which a window says what it belongs to.
+/// By which names a window says what it belongs to. On Wayland it has one: the application's id is
+/// the class then.
 struct WindowClass
 {
     QString instance;

@@ -1,4 +1,4 @@
-#include "Platform/Linux/X11/Keyboard/PasteStroke.h"
+#include "Platform/Linux/PasteStroke.h"
 
 #include <optional>
 
@@ -12,7 +12,7 @@ struct KnownClass
     PasteStroke stroke;
 };
 
-// Instance or class names in lower case.
+// Instance names, class names or ids of applications, in lower case.
 constexpr KnownClass knownClasses[] = {
     {u"xterm", PasteStroke::shiftInsert},
     {u"uxterm", PasteStroke::shiftInsert},
@@ -38,20 +38,27 @@ constexpr KnownClass knownClasses[] = {
 
     {u"gnome-terminal", PasteStroke::controlShiftV},
     {u"gnome-terminal-server", PasteStroke::controlShiftV},
+    {u"org.gnome.terminal", PasteStroke::controlShiftV},
     {u"kgx", PasteStroke::controlShiftV},
     {u"org.gnome.console", PasteStroke::controlShiftV},
     {u"ptyxis", PasteStroke::controlShiftV},
     {u"org.gnome.ptyxis", PasteStroke::controlShiftV},
+    {u"app.devsuite.ptyxis", PasteStroke::controlShiftV},
     {u"konsole", PasteStroke::controlShiftV},
+    {u"org.kde.konsole", PasteStroke::controlShiftV},
     {u"yakuake", PasteStroke::controlShiftV},
+    {u"org.kde.yakuake", PasteStroke::controlShiftV},
     {u"xfce4-terminal", PasteStroke::controlShiftV},
+    {u"org.xfce.terminal", PasteStroke::controlShiftV},
     {u"mate-terminal", PasteStroke::controlShiftV},
     {u"lxterminal", PasteStroke::controlShiftV},
     {u"qterminal", PasteStroke::controlShiftV},
     {u"io.elementary.terminal", PasteStroke::controlShiftV},
     {u"deepin-terminal", PasteStroke::controlShiftV},
+    {u"org.deepin.terminal", PasteStroke::controlShiftV},
     {u"terminator", PasteStroke::controlShiftV},
     {u"tilix", PasteStroke::controlShiftV},
+    {u"com.gexperts.tilix", PasteStroke::controlShiftV},
     {u"guake", PasteStroke::controlShiftV},
     {u"tilda", PasteStroke::controlShiftV},
     {u"sakura", PasteStroke::controlShiftV},
@@ -63,9 +70,13 @@ constexpr KnownClass knownClasses[] = {
     {u"foot", PasteStroke::controlShiftV},
     {u"footclient", PasteStroke::controlShiftV},
     {u"contour", PasteStroke::controlShiftV},
+    {u"org.contourterminal.contour", PasteStroke::controlShiftV},
     {u"wezterm", PasteStroke::controlShiftV},
     {u"org.wezfurlong.wezterm", PasteStroke::controlShiftV},
     {u"com.mitchellh.ghostty", PasteStroke::controlShiftV},
+    {u"ghostty", PasteStroke::controlShiftV},
+    {u"rio", PasteStroke::controlShiftV},
+    {u"com.system76.cosmicterm", PasteStroke::controlShiftV},
     {u"blackbox", PasteStroke::controlShiftV},
     {u"com.raggesilver.blackbox", PasteStroke::controlShiftV},
     {u"pangoterm", PasteStroke::controlShiftV},
