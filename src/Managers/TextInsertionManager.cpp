@@ -66,20 +66,35 @@ bool TextInsertionManager::insertText(const QString &text)
 {
     if (text.isEmpty())
         return false;
-    m_lastInsertedText = text;
-    m_wasPasteRefused = false;
+    m_outcome = insert(text, true);
+    if (m_outcome == Outcome::unsent) {
+        // The user can paste it himself, so it is to stay.
+        m_pasteboardReturn.stop();
+        m_platform.pasteboard->setString(text);
+    }
+    return true;
+}
+
+bool TextInsertionManager::insertRemovably(const QString &text)
+{
+    // Without that, the caret may be anywhere when what was pasted is to be deleted.
+    m_outcome = insert(text, m_platform.userInput->isTold());
+    return m_outcome == Outcome::inserted;
+}
+
+TextInsertionManager::Outcome TextInsertionManager::insert(const QString &text, bool mayPaste)
+{
     const Insertion before = std::exchange(m_last, {});
     m_last.window = m_platform.workspace->frontmostWindow();
     const uint64_t presses = m_platform.userInput->presses();
     m_last.wasWritten = insertViaAccessibility(text);
     if (m_last.wasWritten)
-        return true;
+        return Outcome::inserted;
     m_last.presses = presses;
-    const bool isInserted = insertViaClipboard(text);
-    m_wasPasteRefused = m_platform.pasteboard->wasPasteRefused();
-    if (m_wasPasteRefused)
+    const Outcome outcome = mayPaste ? insertViaClipboard(text) : Outcome::unsent;
+    if (outcome != Outcome::inserted)
         m_last = before;
-    return isInserted;
+    return outcome;
 }
 
 bool TextInsertionManager::lastInsertionArrived()
@@ -110,7 +125,8 @@ bool TextInsertionManager::isInLastWindow()
 
 bool TextInsertionManager::isUntouched()
 {
-    return !m_last.presses || *m_last.presses == m_platform.userInput->presses();
+    return !m_last.presses
+        || (m_platform.userInput->isTold() && *m_last.presses == m_platform.userInput->presses());
 }
 
 AccessibilityElementRef TextInsertionManager::focusedElement()
@@ -149,21 +165,24 @@ bool TextInsertionManager::insertViaAccessibility(const QString &text)
     return accessibility.insert(element, text).has_value();
 }
 
-bool TextInsertionManager::insertViaClipboard(const QString &text)
+TextInsertionManager::Outcome TextInsertionManager::insertViaClipboard(const QString &text)
 {
     m_platform.pasteboard->borrow(text);
-    simulatePaste();
+    const bool isSent = simulatePaste();
     // Half a second after the last of several.
     m_pasteboardReturn.start();
-    return true;
+    if (isSent)
+        return Outcome::inserted;
+    return m_platform.pasteboard->wasPasteRefused() ? Outcome::refused : Outcome::unsent;
 }
 
-void TextInsertionManager::simulatePaste()
+bool TextInsertionManager::simulatePaste()
 {
     KeyboardEvents &keyboard = *m_platform.keyboardEvents;
-    // An event that can't be created is skipped, and so is a stroke that would paste another text.
-    (void)keyboard.post(keyCodeV, true, KeyboardEvents::commandFlag);
+    if (!keyboard.post(keyCodeV, true, KeyboardEvents::commandFlag))
+        return false;
     (void)keyboard.post(keyCodeV, false, KeyboardEvents::commandFlag);
+    return true;
 }
 
 TextInsertionManager::Deletion TextInsertionManager::deletion(int64_t count)
@@ -172,11 +191,13 @@ TextInsertionManager::Deletion TextInsertionManager::deletion(int64_t count)
     if (!m_last.wasWritten)
         return {};
     Accessibility &accessibility = *m_platform.accessibility;
-    Deletion result{m_last.target, std::nullopt};
+    Deletion result{m_last.target, std::nullopt, 0};
     const auto content = accessibility.text(result.element);
     const auto range = accessibility.selection(result.element);
-    if (content && range && range->length == 0 && range->location >= count)
-        result.remaining = replaced(*content, {range->location - count, count}, {});
+    if (content && range && range->length == 0 && range->location >= count) {
+        result.caret = range->location - count;
+        result.remaining = replaced(*content, {result.caret, count}, {});
+    }
     return result;
 }
 
@@ -203,10 +224,21 @@ void TextInsertionManager::deleteBackwards(int64_t count)
     m_deletion = deletion(count);
     KeyboardEvents &keyboard = *m_platform.keyboardEvents;
     for (int64_t sent = 0; sent < count && isInLastWindow() && isUntouched(); ++sent) {
-        (void)keyboard.post(keyCodeDelete, true, 0);
+        if (!keyboard.post(keyCodeDelete, true, 0)) {
+            if (sent == 0)
+                deleteViaAccessibility();
+            return;
+        }
         (void)keyboard.post(keyCodeDelete, false, 0);
         keyboard.pause(pauseAfterBackspace);
     }
+}
+
+void TextInsertionManager::deleteViaAccessibility()
+{
+    Accessibility &accessibility = *m_platform.accessibility;
+    if (m_deletion->remaining && accessibility.setText(m_deletion->element, *m_deletion->remaining))
+        (void)accessibility.setSelection(m_deletion->element, {m_deletion->caret, 0});
 }
 
 } // namespace Velloro

@@ -26,10 +26,17 @@ public:
     void finish();
     /// Inserts the text over the selection or at the caret. False only for an empty text.
     bool insertText(const QString &text);
-    /// Whether the text inserted last went nowhere, because another program kept the pasteboard
-    /// from its paste. It does not count as inserted: what is asked below is answered for the one
-    /// before.
-    [[nodiscard]] bool wasLastPasteRefused() const { return m_wasPasteRefused; }
+    /// The same for a text that may have to be removed again. False where it could not be inserted,
+    /// or only in a way that nobody can tell whether `deleteBackwards` would remove it: it is not
+    /// pasted where the system does not tell what the user presses. Nothing is inserted then.
+    [[nodiscard]] bool insertRemovably(const QString &text);
+    /// Whether the last attempt to insert a text failed, because another program kept the
+    /// pasteboard from its paste. It does not count as inserted: what is asked below is answered
+    /// for the one before.
+    [[nodiscard]] bool wasLastPasteRefused() const { return m_outcome == Outcome::refused; }
+    /// Whether `insertText` has left its text on the pasteboard for the user to paste, because no
+    /// paste stroke could be sent. It does not count as inserted either.
+    [[nodiscard]] bool wasLastTextLeftToPaste() const { return m_outcome == Outcome::unsent; }
     /// Whether the text inserted last was seen to arrive: the application shows what was written,
     /// or has fetched what it was to paste, which is waited for, for a bounded time. A text that is
     /// written may be seen later than at first.
@@ -49,7 +56,8 @@ public:
     /// were counted, so that nothing that stood before is ever removed.
     ///
     /// The strokes end when another window comes to the front, or the user presses something after
-    /// words that were pasted: they would delete what is there.
+    /// words that were pasted: they would delete what is there. Where no strokes can be sent, words
+    /// that were written are written away.
     ///
     /// What is inserted next comes after the strokes: it is written when the text shows what they
     /// have done, which is waited for, for a bounded time, and pasted where that isn't seen.
@@ -72,6 +80,12 @@ private:
     {
         AccessibilityElementRef element;
         std::optional<QString> remaining;
+        int64_t caret = 0;
+    };
+    enum class Outcome {
+        inserted,
+        refused, ///< Another program kept the pasteboard.
+        unsent,  ///< There was no stroke to paste it with.
     };
 
     /// Whether the window that the text inserted last went to is in front, as far as is known.
@@ -81,14 +95,16 @@ private:
     [[nodiscard]] AccessibilityElementRef focusedElement();
     [[nodiscard]] Deletion deletion(int64_t count);
     [[nodiscard]] bool isDone(const Deletion &deletion, const AccessibilityElementRef &focused);
+    /// Has what was deleted written away, where no strokes can be sent.
+    void deleteViaAccessibility();
+    Outcome insert(const QString &text, bool mayPaste);
     bool insertViaAccessibility(const QString &text);
-    bool insertViaClipboard(const QString &text);
-    void simulatePaste();
+    Outcome insertViaClipboard(const QString &text);
+    bool simulatePaste();
 
     Platform &m_platform;
-    QString m_lastInsertedText;
     Insertion m_last;
-    bool m_wasPasteRefused = false;
+    Outcome m_outcome = Outcome::inserted;
     /// What the next insertion has to come after.
     std::optional<Deletion> m_deletion;
     /// Runs while the pasteboard is borrowed.

@@ -243,6 +243,19 @@ TEST_F(DictationControllerTest, WordsThatCannotBePastedGoToTheHistoryAlone)
     EXPECT_EQ(memory.userNotifications->delivered.size(), 1U);
 }
 
+TEST_F(DictationControllerTest, WordsThatNoStrokeCanPasteAreLeftOnTheClipboard)
+{
+    launchWithModel();
+    memory.accessibility->trusted = false;
+    memory.keyboardEvents->refuses = true;
+    dictate();
+    EXPECT_EQ(memory.pasteboard->content, state->lastTranscript());
+    ASSERT_EQ(memory.userNotifications->delivered.size(), 1U);
+    EXPECT_THAT(
+        memory.userNotifications->delivered[0].second.toStdString(),
+        testing::AllOf(testing::HasSubstr("on the clipboard"), testing::HasSubstr("Ctrl+V")));
+}
+
 TEST_F(DictationControllerTest, AsksForTheMicrophoneAndStartsOnceItIsGranted)
 {
     memory.captureAuthorization->status = AuthorizationStatus::denied;

@@ -330,6 +330,24 @@ TEST_F(DictationStreamingTest, WhatCouldNotBePastedComesWithTheNextWords)
     EXPECT_EQ(field.text(), u"mine End."_s);
 }
 
+TEST_F(DictationStreamingTest, PastesNothingBeforeTheEndWhereNobodyTellsWhatTheUserPresses)
+{
+    InMemoryTextField field(memory, u"mine "_s, 5);
+    memory.userInput->tells = false;
+    start();
+    segment("one");
+    EXPECT_EQ(field.text(), u"mine one"_s) << "a text that is written shows where the caret is";
+    field.refuseAccessibility();
+    segment("one two");
+    segment("one two three");
+    EXPECT_EQ(field.text(), u"mine one"_s);
+    EXPECT_EQ(messages().mid(1),
+              strings({"Streaming start: 'one' (3 chars)",
+                       "Streaming held back: words typed here could not be removed again"}));
+    stop("End.");
+    EXPECT_EQ(field.text(), u"mine End."_s);
+}
+
 TEST_F(DictationStreamingTest, LogsTheBeginningsInWholeCharacters)
 {
     const InMemoryTextField field(memory, {}, 0);

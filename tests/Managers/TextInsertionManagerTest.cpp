@@ -238,14 +238,68 @@ TEST_F(TextInsertionManagerTest, AnEndBeforeThatGivesTheUsersOwnTextBack)
     EXPECT_EQ(memory.pasteboard->content, u"of the user"_s);
 }
 
-TEST_F(TextInsertionManagerTest, KeysThatCannotBeMadeAreSkipped)
+TEST_F(TextInsertionManagerTest, LeavesAtTheUsersHandWhatNoStrokeCanPaste)
 {
+    memory.pasteboard->content = u"mine"_s;
     memory.keyboardEvents->refuses = true;
     EXPECT_TRUE(manager.insertText(u"text"_s));
+    EXPECT_TRUE(manager.wasLastTextLeftToPaste());
+    EXPECT_FALSE(manager.wasLastPasteRefused());
+    // For good: nothing is given back later.
+    EXPECT_FALSE(waitUntil([&] { return memory.output.contains(u"give back"_s); },
+                           std::chrono::milliseconds(600)));
     EXPECT_EQ(memory.pasteboard->content, u"text"_s);
-    memory.output.clear();
-    manager.deleteBackwards(2);
-    EXPECT_THAT(memory.output, ElementsAre(u"pause 5000"_s, u"pause 5000"_s));
+
+    memory.keyboardEvents->refuses = false;
+    EXPECT_TRUE(manager.insertText(u"text"_s));
+    EXPECT_FALSE(manager.wasLastTextLeftToPaste());
+}
+
+TEST_F(TextInsertionManagerTest, InsertsRemovablyOnlyWhatItCouldRemoveAgain)
+{
+    struct Case
+    {
+        const char *what;
+        bool isWritten;
+        bool isPressTold;
+        bool isStrokeSent;
+        bool isInserted;
+    };
+    const Case cases[] = {
+        {"written", true, false, false, true},
+        {"pasted", false, true, true, true},
+        {"pasted, and the caret may be anywhere later", false, false, true, false},
+        {"no stroke", false, true, false, false},
+    };
+    auto &field = accessibility->focusText(u"Hello"_s, {5, 0});
+    for (const auto &[what, isWritten, isPressTold, isStrokeSent, isInserted] : cases) {
+        SCOPED_TRACE(what);
+        field.refusesValue = field.refusesSelectedText = !isWritten;
+        memory.userInput->tells = isPressTold;
+        memory.keyboardEvents->refuses = !isStrokeSent;
+        memory.pasteboard->content = u"mine"_s;
+        EXPECT_EQ(manager.insertRemovably(u"!"_s), isInserted);
+        EXPECT_EQ(manager.isAtLastInsertion(), isInserted || isPressTold || isWritten);
+        EXPECT_TRUE(waitUntil([&] { return memory.pasteboard->content == u"mine"_s; }))
+            << "the words are not left there";
+    }
+}
+
+TEST_F(TextInsertionManagerTest, WritesAwayWhatNoStrokesCanDelete)
+{
+    memory.keyboardEvents->refuses = true;
+    auto &field = accessibility->focusText(u"mine  of old"_s, {5, 0});
+    EXPECT_TRUE(manager.insertRemovably(u"one two"_s));
+    manager.deleteBackwards(7);
+    EXPECT_EQ(field.value, u"mine  of old"_s);
+    EXPECT_EQ(field.selectedRange, (TextRange{5, 0}));
+    EXPECT_TRUE(manager.insertText(u"End."_s));
+    EXPECT_EQ(field.value, u"mine End. of old"_s);
+
+    // What was pasted is left as it is, as is what the strokes would not have reached.
+    field.refusesValue = field.refusesSelectedText = true;
+    manager.deleteBackwards(7);
+    EXPECT_EQ(field.value, u"mine End. of old"_s);
 }
 
 TEST_F(TextInsertionManagerTest, DeletesBackwardsByPacedStrokesWithoutModifiers)

@@ -11,8 +11,11 @@ public:
     /// While it is followed.
     void press() { m_presses += m_isFollowed; }
 
+    bool tells = true;
+
     void follow() override { m_isFollowed = true; }
     void unfollow() override { m_isFollowed = false; }
+    [[nodiscard]] bool isTold() const override { return tells; }
     [[nodiscard]] uint64_t presses() override { return m_presses; }
 
 private:

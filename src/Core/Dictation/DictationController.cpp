@@ -424,6 +424,9 @@ void DictationController::insertFinalText(const QString &text, bool isTyped)
         if (m_textInsertionManager.wasLastPasteRefused()) {
             log(u"Keeping the transcription in the history: another program keeps the clipboard"_s);
             m_notices.tell(DictationNotices::Cause::wordsNotPasted);
+        } else if (m_textInsertionManager.wasLastTextLeftToPaste()) {
+            log(u"Leaving the transcription on the clipboard: no paste stroke could be sent"_s);
+            m_notices.tell(DictationNotices::Cause::wordsLeftToPaste);
         }
     } else {
         log(u"Keeping the transcription in the history: its field has lost the keyboard"_s);

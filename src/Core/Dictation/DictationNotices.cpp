@@ -17,6 +17,7 @@ bool isAboutSpokenWords(DictationNotices::Cause cause)
 {
     return cause == DictationNotices::Cause::wordsKept
         || cause == DictationNotices::Cause::wordsNotPasted
+        || cause == DictationNotices::Cause::wordsLeftToPaste
         || cause == DictationNotices::Cause::notRecognised;
 }
 
@@ -77,6 +78,10 @@ QString DictationNotices::text(Cause cause, const QString &detail)
     case Cause::wordsNotPasted:
         return tr("Your words could not be pasted, because another program kept putting something "
                   "else on the clipboard. They are in the history.");
+    case Cause::wordsLeftToPaste:
+        return tr(
+            "Your words could not be typed into this window. They are on the clipboard: paste "
+            "them with Ctrl+V.");
     case Cause::notRecognised:
         return tr("Your recording could not be turned into text: %1.").arg(detail);
     }

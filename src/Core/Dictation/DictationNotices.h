@@ -31,6 +31,7 @@ public:
         keyboardTaken,    ///< By the menu or prompt of another program.
         wordsKept,        ///< Recognised words were not typed; they are in the history.
         wordsNotPasted,   ///< The same, since another program kept the clipboard.
+        wordsLeftToPaste, ///< No paste stroke could be sent; they are on the clipboard.
         notRecognised,    ///< The detail is the error's description.
     };
 

@@ -78,11 +78,13 @@ void StreamedText::type(const QString &confirmed)
 
 bool StreamedText::insert(const QString &text)
 {
-    m_insertion.insertText(text);
-    if (!m_insertion.wasLastPasteRefused())
+    if (m_insertion.insertRemovably(text))
         return true;
-    if (!std::exchange(m_isHeldBack, true))
-        log(u"Streaming held back: another program keeps the clipboard"_s);
+    if (!std::exchange(m_isHeldBack, true)) {
+        log(m_insertion.wasLastPasteRefused()
+                ? u"Streaming held back: another program keeps the clipboard"_s
+                : u"Streaming held back: words typed here could not be removed again"_s);
+    }
     return false;
 }
 

@@ -25,6 +25,7 @@ public:
 
     void follow() override;
     void unfollow() override;
+    [[nodiscard]] bool isTold() const override { return m_connection && m_connection->isAlive(); }
     /// Waits for the X server, and hands on every event that has arrived.
     [[nodiscard]] uint64_t presses() override;
 
