@@ -10,6 +10,7 @@
 #include "Platform/KeyEventMonitor.h"
 #include "Platform/KeyboardEvents.h"
 #include "Platform/LoginItem.h"
+#include "Platform/Overlay.h"
 #include "Platform/Pasteboard.h"
 #include "Platform/ProcessInfo.h"
 #include "Platform/ScreenFrames.h"
@@ -49,6 +50,8 @@ struct Platform
     std::unique_ptr<Appearance> appearance;
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<UserNotifications> userNotifications;
+    /// Null where a window of the program is shown above all others.
+    std::unique_ptr<Overlay> overlay;
     std::unique_ptr<ScreenFrames> screenFrames;
     std::unique_ptr<ScreenLock> screenLock;
     std::unique_ptr<SystemSettings> systemSettings;
