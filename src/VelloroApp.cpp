@@ -13,8 +13,7 @@ VelloroApp::VelloroApp(Platform &platform, HotkeyManager &hotkeyManager,
     , m_appDelegate(
           platform, hotkeyManager,
           [this, &platform] {
-              return std::make_unique<RecordingPillWindowController>(m_viewEngine,
-                                                                     *platform.screenFrames);
+              return std::make_unique<RecordingPillWindowController>(m_viewEngine, platform);
           },
           repositoryBaseUrl)
     , m_menuBarExtra(platform, m_appDelegate.appState(), hotkeyManager, m_viewEngine)

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <QPointF>
 #include <QRect>
 #include <optional>
 
 namespace Velloro {
 
-/// Where on the screens programs' windows belong. Main thread only.
+/// Where on the screens programs' windows belong. Main thread only; waits for nobody but the
+/// display server.
 class ScreenFrames
 {
 public:
@@ -15,6 +17,10 @@ public:
     /// knows them. Frames are in the desktop's logical pixels, `pixelRatio` of the server's each.
     [[nodiscard]] virtual std::optional<QRect>
     visibleFrame(const QRect &screen, double pixelRatio) const = 0;
+
+    /// Where the pointer is, in the desktop's logical pixels; nothing where the display server does
+    /// not tell while it is over windows of others.
+    [[nodiscard]] virtual std::optional<QPointF> pointer() const = 0;
 };
 
 } // namespace Velloro

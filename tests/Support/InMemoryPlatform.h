@@ -62,7 +62,7 @@ public:
         make(platform.appearance, appearance);
         make(platform.workspace, workspace);
         make(platform.userNotifications, userNotifications);
-        platform.screenFrames = std::make_unique<InMemoryScreenFrames>();
+        make(platform.screenFrames, screenFrames);
         make(platform.screenLock, screenLock);
         make(platform.systemSettings, systemSettings);
         make(platform.systemSounds, systemSounds);
@@ -94,6 +94,7 @@ public:
     InMemoryAppearance *appearance = nullptr;
     InMemoryWorkspace *workspace = nullptr;
     InMemoryUserNotifications *userNotifications = nullptr;
+    InMemoryScreenFrames *screenFrames = nullptr;
     InMemoryScreenLock *screenLock = nullptr;
     InMemorySystemSettings *systemSettings = nullptr;
     InMemorySystemSounds *systemSounds = nullptr;

@@ -83,7 +83,7 @@ private:
         Stage stage(*this);
         stage.appState.setEnableRealtimeStreaming(true);
         stage.appState.setPartialTranscript(u"The quick brown fox jumps over the dog"_s);
-        RecordingPillWindowController pill(stage.engine, *stage.memory.platform.screenFrames);
+        RecordingPillWindowController pill(stage.engine, stage.memory.platform);
         for (const TranscriptionState state :
              {TranscriptionState::idle, TranscriptionState::listening,
               TranscriptionState::transcribing, TranscriptionState::inserting}) {

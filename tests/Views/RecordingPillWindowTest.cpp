@@ -76,7 +76,7 @@ protected:
     InMemoryPlatform memory;
     AppState appState{memory.platform};
     ViewEngine engine{*memory.appearance};
-    RecordingPillWindowController controller{engine, *memory.platform.screenFrames};
+    RecordingPillWindowController controller{engine, memory.platform};
     xcb_connection_t *xcb = nullptr;
 };
 

@@ -20,6 +20,7 @@
 #include "Platform/Linux/Wayland/WaylandConnection.h"
 #include "Platform/Linux/Wayland/WaylandServices.h"
 #include "Platform/Linux/X11/X11Connection.h"
+#include "Platform/Linux/X11/X11DesktopLook.h"
 #include "Platform/Linux/X11/X11Services.h"
 
 namespace Velloro {
@@ -39,14 +40,18 @@ Platform makeLinuxPlatform(DisplayServer server)
     // Before the event loop starts: see AtSpiLauncher.
     (void)accessibility->isProcessTrusted();
     platform.accessibility = std::move(accessibility);
+    const bool isWayland = server == DisplayServer::wayland;
     addX11Services(platform, display, pasting);
-    if (server == DisplayServer::wayland)
+    if (isWayland)
         addWaylandServices(platform, WaylandConnection::open(), pasting);
     platform.systemSettings = std::make_unique<DesktopSettings>();
+    // Of a compositor's keyboard the X server beside it knows nothing.
     platform.screenLock = std::make_unique<LinuxScreenLock>(
-        std::make_unique<DBusLockState>(SessionBus::connection()), display);
+        std::make_unique<DBusLockState>(SessionBus::connection()), isWayland ? nullptr : display);
 
-    const auto look = std::make_shared<X11DesktopLook>(X11Connection::open());
+    std::unique_ptr<DesktopLook> x11Look = std::make_unique<X11DesktopLook>(X11Connection::open());
+    const std::shared_ptr<DesktopLook> look = isWayland ? makeWaylandLook(std::move(x11Look))
+                                                        : std::move(x11Look);
     platform.appearance = std::make_unique<DesktopAppearance>(look);
     platform.trayHost = std::make_unique<DesktopTrayHost>(look);
     platform.userNotifications = std::make_unique<DBusUserNotifications>();

@@ -5,7 +5,6 @@
 #include "Views/Windows/FramelessView.h"
 #include "Views/Windows/WindowPlacement.h"
 
-#include <QCursor>
 #include <QScreen>
 
 namespace Velloro {
@@ -34,7 +33,7 @@ WindowController::Content OnboardingWindowController::makeContent()
 {
     auto view = std::make_unique<FramelessView>(m_engine, Qt::Window, cornerRadius);
     view->setTitle(u"Welcome to Velloro"_s);
-    if (QScreen *screen = WindowPlacement::screenAt(QCursor::pos())) {
+    if (QScreen *screen = WindowPlacement::screenInUse(*m_platform.screenFrames)) {
         view->setScreen(screen);
         view->setPosition(
             WindowPlacement::centered(grown(windowSize, screen), screen->availableGeometry())

@@ -4,7 +4,6 @@
 #include "Base/StringLiterals.h"
 #include "Views/Windows/WindowPlacement.h"
 
-#include <QCursor>
 #include <QScreen>
 
 namespace Velloro {
@@ -25,80 +24,140 @@ QString decimal(double value)
     return text.contains(u'.') ? text : text + u".0"_s;
 }
 
+void logErrors(const QList<QQmlError> &errors)
+{
+    for (const QQmlError &error : errors)
+        log(error.toString());
+}
+
+QUrl source()
+{
+    return ViewEngine::url(u"Pill/RecordingPillView.qml"_s);
+}
+
+QVariantMap properties(RecordingPillViewModel &model)
+{
+    return {{u"model"_s, QVariant::fromValue(&model)}};
+}
+
 } // namespace
 
-RecordingPillWindowController::RecordingPillWindowController(ViewEngine &engine,
-                                                             ScreenFrames &screenFrames)
+RecordingPillWindowController::RecordingPillWindowController(ViewEngine &engine, Platform &platform)
     : m_engine(engine)
-    , m_screenFrames(screenFrames)
+    , m_screenFrames(*platform.screenFrames)
+    , m_overlay(platform.overlay.get())
 {
 }
 
 RecordingPillWindowController::~RecordingPillWindowController() = default;
 
+QQuickWindow *RecordingPillWindowController::window() const
+{
+    if (m_overlayView)
+        return m_overlayView->window();
+    return m_window.get();
+}
+
 void RecordingPillWindowController::show(AppState &appState)
 {
-    if (!m_window)
-        createWindow(appState);
-    if (!m_window) {
+    if (!m_model)
+        create(appState);
+    if (!m_model) {
         log(u"ERROR: Failed to create window"_s);
         return;
     }
-    positionWindow();
     m_model->setOnScreen(true);
-    m_window->show();
-    m_window->raise();
-    const QRect frame = m_window->geometry();
-    log(u"Window shown at (%1, %2, %3, %4)"_s.arg(decimal(frame.x()), decimal(frame.y()),
-                                                  decimal(frame.width()), decimal(frame.height())));
+    if (m_overlayView)
+        m_overlayView->show(WindowPlacement::pillBottomMargin);
+    else
+        showWindow();
+    const QRect shown = frame();
+    log(u"Window shown at (%1, %2, %3, %4)"_s.arg(decimal(shown.x()), decimal(shown.y()),
+                                                  decimal(shown.width()), decimal(shown.height())));
 }
 
 void RecordingPillWindowController::hide()
 {
-    if (m_window) {
+    if (m_overlayView)
+        m_overlayView->hide();
+    else if (m_window)
         m_window->hide();
+    if (m_model)
         m_model->setOnScreen(false);
-    }
     log(u"Window hidden"_s);
 }
 
-void RecordingPillWindowController::createWindow(AppState &appState)
+void RecordingPillWindowController::create(AppState &appState)
 {
-    auto model = std::make_unique<RecordingPillViewModel>(appState);
+    m_model = std::make_unique<RecordingPillViewModel>(appState);
+    if (m_overlay ? createOverlay() : createWindow())
+        log(u"Window created"_s);
+    else
+        m_model.reset();
+}
+
+bool RecordingPillWindowController::createOverlay()
+{
+    auto view = std::make_unique<OverlayView>(m_engine, *m_overlay);
+    if (const auto errors = view->load(source(), properties(*m_model)); !errors.isEmpty()) {
+        logErrors(errors);
+        return false;
+    }
+    m_overlayView = std::move(view);
+    return true;
+}
+
+bool RecordingPillWindowController::createWindow()
+{
     // A tooltip is passed over by the window manager: no focus, no task list, no switcher, every
     // desktop, and above windows that fill the screen.
-    auto window = std::make_unique<FramelessView>(
-        m_engine, Qt::ToolTip | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus,
-        cornerRadius);
+    Qt::WindowFlags flags = Qt::ToolTip | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus;
+    if (!m_screenFrames.pointer())
+        flags |= Qt::WindowTransparentForInput;
+    auto window = std::make_unique<FramelessView>(m_engine, flags, cornerRadius);
     window->setTitle(u"Velloro"_s);
-    window->setInitialProperties({{u"model"_s, QVariant::fromValue(model.get())}});
-    window->setSource(ViewEngine::url(u"Pill/RecordingPillView.qml"_s));
+    window->setInitialProperties(properties(*m_model));
+    window->setSource(source());
     if (window->status() != QQuickView::Ready) {
-        for (const QQmlError &error : window->errors())
-            log(error.toString());
-        return;
+        logErrors(window->errors());
+        return false;
     }
     // Other windows may have come up above since it was shown.
-    QObject::connect(model.get(), &RecordingPillViewModel::stateChanged, window.get(),
+    QObject::connect(m_model.get(), &RecordingPillViewModel::stateChanged, window.get(),
                      [view = window.get()] {
                          if (view->isVisible())
                              view->raise();
                      });
     m_window = std::move(window);
-    m_model = std::move(model);
-    log(u"Window created"_s);
+    return true;
+}
+
+void RecordingPillWindowController::showWindow()
+{
+    positionWindow();
+    m_window->show();
+    m_window->raise();
 }
 
 void RecordingPillWindowController::positionWindow()
 {
-    const QPointF pointer = QCursor::pos();
-    const QScreen *screen = WindowPlacement::screenAt(pointer);
+    const QScreen *screen = WindowPlacement::screenInUse(m_screenFrames);
     if (!screen) {
         log(u"ERROR: No screen available"_s);
         return;
     }
     const QRectF frame = WindowPlacement::visibleFrame(*screen, m_screenFrames);
-    m_window->setPosition(WindowPlacement::pillOrigin(pointer, m_window->size(), frame).toPoint());
+    const std::optional<QPointF> pointer = m_screenFrames.pointer();
+    const QPointF origin = pointer
+        ? WindowPlacement::pillOrigin(*pointer, m_window->size(), frame)
+        : WindowPlacement::pillOriginWithoutPointer(m_window->size(), frame);
+    m_window->setPosition(origin.toPoint());
+}
+
+/// Where it is; the place of an overlay is known to the desktop alone.
+QRect RecordingPillWindowController::frame() const
+{
+    return m_overlayView ? QRect({}, m_overlayView->size()) : m_window->geometry();
 }
 
 } // namespace Velloro

@@ -5,7 +5,6 @@
 #include "Views/Controls/SymbolRenderer.h"
 #include "Views/Windows/WindowPlacement.h"
 
-#include <QCursor>
 #include <QGuiApplication>
 #include <QQuickItem>
 #include <QScreen>
@@ -128,7 +127,11 @@ void MenuBarExtra::activated(QSystemTrayIcon::ActivationReason reason)
     }
     // Where the tray does not tell where its icon is, the pointer is on it.
     const QRect icon = m_trayIcon->geometry();
-    openPanelBeside(icon.isValid() ? icon : QRect(QCursor::pos() - QPoint(8, 8), QSize(16, 16)));
+    const std::optional<QPointF> pointer = m_screenFrames.pointer();
+    if (icon.isValid() || !pointer)
+        openPanel();
+    else
+        openPanelBeside({pointer->toPoint() - QPoint(8, 8), QSize(16, 16)});
 }
 
 void MenuBarExtra::openPanel()
@@ -139,7 +142,7 @@ void MenuBarExtra::openPanel()
 
 QRect MenuBarExtra::cornerOfScreen() const
 {
-    const QScreen *screen = WindowPlacement::screenAt(QCursor::pos());
+    const QScreen *screen = WindowPlacement::screenInUse(m_screenFrames);
     const QRect frame = screen ? WindowPlacement::visibleFrame(*screen, m_screenFrames) : QRect();
     return {frame.topRight(), QSize(1, 1)};
 }

@@ -41,6 +41,12 @@ QPointF pillOrigin(QPointF pointer, QSizeF size, const QRectF &visibleFrame)
     return {x, y};
 }
 
+QPointF pillOriginWithoutPointer(QSizeF size, const QRectF &visibleFrame)
+{
+    return {visibleFrame.center().x() - size.width() / 2,
+            visibleFrame.bottom() - pillBottomMargin - size.height()};
+}
+
 QPointF panelOrigin(const QRectF &anchor, QSizeF size, const QRectF &visibleFrame)
 {
     double x = anchor.center().x() - size.width() / 2;
@@ -84,6 +90,12 @@ QScreen *screenAt(QPointF point)
             return distance(point, a->geometry()) < distance(point, b->geometry());
         });
     return nearest == screens.end() ? nullptr : *nearest;
+}
+
+QScreen *screenInUse(const ScreenFrames &frames)
+{
+    const std::optional<QPointF> pointer = frames.pointer();
+    return pointer ? screenAt(*pointer) : QGuiApplication::primaryScreen();
 }
 
 } // namespace Velloro::WindowPlacement

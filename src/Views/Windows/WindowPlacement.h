@@ -18,6 +18,11 @@ namespace WindowPlacement {
 /// Where the frame is too small for both margins, the left and the bottom one win.
 [[nodiscard]] QPointF pillOrigin(QPointF pointer, QSizeF size, const QRectF &visibleFrame);
 
+/// The pill's distance from the frame's lower edge where nobody knows the pointer.
+constexpr int pillBottomMargin = 48;
+/// The pill's place there: in the middle of that edge.
+[[nodiscard]] QPointF pillOriginWithoutPointer(QSizeF size, const QRectF &visibleFrame);
+
 /// A panel that belongs to `anchor` (the tray icon): centred under it, or above it where there is
 /// no room below, or beside it where the tray is upright; wholly inside the frame where it fits.
 [[nodiscard]] QPointF panelOrigin(const QRectF &anchor, QSizeF size, const QRectF &visibleFrame);
@@ -33,6 +38,8 @@ namespace WindowPlacement {
 
 /// The screen that holds this point, or is nearest to it; null when there is no screen.
 [[nodiscard]] QScreen *screenAt(QPointF point);
+/// The screen with the pointer; the first one where nobody knows the pointer.
+[[nodiscard]] QScreen *screenInUse(const ScreenFrames &frames);
 
 } // namespace WindowPlacement
 } // namespace Velloro

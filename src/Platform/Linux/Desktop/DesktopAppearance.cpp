@@ -70,10 +70,10 @@ bool assign(T &target, const T &value)
 
 } // namespace
 
-DesktopAppearance::DesktopAppearance(std::shared_ptr<X11DesktopLook> look)
+DesktopAppearance::DesktopAppearance(std::shared_ptr<DesktopLook> look)
     : m_look(std::move(look))
 {
-    connect(m_look.get(), &X11DesktopLook::changed, this, &Appearance::changed);
+    connect(m_look.get(), &DesktopLook::changed, this, &Appearance::changed);
     qGuiApp->installEventFilter(this);
     askPortal();
     askForShell();

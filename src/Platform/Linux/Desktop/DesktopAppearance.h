@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Appearance.h"
-#include "Platform/Linux/X11/X11DesktopLook.h"
+#include "Platform/Linux/Desktop/DesktopLook.h"
 
 #include <QDBusMessage>
 #include <QProcess>
@@ -17,8 +17,7 @@ class DesktopAppearance : public Appearance
     Q_OBJECT
 
 public:
-    /// `look` may be without an X server.
-    explicit DesktopAppearance(std::shared_ptr<X11DesktopLook> look);
+    explicit DesktopAppearance(std::shared_ptr<DesktopLook> look);
     ~DesktopAppearance() override;
 
     [[nodiscard]] bool prefersDark() const override;
@@ -45,7 +44,7 @@ private:
     void readStoreLines(QProcess &process);
     bool apply(const QString &group, const QString &key, const QVariant &value);
 
-    std::shared_ptr<X11DesktopLook> m_look;
+    std::shared_ptr<DesktopLook> m_look;
     std::optional<bool> m_dark;
     std::optional<uint32_t> m_accent;
     double m_textScale = 1;

@@ -15,11 +15,11 @@ const QString watcherPath = u"/StatusNotifierWatcher"_s;
 
 } // namespace
 
-DesktopTrayHost::DesktopTrayHost(std::shared_ptr<X11DesktopLook> look)
+DesktopTrayHost::DesktopTrayHost(std::shared_ptr<DesktopLook> look)
     : m_look(std::move(look))
     , m_bus(SessionBus::connection())
 {
-    connect(m_look.get(), &X11DesktopLook::changed, this, &DesktopTrayHost::update);
+    connect(m_look.get(), &DesktopLook::changed, this, &DesktopTrayHost::update);
     // From whichever sender: who owns the names need not be known.
     m_bus.connect(QString(), u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s,
                   u"NameOwnerChanged"_s, {watcher}, QString(), this, SLOT(askWatcher()));

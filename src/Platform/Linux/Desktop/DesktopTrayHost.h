@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Linux/X11/X11DesktopLook.h"
+#include "Platform/Linux/Desktop/DesktopLook.h"
 #include "Platform/TrayHost.h"
 
 #include <QDBusConnection>
@@ -9,7 +9,7 @@
 namespace Velloro {
 
 /// The tray of a Linux desktop: the host of StatusNotifierItems on the session bus, else the tray
-/// of the X server.
+/// of the display server.
 ///
 /// The toolkit waits for the host's answer when it makes an icon, and decides once which of the
 /// two trays it uses. So there is no tray as long as a host that is there does not answer.
@@ -18,8 +18,7 @@ class DesktopTrayHost final : public TrayHost
     Q_OBJECT
 
 public:
-    /// `look` may be without an X server.
-    explicit DesktopTrayHost(std::shared_ptr<X11DesktopLook> look);
+    explicit DesktopTrayHost(std::shared_ptr<DesktopLook> look);
 
     [[nodiscard]] bool isPresent() const override { return m_isPresent; }
 
@@ -31,7 +30,7 @@ private:
 
     void update();
 
-    std::shared_ptr<X11DesktopLook> m_look;
+    std::shared_ptr<DesktopLook> m_look;
     QDBusConnection m_bus;
     Host m_host = Host::unknown;
     /// Counts the questions: the answer to an older one is no longer asked for.

@@ -1,17 +1,38 @@
 #include "Platform/Linux/Wayland/WaylandServices.h"
 
+#include "Base/StringLiterals.h"
 #include "Platform/Linux/Wayland/Clipboard/DataControl.h"
 #include "Platform/Linux/Wayland/Clipboard/WaylandPasteboard.h"
 #include "Platform/Linux/Wayland/Keyboard/WaylandKeyboardEvents.h"
 #include "Platform/Linux/Wayland/Keyboard/XWaylandKeyboardEvents.h"
+#include "Platform/Linux/Wayland/Overlay/WaylandOverlay.h"
+#include "Platform/Linux/Wayland/WaylandConnection.h"
+#include "Platform/Linux/Wayland/WaylandDesktopLook.h"
+#include "Platform/Linux/Wayland/WaylandScreenFrames.h"
 #include "Platform/Linux/Wayland/WaylandUserInput.h"
 #include "Platform/Linux/Wayland/WaylandWorkspace.h"
 
+#include <QGuiApplication>
+
 namespace Velloro {
+
+namespace {
+
+/// The service where the program's windows are the X server's, and nothing where they are the
+/// compositor's own.
+template <typename Service>
+std::unique_ptr<Service> ofX11Windows(std::unique_ptr<Service> x11)
+{
+    return QGuiApplication::platformName() == u"xcb"_s ? std::move(x11) : nullptr;
+}
+
+} // namespace
 
 void addWaylandServices(Platform &platform, const std::shared_ptr<WaylandConnection> &display,
                         const std::shared_ptr<PasteCoordinator> &pasting)
 {
+    platform.screenFrames
+        = std::make_unique<WaylandScreenFrames>(ofX11Windows(std::move(platform.screenFrames)));
     if (!display)
         return;
     const auto windows = WindowList::make(display);
@@ -27,6 +48,12 @@ void addWaylandServices(Platform &platform, const std::shared_ptr<WaylandConnect
             = std::make_unique<XWaylandKeyboardEvents>(std::move(platform.keyboardEvents));
     }
     platform.userInput = std::make_unique<WaylandUserInput>();
+    platform.overlay = WaylandOverlay::make(display);
+}
+
+std::unique_ptr<DesktopLook> makeWaylandLook(std::unique_ptr<DesktopLook> x11)
+{
+    return std::make_unique<WaylandDesktopLook>(ofX11Windows(std::move(x11)));
 }
 
 } // namespace Velloro

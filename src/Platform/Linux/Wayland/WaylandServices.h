@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Linux/Desktop/DesktopLook.h"
 #include "Platform/Linux/PasteCoordinator.h"
 #include "Platform/Platform.h"
 
@@ -13,5 +14,8 @@ class WaylandConnection;
 /// does not offer stays as it is.
 void addWaylandServices(Platform &platform, const std::shared_ptr<WaylandConnection> &display,
                         const std::shared_ptr<PasteCoordinator> &pasting);
+
+/// The desktop's look, in place of what the X server beside the compositor tells.
+[[nodiscard]] std::unique_ptr<DesktopLook> makeWaylandLook(std::unique_ptr<DesktopLook> x11);
 
 } // namespace Velloro

@@ -13,7 +13,7 @@ constexpr uint8_t eventTypeMask = 0x7f;
 } // namespace
 
 X11DesktopLook::X11DesktopLook(std::shared_ptr<X11Connection> connection, QObject *parent)
-    : QObject(parent)
+    : DesktopLook(parent)
     , m_connection(std::move(connection))
 {
     if (!m_connection)

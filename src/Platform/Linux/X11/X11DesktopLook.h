@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Platform/Linux/Desktop/DesktopLook.h"
 #include "Platform/Linux/X11/X11Connection.h"
 
 #include <QByteArray>
-#include <QObject>
 #include <memory>
 #include <optional>
 
@@ -11,7 +11,7 @@ namespace Velloro {
 
 /// What the X server's screen tells of the desktop's look: whether a compositing manager runs,
 /// whether there is a tray, and its colours. It follows them. Main thread only.
-class X11DesktopLook : public QObject
+class X11DesktopLook : public DesktopLook
 {
     Q_OBJECT
 
@@ -20,13 +20,9 @@ public:
     /// where there is no X server.
     explicit X11DesktopLook(std::shared_ptr<X11Connection> connection, QObject *parent = nullptr);
 
-    [[nodiscard]] bool isCompositing() const { return m_isCompositing; }
-    [[nodiscard]] bool hasTray() const { return m_hasTray; }
-    /// Whether the tray is dark; nothing where there is no X11 tray, or one that does not tell.
-    [[nodiscard]] std::optional<bool> isTrayDark() const { return m_isTrayDark; }
-
-Q_SIGNALS:
-    void changed();
+    [[nodiscard]] bool isCompositing() const override { return m_isCompositing; }
+    [[nodiscard]] bool hasTray() const override { return m_hasTray; }
+    [[nodiscard]] std::optional<bool> isTrayDark() const override { return m_isTrayDark; }
 
 private:
     void eventReceived(const xcb_generic_event_t *event);

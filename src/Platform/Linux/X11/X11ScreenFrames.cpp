@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/X11/XcbReply.h"
 
+#include <QCursor>
 #include <QGuiApplication>
 #include <algorithm>
 #include <array>
@@ -79,6 +80,11 @@ QRect X11ScreenFrames::withoutPanels(const QRect &monitor, std::span<const QRect
             visible = rest;
     }
     return visible;
+}
+
+std::optional<QPointF> X11ScreenFrames::pointer() const
+{
+    return QCursor::pos();
 }
 
 std::vector<QRect> X11ScreenFrames::panels() const

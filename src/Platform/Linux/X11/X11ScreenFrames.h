@@ -21,6 +21,7 @@ public:
 
     [[nodiscard]] std::optional<QRect> visibleFrame(const QRect &screen,
                                                     double pixelRatio) const override;
+    [[nodiscard]] std::optional<QPointF> pointer() const override;
 
     /// A monitor without the panels that reserve parts of the edges of the desktop, all in the
     /// server's pixels. A reservation that would leave nothing of it is another monitor's.
