@@ -7,7 +7,7 @@ import sys
 import threading
 import time
 
-from velloro_tools.desktop import PrivateDesktop, User, Velloro
+from velloro_tools.desktop import PrivateDesktop, Velloro
 from velloro_tools.places import RECORDING
 
 HERE = pathlib.Path(__file__).resolve().parent
@@ -171,7 +171,7 @@ def dictations(program, model, path, repetitions, recording_seconds):
             shown.append(time.monotonic())
 
     with PrivateDesktop() as desktop:
-        user = User(desktop)
+        user = desktop.user()
         phrase = desktop.folder / "phrase.wav"
         # Understood at once: a second attempt with more decoders would cost 37 MB at the peak.
         desktop.run(["sox", str(RECORDING), str(phrase), "trim", "7.9", "2.9"])

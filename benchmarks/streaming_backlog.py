@@ -9,7 +9,7 @@ import sys
 import threading
 import time
 
-from velloro_tools.desktop import DesktopError, PrivateDesktop, User, Velloro
+from velloro_tools.desktop import DesktopError, PrivateDesktop, Velloro
 from velloro_tools.models import ModelError, obtain
 from velloro_tools.places import PROGRAM, RECORDING
 
@@ -35,7 +35,7 @@ def longest_backlog(begin, ends):
 
 
 def measure(arguments, model, path, desktop):
-    user = User(desktop)
+    user = desktop.user()
     recording = desktop.folder / "minute.wav"
     desktop.run(["sox", *[str(RECORDING)] * (arguments.seconds // 11 + 1), str(recording),
                  "trim", "0", str(arguments.seconds)])

@@ -12,7 +12,7 @@ import sys
 import unittest
 
 from velloro_tools import models
-from velloro_tools.desktop import MissingComponent, PrivateDesktop, User, Velloro
+from velloro_tools.desktop import MissingComponent, PrivateDesktop, Velloro
 from velloro_tools.places import RECORDING as JFK
 
 SKIPPED = 77
@@ -47,14 +47,17 @@ class DesktopCase(unittest.TestCase):
         self.model = next(iter(self.present), None)
         if not self.model or not JFK.exists():
             self.skipTest(f"no speech model: set {models.ENVIRONMENT_FOLDER}")
-        self.desktop = PrivateDesktop()
+        self.desktop = self.make_desktop()
         try:
             self.enterContext(self.desktop)
         except MissingComponent as error:
             self.skipTest(str(error))
-        self.user = User(self.desktop)
+        self.user = self.desktop.user()
         self.velloro = Velloro(self.desktop, os.environ["VELLORO_PROGRAM"])
         self.addCleanup(self._end)
+
+    def make_desktop(self):
+        return PrivateDesktop()
 
     def _end(self):
         # Some tests kill it.

@@ -8,7 +8,8 @@ import signal
 import sys
 import time
 
-from .desktop import DesktopError, PrivateDesktop, User, Velloro, wait_for
+from .desktop import DESKTOPS, DesktopError, Velloro, wait_for
+from .desktop.user import TERMINALS
 from .models import ModelError, obtain
 from .places import PROGRAM, RECORDING, ROOT
 
@@ -29,8 +30,11 @@ def parse_arguments():
                         help="what is said: a sound file of any usual format")
     parser.add_argument("--language", choices=LANGUAGES, default="en", metavar="CODE",
                         help="the language that is spoken: " + ", ".join(LANGUAGES))
+    parser.add_argument("--desktop", choices=DESKTOPS, default="x11", metavar="NAME",
+                        help="where: " + ", ".join(DESKTOPS))
     parser.add_argument("--app", default="mousepad", metavar="APPLICATION",
-                        help="mousepad, zenity, xterm, or a command of your own")
+                        help="mousepad, zenity, a terminal (xterm, and foot on Wayland), or a "
+                             "command of your own")
     parser.add_argument("--toggle", action="store_true",
                         help="press the hotkey to start and again to stop, instead of holding it")
     parser.add_argument("--streaming", action="store_true",
@@ -50,8 +54,8 @@ def parse_arguments():
 def open_application(user, name):
     """Opens it and returns a function that reads the text that stands in it, or None if nothing
     can tell."""
-    if name == "xterm":
-        user.open_terminal()
+    if name in TERMINALS:
+        user.open_terminal(name)
         return user.terminal_line
     user.open(ZENITY if name == "zenity" else shlex.split(name))
     if name in ("mousepad", "zenity"):
@@ -72,13 +76,13 @@ def watch(speech, read):
 
 
 def show(arguments, model, path, desktop):
-    user = User(desktop)
+    user = desktop.user()
     user.prepare_speech(arguments.audio)
     velloro = Velloro(desktop, arguments.program, on_line=lambda line: say("  " + line))
     velloro.set_up(model=model, model_file=path, selectedLanguage=arguments.language,
                    recordingMode="Toggle" if arguments.toggle else "Hold to Talk",
                    enableRealtimeStreaming=arguments.streaming)
-    say("Velloro, on a private desktop:")
+    say(f"Velloro, on a private desktop ({arguments.desktop}):")
     velloro.start()
     velloro.wait_for("[WhisperManager] Loaded model: ")
 
@@ -124,7 +128,7 @@ def main():
     signal.signal(signal.SIGHUP, lambda number, _frame: sys.exit(128 + number))
     try:
         model, path = obtain(arguments.language, arguments.model, say)
-        with PrivateDesktop() as desktop:
+        with DESKTOPS[arguments.desktop]() as desktop:
             show(arguments, model, path, desktop)
     except (DesktopError, ModelError) as error:
         sys.exit(f"demo: {error}")

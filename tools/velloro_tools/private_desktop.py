@@ -1,9 +1,9 @@
 """Runs a command on a private desktop, without a screen, a sound card or a session of one's own.
 
-The desktop has an X server, a window manager that takes no keys, a session bus, an accessibility
-bus and a sound server whose default source "microphone" hears what is played into the sink
-"voice" (`paplay -d voice FILE`). Home and settings are temporary. All of it ends with the
-command; its exit status is returned.
+The desktop has a display (an X server with a window manager that takes no keys, or the Wayland
+compositor that is named), a session bus, an accessibility bus and a sound server whose default
+source "microphone" hears what is played into the sink "voice" (`paplay -d voice FILE`). Home and
+settings are temporary. All of it ends with the command; its exit status is returned.
 """
 
 import argparse
@@ -11,7 +11,7 @@ import signal
 import subprocess
 import sys
 
-from .desktop import DesktopError, MissingComponent, PrivateDesktop
+from .desktop import DESKTOPS, DesktopError, MissingComponent
 
 NOT_INSTALLED = 77
 
@@ -23,17 +23,21 @@ def interrupted(number, _frame):
 def main():
     parser = argparse.ArgumentParser(prog="tools/private-desktop", description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--screen", default="1280x800x24", metavar="WxHxDEPTH")
+    parser.add_argument("--desktop", choices=DESKTOPS, default="x11", metavar="NAME",
+                        help="one of " + ", ".join(DESKTOPS))
+    parser.add_argument("--screen", default="1280x800", metavar="WxH")
     parser.add_argument("command", nargs=argparse.REMAINDER, metavar="-- COMMAND...")
     arguments = parser.parse_args()
     command = arguments.command[1:] if arguments.command[:1] == ["--"] else arguments.command
     if not command:
         parser.error("no command given")
 
+    size = tuple(map(int, arguments.screen.split("x")))
+
     for number in (signal.SIGTERM, signal.SIGHUP):
         signal.signal(number, interrupted)
     try:
-        with PrivateDesktop(screen=arguments.screen) as desktop:
+        with DESKTOPS[arguments.desktop](size) as desktop:
             process = subprocess.Popen(command, env=desktop.environment)
             if signal.getsignal(signal.SIGINT) is signal.default_int_handler:
                 # The command gets an interruption too, and decides.

@@ -8,7 +8,7 @@ import re
 import sys
 import time
 
-from .desktop import DesktopError, PrivateDesktop, User, Velloro
+from .desktop import DesktopError, PrivateDesktop, Velloro
 from .models import ModelError, obtain
 from .places import PROGRAM, RECORDING
 
@@ -58,7 +58,7 @@ def dictate(user, velloro, recording):
 
 
 def soak(arguments, model, path, desktop):
-    user = User(desktop)
+    user = desktop.user()
     recording = desktop.folder / "speech.wav"
     # Understood at once: a second attempt with more decoders costs memory that is then kept.
     desktop.run(["sox", str(RECORDING), str(recording), "trim", "7.9", "2.9"])

@@ -4,7 +4,7 @@ import subprocess
 import time
 import traceback
 
-from ..desktop import DesktopError, PrivateDesktop, User, Velloro, wait_for
+from ..desktop import DesktopError, PrivateDesktop, Velloro, wait_for
 from ..places import RECORDING
 from .fields import BEFORE
 from .outcome import Outcome, Verdict
@@ -40,7 +40,7 @@ class Dictation:
             outcome.conclude(Verdict.NOT_STARTED, "not installed: " + ", ".join(missing))
         else:
             with PrivateDesktop() as desktop:
-                self._desktop, self._user = desktop, User(desktop)
+                self._desktop, self._user = desktop, desktop.user()
                 self._velloro = Velloro(desktop, self._program)
                 self._field = None
                 try:

@@ -1,7 +1,13 @@
-"""A private desktop for tests and demonstrations, and what a user would do on it."""
+"""Private desktops for tests and demonstrations, and what a user would do on them."""
 
-from .desktop import DesktopError, MissingComponent, PrivateDesktop, wait_for
+from .desktop import PrivateDesktop
+from .errors import DesktopError, MissingComponent, wait_for
+from .phoc_desktop import PhocDesktop
 from .program import Velloro
-from .user import User
+from .sway_desktop import SwayDesktop
 
-__all__ = ["DesktopError", "MissingComponent", "PrivateDesktop", "User", "Velloro", "wait_for"]
+# By the names that they have for the tools.
+DESKTOPS = {"x11": PrivateDesktop, "sway": SwayDesktop, "phoc": PhocDesktop}
+
+__all__ = ["DESKTOPS", "DesktopError", "MissingComponent", "PhocDesktop", "PrivateDesktop",
+           "SwayDesktop", "Velloro", "wait_for"]

@@ -11,12 +11,13 @@ import struct
 import subprocess
 import sys
 import tempfile
-import time
 
 from . import watchdog
+from .errors import DesktopError, MissingComponent, wait_for
+from .user import User
 
 ACCESSIBILITY_LAUNCHER = "/usr/libexec/at-spi-bus-launcher"
-COMMANDS = ["Xvfb", "openbox", "xprop", "dbus-daemon", "dbus-send", "pulseaudio", "pactl", "paplay"]
+COMMANDS = ["dbus-daemon", "dbus-send", "pulseaudio", "pactl", "paplay"]
 
 # The window manager reacts to no key: all of them are the programs'. A click raises the window and
 # reaches its program, too (bound to the frame, it would not).
@@ -48,44 +49,49 @@ set-default-sink speakers
 set-default-source microphone
 """  # noqa: E501
 
+# The bus starts what the desktop names, and nothing that happens to be installed.
+BUS_CONFIGURATION = """<busconfig>
+  <type>session</type>
+  <listen>unix:path={socket}</listen>
+  <auth>EXTERNAL</auth>
+  <servicedir>{services}</servicedir>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+"""
+INSTALLED_SERVICES = pathlib.Path("/usr/share/dbus-1/services")
+
 # Settings of the desktop that a private one must not take over.
 FOREIGN_VARIABLES = [
     "DBUS_SESSION_BUS_ADDRESS", "DBUS_STARTER_ADDRESS", "AT_SPI_BUS_ADDRESS", "NO_AT_BRIDGE",
-    "WAYLAND_DISPLAY", "XAUTHORITY", "SESSION_MANAGER", "GTK_MODULES", "GTK_THEME", "LC_ALL",
-    "LANGUAGE", "PULSE_SINK", "PULSE_SOURCE", "PULSE_COOKIE", "XDG_CURRENT_DESKTOP",
-    "XDG_SESSION_TYPE", "DESKTOP_SESSION", "DESKTOP_STARTUP_ID"]
-
-
-class DesktopError(Exception):
-    """Something of the desktop did not start, or ended."""
-
-
-class MissingComponent(DesktopError):
-    """A program that the desktop needs is not installed."""
-
-
-def wait_for(condition, what, timeout=20.0, interval=0.02):
-    """The first true value of `condition()`; for what can't be awaited but only asked for."""
-    deadline = time.monotonic() + timeout
-    while True:
-        value = condition()
-        if value:
-            return value
-        if time.monotonic() > deadline:
-            raise DesktopError(f"timed out after {timeout:g} s waiting for {what}")
-        time.sleep(interval)
+    "DISPLAY", "WAYLAND_DISPLAY", "WAYLAND_SOCKET", "SWAYSOCK", "I3SOCK", "GDK_BACKEND",
+    "XAUTHORITY", "SESSION_MANAGER", "GTK_MODULES", "GTK_THEME", "LC_ALL", "LANGUAGE",
+    "PULSE_SINK", "PULSE_SOURCE", "PULSE_COOKIE", "XDG_CURRENT_DESKTOP", "XDG_SESSION_TYPE",
+    "DESKTOP_SESSION", "DESKTOP_STARTUP_ID"]
 
 
 class PrivateDesktop:
-    """Starts the desktop on entry, ends all that was started on it at exit.
+    """An X11 desktop; its descendants are desktops of other compositors.
+
+    Starts the desktop on entry, ends all that was started on it at exit.
 
     `environment` is what programs on the desktop are to be started with, `folder` the desktop's
     own temporary folder (home, settings, logs), removed at the end. Should the owner die without
     an exit, a detached watchdog does the same.
     """
 
-    def __init__(self, screen="1280x800x24"):
-        self._screen = screen
+    # What it needs beside the COMMANDS of every desktop.
+    components = ["Xvfb", "openbox", "xprop"]
+    # The services that its bus starts for whoever asks for them.
+    services = ["org.a11y.Bus"]
+    user_class = User
+
+    def __init__(self, size=(1280, 800)):
+        """`size` is that of the screen, in pixels."""
+        self.size = size
         self.folder = None
         self.environment = {}
         self._services = {}
@@ -94,7 +100,7 @@ class PrivateDesktop:
     # --- life -----------------------------------------------------------------------------
 
     def __enter__(self):
-        missing = [name for name in COMMANDS if not shutil.which(name)]
+        missing = [name for name in COMMANDS + self.components if not shutil.which(name)]
         if not os.path.exists(ACCESSIBILITY_LAUNCHER):
             missing.append("at-spi-bus-launcher")
         if missing:
@@ -136,6 +142,10 @@ class PrivateDesktop:
         subprocess.run([sys.executable, watchdog.__file__, str(self.folder)], stdin=reading,
                        check=True, start_new_session=True)
         os.close(reading)
+
+    def user(self):
+        """Who works on it."""
+        return self.user_class(self)
 
     # --- what it consists of ------------------------------------------------------------------
 
@@ -186,6 +196,11 @@ class PrivateDesktop:
             struct.pack(">H", 0xFFFF)
             + b"".join(struct.pack(">H", len(field)) + field for field in cookie))
         (self.folder / "openbox.xml").write_text(OPENBOX_CONFIGURATION)
+        (self.folder / "services").mkdir()
+        for name in self.services:
+            self.offer_service(name)
+        (self.folder / "bus.conf").write_text(BUS_CONFIGURATION.format(
+            socket=self.runtime / "bus", services=self.folder / "services"))
         (self.folder / "sound.pa").write_text(
             SOUND_CONFIGURATION.format(socket=self.runtime / "pulse-native"))
         settings = self.config_home / "glib-2.0/settings"
@@ -199,27 +214,28 @@ class PrivateDesktop:
         self.start_sound(wait=False)
         self.environment["DISPLAY"] = display()
         # What the bus starts needs the display, too.
-        self._start_service("bus", ["dbus-daemon", "--session", "--nofork", "--nopidfile",
-                                    "--address=" + self.environment["DBUS_SESSION_BUS_ADDRESS"]])
+        self._start_bus()
         self._start_service("window-manager", [
             "openbox", "--sm-disable", "--config-file", str(self.folder / "openbox.xml")])
-        self._wait_until("bus", lambda: (self.runtime / "bus").exists(), "the session bus")
+        self._wait_for_bus()
         self.start_accessibility()
         self._wait_until("window-manager", lambda: "window id" in self._output(
             ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]), "the window manager")
         self._wait_for_sound()
 
+    def _start_bus(self):
+        self._start_service("bus", ["dbus-daemon", "--config-file", str(self.folder / "bus.conf"),
+                                    "--nofork", "--nopidfile"])
+
+    def _wait_for_bus(self):
+        self._wait_until("bus", lambda: (self.runtime / "bus").exists(), "the session bus")
+
     def _start_display(self):
-        sockets = pathlib.Path("/tmp/.X11-unix")
-        if not sockets.exists():
-            try:
-                sockets.mkdir()
-                sockets.chmod(0o1777)
-            except OSError:
-                pass  # another desktop was quicker, or the server will say what it lacks
+        self._make_display_folder()
         reading, writing = os.pipe()
+        width, height = self.size
         self._start_service("display", [
-            "Xvfb", "-displayfd", str(writing), "-screen", "0", self._screen, "-noreset",
+            "Xvfb", "-displayfd", str(writing), "-screen", "0", f"{width}x{height}x24", "-noreset",
             "-nolisten", "tcp", "-auth", self.environment["XAUTHORITY"]], pass_fds=[writing])
         os.close(writing)
 
@@ -231,7 +247,23 @@ class PrivateDesktop:
             return ":" + digits
         return number
 
+    @staticmethod
+    def _make_display_folder():
+        sockets = pathlib.Path("/tmp/.X11-unix")
+        if not sockets.exists():
+            try:
+                sockets.mkdir()
+                sockets.chmod(0o1777)
+            except OSError:
+                pass  # another desktop was quicker, or the server will say what it lacks
+
     # --- its services -------------------------------------------------------------------------
+
+    def offer_service(self, name):
+        """Has the bus start an installed service when somebody asks for it."""
+        file = f"{name}.service"
+        if (INSTALLED_SERVICES / file).exists():
+            (self.folder / "services" / file).symlink_to(INSTALLED_SERVICES / file)
 
     def start_sound(self, wait=True):
         """Starts the sound server; after `stop_service("sound")`, again."""

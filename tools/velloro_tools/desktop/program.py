@@ -9,7 +9,7 @@ import threading
 import time
 
 from ..models import file_name
-from .desktop import DesktopError
+from .errors import DesktopError
 
 
 class Velloro:

@@ -7,11 +7,16 @@ import shlex
 import subprocess
 import sys
 
-from .desktop import DesktopError, wait_for
+from .errors import DesktopError, wait_for
 
 HERE = pathlib.Path(__file__).resolve().parent
 PRESS_KEY = HERE / "press_key.py"
 HOTKEY = ["Alt_L", "space"]
+# How each is told to run a command.
+TERMINALS = {
+    "xterm": ["xterm", "-u8", "-fa", "DejaVu Sans Mono", "-fs", "11", "-geometry", "110x24", "-e"],
+    "foot": ["foot", "--font", "DejaVu Sans Mono:size=10"],
+}
 
 
 class User:
@@ -91,14 +96,15 @@ class User:
         wait_for(has_window, f"the window of {command[0]}")
         return process
 
-    def open_terminal(self):
-        """Opens xterm with a shell. What stands in it is `terminal_text()`."""
-        self._typescript = self.desktop.folder / "typescript"
+    def open_terminal(self, terminal="xterm"):
+        """Opens a terminal (one of TERMINALS) with a shell. What stands in it is
+        `terminal_text()`."""
+        self._typescript = self.desktop.folder / f"typescript-{terminal}"
+        self._typescript.unlink(missing_ok=True)
         # A plain shell: its line is echoed by the terminal, byte for byte.
         shell = "env PS1='$ ' ENV= dash -i"
-        process = self.open([
-            "xterm", "-u8", "-fa", "DejaVu Sans Mono", "-fs", "11", "-geometry", "110x24",
-            "-e", "script", "-qfc", shell, str(self._typescript)])
+        process = self.open([*TERMINALS[terminal], "script", "-qfc", shell,
+                             str(self._typescript)])
         wait_for(lambda: "$ " in self.terminal_text(), "the shell's prompt")
         return process
 
