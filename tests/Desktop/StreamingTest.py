@@ -1,15 +1,13 @@
 """Words are typed while they are spoken, and are replaced by the final text."""
 
 import contextlib
-import itertools
 import pathlib
 import signal
 import threading
-import time
 
-from desktop_case import BUSY, JFK, JFK_WORDS, main
-from streaming_case import STARTED, StreamingCase
-from velloro_tools.desktop import DesktopError, wait_for
+from desktop_case import JFK, main
+from streaming_case import StreamingCase
+from velloro_tools.desktop import wait_for
 
 
 def is_at_work(process):
@@ -19,45 +17,6 @@ def is_at_work(process):
 
 
 class StreamingTest(StreamingCase):
-    def speak_and_watch(self, mark, read):
-        """Speaks, then holds the key until words stand in the application and no more come; the
-        texts seen, one after the other."""
-        seen = []
-        growth = time.monotonic()
-        speech = self.user.start_speaking(JFK)
-
-        def look():
-            nonlocal growth
-            text = read()
-            if text and (not seen or seen[-1] != text):
-                seen.append(text)
-                growth = time.monotonic()
-            return (speech.poll() is not None and text and len(text) == self.counted(mark)
-                    and time.monotonic() > growth + 0.5)
-        wait_for(look, "all that was counted in the application", timeout=60, interval=0.2)
-        return seen
-
-    def dictate_and_check(self, read):
-        mark = self.start_recording()
-        seen = self.speak_and_watch(mark, read)
-        final = self.end_recording(mark)
-        with contextlib.suppress(DesktopError):
-            wait_for(lambda: read() == final, "the final text alone")
-        self.assertEqual(read(), final)
-        self.assert_words(final, JFK_WORDS)
-        # It only ever grew.
-        self.assertTrue(seen)
-        for before, after in itertools.pairwise(seen):
-            self.assertTrue(after.startswith(before), (before, after))
-        deletion = [line for line in self.velloro.lines[mark:]
-                    if " characters of streaming" in line]
-        self.assertEqual(
-            deletion, [f"[Dictation] Deleting {self.counted(mark)} characters of streaming text"])
-        # The hotkey is held for long, and repeats itself.
-        self.assertEqual(sum(line == STARTED for line in self.velloro.lines[mark:]), 1)
-        self.assertFalse([line for line in self.velloro.lines if line.startswith(BUSY)])
-        return final
-
     def test_editor(self):
         self.start_streaming()
         self.user.open(["mousepad"])

@@ -20,6 +20,8 @@ class Velloro:
         self.desktop = desktop
         self._on_line = on_line
         self._command = [pathlib.Path(program).resolve(), *arguments]
+        # What it is told otherwise than the desktop's other programs; None: nothing.
+        self.environment = {}
         self.process = None
         self.lines = []
         self._changed = threading.Condition()
@@ -74,13 +76,22 @@ class Velloro:
         with self._changed:
             self._ended = False
         self.process = subprocess.Popen(
-            self._command, env=self.desktop.environment, cwd=self.desktop.home,
+            self._command, env=self._told(), cwd=self.desktop.home,
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
             errors="replace", start_new_session=True)
         self._reader = threading.Thread(target=self._read, args=[self.process], daemon=True)
         self._reader.start()
         self.wait_for(until, since=start)
         return self
+
+    def _told(self):
+        environment = self.desktop.environment | self.environment
+        return {name: value for name, value in environment.items() if value is not None}
+
+    def command(self, *arguments):
+        """Starts it once more with these arguments, and returns the exit status."""
+        return subprocess.run([self._command[0], *arguments], env=self._told(), timeout=10,
+                              check=False, stdout=subprocess.DEVNULL).returncode
 
     def _read(self, process):
         for line in process.stdout:

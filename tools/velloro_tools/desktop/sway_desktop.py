@@ -20,15 +20,10 @@ class SwayDesktop(WaylandDesktop):
     components = [*WaylandDesktop.components, "sway", "swaymsg", "grim"]
     session = {**HEADLESS, "XDG_CURRENT_DESKTOP": "sway"}
 
-    def __init__(self, *arguments, configuration=""):
-        """`configuration` is added to ours."""
-        super().__init__(*arguments)
-        self._configuration = configuration
-
     def _command(self):
         width, height = self.size
         file = self.folder / "sway.conf"
-        file.write_text(CONFIGURATION.format(width=width, height=height) + self._configuration)
+        file.write_text(CONFIGURATION.format(width=width, height=height))
         self.environment["SWAYSOCK"] = str(self.runtime / "sway.sock")
         return self._unprivileged(["sway", "-c", str(file)])
 
@@ -42,7 +37,24 @@ class SwayDesktop(WaylandDesktop):
     def _make_devices(self):
         return WlrootsDevices(self.display_socket, self._layout_size)
 
+    def add_output(self, place):
+        """Another output at the place (x, y, width, height); its name."""
+        before = self.outputs()
+        self.message("create_output")
+        name = wait_for(lambda: next(iter(self.outputs().keys() - before.keys()), None),
+                        "the output")
+        x, y, width, height = place
+        self.message(f"output {name} mode {width}x{height} position {x} {y}")
+        wait_for(lambda: self.outputs()[name] == tuple(place), "the output's size")
+        return name
+
     # --- what it tells ----------------------------------------------------------------------------
+
+    def configure(self, lines):
+        """Adds lines to sway's configuration and has it read anew."""
+        with open(self.folder / "sway.conf", "a") as file:
+            file.write(lines + "\n")
+        self.message("reload")
 
     def message(self, command):
         """Has sway do something."""

@@ -43,9 +43,14 @@ class WaylandUser(User):
     def windows(self, title):
         return self.desktop.places(title)
 
+    def window_titles(self):
+        return [one["name"] for one in self.desktop.windows()]
+
     def pixels(self, x, y, width, height):
-        return self.desktop.run(["grim", "-g", f"{x},{y} {width}x{height}", "-t", "ppm", "-"],
-                                encoding="latin-1")
+        """What the screen shows there, as a pixmap."""
+        return subprocess.run(["grim", "-g", f"{x},{y} {width}x{height}", "-t", "ppm", "-"],
+                              env=self.desktop.environment, check=True, timeout=10,
+                              stdout=subprocess.PIPE).stdout
 
     # --- clipboard ------------------------------------------------------------------------------
 
