@@ -2,12 +2,14 @@
 
 from .desktop import PrivateDesktop
 from .errors import DesktopError, MissingComponent, wait_for
+from .kwin_desktop import KwinDesktop
 from .phoc_desktop import PhocDesktop
 from .program import Velloro
 from .sway_desktop import SwayDesktop
 
 # By the names that they have for the tools.
-DESKTOPS = {"x11": PrivateDesktop, "sway": SwayDesktop, "phoc": PhocDesktop}
+DESKTOPS = {"x11": PrivateDesktop, "sway": SwayDesktop, "phoc": PhocDesktop,
+            "kde": KwinDesktop}
 
-__all__ = ["DESKTOPS", "DesktopError", "MissingComponent", "PhocDesktop", "PrivateDesktop",
+__all__ = ["DESKTOPS", "DesktopError", "KwinDesktop", "MissingComponent", "PhocDesktop", "PrivateDesktop",
            "SwayDesktop", "Velloro", "wait_for"]

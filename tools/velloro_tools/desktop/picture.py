@@ -9,6 +9,16 @@ def size_and_pixels(picture):
     return int(heading[1]), int(heading[2]), picture[heading.end():]
 
 
+def pixmap(width, height, stride, pixels):
+    """The picture of pixels that are blue, green, red and something else, each a byte."""
+    colours = bytearray(3 * width * height)
+    for y in range(height):
+        row = pixels[y * stride:y * stride + 4 * width]
+        for colour in range(3):
+            colours[3 * width * y + colour:3 * width * (y + 1):3] = row[2 - colour::4]
+    return b"P6\n%d %d\n255\n" % (width, height) + bytes(colours)
+
+
 def difference(first, second):
     """The smallest place (x, y, width, height) that holds all pixels in which the pictures differ,
     or None if they are the same."""

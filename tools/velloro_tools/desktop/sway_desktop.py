@@ -82,6 +82,9 @@ class SwayDesktop(WaylandDesktop):
                 yield from walk(child)
         return list(walk(self.query("get_tree")))
 
+    def window_titles(self):
+        return [one["name"] for one in self.windows()]
+
     def places(self, title):
         """The places of the windows with exactly this title."""
         return [place_of(one) for one in self.windows() if one["name"] == title]

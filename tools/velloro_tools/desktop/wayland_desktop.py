@@ -1,6 +1,7 @@
 """A private desktop with a Wayland compositor in place of the X server and its window manager."""
 
 import os
+import subprocess
 
 from .desktop import PrivateDesktop
 from .wayland_user import WaylandUser
@@ -22,11 +23,15 @@ class WaylandDesktop(PrivateDesktop):
     def __init__(self, *arguments):
         super().__init__(*arguments)
         self.devices = None
+        self._bus = None
 
     def close(self):
         if self.devices:
             self.devices.close()
             self.devices = None
+        if self._bus:
+            self._bus.close()
+            self._bus = None
         super().close()
 
     def _make_home(self):
@@ -78,8 +83,19 @@ class WaylandDesktop(PrivateDesktop):
         the focus."""
         raise NotImplementedError
 
-    def screenshot(self, path):
-        self.run(["grim", str(path)])
+    def pixels(self, x, y, width, height):
+        """What the screen shows there, as a portable pixmap."""
+        return subprocess.run(["grim", "-g", f"{x},{y} {width}x{height}", "-t", "ppm", "-"],
+                              env=self.environment, check=True, timeout=10,
+                              stdout=subprocess.PIPE).stdout
+
+    def bus(self):
+        """Its session bus."""
+        if not self._bus:
+            # Its library is Debian's, for Debian's Python.
+            from .session_bus import SessionBus
+            self._bus = SessionBus(self.environment["DBUS_SESSION_BUS_ADDRESS"])
+        return self._bus
 
     @staticmethod
     def _unprivileged(command):

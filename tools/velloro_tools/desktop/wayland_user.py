@@ -38,19 +38,18 @@ class WaylandUser(User):
         return self.desktop.focused_window()
 
     def screenshot(self, path):
-        self.desktop.screenshot(path)
+        subprocess.run(["convert", "ppm:-", str(path)], check=True, timeout=20,
+                       input=self.pixels(0, 0, *self.desktop.size))
 
     def windows(self, title):
         return self.desktop.places(title)
 
     def window_titles(self):
-        return [one["name"] for one in self.desktop.windows()]
+        return self.desktop.window_titles()
 
     def pixels(self, x, y, width, height):
-        """What the screen shows there, as a pixmap."""
-        return subprocess.run(["grim", "-g", f"{x},{y} {width}x{height}", "-t", "ppm", "-"],
-                              env=self.desktop.environment, check=True, timeout=10,
-                              stdout=subprocess.PIPE).stdout
+        """What the screen shows there, as a portable pixmap."""
+        return self.desktop.pixels(x, y, width, height)
 
     # --- clipboard ------------------------------------------------------------------------------
 
