@@ -8,7 +8,7 @@ compositor has dealt with it.
 import os
 import time
 
-from .errors import DesktopError
+from .errors import DesktopError, wait_for
 from .wayland_client import File, WaylandClient, anonymous_file
 
 # Where the keys are on the usual keyboard, by the kernel's numbers.
@@ -22,6 +22,11 @@ KEYS = {
        for place, letter in enumerate(row)}}
 BUTTONS = {1: 0x110, 2: 0x112, 3: 0x111}
 MODIFIERS = {"Shift_L": 1, "Control_L": 4, "Alt_L": 8, "Super_L": 64}
+
+# Between two keys of somebody who types quickly, in seconds.
+FINGERS = 0.03
+
+REMOTE_DESKTOP = "org.gnome.Mutter.RemoteDesktop"
 
 KEYMAP = b"""xkb_keymap {
     xkb_keycodes { include "evdev+aliases(qwerty)" };
@@ -115,3 +120,34 @@ class KwinDevices:
     def _request(self, opcode, *arguments):
         self._client.request(self._devices, opcode, *arguments)
         self._client.roundtrip()
+
+
+class MutterDevices:
+    """GNOME's input for whoever shows a desktop from afar. `pointer` tells where the pointer is."""
+
+    def __init__(self, bus, pointer):
+        self._bus = bus
+        self._pointer = pointer
+        self._session, = bus.call(REMOTE_DESKTOP, "/org/gnome/Mutter/RemoteDesktop",
+                                  f"{REMOTE_DESKTOP}.CreateSession")
+        self._call("Start")
+
+    def close(self):
+        self._call("Stop")
+
+    def key(self, name, is_down):
+        self._call("NotifyKeyboardKeycode", "(ub)", code_of(name), is_down)
+        # The input method answers each key in its own time, which nobody is told.
+        time.sleep(FINGERS)
+
+    def move(self, x, y):
+        here = self._pointer()
+        self._call("NotifyPointerMotionRelative", "(dd)", float(x - here[0]), float(y - here[1]))
+        wait_for(lambda: tuple(self._pointer()) == (x, y), "the pointer's arrival")
+
+    def button(self, number, is_down):
+        self._call("NotifyPointerButton", "(ib)", BUTTONS[number], is_down)
+
+    def _call(self, member, signature="()", *arguments):
+        self._bus.call(REMOTE_DESKTOP, self._session, f"{REMOTE_DESKTOP}.Session.{member}",
+                       signature, arguments)
