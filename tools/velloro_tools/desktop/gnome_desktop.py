@@ -14,12 +14,23 @@ SHELL = "org.gnome.Shell"
 # The shell asks who is logged in.
 LOGIN_SERVICE = [sys.executable, "-m", "dbusmock", "--system", "--template", "logind"]
 
+# What the shell has to say of the machine covers what a test looks at.
+SETTINGS = """
+[org/gnome/desktop/notifications]
+show-banners=false
+"""
+
 
 class GnomeDesktop(WaylandDesktop):
     components = [*WaylandDesktop.components, "gnome-shell", "ibus-daemon"]
     user_class = GnomeUser
     session = {"XDG_CURRENT_DESKTOP": "GNOME", "GNOME_SHELL_SESSION_MODE": "user"}
     socket = "wayland-0"
+
+    def _make_home(self):
+        super()._make_home()
+        with open(self.config_home / "glib-2.0/settings/keyfile", "a") as settings:
+            settings.write(SETTINGS)
 
     def _prepare(self):
         self.environment["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={self.runtime}/system-bus"
