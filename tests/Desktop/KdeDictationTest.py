@@ -1,14 +1,9 @@
 """Dictation on KDE's compositor, with the interfaces that the packaged desktop file asks for."""
 
-import os
-import pathlib
-
 from desktop_case import PHRASE_WORDS, DesktopCase, main
 from streaming_case import StreamingCase
 from velloro_tools.desktop import KwinDesktop, wait_for
-from velloro_tools.places import ROOT
 
-PROGRAM = pathlib.Path(os.environ["VELLORO_PROGRAM"]).resolve()
 NOT_REGISTERED = "[HotkeyManager] Failed to register hotkey: "
 SHORTCUTS = "org.kde.kglobalaccel"
 ALT_SPACE = 0x08000020
@@ -21,14 +16,6 @@ class OnKde:
     def make_desktop(self):
         return KwinDesktop()
 
-    def install(self):
-        """As the package does."""
-        entry = (ROOT / "packaging/velloro.desktop").read_text()
-        folder = self.desktop.data_home / "applications"
-        folder.mkdir(exist_ok=True)
-        (folder / "velloro.desktop").write_text(
-            entry.replace("\nExec=velloro\n", f"\nExec={PROGRAM}\n"))
-
     def open_entry(self):
         self.user.open(["zenity", "--entry"])
         self.user.wait_for_focus()
@@ -36,7 +23,7 @@ class OnKde:
 
 class KdeDictationTest(OnKde, DesktopCase):
     def test_a_field_and_a_terminal(self):
-        self.install()
+        self.velloro.install()
         self.start_velloro()
         self.open_entry()
         window = self.user.active_window()
@@ -57,7 +44,7 @@ class KdeDictationTest(OnKde, DesktopCase):
         other = ["other", "action", "Other", "Action"]
         self.shortcut("doRegister", "(as)", other)
         self.shortcut("setShortcut", "(asaiu)", other, [ALT_SPACE], IS_DEFAULT | NO_AUTOLOADING)
-        self.install()
+        self.velloro.install()
         self.velloro.set_up()
         self.velloro.start(until=NOT_REGISTERED)
         owner, = self.shortcut("action", "(i)", ALT_SPACE)
@@ -83,7 +70,7 @@ class KdeDictationTest(OnKde, DesktopCase):
 class KdeStreamingTest(OnKde, StreamingCase):
     def test_editor(self):
         # A key of ours would end the hold.
-        self.install()
+        self.velloro.install()
         self.start_streaming()
         self.user.open(["mousepad"])
         self.user.wait_for_focus()
@@ -92,7 +79,7 @@ class KdeStreamingTest(OnKde, StreamingCase):
         self.user.wait_for_text(final + "x")
 
     def test_a_terminal_gets_the_words_at_the_end(self):
-        self.install()
+        self.velloro.install()
         self.start_streaming()
         self.user.open_terminal("xterm")
         mark = self.start_recording()

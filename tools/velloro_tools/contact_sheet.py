@@ -43,6 +43,7 @@ class Sitting:
     def take_pictures(self, model, path):
         self._user.prepare_speech(RECORDING)
         self._user.host_tray()
+        self._velloro.install()
         self._velloro.set_up(model=model, model_file=path)
         self._velloro.start(until="[WhisperManager] Loaded model: ")
         self._show_windows()
@@ -66,26 +67,14 @@ class Sitting:
         self._user.open(["mousepad"])
         self._user.wait_for_focus()
         mark = self._velloro.mark()
-        self._press()
+        self._velloro.press(self._user)
         self._velloro.wait_for("[Dictation] Started recording ", since=mark)
         self._user.speak(RECORDING)
         self._take("pill")
-        self._release()
+        self._velloro.release(self._user)
         self._velloro.wait_for("[RecordingPill] Window hidden", since=mark)
         wait_for(self._user.focused_text, "the words")
         self._take("text")
-
-    def _press(self):
-        if any("Registered hotkey" in line for line in self._velloro.lines):
-            self._user.press()
-        else:
-            self._velloro.command("--press")
-
-    def _release(self):
-        if any("Registered hotkey" in line for line in self._velloro.lines):
-            self._user.release()
-        else:
-            self._velloro.command("--release")
 
     def _take(self, scene):
         self._user.screenshot(self._folder / f"{scene}.png")

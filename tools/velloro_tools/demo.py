@@ -83,23 +83,23 @@ def show(arguments, model, path, desktop):
                    recordingMode="Toggle" if arguments.toggle else "Hold to Talk",
                    enableRealtimeStreaming=arguments.streaming)
     say(f"Velloro, on a private desktop ({arguments.desktop}):")
-    velloro.start()
-    velloro.wait_for("[WhisperManager] Loaded model: ")
+    velloro.install()
+    velloro.start(until="[WhisperManager] Loaded model: ")
 
     read = open_application(user, arguments.app)
     before = read() if read else ""
     mark = velloro.mark()
-    user.press()
+    velloro.press(user)
     if arguments.toggle:
-        user.release()
+        velloro.release(user)
     velloro.wait_for("[Dictation] Started recording ", since=mark)
     if arguments.streaming and read:
         watch(user.start_speaking(arguments.audio), lambda: read().removeprefix(before))
     else:
         user.speak(arguments.audio)
     if arguments.toggle:
-        user.press()
-    user.release()
+        velloro.press(user)
+    velloro.release(user)
     # Whatever ends the dictation, the pill is hidden after it.
     velloro.wait_for("[RecordingPill] Window hidden", since=mark, timeout=600)
     said = [line for line in velloro.lines[mark:]

@@ -9,6 +9,7 @@ import threading
 import time
 
 from ..models import file_name
+from ..places import DESKTOP_FILE
 from .errors import DesktopError
 
 
@@ -68,6 +69,13 @@ class Velloro:
         link.unlink(missing_ok=True)
         link.symlink_to(pathlib.Path(path).resolve())
 
+    def install(self):
+        """Lays its desktop file, as a package does: some desktops go by that."""
+        folder = self.desktop.data_home / "applications"
+        folder.mkdir(parents=True, exist_ok=True)
+        (folder / DESKTOP_FILE.name).write_text(DESKTOP_FILE.read_text().replace(
+            "\nExec=velloro\n", f"\nExec={self._command[0]}\n"))
+
     # --- life -----------------------------------------------------------------------------------
 
     def start(self, until="[HotkeyManager] Registered hotkey: "):
@@ -125,6 +133,26 @@ class Velloro:
             raise DesktopError("Velloro does not end;" + self._tail()) from None
         self._reader.join()
         return status
+
+    # --- its hotkey -------------------------------------------------------------------------------
+
+    def has_hotkey(self):
+        """Whether the desktop gave it one the last time that it asked."""
+        told = [line for line in self.lines if line.startswith("[HotkeyManager] ")]
+        return any("Registered hotkey: " in line for line in told[-1:])
+
+    def press(self, user):
+        """Has the user press the hotkey, or runs the command in its place."""
+        if self.has_hotkey():
+            user.press()
+        else:
+            self.command("--press")
+
+    def release(self, user):
+        if self.has_hotkey():
+            user.release()
+        else:
+            self.command("--release")
 
     # --- its output -----------------------------------------------------------------------------
 
