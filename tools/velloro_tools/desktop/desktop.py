@@ -215,7 +215,7 @@ class PrivateDesktop:
         self.environment["DISPLAY"] = display()
         # What the bus starts needs the display, too.
         self._start_bus()
-        self._start_service("window-manager", [
+        self.start_service("window-manager", [
             "openbox", "--sm-disable", "--config-file", str(self.folder / "openbox.xml")])
         self._wait_for_bus()
         self.start_accessibility()
@@ -224,8 +224,8 @@ class PrivateDesktop:
         self._wait_for_sound()
 
     def _start_bus(self):
-        self._start_service("bus", ["dbus-daemon", "--config-file", str(self.folder / "bus.conf"),
-                                    "--nofork", "--nopidfile"])
+        self.start_service("bus", ["dbus-daemon", "--config-file", str(self.folder / "bus.conf"),
+                                   "--nofork", "--nopidfile"])
 
     def _wait_for_bus(self):
         self._wait_until("bus", lambda: (self.runtime / "bus").exists(), "the session bus")
@@ -234,7 +234,7 @@ class PrivateDesktop:
         self._make_display_folder()
         reading, writing = os.pipe()
         width, height = self.size
-        self._start_service("display", [
+        self.start_service("display", [
             "Xvfb", "-displayfd", str(writing), "-screen", "0", f"{width}x{height}x24", "-noreset",
             "-nolisten", "tcp", "-auth", self.environment["XAUTHORITY"]], pass_fds=[writing])
         os.close(writing)
@@ -267,7 +267,7 @@ class PrivateDesktop:
 
     def start_sound(self, wait=True):
         """Starts the sound server; after `stop_service("sound")`, again."""
-        self._start_service("sound", [
+        self.start_service("sound", [
             "pulseaudio", "-n", "-F", str(self.folder / "sound.pa"), "--daemonize=no",
             "--exit-idle-time=-1", "--use-pid-file=no", "--log-target=stderr",
             "--disable-shm=yes", "--realtime=no", "--high-priority=no"])
@@ -280,7 +280,7 @@ class PrivateDesktop:
 
     def start_accessibility(self):
         """Starts the accessibility bus; after `stop_accessibility()`, again."""
-        self._start_service("accessibility", [ACCESSIBILITY_LAUNCHER, "--launch-immediately"])
+        self.start_service("accessibility", [ACCESSIBILITY_LAUNCHER, "--launch-immediately"])
         # A program that asks for the bus has another launcher started: either will do.
         self.wait_for_bus_name("org.a11y.Bus")
         self._bus_call("org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties.Set",
@@ -336,7 +336,8 @@ class PrivateDesktop:
         path = self.folder / "logs" / name
         return path.read_text(errors="replace") if path.exists() else ""
 
-    def _start_service(self, name, command, pass_fds=()):
+    def start_service(self, name, command, pass_fds=()):
+        """Starts something that ends with the desktop, after its programs."""
         self._services[name] = self.start(command, log=name, pass_fds=pass_fds)
 
     def start(self, command, log, **options):

@@ -34,11 +34,11 @@ class GnomeDesktop(WaylandDesktop):
 
     def _prepare(self):
         self.environment["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={self.runtime}/system-bus"
-        self._start_service("system-bus", [
+        self.start_service("system-bus", [
             "dbus-daemon", "--session", "--nofork", "--nopidfile",
             "--address=" + self.environment["DBUS_SYSTEM_BUS_ADDRESS"]])
         self._wait_until("system-bus", (self.runtime / "system-bus").exists, "the system bus")
-        self._start_service("login", LOGIN_SERVICE)
+        self.start_service("login", LOGIN_SERVICE)
         wait_for(lambda: "true" in self._output([
             "dbus-send", "--system", "--print-reply", "--dest=org.freedesktop.DBus",
             "/org/freedesktop/DBus", "org.freedesktop.DBus.NameHasOwner",

@@ -47,7 +47,7 @@ class WaylandDesktop(PrivateDesktop):
         self._start_bus()
         self._wait_for_bus()
         self._prepare()
-        self._start_service("compositor", self._command())
+        self.start_service("compositor", self._command())
         self._wait_until("compositor", self.display_socket.exists, "the compositor")
         self.environment["WAYLAND_DISPLAY"] = self.socket
         self.environment["DISPLAY"] = self._x11_display()
