@@ -1,8 +1,13 @@
 #include "Platform/Linux/Wayland/WaylandServices.h"
 
 #include "Base/StringLiterals.h"
+#include "Platform/Linux/Desktop/SessionBus.h"
 #include "Platform/Linux/Wayland/Clipboard/DataControl.h"
 #include "Platform/Linux/Wayland/Clipboard/WaylandPasteboard.h"
+#include "Platform/Linux/Wayland/Gnome/ShellKeyboardEvents.h"
+#include "Platform/Linux/Wayland/Gnome/ShellStrokes.h"
+#include "Platform/Linux/Wayland/Gnome/ShellWindows.h"
+#include "Platform/Linux/Wayland/Gnome/ShellWorkspace.h"
 #include "Platform/Linux/Wayland/Keyboard/WaylandKeyboardEvents.h"
 #include "Platform/Linux/Wayland/Keyboard/XWaylandKeyboardEvents.h"
 #include "Platform/Linux/Wayland/Overlay/WaylandOverlay.h"
@@ -26,6 +31,22 @@ std::unique_ptr<Service> ofX11Windows(std::unique_ptr<Service> x11)
     return QGuiApplication::platformName() == u"xcb"_s ? std::move(x11) : nullptr;
 }
 
+/// GNOME's shell offers programs nothing of this itself.
+void addShellExtension(Platform &platform, const std::shared_ptr<WaylandConnection> &display,
+                       const std::shared_ptr<PasteCoordinator> &pasting)
+{
+    const auto extension = std::make_shared<ShellExtension>(SessionBus::connection());
+    extension->look([](bool) {});
+    const auto windows = std::make_shared<ShellWindows>(extension);
+    platform.workspace = std::make_unique<ShellWorkspace>(
+        extension, std::make_unique<WaylandWorkspace>(windows), std::move(platform.workspace));
+    platform.keyboardEvents = std::make_unique<ShellKeyboardEvents>(
+        extension,
+        std::make_unique<WaylandKeyboardEvents>(display, std::make_unique<ShellStrokes>(extension),
+                                                windows, pasting),
+        std::move(platform.keyboardEvents));
+}
+
 } // namespace
 
 void addWaylandServices(Platform &platform, const std::shared_ptr<WaylandConnection> &display,
@@ -35,17 +56,18 @@ void addWaylandServices(Platform &platform, const std::shared_ptr<WaylandConnect
         = std::make_unique<WaylandScreenFrames>(ofX11Windows(std::move(platform.screenFrames)));
     if (!display)
         return;
+    if (DataControl::isOffered(*display))
+        platform.pasteboard = std::make_unique<WaylandPasteboard>(pasting);
     const auto windows = WindowList::make(display);
     if (windows)
         platform.workspace = std::make_unique<WaylandWorkspace>(windows);
-    if (DataControl::isOffered(*display))
-        platform.pasteboard = std::make_unique<WaylandPasteboard>(pasting);
     if (auto strokes = StrokeSender::make(*display)) {
         platform.keyboardEvents = std::make_unique<WaylandKeyboardEvents>(
             display, std::move(strokes), windows, pasting);
     } else {
         platform.keyboardEvents
             = std::make_unique<XWaylandKeyboardEvents>(std::move(platform.keyboardEvents));
+        addShellExtension(platform, display, pasting);
     }
     platform.userInput = std::make_unique<WaylandUserInput>();
     platform.overlay = WaylandOverlay::make(display);

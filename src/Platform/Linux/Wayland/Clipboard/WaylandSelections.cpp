@@ -173,8 +173,7 @@ bool WaylandSelections::awaitPaste()
     if (!m_paste)
         return false;
     if (!m_paste->isOwn) {
-        loopUntil([this] { return m_paste->served || !m_connection->isAlive(); },
-                  m_paste->end);
+        loopUntil([this] { return m_paste->served || !m_connection->isAlive(); }, m_paste->end);
     }
     return m_paste->served;
 }

@@ -12,7 +12,8 @@ namespace Velloro {
 
 namespace {
 
-constexpr auto patience = 250ms;
+constexpr auto patience = 300ms;
+constexpr auto lookPatience = 5s;
 
 const QString name = u"org.velloro.Shell"_s;
 const QString path = u"/org/velloro/Shell"_s;
@@ -37,12 +38,19 @@ ShellExtension::ShellExtension(const QDBusConnection &sessionBus)
             });
     m_bus.connect(name, path, name, u"Pressed"_s, this, SIGNAL(pressed()));
     m_bus.connect(name, path, name, u"Released"_s, this, SIGNAL(released()));
-    const QDBusMessage question = DBusCall::make(
-        u"org.freedesktop.DBus"_s, u"/"_s, u"org.freedesktop.DBus"_s, u"NameHasOwner"_s, {name});
-    DBusCall::whenAnswered(m_bus.asyncCall(question), this, [this](const QDBusMessage &reply) {
-        if (reply.arguments().value(0).toBool())
-            setAvailable(true);
-    });
+}
+
+void ShellExtension::look(std::function<void(bool)> done)
+{
+    const QString bus = u"org.freedesktop.DBus"_s;
+    const QDBusMessage question
+        = DBusCall::make(bus, u"/org/freedesktop/DBus"_s, bus, u"NameHasOwner"_s, {name});
+    DBusCall::whenAnswered(m_bus.asyncCall(question, DBusCall::milliseconds(lookPatience)), this,
+                           [this, done = std::move(done)](const QDBusMessage &reply) {
+                               if (reply.type() == QDBusMessage::ReplyMessage)
+                                   setAvailable(reply.arguments().value(0).toBool());
+                               done(m_isAvailable);
+                           });
 }
 
 void ShellExtension::setAvailable(bool isAvailable)
@@ -54,15 +62,14 @@ void ShellExtension::setAvailable(bool isAvailable)
 }
 
 void ShellExtension::bind(const QString &accelerator,
-                          std::function<void(std::optional<Binding>)> handler)
+                          std::function<void(std::optional<bool>)> handler)
 {
     DBusCall::whenAnswered(m_bus.asyncCall(make(u"Bind"_s, {accelerator})), this,
                            [handler = std::move(handler)](const QDBusMessage &reply) {
-                               const QVariantList values = reply.arguments();
-                               if (reply.type() != QDBusMessage::ReplyMessage || values.size() != 2)
-                                   handler(std::nullopt);
+                               if (reply.type() == QDBusMessage::ReplyMessage)
+                                   handler(reply.arguments().value(0).toBool());
                                else
-                                   handler(Binding{values[0].toBool(), values[1].toBool()});
+                                   handler(std::nullopt);
                            });
 }
 
@@ -72,14 +79,9 @@ void ShellExtension::unbind()
         m_bus.send(make(u"Unbind"_s));
 }
 
-bool ShellExtension::stroke(std::initializer_list<uint32_t> keys)
+bool ShellExtension::stroke(const QList<uint32_t> &keys)
 {
-    return ask(u"Stroke"_s, {QVariant::fromValue(QList<uint32_t>(keys))}).value(0).toBool();
-}
-
-bool ShellExtension::commit(const QString &text)
-{
-    return ask(u"Commit"_s, {text}).value(0).toBool();
+    return ask(u"Stroke"_s, {QVariant::fromValue(keys)}).value(0).toBool();
 }
 
 std::optional<ShellExtension::Window> ShellExtension::focusedWindow()

@@ -2,11 +2,11 @@
 
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
 #include <optional>
 #include <sys/types.h>
 
@@ -25,29 +25,23 @@ public:
         pid_t process = 0;
         QString windowClass;
     };
-    /// What became of a binding.
-    struct Binding
-    {
-        bool isTaken = false;
-        bool tellsRelease = false;
-    };
 
-    /// Whether it is there is told by `availabilityChanged` soon.
     explicit ShellExtension(const QDBusConnection &sessionBus);
+
+    /// Finds out whether it is there, without waiting; `availabilityChanged` tells what changes.
+    void look(std::function<void(bool isAvailable)> done);
 
     [[nodiscard]] bool isAvailable() const { return m_isAvailable; }
 
     /// Takes a combination, such as "<Alt>0x41" with the key's X keycode, instead of the one
-    /// before. Does not wait; nothing is handed over where there is no answer.
-    void bind(const QString &accelerator, std::function<void(std::optional<Binding>)> handler);
+    /// before. Does not wait. Hands over whether the shell has another use for it; nothing where
+    /// there is no answer.
+    void bind(const QString &accelerator, std::function<void(std::optional<bool> isTaken)> handler);
     void unbind();
 
-    /// Presses and releases keys by evdev's numbers. Waits a quarter of a second at most; false
-    /// where they were not sent.
-    [[nodiscard]] bool stroke(std::initializer_list<uint32_t> keys);
-    /// Types a text where the focused field takes it from an input method; waits as long at most.
-    /// False where it does not.
-    [[nodiscard]] bool commit(const QString &text);
+    /// Presses and releases keys by evdev's numbers, one of the strokes that paste or delete, when
+    /// the user holds no modifier. Waits 0.3 s at most; false where they were not sent.
+    [[nodiscard]] bool stroke(const QList<uint32_t> &keys);
     /// Nothing where no window has the focus; waits as long at most.
     [[nodiscard]] std::optional<Window> focusedWindow();
 

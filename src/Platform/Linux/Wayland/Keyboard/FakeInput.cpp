@@ -31,7 +31,7 @@ FakeInput::FakeInput(org_kde_kwin_fake_input *input)
 {
 }
 
-void FakeInput::press(const Stroke &stroke)
+bool FakeInput::press(const Stroke &stroke)
 {
     // Nobody tells which of them are held; letting go of one that is not does nothing.
     for (const uint32_t key : modifiers)
@@ -41,6 +41,7 @@ void FakeInput::press(const Stroke &stroke)
     if (stroke.isWithShift)
         sendKey(KEY_LEFTSHIFT, true);
     sendKey(stroke.key, true);
+    return true;
 }
 
 void FakeInput::release(const Stroke &stroke)

@@ -15,7 +15,7 @@ public:
     /// Null where the compositor does not let this program.
     [[nodiscard]] static std::unique_ptr<FakeInput> make(WaylandConnection &connection);
 
-    void press(const Stroke &stroke) override;
+    [[nodiscard]] bool press(const Stroke &stroke) override;
     void release(const Stroke &stroke) override;
 
 private:

@@ -24,8 +24,9 @@ public:
     [[nodiscard]] static std::unique_ptr<StrokeSender> make(WaylandConnection &connection);
     virtual ~StrokeSender() = default;
 
-    /// Exactly these modifiers are held for the application, whatever the user holds.
-    virtual void press(const Stroke &stroke) = 0;
+    /// Exactly these modifiers are held for the application, whatever the user holds. False where
+    /// nothing was sent.
+    [[nodiscard]] virtual bool press(const Stroke &stroke) = 0;
     virtual void release(const Stroke &stroke) = 0;
 };
 

@@ -77,7 +77,7 @@ bool VirtualKeyboard::uploadKeymap()
     return true;
 }
 
-void VirtualKeyboard::press(const Stroke &stroke)
+bool VirtualKeyboard::press(const Stroke &stroke)
 {
     if (stroke.isWithControl)
         sendKey(KEY_LEFTCTRL, true);
@@ -88,6 +88,7 @@ void VirtualKeyboard::press(const Stroke &stroke)
         m_keyboard.get(),
         (stroke.isWithControl ? controlMask : 0) | (stroke.isWithShift ? shiftMask : 0), 0, 0, 0);
     sendKey(stroke.key, true);
+    return true;
 }
 
 void VirtualKeyboard::release(const Stroke &stroke)

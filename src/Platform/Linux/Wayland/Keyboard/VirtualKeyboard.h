@@ -16,7 +16,7 @@ public:
     /// Null where the compositor lets nobody have one.
     [[nodiscard]] static std::unique_ptr<VirtualKeyboard> make(WaylandConnection &connection);
 
-    void press(const Stroke &stroke) override;
+    [[nodiscard]] bool press(const Stroke &stroke) override;
     void release(const Stroke &stroke) override;
 
 private:

@@ -60,8 +60,11 @@ bool WaylandKeyboardEvents::press(uint32_t keyCode, uint64_t flags)
     m_pressed = stroke(keyCode, flags);
     if (!m_pressed)
         return false;
+    if (!m_sender->press(*m_pressed)) {
+        m_pressed.reset();
+        return false;
+    }
     m_pressedKeyCode = keyCode;
-    m_sender->press(*m_pressed);
     m_connection->flush();
     m_hasUnconfirmedStrokes = true;
     return true;
