@@ -245,7 +245,8 @@ TEST_F(TextInsertionManagerTest, LeavesAtTheUsersHandWhatNoStrokeCanPaste)
     EXPECT_TRUE(manager.insertText(u"text"_s));
     EXPECT_TRUE(manager.wasLastTextLeftToPaste());
     EXPECT_FALSE(manager.wasLastPasteRefused());
-    // For good: nothing is given back later.
+    // For good: it is not borrowed any more, and nothing is given back later.
+    EXPECT_TRUE(memory.output.contains(u"write text"_s));
     EXPECT_FALSE(waitUntil([&] { return memory.output.contains(u"give back"_s); },
                            std::chrono::milliseconds(600)));
     EXPECT_EQ(memory.pasteboard->content, u"text"_s);

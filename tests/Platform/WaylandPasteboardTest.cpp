@@ -77,6 +77,7 @@ TEST_F(WaylandPasteboardTest, givesBackEveryFormThatTheUserHadCopied)
         {"application/x-empty", ""},
     }};
     program->own(copied);
+    const QByteArray types = paste({u"--list-types"_s});
     for (const bool isFollowed : {true, false}) {
         SCOPED_TRACE(isFollowed);
         if (isFollowed)
@@ -91,18 +92,22 @@ TEST_F(WaylandPasteboardTest, givesBackEveryFormThatTheUserHadCopied)
         pasteboard->unfollow();
         EXPECT_TRUE(waitUntil([&] { return paste() == "picture"; }));
         EXPECT_TRUE(program->read() == copied.forms);
+        EXPECT_EQ(paste({u"--list-types"_s}), types) << "in its owner's order";
     }
 }
 
 TEST_F(WaylandPasteboardTest, followsWhatTheUserCopiesMeanwhile)
 {
     pasteboard->follow();
-    program->own(MimeContent::ofText(u"first"_s));
-    ASSERT_TRUE(waitUntil([&] { return program->fetches() > 0; }));
-    program->own(MimeContent::ofText(u"second"_s));
+    for (const int fetches : {1, 2}) {
+        program->own({{{"text/plain", "copied " + QByteArray::number(fetches)}}});
+        ASSERT_TRUE(waitUntil([&] { return program->fetches() == fetches; }));
+    }
+    // What has been read does not end with its owner.
+    program.reset();
     pasteboard->borrow(u"words"_s);
     pasteboard->giveBack();
-    EXPECT_TRUE(waitUntil([&] { return paste() == "second"; }));
+    EXPECT_TRUE(waitUntil([&] { return paste() == "copied 2"; }));
 }
 
 TEST_F(WaylandPasteboardTest, putsNothingBackOverWhatAnotherProgramHasTaken)
@@ -150,14 +155,14 @@ TEST_F(WaylandPasteboardTest, knowsWhetherTheTextWasFetched)
     EXPECT_EQ(paste(), "words");
     EXPECT_FALSE(pasteboard->awaitPaste());
     ASSERT_TRUE(beginPaste());
+    // What is not the text is fetched by somebody else.
+    EXPECT_EQ(paste({u"--type"_s, u"x-kde-passwordManagerHint"_s}), "secret");
     QElapsedTimer clock;
     clock.start();
     EXPECT_FALSE(pasteboard->awaitPaste());
     EXPECT_LT(clock.elapsed(), hangGuard);
 
     ASSERT_TRUE(beginPaste());
-    // What is not the text is fetched by somebody else.
-    (void)paste({u"--type"_s, u"x-kde-passwordManagerHint"_s});
     // It stays until it is fetched.
     pasteboard->giveBack();
     EXPECT_EQ(paste(), "words");

@@ -35,6 +35,7 @@ public:
     void lendToPrimarySelection() override;
     void giveBack() override;
     [[nodiscard]] bool beginPaste(const PasteTarget &target) override;
+    /// The application has the text in a pipe then; what is sent to it afterwards may overtake it.
     bool awaitPaste() override;
 
 Q_SIGNALS:
