@@ -58,6 +58,8 @@ void HotkeyManager::registerHotkey()
             [this](const HotkeyIdentifier *identifier) { handleHotkeyEvent(identifier); });
         registration.setReleasedHandler(
             [this](const HotkeyIdentifier *identifier) { handleHotkeyRelease(identifier); });
+        registration.setToggledHandler(
+            [this](const HotkeyIdentifier *identifier) { handleHotkeyToggle(identifier); });
         registration.setStatusHandler(
             [this](HotkeyRegistration::Reference reference, HotkeyRegistration::Status status) {
                 handleStatusChange(reference, status);
@@ -76,18 +78,30 @@ std::optional<int32_t> HotkeyManager::tryToRegister()
     if (!registered)
         return registered.error();
     m_hotkeyRef = *registered;
+    if (m_platform.hotkeyRegistration->isPending(m_hotkeyRef))
+        return HotkeyStatus::pending;
     return std::nullopt;
 }
 
 void HotkeyManager::reportStatus(std::optional<int32_t> status)
 {
-    if (status) {
+    refreshAbilities();
+    if (status == HotkeyStatus::pending) {
+        // Told when it is known.
+    } else if (status) {
         Log::line(u"HotkeyManager", u"Failed to register hotkey: %1"_s.arg(*status));
     } else {
         Log::line(u"HotkeyManager", u"Registered hotkey: %1"_s.arg(hotkeyDisplayString()));
     }
     if (std::exchange(m_registrationStatus, status) != status)
         Q_EMIT registrationStatusChanged();
+}
+
+void HotkeyManager::refreshAbilities()
+{
+    const HotkeyAbilities abilities = m_platform.hotkeyRegistration->abilities();
+    if (std::exchange(m_abilities, abilities) != abilities)
+        Q_EMIT abilitiesChanged();
 }
 
 void HotkeyManager::unregisterHotkey()
@@ -111,11 +125,13 @@ void HotkeyManager::cleanup()
     if (m_handlersInstalled) {
         m_platform.hotkeyRegistration->setPressedHandler({});
         m_platform.hotkeyRegistration->setReleasedHandler({});
+        m_platform.hotkeyRegistration->setToggledHandler({});
         m_platform.hotkeyRegistration->setStatusHandler({});
         m_handlersInstalled = false;
     }
     m_onHotkeyPressed = {};
     m_onHotkeyReleased = {};
+    m_onHotkeyToggled = {};
 }
 
 void HotkeyManager::setIsPaused(bool paused)
@@ -231,9 +247,23 @@ void HotkeyManager::handleHotkeyRelease(const HotkeyIdentifier *identifier)
         Qt::QueuedConnection);
 }
 
+void HotkeyManager::handleHotkeyToggle(const HotkeyIdentifier *identifier)
+{
+    if (!identifier || identifier->id != hotkeyId || m_isPaused)
+        return;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (const Callback callback = m_onHotkeyToggled)
+                callback();
+        },
+        Qt::QueuedConnection);
+}
+
 void HotkeyManager::handleStatusChange(HotkeyRegistration::Reference reference,
                                        HotkeyRegistration::Status status)
 {
+    refreshAbilities();
     if (reference != m_hotkeyRef || (reference == 0 && !m_isRefused))
         return;
     std::optional<int32_t> current;

@@ -49,6 +49,8 @@ public:
     /// Called on the main thread for each delivered press and release.
     void setOnHotkeyPressed(Callback callback) { m_onHotkeyPressed = std::move(callback); }
     void setOnHotkeyReleased(Callback callback) { m_onHotkeyReleased = std::move(callback); }
+    /// Called on the main thread for each delivered press of which nobody tells the release.
+    void setOnHotkeyToggled(Callback callback) { m_onHotkeyToggled = std::move(callback); }
 
     /// True between a delivered press and the next delivered release.
     [[nodiscard]] bool isHotkeyPressed() const { return m_isHotkeyPressed; }
@@ -57,8 +59,9 @@ public:
     void setIsPaused(bool paused);
     [[nodiscard]] uint32_t currentKeyCode() const { return m_currentKeyCode; }
     [[nodiscard]] uint32_t currentModifiers() const { return m_currentModifiers; }
-    /// Why the combination could not be registered, or is no longer in force; nothing while it is.
+    /// Why the combination could not be registered, or is not in force; nothing while it is.
     [[nodiscard]] std::optional<int32_t> registrationStatus() const { return m_registrationStatus; }
+    [[nodiscard]] HotkeyAbilities abilities() const { return m_abilities; }
 
     /// The current combination as it is shown.
     [[nodiscard]] QString hotkeyDisplayString() const;
@@ -75,6 +78,7 @@ Q_SIGNALS:
     void currentModifiersChanged();
     void hotkeyDisplayStringChanged();
     void registrationStatusChanged();
+    void abilitiesChanged();
     /// The combination was pressed while paused. The window that has the focus may not see it.
     void pressedWhilePaused();
 
@@ -82,11 +86,13 @@ private:
     static QString keyString(int keyCode);
     void handleHotkeyEvent(const HotkeyIdentifier *identifier);
     void handleHotkeyRelease(const HotkeyIdentifier *identifier);
+    void handleHotkeyToggle(const HotkeyIdentifier *identifier);
     void handleStatusChange(HotkeyRegistration::Reference reference,
                             HotkeyRegistration::Status status);
     [[nodiscard]] std::optional<int32_t> tryToRegister();
     /// Logs and tells the outcome of a registration.
     void reportStatus(std::optional<int32_t> status);
+    void refreshAbilities();
     void setCurrentKeyCode(uint32_t keyCode);
     void setCurrentModifiers(uint32_t modifiers);
 
@@ -99,9 +105,11 @@ private:
     bool m_isPaused = false;
     Callback m_onHotkeyPressed;
     Callback m_onHotkeyReleased;
+    Callback m_onHotkeyToggled;
     uint32_t m_currentKeyCode = 49;
     uint32_t m_currentModifiers = optionKey;
     std::optional<int32_t> m_registrationStatus;
+    HotkeyAbilities m_abilities;
 };
 
 } // namespace Velloro

@@ -35,6 +35,8 @@ public:
     {
     public:
         virtual ~Monitor() = default;
+        /// Combinations that the desktop would take come here, too.
+        [[nodiscard]] virtual bool seesDesktopShortcuts() const { return true; }
     };
 
     /// Receives one event per physical press (none for auto-repeat) and per change of the
@@ -44,7 +46,7 @@ public:
     virtual ~KeyEventMonitor() = default;
 
     /// While the monitor exists, combinations that the desktop would take come here too, where
-    /// the system allows it.
+    /// the system allows it; the monitor says whether it does.
     [[nodiscard]] virtual std::unique_ptr<Monitor> addLocalMonitor(Handler handler) = 0;
 };
 

@@ -126,6 +126,21 @@ TEST_F(DictationControllerTest, ToggleModeStopsAtTheSecondPressAndIsBusyMeanwhil
     EXPECT_EQ(typed(), u"Hello world."_s);
 }
 
+TEST_F(DictationControllerTest, WithoutReleasesEitherModeStopsAtTheSecondPress)
+{
+    launchWithModel();
+    for (const RecordingMode mode : allCases<RecordingMode>()) {
+        SCOPED_TRACE(int(mode));
+        state->setRecordingMode(mode);
+        memory.hotkeyRegistration->toggle();
+        ASSERT_TRUE(waitForState(TranscriptionState::listening));
+        speak(4096);
+        memory.hotkeyRegistration->toggle();
+        ASSERT_TRUE(waitForState(TranscriptionState::idle));
+    }
+    EXPECT_EQ(messages().count(u"Started recording in batch mode"_s), 2);
+}
+
 TEST_F(DictationControllerTest, ChecksTheFocusedElementOfTheApplicationInFront)
 {
     struct Case

@@ -26,6 +26,7 @@ protected:
         manager = std::make_unique<HotkeyManager>(memory.platform);
         manager->setOnHotkeyPressed([this] { calls << u"pressed"_s; });
         manager->setOnHotkeyReleased([this] { calls << u"released"_s; });
+        manager->setOnHotkeyToggled([this] { calls << u"toggled"_s; });
         return *manager;
     }
 
@@ -154,6 +155,24 @@ TEST_F(HotkeyManagerTest, whatWasRefusedIsTriedAgainWhileItIsWanted)
     EXPECT_TRUE(registration->registered.empty());
 }
 
+TEST_F(HotkeyManagerTest, saysThatItIsRegisteredOnceTheDesktopHasAnswered)
+{
+    launch();
+    registration->isUndecided = true;
+    manager->registerHotkey();
+    EXPECT_EQ(manager->registrationStatus(), HotkeyStatus::pending);
+    EXPECT_THAT(log.messages(u"HotkeyManager"_s), IsEmpty());
+    const auto reference = registration->registered.begin()->first;
+    registration->currentAbilities = {.tellsReleases = false, .coversAllWindows = false};
+    registration->changeStatus(reference, 0);
+    EXPECT_EQ(manager->registrationStatus(), std::nullopt);
+    EXPECT_EQ(manager->abilities(), registration->currentAbilities);
+    registration->changeStatus(reference, 256);
+    EXPECT_EQ(manager->registrationStatus(), HotkeyStatus::declined);
+    EXPECT_THAT(log.messages(u"HotkeyManager"_s),
+                ElementsAre(u"Registered hotkey: ⌥Space"_s, u"Failed to register hotkey: 256"_s));
+}
+
 TEST_F(HotkeyManagerTest, anUpdateIsStoredAndTakesTheOldCombinationsPlace)
 {
     launch().registerHotkey();
@@ -221,6 +240,13 @@ TEST_F(HotkeyManagerTest, delivers)
         QCoreApplication::processEvents();
         EXPECT_EQ(calls, c.expected);
     }
+
+    for (const bool paused : {true, false}) {
+        manager->setIsPaused(paused);
+        registration->toggle();
+    }
+    QCoreApplication::processEvents();
+    EXPECT_THAT(calls.mid(1), ElementsAre(u"toggled"_s));
 
     // Pausing while it is held still ends the press.
     manager->setIsPaused(false);

@@ -27,10 +27,15 @@ public:
     Status refusal = 0;
     int pressedHandlersInstalled = 0;
     int releasedHandlersInstalled = 0;
+    /// The desktop has yet to answer to what is registered next.
+    bool isUndecided = false;
+    HotkeyAbilities currentAbilities;
 
     /// Presses the first combination in force; nothing happens when there is none.
     void press() { deliver(m_pressed); }
     void release() { deliver(m_released); }
+    /// Presses it where nobody tells of the release.
+    void toggle() { deliver(m_toggled); }
     /// Delivers a press or release with an identifier of the test's, registered or not.
     void press(const HotkeyIdentifier *identifier)
     {
@@ -61,6 +66,7 @@ public:
         releasedHandlersInstalled += handler ? 1 : 0;
         m_released = std::move(handler);
     }
+    void setToggledHandler(Handler handler) override { m_toggled = std::move(handler); }
     [[nodiscard]] tl::expected<Reference, Status>
     registerHotkey(KeyCombination combination, HotkeyIdentifier identifier) override
     {
@@ -70,7 +76,9 @@ public:
         registered[++m_lastReference] = attempts.back();
         return m_lastReference;
     }
+    [[nodiscard]] bool isPending(Reference) const override { return isUndecided; }
     void unregisterHotkey(Reference reference) override { registered.erase(reference); }
+    [[nodiscard]] HotkeyAbilities abilities() const override { return currentAbilities; }
 
 private:
     void deliver(const Handler &handler)
@@ -81,6 +89,7 @@ private:
 
     Handler m_pressed;
     Handler m_released;
+    Handler m_toggled;
     StatusHandler m_status;
     Reference m_lastReference = 0;
 };

@@ -22,6 +22,9 @@ public:
         return deliver({KeyEvent::Type::flagsChanged, 0, modifierFlags, false});
     }
 
+    /// Whether the next monitors see the desktop's combinations.
+    bool seesDesktopShortcuts = true;
+
     [[nodiscard]] std::unique_ptr<Monitor> addLocalMonitor(Handler handler) override
     {
         return std::make_unique<Token>(*this, std::move(handler));
@@ -38,6 +41,10 @@ private:
             owner.m_monitors.insert(this);
         }
         ~Token() override { owner.m_monitors.erase(this); }
+        [[nodiscard]] bool seesDesktopShortcuts() const override
+        {
+            return owner.seesDesktopShortcuts;
+        }
 
         Handler handler;
         InMemoryKeyEventMonitor &owner;

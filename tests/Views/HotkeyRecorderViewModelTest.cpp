@@ -134,6 +134,17 @@ TEST_F(HotkeyRecorderViewModelTest, RefusesAKeyWithAnotherModifierAndGoesOn)
     EXPECT_EQ(model->problem(), u"");
 }
 
+TEST_F(HotkeyRecorderViewModelTest, SaysWhatItDoesNotSeeWhileItRecords)
+{
+    keyboard.seesDesktopShortcuts = false;
+    QSignalSpy problems(model.get(), &HotkeyRecorderViewModel::problemChanged);
+    model->toggle();
+    EXPECT_THAT(model->problem().toStdString(), ::testing::HasSubstr("do not arrive here"));
+    model->toggle();
+    EXPECT_EQ(model->problem(), u"");
+    EXPECT_EQ(problems.count(), 2);
+}
+
 TEST_F(HotkeyRecorderViewModelTest, SaysWhyTheCombinationDoesNotWork)
 {
     const struct
@@ -143,7 +154,11 @@ TEST_F(HotkeyRecorderViewModelTest, SaysWhyTheCombinationDoesNotWork)
     } cases[] = {
         {10, u"⌥Space is taken by another program. Choose another combination."},
         {2, u"No connected keyboard has ⌥Space. Choose another combination."},
-        {1, u"Hotkeys need an X11 session. Log in to one to use ⌥Space."},
+        {1,
+         u"This desktop offers no hotkey. Bind the command “velloro --toggle” in its keyboard "
+         "settings."},
+        {256, u"⌥Space was not confirmed in the desktop's dialog. Choose another combination."},
+        {257, u""},
         {3, u"⌥Space could not be registered (error 3). Choose another combination."},
     };
     for (const auto &c : cases) {

@@ -103,6 +103,27 @@ TEST_F(SettingsWindowTest, EverySwitchWritesWhatItShowsAndShowsWhatIsWrittenElse
     }
 }
 
+TEST_F(SettingsWindowTest, SaysWhatTheHotkeyDoesNotDoHere)
+{
+    open();
+    QQuickItem *note = probe().item(u"hotkeyLimits"_s);
+    const struct
+    {
+        HotkeyAbilities abilities;
+        const char *text;
+    } cases[] = {
+        {{.tellsReleases = false}, "In hold mode, too, one press starts the recording"},
+        {{.coversAllWindows = false}, "seen over X11 windows only"},
+        {{}, ""},
+    };
+    for (const auto &c : cases) {
+        memory.hotkeyRegistration->currentAbilities = c.abilities;
+        hotkeyManager.registerHotkey();
+        EXPECT_EQ(note->isVisible(), *c.text != 0);
+        EXPECT_THAT(note->property("text").toString().toStdString(), ::testing::HasSubstr(c.text));
+    }
+}
+
 TEST_F(SettingsWindowTest, ModeAndLanguageAreChosenWithTheKeyboard)
 {
     open();

@@ -89,6 +89,10 @@ void DictationController::setupHotkeyHandlers()
         if (controller)
             controller->handleHotkeyReleased();
     });
+    m_hotkeyManager.setOnHotkeyToggled([controller] {
+        if (controller)
+            controller->handleHotkeyToggled();
+    });
     connect(&m_hotkeyManager, &HotkeyManager::pressedWhilePaused, this, [this] {
         m_notices.tell(DictationNotices::Cause::hotkeyTaken, m_hotkeyManager.hotkeyDisplayString());
     });
@@ -110,6 +114,15 @@ void DictationController::handleHotkeyReleased()
         && m_appState.transcriptionState() == TranscriptionState::listening) {
         stopRecording();
     }
+}
+
+void DictationController::handleHotkeyToggled()
+{
+    // No release will end it: in hold mode, too, the next press does.
+    if (m_appState.transcriptionState() == TranscriptionState::listening)
+        stopRecording();
+    else
+        startRecording();
 }
 
 void DictationController::startRecording()

@@ -74,6 +74,7 @@ private:
     void setupHotkeyHandlers();
     void handleHotkeyPressed();
     void handleHotkeyReleased();
+    void handleHotkeyToggled();
     QCoro::Task<void> requestPermissionAndStart();
     QCoro::Task<void> startRecordingInternal();
     /// Has a model loaded; whether one is.

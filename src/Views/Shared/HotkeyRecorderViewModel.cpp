@@ -50,6 +50,8 @@ QString HotkeyRecorderViewModel::problem() const
 {
     if (m_isKeyRefused)
         return tr("AltGr can't be part of a hotkey, only Control, Alt, Shift and Super.");
+    if (m_monitor && !m_monitor->seesDesktopShortcuts())
+        return tr("Combinations that the desktop has itself do not arrive here.");
     return hotkeyProblem(m_hotkeyManager.registrationStatus(),
                          m_hotkeyManager.hotkeyDisplayString(), HotkeyProblemPlace::recorder);
 }
@@ -70,6 +72,7 @@ void HotkeyRecorderViewModel::start()
     m_monitor = m_keyEventMonitor.addLocalMonitor(
         [this](const KeyEvent &event) { return handle(event); });
     Q_EMIT isRecordingChanged();
+    Q_EMIT problemChanged();
 }
 
 void HotkeyRecorderViewModel::stop()
@@ -80,6 +83,7 @@ void HotkeyRecorderViewModel::stop()
     m_monitor.reset();
     setIsKeyRefused(false);
     Q_EMIT isRecordingChanged();
+    Q_EMIT problemChanged();
 }
 
 bool HotkeyRecorderViewModel::handle(const KeyEvent &event)

@@ -64,6 +64,12 @@ GroupedForm {
             Layout.fillWidth: true
             text: qsTr("Supports complex combos like ⌘⌥B")
         }
+        Note {
+            objectName: "hotkeyLimits"
+            Layout.fillWidth: true
+            visible: text !== ""
+            text: pane.model.hotkeyLimits
+        }
         SegmentedPicker {
             objectName: "recordingMode"
             Layout.fillWidth: true

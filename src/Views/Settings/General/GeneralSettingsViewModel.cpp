@@ -1,6 +1,7 @@
 #include "Views/Settings/General/GeneralSettingsViewModel.h"
 
 #include "Base/StringLiterals.h"
+#include "Views/Shared/HotkeyProblem.h"
 #include "Views/Shared/StatusText.h"
 
 namespace Velloro {
@@ -9,8 +10,16 @@ GeneralSettingsViewModel::GeneralSettingsViewModel(HotkeyManager &hotkeyManager,
                                                    KeyEventMonitor &keyEventMonitor,
                                                    QObject *parent)
     : QObject(parent)
+    , m_hotkeyManager(hotkeyManager)
     , m_hotkey(hotkeyManager, keyEventMonitor)
 {
+    connect(&hotkeyManager, &HotkeyManager::abilitiesChanged, this,
+            &GeneralSettingsViewModel::hotkeyLimitsChanged);
+}
+
+QString GeneralSettingsViewModel::hotkeyLimits() const
+{
+    return Velloro::hotkeyLimits(m_hotkeyManager.abilities());
 }
 
 QStringList GeneralSettingsViewModel::recordingModes()

@@ -58,9 +58,10 @@ uint32_t flags(Qt::KeyboardModifiers modifiers)
 class KeyEventFilter final : public QObject, public KeyEventMonitor::Monitor
 {
 public:
-    KeyEventFilter(KeyEventMonitor::Handler handler, std::shared_ptr<X11Keymap> keymap)
+    KeyEventFilter(KeyEventMonitor::Handler handler, WindowKeyEvents::Desktop desktop)
         : m_handler(std::move(handler))
-        , m_keymap(std::move(keymap))
+        , m_desktop(std::move(desktop))
+        , m_shortcuts(m_desktop.letShortcutsThrough ? m_desktop.letShortcutsThrough() : nullptr)
     {
         qGuiApp->installEventFilter(this);
         connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &KeyEventFilter::grab);
@@ -72,6 +73,11 @@ public:
         if (m_window)
             m_window->setKeyboardGrabEnabled(false);
         qGuiApp->removeEventFilter(this);
+    }
+
+    [[nodiscard]] bool seesDesktopShortcuts() const override
+    {
+        return m_desktop.canGrab || m_shortcuts;
     }
 
 protected:
@@ -96,9 +102,8 @@ protected:
                 if (told->type == KeyEvent::Type::flagsChanged)
                     told->modifierFlags |= heldByOtherKeys(keyEvent);
                 else
-                    told->hasOtherModifier = m_keymap
-                        && m_keymap->holdsOtherModifier(
-                            static_cast<uint8_t>(keyEvent.nativeModifiers()));
+                    told->hasOtherModifier = m_desktop.holdsOtherModifier
+                        && m_desktop.holdsOtherModifier(keyEvent.nativeModifiers());
                 return m_handler(*told);
             }
             // A key without a known position can't be had as a combination.
@@ -113,7 +118,7 @@ private:
     /// Keeps the keys from the desktop as well, once a window of ours has the focus.
     void grab(QWindow *window)
     {
-        if (m_window || !window)
+        if (m_window || !window || !m_desktop.canGrab)
             return;
         m_window = window;
         m_window->setKeyboardGrabEnabled(true);
@@ -138,17 +143,35 @@ private:
     }
 
     KeyEventMonitor::Handler m_handler;
-    std::shared_ptr<X11Keymap> m_keymap;
+    WindowKeyEvents::Desktop m_desktop;
+    std::shared_ptr<void> m_shortcuts;
     QPointer<QWindow> m_window;
     /// The modifier keys that were pressed and are down, by their place, and their flags.
     QHash<quint32, uint32_t> m_heldModifiers;
 };
 
+WindowKeyEvents::Desktop x11Desktop(const std::shared_ptr<X11Connection> &connection)
+{
+    WindowKeyEvents::Desktop desktop;
+    desktop.canGrab = true;
+    if (connection) {
+        desktop.holdsOtherModifier
+            = [keymap = std::make_shared<X11Keymap>(connection)](uint32_t nativeModifiers) {
+                  return keymap->holdsOtherModifier(static_cast<uint8_t>(nativeModifiers));
+              };
+    }
+    return desktop;
+}
+
 } // namespace
 
-WindowKeyEvents::WindowKeyEvents(std::shared_ptr<X11Connection> connection)
-    : m_connection(std::move(connection))
-    , m_keymap(m_connection ? std::make_shared<X11Keymap>(m_connection) : nullptr)
+WindowKeyEvents::WindowKeyEvents(Desktop desktop)
+    : m_desktop(std::move(desktop))
+{
+}
+
+WindowKeyEvents::WindowKeyEvents(const std::shared_ptr<X11Connection> &connection)
+    : WindowKeyEvents(x11Desktop(connection))
 {
 }
 
@@ -156,7 +179,7 @@ WindowKeyEvents::~WindowKeyEvents() = default;
 
 std::unique_ptr<KeyEventMonitor::Monitor> WindowKeyEvents::addLocalMonitor(Handler handler)
 {
-    return std::make_unique<KeyEventFilter>(std::move(handler), m_keymap);
+    return std::make_unique<KeyEventFilter>(std::move(handler), m_desktop);
 }
 
 std::optional<KeyEvent> WindowKeyEvents::keyEvent(const QKeyEvent &event)

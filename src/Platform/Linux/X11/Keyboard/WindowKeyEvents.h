@@ -2,6 +2,7 @@
 
 #include "Platform/KeyEventMonitor.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -10,17 +11,31 @@ class QKeyEvent;
 namespace Velloro {
 
 class X11Connection;
-class X11Keymap;
 
 /// The key events of this program's windows, taken from the toolkit before any window sees them.
 ///
 /// While a monitor exists the keyboard is grabbed for the active window, so that combinations of
-/// the window manager and the desktop come here as well.
+/// the window manager and the desktop come here as well. A Wayland compositor allows no grab and is
+/// asked in its own way.
 class WindowKeyEvents final : public KeyEventMonitor
 {
 public:
-    /// Without a connection nothing is known of modifiers other than those of `EventFlag`.
-    explicit WindowKeyEvents(std::shared_ptr<X11Connection> connection = nullptr);
+    /// What differs between the display systems.
+    struct Desktop
+    {
+        /// Whether a state of the modifiers, as events have it, contains one that is none of
+        /// `EventFlag`.
+        std::function<bool(uint32_t nativeModifiers)> holdsOtherModifier;
+        /// Has the desktop give its own combinations to the windows while the result exists. Null,
+        /// or no function, where it does not.
+        std::function<std::shared_ptr<void>()> letShortcutsThrough;
+        bool canGrab = false;
+    };
+
+    explicit WindowKeyEvents(Desktop desktop);
+    /// On an X server. Without a connection nothing is known of modifiers other than those of
+    /// `EventFlag`.
+    explicit WindowKeyEvents(const std::shared_ptr<X11Connection> &connection = nullptr);
     ~WindowKeyEvents() override;
 
     [[nodiscard]] std::unique_ptr<Monitor> addLocalMonitor(Handler handler) override;
@@ -30,9 +45,7 @@ public:
     [[nodiscard]] static std::optional<KeyEvent> keyEvent(const QKeyEvent &event);
 
 private:
-    std::shared_ptr<X11Connection> m_connection;
-    /// Shared with the monitors.
-    std::shared_ptr<X11Keymap> m_keymap;
+    Desktop m_desktop;
 };
 
 } // namespace Velloro
