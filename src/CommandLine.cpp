@@ -28,7 +28,7 @@ QString helpText(const QCommandLineParser &parser)
 
 } // namespace
 
-std::optional<CommandLine::Answer> CommandLine::read(const QStringList &arguments)
+CommandLine CommandLine::read(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
@@ -37,7 +37,12 @@ std::optional<CommandLine::Answer> CommandLine::read(const QStringList &argument
         "Started a second time, it opens the panel of the Velloro that is running."_s);
     const QCommandLineOption help({u"h"_s, u"help"_s}, u"Print this help and exit."_s);
     const QCommandLineOption version({u"v"_s, u"version"_s}, u"Print the version and exit."_s);
-    parser.addOptions({help, version});
+    const QCommandLineOption press(u"press"_s,
+                                   u"Press the hotkey of the Velloro that is running, and exit."_s);
+    const QCommandLineOption release(u"release"_s, u"Release it again."_s);
+    const QCommandLineOption toggle(
+        u"toggle"_s, u"Start a recording, or end the one that is going on, in either mode."_s);
+    parser.addOptions({press, release, toggle, help, version});
     for (const char *name : toolkitOptions) {
         QCommandLineOption option(QString::fromLatin1(name));
         option.setValueName(u"value"_s);
@@ -50,14 +55,21 @@ std::optional<CommandLine::Answer> CommandLine::read(const QStringList &argument
         fault = parser.errorText();
     else if (!parser.positionalArguments().isEmpty())
         fault = u"Unexpected argument '%1'."_s.arg(parser.positionalArguments().first());
-    if (!fault.isEmpty()) {
-        return Answer{usageError, u"velloro: %1\nTry 'velloro --help'.\n"_s.arg(fault)};
-    }
+    else if (parser.isSet(press) + parser.isSet(release) + parser.isSet(toggle) > 1)
+        fault = u"--press, --release and --toggle exclude each other."_s;
+    if (!fault.isEmpty())
+        return {Answer{usageError, u"velloro: %1\nTry 'velloro --help'.\n"_s.arg(fault)}, {}};
     if (parser.isSet(help))
-        return Answer{0, helpText(parser)};
+        return {Answer{0, helpText(parser)}, {}};
     if (parser.isSet(version))
-        return Answer{0, QStringLiteral("Velloro " VELLORO_VERSION "\n")};
-    return std::nullopt;
+        return {Answer{0, QStringLiteral("Velloro " VELLORO_VERSION "\n")}, {}};
+    if (parser.isSet(press))
+        return {{}, HotkeyVerb::press};
+    if (parser.isSet(release))
+        return {{}, HotkeyVerb::release};
+    if (parser.isSet(toggle))
+        return {{}, HotkeyVerb::toggle};
+    return {};
 }
 
 } // namespace Velloro

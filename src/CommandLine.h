@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/HotkeyVerb.h"
+
 #include <QStringList>
 #include <optional>
 
@@ -17,9 +19,13 @@ struct CommandLine
         QString text;
     };
 
-    /// The answer to `arguments`, of which the first is the program's name; none where the program
-    /// is to run.
-    [[nodiscard]] static std::optional<Answer> read(const QStringList &arguments);
+    /// None where the program is to run.
+    std::optional<Answer> answer;
+    /// What to ask of the Velloro that is running, instead.
+    std::optional<HotkeyVerb> verb;
+
+    /// Reads `arguments`, of which the first is the program's name.
+    [[nodiscard]] static CommandLine read(const QStringList &arguments);
 };
 
 } // namespace Velloro

@@ -5,6 +5,7 @@
 #include "Managers/HotkeyManager.h"
 #include "Platform/Linux/DisplayServer.h"
 #include "Platform/Linux/LinuxPlatform.h"
+#include "Platform/Linux/Process/HotkeyCommand.h"
 #include "Platform/Linux/Process/SingleInstance.h"
 #include "Platform/Linux/Process/TerminationSignals.h"
 #include "VelloroApp.h"
@@ -24,9 +25,16 @@ int run(int argc, char **argv)
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
-    if (const auto answer = CommandLine::read(arguments)) {
+    const auto [answer, verb] = CommandLine::read(arguments);
+    if (answer) {
         std::fputs(answer->text.toLocal8Bit().constData(), answer->status == 0 ? stdout : stderr);
         return answer->status;
+    }
+    if (verb) {
+        if (HotkeyCommand::make(*verb).send(SingleInstance::socketPath()))
+            return 0;
+        std::fputs("velloro: Velloro is not running in this session.\n", stderr);
+        return 1;
     }
 
     // The reader of the log may end; dictation continues.
@@ -42,7 +50,7 @@ int run(int argc, char **argv)
     if (!instance.acquire())
         return 0;
 
-    Platform platform = makeLinuxPlatform(server);
+    Platform platform = makeLinuxPlatform(server, &instance);
     HotkeyManager hotkeyManager(platform);
     VelloroApp velloro(platform, hotkeyManager);
 

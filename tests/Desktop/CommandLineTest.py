@@ -33,6 +33,9 @@ class CommandLineTest(unittest.TestCase):
             (["-h", "-session", "7"], 0, "Usage: (.|\n)*", ""),
             (["--no-such-option"], 2, "", r"velloro: Unknown option 'no-such-option'\.\n.*\n"),
             (["--version", "-x"], 2, "", r"velloro: Unknown option 'x'\.\n.*\n"),
+            (["--press"], 1, "", r"velloro: Velloro is not running in this session\.\n"),
+            (["--toggle"], 1, "", r"velloro: .*\n"),
+            (["--press", "--release"], 2, "", r"velloro: --press, .* exclude each other\.\n.*\n"),
             (["speech.wav"], 2, "", r"velloro: Unexpected argument 'speech\.wav'\.\n.*\n"),
         )
         for arguments, status, output, error in cases:

@@ -7,6 +7,7 @@
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QThread>
+#include <algorithm>
 #include <atomic>
 #include <gtest/gtest.h>
 #include <memory>
@@ -60,6 +61,31 @@ TEST_F(SingleInstanceTest, theRunningOneComesForward)
     EXPECT_FALSE(second.result());
     EXPECT_EQ(requests, 1);
     EXPECT_EQ(messages(), QStringList({u"Already running"_s}));
+}
+
+TEST_F(SingleInstanceTest, commandsReachTheRunningOneInTheirOrder)
+{
+    const HotkeyCommand commands[]
+        = {{HotkeyVerb::press, 1}, {HotkeyVerb::release, 2}, {HotkeyVerb::toggle, 3}};
+    EXPECT_FALSE(commands[0].send(SingleInstance::socketPath())) << "nobody runs";
+    std::vector<HotkeyCommand> received;
+    bool isActivated = false;
+    {
+        SingleInstance running;
+        ASSERT_TRUE(running.acquire());
+        QObject::connect(&running, &SingleInstance::hotkeyCommanded, &running,
+                         [&](const HotkeyCommand &command) { received.push_back(command); });
+        QObject::connect(&running, &SingleInstance::activationRequested, &running,
+                         [&] { isActivated = true; });
+        // The sender does not wait for the running one, which is busy here.
+        for (const HotkeyCommand &command : commands)
+            EXPECT_TRUE(command.send(SingleInstance::socketPath()));
+        EXPECT_TRUE(waitUntil([&] { return received.size() == std::size(commands); }));
+    }
+    EXPECT_TRUE(std::ranges::equal(received, commands));
+    EXPECT_FALSE(isActivated);
+    EXPECT_FALSE(commands[0].send(SingleInstance::socketPath())) << "it has ended";
+    EXPECT_FALSE(commands[0].send(QByteArray(200, 'x'))) << "longer than an address";
 }
 
 TEST_F(SingleInstanceTest, theEndOfTheRunningOneIsWaitedFor)

@@ -13,7 +13,9 @@
 #include "Platform/Linux/Files/JsonUserDefaults.h"
 #include "Platform/Linux/Files/LinuxFileSystem.h"
 #include "Platform/Linux/PasteCoordinator.h"
+#include "Platform/Linux/Process/CommandHotkeys.h"
 #include "Platform/Linux/Process/LinuxProcessInfo.h"
+#include "Platform/Linux/Process/SingleInstance.h"
 #include "Platform/Linux/Sound/PulseAudioEngine.h"
 #include "Platform/Linux/Sound/PulseCaptureAuthorization.h"
 #include "Platform/Linux/Sound/PulseSystemSounds.h"
@@ -25,7 +27,21 @@
 
 namespace Velloro {
 
-Platform makeLinuxPlatform(DisplayServer server)
+namespace {
+
+/// Puts the program's commands beside the hotkey.
+void addHotkeyCommands(Platform &platform, SingleInstance *instance)
+{
+    auto hotkeys = std::make_unique<CommandHotkeys>(std::move(platform.hotkeyRegistration));
+    if (instance)
+        QObject::connect(instance, &SingleInstance::hotkeyCommanded, hotkeys.get(),
+                         &CommandHotkeys::handle);
+    platform.hotkeyRegistration = std::move(hotkeys);
+}
+
+} // namespace
+
+Platform makeLinuxPlatform(DisplayServer server, SingleInstance *instance)
 {
     Platform platform;
 
@@ -41,9 +57,10 @@ Platform makeLinuxPlatform(DisplayServer server)
     (void)accessibility->isProcessTrusted();
     platform.accessibility = std::move(accessibility);
     const bool isWayland = server == DisplayServer::wayland;
-    addX11Services(platform, display, pasting);
+    addX11Services(platform, server, display, pasting);
     if (isWayland)
         addWaylandServices(platform, WaylandConnection::open(), pasting);
+    addHotkeyCommands(platform, instance);
     platform.systemSettings = std::make_unique<DesktopSettings>();
     // Of a compositor's keyboard the X server beside it knows nothing.
     platform.screenLock = std::make_unique<LinuxScreenLock>(

@@ -5,7 +5,10 @@
 
 namespace Velloro {
 
-/// Makes the real services of a Linux desktop. Main thread, with an application object.
-[[nodiscard]] Platform makeLinuxPlatform(DisplayServer server);
+class SingleInstance;
+
+/// Makes the real services of a Linux desktop. Main thread, with an application object. The hotkey
+/// follows the commands that `instance` receives, where there is one.
+[[nodiscard]] Platform makeLinuxPlatform(DisplayServer server, SingleInstance *instance = nullptr);
 
 } // namespace Velloro

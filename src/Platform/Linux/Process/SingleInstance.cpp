@@ -22,7 +22,8 @@ using namespace std::chrono_literals;
 constexpr auto endLimit = 2s;
 /// Between two attempts to get the lock, whose release can't be awaited for a limited time.
 constexpr auto retryInterval = 50ms;
-/// What a running instance answers.
+/// What a further start says, and what the running instance answers.
+constexpr char activation[] = "activate\n";
 constexpr char acknowledgement = '+';
 
 QString runtimePath(const QString &fileName)
@@ -40,11 +41,23 @@ SingleInstance::SingleInstance(QObject *parent)
     connect(&m_server, &QLocalServer::newConnection, this, [this] {
         while (QLocalSocket *socket = m_server.nextPendingConnection()) {
             connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-            socket->write(&acknowledgement, 1);
-            socket->disconnectFromServer();
+            connect(socket, &QLocalSocket::readyRead, this, [this, socket] { answer(*socket); });
+            answer(*socket);
         }
-        Q_EMIT activationRequested();
     });
+}
+
+void SingleInstance::answer(QLocalSocket &caller)
+{
+    if (!caller.canReadLine())
+        return;
+    const QByteArray line = caller.readLine();
+    caller.write(&acknowledgement, 1);
+    caller.disconnectFromServer();
+    if (line == activation)
+        Q_EMIT activationRequested();
+    else if (const auto command = HotkeyCommand::read(line))
+        Q_EMIT hotkeyCommanded(*command);
 }
 
 SingleInstance::~SingleInstance()
@@ -57,15 +70,22 @@ void SingleInstance::stopAnswering()
     m_server.close();
 }
 
+QByteArray SingleInstance::socketPath()
+{
+    return QFile::encodeName(runtimePath(u"velloro.socket"_s));
+}
+
 bool SingleInstance::acquire()
 {
-    const QString socketPath = runtimePath(u"velloro.socket"_s);
+    const QString socketPath = QFile::decodeName(SingleInstance::socketPath());
     m_lockFile = FileDescriptor::open(QFile::encodeName(runtimePath(u"velloro.lock"_s)),
                                       O_RDWR | O_CREAT, 0600);
     // Where no lock can be made, a second instance is the lesser evil.
     if (m_lockFile.isOpen() && !FileLock::tryLock(m_lockFile.get())) {
         const QDeadlineTimer deadline(endLimit);
         QLocalSocket socket;
+        connect(&socket, &QLocalSocket::connected, &socket,
+                [&socket] { socket.write(activation); });
         do {
             if (socket.state() == QLocalSocket::UnconnectedState)
                 socket.connectToServer(socketPath);

@@ -1,9 +1,12 @@
 #pragma once
 
 #include "Base/FileDescriptor.h"
+#include "Platform/Linux/Process/HotkeyCommand.h"
 
 #include <QLocalServer>
 #include <QObject>
+
+class QLocalSocket;
 
 namespace Velloro {
 
@@ -24,11 +27,18 @@ public:
     /// For an instance that is ending: answers no further start of the program.
     void stopAnswering();
 
+    /// Where the running one listens, for `HotkeyCommand::send`.
+    [[nodiscard]] static QByteArray socketPath();
+
 Q_SIGNALS:
     /// The program was started again.
     void activationRequested();
+    /// The program was started to press or release the hotkey of this one.
+    void hotkeyCommanded(const Velloro::HotkeyCommand &command);
 
 private:
+    void answer(QLocalSocket &caller);
+
     FileDescriptor m_lockFile;
     QLocalServer m_server;
 };

@@ -8,6 +8,7 @@
 #include "Platform/Linux/Wayland/Gnome/ShellStrokes.h"
 #include "Platform/Linux/Wayland/Gnome/ShellWindows.h"
 #include "Platform/Linux/Wayland/Gnome/ShellWorkspace.h"
+#include "Platform/Linux/Wayland/Hotkeys/WaylandHotkeys.h"
 #include "Platform/Linux/Wayland/Keyboard/WaylandKeyboardEvents.h"
 #include "Platform/Linux/Wayland/Keyboard/XWaylandKeyboardEvents.h"
 #include "Platform/Linux/Wayland/Overlay/WaylandOverlay.h"
@@ -31,12 +32,10 @@ std::unique_ptr<Service> ofX11Windows(std::unique_ptr<Service> x11)
     return QGuiApplication::platformName() == u"xcb"_s ? std::move(x11) : nullptr;
 }
 
-/// GNOME's shell offers programs nothing of this itself.
 void addShellExtension(Platform &platform, const std::shared_ptr<WaylandConnection> &display,
+                       const std::shared_ptr<ShellExtension> &extension,
                        const std::shared_ptr<PasteCoordinator> &pasting)
 {
-    const auto extension = std::make_shared<ShellExtension>(SessionBus::connection());
-    extension->look([](bool) {});
     const auto windows = std::make_shared<ShellWindows>(extension);
     platform.workspace = std::make_unique<ShellWorkspace>(
         extension, std::make_unique<WaylandWorkspace>(windows), std::move(platform.workspace));
@@ -61,14 +60,18 @@ void addWaylandServices(Platform &platform, const std::shared_ptr<WaylandConnect
     const auto windows = WindowList::make(display);
     if (windows)
         platform.workspace = std::make_unique<WaylandWorkspace>(windows);
+    // GNOME's shell offers programs nothing of all this itself.
+    std::shared_ptr<ShellExtension> extension;
     if (auto strokes = StrokeSender::make(*display)) {
         platform.keyboardEvents = std::make_unique<WaylandKeyboardEvents>(
             display, std::move(strokes), windows, pasting);
     } else {
         platform.keyboardEvents
             = std::make_unique<XWaylandKeyboardEvents>(std::move(platform.keyboardEvents));
-        addShellExtension(platform, display, pasting);
+        extension = std::make_shared<ShellExtension>(SessionBus::connection());
+        addShellExtension(platform, display, extension, pasting);
     }
+    addWaylandHotkeys(platform, display, extension);
     platform.userInput = std::make_unique<WaylandUserInput>();
     platform.overlay = WaylandOverlay::make(display);
 }

@@ -10,13 +10,14 @@
 
 namespace Velloro {
 
-void addX11Services(Platform &platform, const std::shared_ptr<X11Connection> &display,
+void addX11Services(Platform &platform, DisplayServer server,
+                    const std::shared_ptr<X11Connection> &display,
                     const std::shared_ptr<PasteCoordinator> &pasting)
 {
     platform.pasteboard = std::make_unique<X11Pasteboard>(pasting);
     platform.keyboardEvents = std::make_unique<X11KeyboardEvents>(display, pasting);
     platform.userInput = std::make_unique<X11UserInput>(display);
-    platform.hotkeyRegistration = std::make_unique<X11HotkeyRegistration>(display);
+    platform.hotkeyRegistration = std::make_unique<X11HotkeyRegistration>(display, server);
     platform.keyEventMonitor = std::make_unique<WindowKeyEvents>(display);
     platform.screenFrames = std::make_unique<X11ScreenFrames>(display);
     platform.workspace = std::make_unique<X11Workspace>(display);

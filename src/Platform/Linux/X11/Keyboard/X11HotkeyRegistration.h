@@ -1,8 +1,10 @@
 #pragma once
 
 #include "Platform/HotkeyRegistration.h"
+#include "Platform/Linux/DisplayServer.h"
 #include "Platform/Linux/X11/Keyboard/X11Keyboards.h"
 #include "Platform/Linux/X11/Keyboard/X11Keymap.h"
+#include "Platform/Linux/X11/X11FocusWatch.h"
 
 #include <QObject>
 #include <QTimer>
@@ -22,6 +24,9 @@ namespace Velloro {
 /// keyboards; what this program sends from there itself is let pass. Such a grab is not refused
 /// where another program holds the combination on the master, so that is asked first.
 ///
+/// Beside a Wayland compositor the server hears nothing more of a key, its release included, once
+/// the focus is on a window that is not the server's: a press ends there.
+///
 /// The statuses are the X error codes; those with a known meaning are the ones of `HotkeyStatus`.
 class X11HotkeyRegistration final : public QObject, public HotkeyRegistration
 {
@@ -29,7 +34,8 @@ class X11HotkeyRegistration final : public QObject, public HotkeyRegistration
 
 public:
     /// A null connection makes every registration fail.
-    explicit X11HotkeyRegistration(std::shared_ptr<X11Connection> connection);
+    explicit X11HotkeyRegistration(std::shared_ptr<X11Connection> connection,
+                                   DisplayServer server = DisplayServer::x11);
     ~X11HotkeyRegistration() override;
 
     void setPressedHandler(Handler handler) override { m_pressed = std::move(handler); }
@@ -88,6 +94,7 @@ private:
     [[nodiscard]] const Registrations::value_type *registrationOf(uint8_t keycode) const;
     void handleKeyPress(uint16_t device, uint8_t keycode);
     void handleKeyRelease(uint16_t device, uint8_t keycode);
+    void handleFocusLoss();
     void handleHierarchyChange(const xcb_generic_event_t *event);
     void handleKeymapChange();
     /// A key that this program sends itself is no press, and goes to the application.
@@ -107,12 +114,16 @@ private:
     std::shared_ptr<X11Connection> m_connection;
     std::unique_ptr<X11Keymap> m_keymap;
     std::unique_ptr<X11Keyboards> m_keyboards;
+    std::unique_ptr<X11FocusWatch> m_focusWatch;
     Handler m_pressed;
     Handler m_released;
     StatusHandler m_status;
     Reference m_lastReference = 0;
     Registrations m_registrations;
     std::optional<Press> m_press;
+    /// A key that the server still takes for held, because it has not heard of the release: its
+    /// next press looks like a repetition.
+    std::optional<uint8_t> m_stuckKey;
     QTimer m_keymapChange;
 };
 
