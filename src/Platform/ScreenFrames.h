@@ -21,6 +21,10 @@ public:
     /// Where the pointer is, in the desktop's logical pixels; nothing where the display server does
     /// not tell while it is over windows of others.
     [[nodiscard]] virtual std::optional<QPointF> pointer() const = 0;
+
+    /// Whether windows are put where the program says, and come to the front when it says. Else the
+    /// desktop does both, when a window is shown.
+    [[nodiscard]] virtual bool canPlaceWindows() const = 0;
 };
 
 } // namespace Velloro

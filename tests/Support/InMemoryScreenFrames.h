@@ -2,25 +2,23 @@
 
 #include "Platform/ScreenFrames.h"
 
-#include <QCursor>
-
 namespace Velloro {
 
-/// Knows no more than the toolkit, or not even the pointer.
+/// Knows no more than the toolkit, or not even the places of windows.
 class InMemoryScreenFrames : public ScreenFrames
 {
 public:
-    bool tellsPointer = true;
+    /// Nothing where nobody knows it.
+    std::optional<QPointF> pointerPosition = QPointF();
+    bool placesWindows = true;
 
     std::optional<QRect> visibleFrame(const QRect & /*screen*/,
                                       double /*pixelRatio*/) const override
     {
         return std::nullopt;
     }
-    std::optional<QPointF> pointer() const override
-    {
-        return tellsPointer ? std::optional<QPointF>(QCursor::pos()) : std::nullopt;
-    }
+    std::optional<QPointF> pointer() const override { return pointerPosition; }
+    bool canPlaceWindows() const override { return placesWindows; }
 };
 
 } // namespace Velloro

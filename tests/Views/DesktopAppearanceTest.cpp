@@ -1,6 +1,8 @@
 #include "Platform/Linux/Desktop/DesktopAppearance.h"
 
 #include "Base/StringLiterals.h"
+#include "Platform/Linux/Wayland/WaylandDesktopLook.h"
+#include "Platform/Linux/X11/X11DesktopLook.h"
 #include "Support/WaitUntil.h"
 #include "Views/Controls/Theme.h"
 
@@ -96,6 +98,20 @@ std::unique_ptr<DesktopAppearance> makeAppearance()
 {
     return std::make_unique<DesktopAppearance>(
         std::make_unique<X11DesktopLook>(X11Connection::open()));
+}
+
+TEST(DesktopAppearanceTest, IsBlendedWithTextOfItsOwnSizeOnACompositor)
+{
+    Portal portal;
+    portal.groups = {{interfaceGroup, {{u"text-scaling-factor"_s, 0.5}}}};
+    const DesktopAppearance appearance(std::make_shared<WaylandDesktopLook>(nullptr));
+    EXPECT_TRUE(appearance.isCompositing());
+    // Windows twice as large as the text are no sign that they have its factor already.
+    EXPECT_TRUE(waitUntil([&] { return appearance.textScale() == 0.5; }));
+    const auto x11 = makeAppearance();
+    QSignalSpy changes(x11.get(), &Appearance::changed);
+    ASSERT_TRUE(waitUntil([&] { return changes.count() > 0; }));
+    EXPECT_EQ(x11->textScale(), 1);
 }
 
 TEST(DesktopAppearanceTest, FollowsThePortal)

@@ -5,7 +5,6 @@
 #include "Support/LogRecorder.h"
 #include "Support/WaitUntil.h"
 
-#include <QCursor>
 #include <QGuiApplication>
 #include <QLineEdit>
 #include <QScreen>
@@ -38,11 +37,9 @@ protected:
         xcb = x11->connection();
     }
 
-    void show(QPoint pointer)
+    void show(std::optional<QPointF> pointer)
     {
-        // Where the tests' pointer is, not where the toolkit last saw it.
-        QCursor::setPos(pointer);
-        ASSERT_TRUE(waitUntil([pointer] { return QCursor::pos() == pointer; }));
+        memory.screenFrames->pointerPosition = pointer;
         controller.show(appState);
         ASSERT_TRUE(controller.window());
         ASSERT_TRUE(waitUntil([this] { return controller.window()->isExposed(); }));
@@ -58,11 +55,11 @@ protected:
         return {geometry->x, geometry->y, geometry->width, geometry->height};
     }
 
-    /// What the window's mask leaves of it.
-    [[nodiscard]] QRegion shape() const
+    /// What the window's mask leaves of it, or of its input.
+    [[nodiscard]] QRegion shape(xcb_shape_sk_t kind = XCB_SHAPE_SK_BOUNDING) const
     {
         const auto shape = reply(xcb_shape_get_rectangles_reply(
-            xcb, xcb_shape_get_rectangles(xcb, id(), XCB_SHAPE_SK_BOUNDING), nullptr));
+            xcb, xcb_shape_get_rectangles(xcb, id(), kind), nullptr));
         const xcb_rectangle_t *rectangles = xcb_shape_get_rectangles_rectangles(shape.get());
         QRegion region;
         for (int index = 0; index < xcb_shape_get_rectangles_rectangles_length(shape.get());
@@ -114,6 +111,16 @@ TEST_F(RecordingPillWindowTest, StandsAboveThePointerInsideEachCornerOfTheScreen
     EXPECT_FALSE(window->isVisible());
 }
 
+TEST_F(RecordingPillWindowTest, IsAtTheBottomAndLetsClicksThroughWhereNobodyKnowsThePointer)
+{
+    const QRect frame = QGuiApplication::primaryScreen()->availableGeometry();
+    show(std::nullopt);
+    const QRect expected(frame.center().x() - 129, frame.bottom() + 1 - 48 - 48, 260, 48);
+    EXPECT_TRUE(waitUntil([&] { return serverGeometry() == expected; }))
+        << serverGeometry().x() << ", " << serverGeometry().y();
+    EXPECT_TRUE(waitUntil([this] { return shape(XCB_SHAPE_SK_INPUT).isEmpty(); }));
+}
+
 TEST_F(RecordingPillWindowTest, IsNoConcernOfTheWindowManagerAndLeavesTheFocusWhereItIs)
 {
     QLineEdit document;
@@ -125,7 +132,7 @@ TEST_F(RecordingPillWindowTest, IsNoConcernOfTheWindowManagerAndLeavesTheFocusWh
     };
     const xcb_window_t before = focused();
 
-    show({600, 400});
+    show(QPointF(600, 400));
     QTest::mouseClick(controller.window(), Qt::LeftButton);
     QTest::qWait(200);
     EXPECT_EQ(focused(), before);
@@ -159,7 +166,7 @@ TEST_F(RecordingPillWindowTest, IsNoConcernOfTheWindowManagerAndLeavesTheFocusWh
 TEST_F(RecordingPillWindowTest, HasItsCornersCutWhereNothingBlendsWindows)
 {
     memory.appearance->compositing = false;
-    show({600, 400});
+    show(QPointF(600, 400));
     for (const QPoint corner : {QPoint(0, 0), QPoint(259, 0), QPoint(0, 47), QPoint(259, 47)})
         EXPECT_TRUE(waitUntil([&] { return !shape().contains(corner); }));
     for (const QPoint inside : {QPoint(0, 24), QPoint(259, 23), QPoint(130, 0), QPoint(130, 47)})

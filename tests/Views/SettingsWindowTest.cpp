@@ -5,6 +5,8 @@
 #include "Views/WindowTestBase.h"
 
 #include <QProcess>
+#include <QSignalSpy>
+#include <QWidget>
 #include <gmock/gmock.h>
 
 namespace Velloro {
@@ -64,6 +66,31 @@ TEST_F(SettingsWindowTest, IsOneWindowThatTheKeyboardOpensTabByTab)
     ASSERT_TRUE(waitUntil([this] { return !window(); }));
     open();
     EXPECT_TRUE(probe().item(u"playSounds"_s)) << "it starts with its first tab again";
+}
+
+TEST_F(SettingsWindowTest, IsShownAnewWhereTheDesktopHasPlacesAndFocusToItself)
+{
+    memory.screenFrames->placesWindows = false;
+    open();
+    QQuickWindow *first = window();
+    QSignalSpy shown(first, &QWindow::visibleChanged);
+    controller.open();
+    EXPECT_EQ(shown.count(), 0) << "it has the focus";
+
+    QWidget document;
+    document.show();
+    document.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&document));
+    open();
+    EXPECT_EQ(window(), first);
+    EXPECT_EQ(shown.count(), 2);
+
+    memory.appearance->scale = 1.5;
+    Q_EMIT memory.appearance->changed();
+    EXPECT_EQ(shown.count(), 4) << "a larger one has another place";
+    EXPECT_EQ(window()->size(), QSize(750, 600));
+    controller.close();
+    EXPECT_FALSE(window());
 }
 
 TEST_F(SettingsWindowTest, EverySwitchWritesWhatItShowsAndShowsWhatIsWrittenElsewhere)

@@ -51,10 +51,10 @@ void WindowController::open()
     }
     m_window = std::move(view);
     connect(&m_engine.theme(), &Theme::changed, m_window.get(),
-            [this, size = size] { fit(*m_window, size); });
+            [this, size = size] { fitAgain(size); });
     connect(m_window.get(), &QWindow::visibleChanged, m_window.get(), [this](bool visible) {
         // The window is still in the midst of being hidden.
-        if (!visible)
+        if (!visible && !m_isShownAnew)
             m_window.release()->deleteLater();
     });
     bringToFront();
@@ -74,8 +74,27 @@ void WindowController::fit(QWindow &window, QSize size) const
     window.resize(now);
 }
 
+void WindowController::fitAgain(QSize size)
+{
+    const QSize before = m_window->size();
+    fit(*m_window, size);
+    if (m_window->size() != before && !m_platform.screenFrames->canPlaceWindows())
+        showAnew();
+}
+
+void WindowController::showAnew()
+{
+    m_isShownAnew = true;
+    m_window->hide();
+    m_window->show();
+    m_isShownAnew = false;
+}
+
 void WindowController::bringToFront()
 {
+    if (m_window->isVisible() && !m_window->isActive()
+        && !m_platform.screenFrames->canPlaceWindows())
+        showAnew();
     // One that was made small comes back.
     m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowStates(Qt::WindowMinimized));
     m_window->show();

@@ -59,9 +59,14 @@ protected:
 
 private:
     void bringToFront();
+    /// Where the desktop has the places and the focus to itself: it gives both to new windows.
+    void showAnew();
     void fit(QWindow &window, QSize size) const;
+    void fitAgain(QSize size);
 
     std::unique_ptr<QQuickView> m_window;
+    /// While it is hidden only to be shown again.
+    bool m_isShownAnew = false;
 };
 
 } // namespace Velloro

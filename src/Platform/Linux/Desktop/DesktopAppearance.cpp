@@ -97,6 +97,8 @@ bool DesktopAppearance::prefersDark() const
 
 double DesktopAppearance::textScale() const
 {
+    if (!m_look->scalesWindowsWithText())
+        return m_textScale;
     return remainingTextScale(m_textScale, qGuiApp->devicePixelRatio());
 }
 

@@ -23,6 +23,10 @@ public:
     }
 
     [[nodiscard]] bool isCompositing() const override { return true; }
+    [[nodiscard]] bool scalesWindowsWithText() const override
+    {
+        return m_windows && m_windows->scalesWindowsWithText();
+    }
     [[nodiscard]] bool hasTray() const override { return m_windows && m_windows->hasTray(); }
     [[nodiscard]] std::optional<bool> isTrayDark() const override
     {

@@ -24,6 +24,7 @@ public:
         return m_windows ? m_windows->visibleFrame(screen, pixelRatio) : std::nullopt;
     }
     [[nodiscard]] std::optional<QPointF> pointer() const override { return std::nullopt; }
+    [[nodiscard]] bool canPlaceWindows() const override { return m_windows != nullptr; }
 
 private:
     std::unique_ptr<ScreenFrames> m_windows;

@@ -21,6 +21,7 @@ public:
     explicit X11DesktopLook(std::shared_ptr<X11Connection> connection, QObject *parent = nullptr);
 
     [[nodiscard]] bool isCompositing() const override { return m_isCompositing; }
+    [[nodiscard]] bool scalesWindowsWithText() const override { return true; }
     [[nodiscard]] bool hasTray() const override { return m_hasTray; }
     [[nodiscard]] std::optional<bool> isTrayDark() const override { return m_isTrayDark; }
 

@@ -22,6 +22,7 @@ public:
     [[nodiscard]] std::optional<QRect> visibleFrame(const QRect &screen,
                                                     double pixelRatio) const override;
     [[nodiscard]] std::optional<QPointF> pointer() const override;
+    [[nodiscard]] bool canPlaceWindows() const override { return true; }
 
     /// A monitor without the panels that reserve parts of the edges of the desktop, all in the
     /// server's pixels. A reservation that would leave nothing of it is another monitor's.
