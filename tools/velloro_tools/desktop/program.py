@@ -3,6 +3,7 @@
 import base64
 import json
 import pathlib
+import re
 import signal
 import subprocess
 import threading
@@ -73,8 +74,8 @@ class Velloro:
         """Lays its desktop file, as a package does: some desktops go by that."""
         folder = self.desktop.data_home / "applications"
         folder.mkdir(parents=True, exist_ok=True)
-        (folder / DESKTOP_FILE.name).write_text(DESKTOP_FILE.read_text().replace(
-            "\nExec=velloro\n", f"\nExec={self._command[0]}\n"))
+        (folder / "velloro.desktop").write_text(re.sub(
+            "(?m)^Exec=.*$", f"Exec={self._command[0]}", DESKTOP_FILE.read_text()))
 
     # --- life -----------------------------------------------------------------------------------
 
