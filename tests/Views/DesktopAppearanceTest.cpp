@@ -104,8 +104,9 @@ TEST(DesktopAppearanceTest, IsBlendedWithTextOfItsOwnSizeOnACompositor)
 {
     Portal portal;
     portal.groups = {{interfaceGroup, {{u"text-scaling-factor"_s, 0.5}}}};
-    const DesktopAppearance appearance(std::make_shared<WaylandDesktopLook>(nullptr));
+    const DesktopAppearance appearance(std::make_shared<WaylandDesktopLook>(nullptr, true));
     EXPECT_TRUE(appearance.isCompositing());
+    EXPECT_TRUE(appearance.isTrayDark()) << "though windows are light";
     // Windows twice as large as the text are no sign that they have its factor already.
     EXPECT_TRUE(waitUntil([&] { return appearance.textScale() == 0.5; }));
     const auto x11 = makeAppearance();

@@ -145,7 +145,7 @@ TEST_F(SettingsWindowTest, SaysWhatTheHotkeyDoesNotDoHere)
     };
     for (const auto &c : cases) {
         memory.hotkeyRegistration->currentAbilities = c.abilities;
-        hotkeyManager.registerHotkey();
+        hotkeyManager->registerHotkey();
         EXPECT_EQ(note->isVisible(), *c.text != 0);
         EXPECT_THAT(note->property("text").toString().toStdString(), ::testing::HasSubstr(c.text));
     }

@@ -58,8 +58,9 @@ Platform makeLinuxPlatform(DisplayServer server, SingleInstance *instance)
     platform.accessibility = std::move(accessibility);
     const bool isWayland = server == DisplayServer::wayland;
     addX11Services(platform, server, display, pasting);
+    const auto compositor = isWayland ? WaylandConnection::open() : nullptr;
     if (isWayland)
-        addWaylandServices(platform, WaylandConnection::open(), pasting);
+        addWaylandServices(platform, compositor, pasting);
     addHotkeyCommands(platform, instance);
     platform.systemSettings = std::make_unique<DesktopSettings>();
     // Of a compositor's keyboard the X server beside it knows nothing.
@@ -67,8 +68,8 @@ Platform makeLinuxPlatform(DisplayServer server, SingleInstance *instance)
         std::make_unique<DBusLockState>(SessionBus::connection()), isWayland ? nullptr : display);
 
     std::unique_ptr<DesktopLook> x11Look = std::make_unique<X11DesktopLook>(X11Connection::open());
-    const std::shared_ptr<DesktopLook> look = isWayland ? makeWaylandLook(std::move(x11Look))
-                                                        : std::move(x11Look);
+    const std::shared_ptr<DesktopLook> look
+        = isWayland ? makeWaylandLook(compositor, std::move(x11Look)) : std::move(x11Look);
     platform.appearance = std::make_unique<DesktopAppearance>(look);
     platform.trayHost = std::make_unique<DesktopTrayHost>(look);
     platform.userNotifications = std::make_unique<DBusUserNotifications>();

@@ -3,6 +3,7 @@
 #include "Base/Log.h"
 #include "Base/StringLiterals.h"
 
+#include <QGuiApplication>
 #include <QScreen>
 
 namespace Velloro {
@@ -52,6 +53,8 @@ void WindowController::open()
     m_window = std::move(view);
     connect(&m_engine.theme(), &Theme::changed, m_window.get(),
             [this, size = size] { fitAgain(size); });
+    if (!m_platform.screenFrames->canPlaceWindows())
+        followScreens(size);
     connect(m_window.get(), &QWindow::visibleChanged, m_window.get(), [this](bool visible) {
         // The window is still in the midst of being hidden.
         if (!visible && !m_isShownAnew)
@@ -74,8 +77,22 @@ void WindowController::fit(QWindow &window, QSize size) const
     window.resize(now);
 }
 
+void WindowController::followScreens(QSize size)
+{
+    // Not while the toolkit still deals with the change.
+    const auto follow = [&](auto *sender, auto signal) {
+        connect(
+            sender, signal, m_window.get(), [this, size] { fitAgain(size); }, Qt::QueuedConnection);
+    };
+    follow(m_window.get(), &QWindow::screenChanged);
+    for (QScreen *screen : QGuiApplication::screens())
+        follow(screen, &QScreen::availableGeometryChanged);
+}
+
 void WindowController::fitAgain(QSize size)
 {
+    if (!m_window)
+        return;
     const QSize before = m_window->size();
     fit(*m_window, size);
     if (m_window->size() != before && !m_platform.screenFrames->canPlaceWindows())

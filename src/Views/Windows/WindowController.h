@@ -62,6 +62,9 @@ private:
     /// Where the desktop has the places and the focus to itself: it gives both to new windows.
     void showAnew();
     void fit(QWindow &window, QSize size) const;
+    /// Where the desktop places windows itself, it may have chosen another screen, or scale it
+    /// otherwise.
+    void followScreens(QSize size);
     void fitAgain(QSize size);
 
     std::unique_ptr<QQuickView> m_window;

@@ -15,8 +15,9 @@ class WaylandDesktopLook final : public DesktopLook
 public:
     /// `windows` is the look of the server that has the program's windows; null where that is the
     /// compositor itself.
-    explicit WaylandDesktopLook(std::unique_ptr<DesktopLook> windows)
+    WaylandDesktopLook(std::unique_ptr<DesktopLook> windows, std::optional<bool> isBarDark)
         : m_windows(std::move(windows))
+        , m_isBarDark(isBarDark)
     {
         if (m_windows)
             connect(m_windows.get(), &DesktopLook::changed, this, &DesktopLook::changed);
@@ -30,11 +31,12 @@ public:
     [[nodiscard]] bool hasTray() const override { return m_windows && m_windows->hasTray(); }
     [[nodiscard]] std::optional<bool> isTrayDark() const override
     {
-        return m_windows ? m_windows->isTrayDark() : std::nullopt;
+        return m_windows ? m_windows->isTrayDark() : m_isBarDark;
     }
 
 private:
     std::unique_ptr<DesktopLook> m_windows;
+    std::optional<bool> m_isBarDark;
 };
 
 } // namespace Velloro

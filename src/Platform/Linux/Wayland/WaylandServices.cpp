@@ -19,6 +19,8 @@
 #include "Platform/Linux/Wayland/WaylandWorkspace.h"
 
 #include <QGuiApplication>
+#include <layer-shell-client.h>
+#include <plasma-window-management-client.h>
 
 namespace Velloro {
 
@@ -76,9 +78,15 @@ void addWaylandServices(Platform &platform, const std::shared_ptr<WaylandConnect
     platform.overlay = WaylandOverlay::make(display);
 }
 
-std::unique_ptr<DesktopLook> makeWaylandLook(std::unique_ptr<DesktopLook> x11)
+std::unique_ptr<DesktopLook> makeWaylandLook(const std::shared_ptr<WaylandConnection> &display,
+                                             std::unique_ptr<DesktopLook> x11)
 {
-    return std::make_unique<WaylandDesktopLook>(ofX11Windows(std::move(x11)));
+    // The bars for compositors without a panel of their own are dark as they come; a panel has the
+    // desktop's colours.
+    const bool hasBars = display && display->offers(zwlr_layer_shell_v1_interface)
+        && !display->offers(org_kde_plasma_window_management_interface);
+    return std::make_unique<WaylandDesktopLook>(ofX11Windows(std::move(x11)),
+                                                hasBars ? std::optional(true) : std::nullopt);
 }
 
 } // namespace Velloro

@@ -16,6 +16,8 @@ void addWaylandServices(Platform &platform, const std::shared_ptr<WaylandConnect
                         const std::shared_ptr<PasteCoordinator> &pasting);
 
 /// The desktop's look, in place of what the X server beside the compositor tells.
-[[nodiscard]] std::unique_ptr<DesktopLook> makeWaylandLook(std::unique_ptr<DesktopLook> x11);
+[[nodiscard]] std::unique_ptr<DesktopLook>
+makeWaylandLook(const std::shared_ptr<WaylandConnection> &display,
+                std::unique_ptr<DesktopLook> x11);
 
 } // namespace Velloro
