@@ -41,19 +41,6 @@ TEST_F(MenuBarExtraTest, NothingOfThePanelIsMadeBeforeItIsOpened)
     EXPECT_FALSE(window());
 }
 
-TEST_F(MenuBarExtraTest, CanNotBeStretchedByADesktopThatPlacesWindows)
-{
-    memory.screenFrames->placesWindows = false;
-    open();
-    for (const int scale : {1, 2, 1}) {
-        memory.appearance->scale = scale;
-        Q_EMIT memory.appearance->changed();
-        EXPECT_TRUE(waitUntil([&] { return window()->width() == 280 * scale; }));
-        EXPECT_EQ(window()->minimumSize(), window()->size());
-        EXPECT_EQ(window()->maximumSize(), window()->size());
-    }
-}
-
 TEST_F(MenuBarExtraTest, IsReachedAndClosedWithTheKeyboardAlone)
 {
     open();

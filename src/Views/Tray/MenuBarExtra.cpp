@@ -210,19 +210,7 @@ void MenuBarExtra::placePanel()
     m_panel->setScreen(screen);
     const QRectF frame = WindowPlacement::visibleFrame(*screen, m_screenFrames);
     m_panel->rootObject()->setProperty("room", WindowPlacement::panelRoom(frame));
-    if (!m_screenFrames.canPlaceWindows())
-        fixPanelSize();
     m_panel->setPosition(WindowPlacement::panelOrigin(m_anchor, m_panel->size(), frame).toPoint());
-}
-
-void MenuBarExtra::fixPanelSize()
-{
-    const QSize size = m_panel->rootObject()->size().toSize();
-    // The range is never empty, not even in between.
-    m_panel->setMinimumSize({});
-    m_panel->setMaximumSize(size);
-    m_panel->setMinimumSize(size);
-    m_panel->resize(size);
 }
 
 bool MenuBarExtra::eventFilter(QObject *watched, QEvent *event)

@@ -1,8 +1,10 @@
 #include "Platform/Linux/Wayland/WaylandKeymap.h"
 
 #include "Base/FileDescriptor.h"
+#include "Platform/Linux/Wayland/Keyboard/VirtualKeyboard.h"
 #include "Platform/Linux/X11/Keyboard/VirtualKeyMap.h"
 
+#include <string_view>
 #include <sys/mman.h>
 
 namespace Velloro {
@@ -83,6 +85,9 @@ void WaylandKeymap::readFile(uint32_t format, int descriptor, uint32_t size)
 
 void WaylandKeymap::readText(const char *text, size_t size)
 {
+    // What this program types on is no keyboard of the user's.
+    if (std::string_view(text, size).find(VirtualKeyboard::symbols) != std::string_view::npos)
+        return;
     m_keymap.reset(xkb_keymap_new_from_buffer(
         m_context.get(), text, size, XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS));
     Q_EMIT changed();

@@ -14,6 +14,7 @@
 #include "Platform/Linux/Wayland/Overlay/WaylandOverlay.h"
 #include "Platform/Linux/Wayland/WaylandConnection.h"
 #include "Platform/Linux/Wayland/WaylandDesktopLook.h"
+#include "Platform/Linux/Wayland/WaylandKeymap.h"
 #include "Platform/Linux/Wayland/WaylandScreenFrames.h"
 #include "Platform/Linux/Wayland/WaylandUserInput.h"
 #include "Platform/Linux/Wayland/WaylandWorkspace.h"
@@ -57,6 +58,9 @@ void addWaylandServices(Platform &platform, const std::shared_ptr<WaylandConnect
         = std::make_unique<WaylandScreenFrames>(ofX11Windows(std::move(platform.screenFrames)));
     if (!display)
         return;
+    // Before this program's own keyboard is there, after which the user's may be told of only when
+    // it is used.
+    const auto keymap = std::make_shared<WaylandKeymap>(display);
     if (DataControl::isOffered(*display))
         platform.pasteboard = std::make_unique<WaylandPasteboard>(pasting);
     const auto windows = WindowList::make(display);
@@ -73,7 +77,7 @@ void addWaylandServices(Platform &platform, const std::shared_ptr<WaylandConnect
         extension = std::make_shared<ShellExtension>(SessionBus::connection());
         addShellExtension(platform, display, extension, pasting);
     }
-    addWaylandHotkeys(platform, display, extension);
+    addWaylandHotkeys(platform, display, keymap, extension);
     platform.userInput = std::make_unique<WaylandUserInput>();
     platform.overlay = WaylandOverlay::make(display);
 }

@@ -35,9 +35,9 @@ bool holdsOtherModifier(uint32_t nativeModifiers)
 }
 
 HotkeyRoute::Ways waysOf(const std::shared_ptr<WaylandConnection> &display,
+                         const std::shared_ptr<const WaylandKeymap> &keymap,
                          const std::shared_ptr<ShellExtension> &extension)
 {
-    const auto keymap = std::make_shared<WaylandKeymap>(display);
     HotkeyRoute::Ways ways;
     ways.push_back(std::make_unique<SwayHotkeys>(keymap));
     const QDBusConnection bus = SessionBus::connection();
@@ -55,9 +55,10 @@ HotkeyRoute::Ways waysOf(const std::shared_ptr<WaylandConnection> &display,
 } // namespace
 
 void addWaylandHotkeys(Platform &platform, const std::shared_ptr<WaylandConnection> &display,
+                       const std::shared_ptr<const WaylandKeymap> &keymap,
                        const std::shared_ptr<ShellExtension> &extension)
 {
-    auto route = std::make_unique<HotkeyRoute>(waysOf(display, extension),
+    auto route = std::make_unique<HotkeyRoute>(waysOf(display, keymap, extension),
                                                std::move(platform.hotkeyRegistration));
     if (QGuiApplication::platformName().startsWith(u"wayland"_s)) {
         WindowKeyEvents::Desktop desktop;

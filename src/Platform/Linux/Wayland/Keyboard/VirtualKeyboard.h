@@ -6,6 +6,8 @@
 
 struct zwp_virtual_keyboard_v1;
 
+#include <string_view>
+
 namespace Velloro {
 
 /// A keyboard of this program's own beside the user's, with a layout of its own, so that its
@@ -13,6 +15,9 @@ namespace Velloro {
 class VirtualKeyboard final : public StrokeSender
 {
 public:
+    /// By this the keymap of this keyboard is told from others.
+    static constexpr std::string_view symbols = "xkb_symbols \"velloro\"";
+
     /// Null where the compositor lets nobody have one.
     [[nodiscard]] static std::unique_ptr<VirtualKeyboard> make(WaylandConnection &connection);
 
