@@ -1,5 +1,6 @@
 """What the tests on a Wayland compositor share."""
 
+import itertools
 import json
 import pathlib
 
@@ -18,13 +19,17 @@ class OnSway:
 class ListeningWindow:
     """The window of listening_window.py, which has the focus then."""
 
+    _numbers = itertools.count()
+
     def __init__(self, user):
         self._desktop = user.desktop
-        self.process = user.open(["/usr/bin/python3", LISTENING_WINDOW], log="listening")
+        # None reads what another has printed.
+        self._log = f"listening-{next(self._numbers)}"
+        self.process = user.open(["/usr/bin/python3", LISTENING_WINDOW], log=self._log)
         self.wait_for("focus")
 
     def events(self, kind):
-        lines = self._desktop.log("listening").splitlines()
+        lines = self._desktop.log(self._log).splitlines()
         return [event for event in map(json.loads, lines) if event["kind"] == kind]
 
     def wait_for(self, kind, count=1):

@@ -45,6 +45,8 @@ QStringList SwayCompositor::missing(QStringList programs)
     programs << u"sway"_s << u"swaymsg"_s;
     programs.removeIf(
         [](const QString &program) { return !QStandardPaths::findExecutable(program).isEmpty(); });
+    if (geteuid() == 0 && QProcess::execute(u"unshare"_s, {u"--user"_s, u"true"_s}) != 0)
+        programs << u"user namespaces, since sway is not for root"_s;
     return programs;
 }
 

@@ -4,6 +4,7 @@ import os
 import subprocess
 
 from .desktop import PrivateDesktop
+from .errors import MissingComponent
 from .wayland_user import WaylandUser
 
 # For compositors that refuse to be root's: the same user by another number.
@@ -24,6 +25,11 @@ class WaylandDesktop(PrivateDesktop):
         super().__init__(*arguments)
         self.devices = None
         self._bus = None
+
+    def __enter__(self):
+        if os.geteuid() == 0 and subprocess.run([*AS_USER, "true"], check=False).returncode:
+            raise MissingComponent("no user namespaces, and compositors are not for root")
+        return super().__enter__()
 
     def close(self):
         if self.devices:
