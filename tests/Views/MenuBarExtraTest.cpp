@@ -41,6 +41,21 @@ TEST_F(MenuBarExtraTest, NothingOfThePanelIsMadeBeforeItIsOpened)
     EXPECT_FALSE(window());
 }
 
+TEST_F(MenuBarExtraTest, CanNotBeStretchedByADesktopThatPlacesWindows)
+{
+    memory.screenFrames->placesWindows = false;
+    open();
+    for (const int scale : {1, 2, 1}) {
+        memory.appearance->scale = scale;
+        Q_EMIT memory.appearance->changed();
+        EXPECT_TRUE(waitUntil([&] {
+            const QSize size = window()->size();
+            return size.width() == 280 * scale && window()->minimumSize() == size
+                && window()->maximumSize() == size;
+        })) << scale;
+    }
+}
+
 TEST_F(MenuBarExtraTest, IsReachedAndClosedWithTheKeyboardAlone)
 {
     open();

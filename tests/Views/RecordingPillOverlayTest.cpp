@@ -65,7 +65,7 @@ TEST_F(RecordingPillOverlayTest, IsPaintedOnlyWhereItIsSeen)
     expectPictures(1);
     Q_EMIT overlay->frameShown();
     expectPictures(2);
-    EXPECT_NE(overlay->pictures[0], overlay->pictures[1]);
+    EXPECT_NE(overlay->pictures.value(0), overlay->pictures.value(1));
     Q_EMIT overlay->frameShown();
     expectPictures(2);
 
@@ -79,7 +79,7 @@ TEST_F(RecordingPillOverlayTest, IsPaintedOnlyWhereItIsSeen)
     // Another screen is empty at first, too.
     Q_EMIT overlay->placed();
     expectPictures(4);
-    EXPECT_EQ(overlay->pictures[2], overlay->pictures[3]);
+    EXPECT_EQ(overlay->pictures.value(2), overlay->pictures.value(3));
     EXPECT_EQ(log.lines().filter(u"[RecordingPill]"_s),
               (QStringList{u"[RecordingPill] Window created"_s,
                            u"[RecordingPill] Window shown at (0.0, 0.0, 260.0, 48.0)"_s,

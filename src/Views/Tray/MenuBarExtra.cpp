@@ -200,6 +200,12 @@ void MenuBarExtra::makePanel()
     connect(panel.get(), &QWindow::heightChanged, this, placeVisible);
     connect(panel.get(), &QWindow::widthChanged, this, placeVisible);
     m_panel = std::move(panel);
+    if (m_screenFrames.canPlaceWindows())
+        return;
+    const QQuickItem *content = m_panel->rootObject();
+    connect(content, &QQuickItem::widthChanged, this, &MenuBarExtra::fixPanelSize);
+    connect(content, &QQuickItem::heightChanged, this, &MenuBarExtra::fixPanelSize);
+    fixPanelSize();
 }
 
 void MenuBarExtra::placePanel()
@@ -211,6 +217,16 @@ void MenuBarExtra::placePanel()
     const QRectF frame = WindowPlacement::visibleFrame(*screen, m_screenFrames);
     m_panel->rootObject()->setProperty("room", WindowPlacement::panelRoom(frame));
     m_panel->setPosition(WindowPlacement::panelOrigin(m_anchor, m_panel->size(), frame).toPoint());
+}
+
+void MenuBarExtra::fixPanelSize()
+{
+    const QSize size = m_panel->rootObject()->size().toSize();
+    // The range is never empty, not even in between.
+    m_panel->setMinimumSize({1, 1});
+    m_panel->setMaximumSize(size);
+    m_panel->setMinimumSize(size);
+    m_panel->resize(size);
 }
 
 bool MenuBarExtra::eventFilter(QObject *watched, QEvent *event)

@@ -59,6 +59,9 @@ private:
     [[nodiscard]] QRect cornerOfScreen() const;
     void openPanelBeside(const QRect &anchor);
     void placePanel();
+    /// Where the desktop places windows itself, those that can't be made larger are left as they
+    /// are, and others may get half of the screen.
+    void fixPanelSize();
     void closeWithoutFocus();
 
     AppState &m_appState;

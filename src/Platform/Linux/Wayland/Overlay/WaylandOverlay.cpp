@@ -17,6 +17,7 @@ WaylandOverlay::WaylandOverlay(std::shared_ptr<WaylandConnection> connection, La
     , m_outputs(m_connection)
 {
     connect(&m_outputs, &WaylandOutputs::added, this, [this] {
+        m_hasNewScreen = true;
         if (m_isShown && !m_surface)
             place();
     });
@@ -45,6 +46,7 @@ void WaylandOverlay::hide()
 
 void WaylandOverlay::place()
 {
+    m_hasNewScreen = false;
     m_surface = std::make_unique<LayerSurface>(m_shell, m_outputs, m_size, m_bottomMargin);
     connect(m_surface.get(), &LayerSurface::placed, this, [this] {
         updatePixelRatio();
@@ -62,10 +64,10 @@ void WaylandOverlay::place()
 
 void WaylandOverlay::placeAgain()
 {
-    // One that never had a place would get none this time either; a screen may come.
-    const bool wasPlaced = m_surface->isPlaced();
+    // One that never had a place would get none this time either, until a screen comes.
+    const bool hasHope = m_surface->isPlaced() || m_hasNewScreen;
     m_surface.reset();
-    if (wasPlaced)
+    if (hasHope)
         place();
 }
 

@@ -35,6 +35,8 @@ private:
     QSize m_size;
     int m_bottomMargin = 0;
     bool m_isShown = false;
+    /// A screen has come since the surface was made.
+    bool m_hasNewScreen = false;
     double m_pixelRatio = 1;
     /// Null while it is hidden, or has no screen.
     std::unique_ptr<LayerSurface> m_surface;
