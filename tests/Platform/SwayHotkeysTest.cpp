@@ -161,6 +161,21 @@ TEST_F(SwayHotkeysTest, leavesToTheUserWhatHisConfigurationBinds)
     EXPECT_TRUE(events.become(u"status 10"));
 }
 
+TEST_F(SwayHotkeysTest, goesByTheLayoutInWhatTheUserHasBound)
+{
+    configure("bindsym Mod1+y nop user\n");
+    keyboard->tap({Key::a});
+    start();
+    hotkeys->bind({6, ClassicMask::option});
+    EXPECT_TRUE(events.become(u"status 0"));
+    // Another keyboard, on which that place is a Y.
+    WaylandKeyboard german("de");
+    german.tap({Key::a});
+    EXPECT_TRUE(events.become(u"status 10"));
+    keyboard->tap({Key::a});
+    EXPECT_TRUE(events.become(u"status 0"));
+}
+
 TEST_F(SwayHotkeysTest, bindsAgainAfterAReloadAndGivesBackAtTheEnd)
 {
     start();

@@ -1,10 +1,8 @@
 #include "Platform/Linux/Wayland/WaylandKeymap.h"
 
 #include "Base/FileDescriptor.h"
-#include "Platform/Linux/Wayland/Keyboard/VirtualKeyboard.h"
 #include "Platform/Linux/X11/Keyboard/VirtualKeyMap.h"
 
-#include <string_view>
 #include <sys/mman.h>
 
 namespace Velloro {
@@ -13,6 +11,8 @@ namespace {
 
 /// A keyboard that is there is told of at once.
 constexpr int patience = 300; // ms
+/// A key of every keyboard.
+constexpr xkb_keycode_t spaceBar = 65;
 
 } // namespace
 
@@ -85,11 +85,16 @@ void WaylandKeymap::readFile(uint32_t format, int descriptor, uint32_t size)
 
 void WaylandKeymap::readText(const char *text, size_t size)
 {
-    // What this program types on is no keyboard of the user's.
-    if (std::string_view(text, size).find(VirtualKeyboard::symbols) != std::string_view::npos)
+    // It is told anew with each keyboard that is used in turn.
+    if (m_text == QByteArrayView(text, static_cast<qsizetype>(size)))
         return;
-    m_keymap.reset(xkb_keymap_new_from_buffer(
+    std::unique_ptr<xkb_keymap, CustomDelete<xkb_keymap_unref>> keymap(xkb_keymap_new_from_buffer(
         m_context.get(), text, size, XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS));
+    // Programs make keyboards, too, with the few keys that they press.
+    if (!keymap || xkb_keymap_num_layouts_for_key(keymap.get(), spaceBar) == 0)
+        return;
+    m_keymap = std::move(keymap);
+    m_text = QByteArray(text, static_cast<qsizetype>(size));
     Q_EMIT changed();
 }
 

@@ -10,8 +10,8 @@
 
 namespace Velloro {
 
-/// The layouts of the keyboard that was used last, as the compositor tells them. Which of several
-/// layouts is in force it tells only to the window with the focus.
+/// The layouts of the user's keyboard that was used last, as the compositor tells them. Which of
+/// several layouts is in force it tells only to the window with the focus.
 class WaylandKeymap final : public QObject
 {
     Q_OBJECT
@@ -29,6 +29,7 @@ public:
     [[nodiscard]] std::vector<xkb_keysym_t> keysyms(uint32_t virtualKeyCode, bool withShift) const;
 
 Q_SIGNALS:
+    /// To another keymap than before.
     void changed();
 
 private:
@@ -39,6 +40,7 @@ private:
     std::shared_ptr<WaylandConnection> m_display;
     std::unique_ptr<xkb_context, CustomDelete<xkb_context_unref>> m_context;
     std::unique_ptr<xkb_keymap, CustomDelete<xkb_keymap_unref>> m_keymap;
+    QByteArray m_text;
     WaylandHandle<wl_seat> m_seat;
     WaylandHandle<wl_keyboard> m_keyboard;
 };

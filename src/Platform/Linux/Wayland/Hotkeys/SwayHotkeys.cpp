@@ -88,6 +88,7 @@ void SwayHotkeys::look(std::function<void(bool)> done)
         m_bound.clear();
         endPress();
     });
+    connect(m_keymap.get(), &WaylandKeymap::changed, this, &SwayHotkeys::handleKeymap);
     m_socket->send(Request::getVersion, {}, [this](const QJsonDocument &answer) {
         m_configFolder = QFileInfo(answer[u"loaded_config_file_name"_s].toString()).path();
     });
@@ -210,6 +211,14 @@ void SwayHotkeys::handleReload()
     endPress();
     if (m_wanted)
         bindUnlessTaken();
+}
+
+void SwayHotkeys::handleKeymap()
+{
+    // What the user has bound by the names of keys is at other places now. A press goes on: a
+    // second keyboard may be used meanwhile.
+    if (m_wanted && !m_key.isHeld())
+        bind(*m_wanted);
 }
 
 void SwayHotkeys::endPress()

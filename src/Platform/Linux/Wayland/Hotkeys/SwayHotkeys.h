@@ -36,6 +36,7 @@ private:
     void handleEvent(SwaySocket::Event event, const QJsonObject &content);
     void handleBinding(const QString &command);
     void handleReload();
+    void handleKeymap();
     /// Binds what is wanted unless the user's configuration does.
     void bindUnlessTaken();
     void bindNow();

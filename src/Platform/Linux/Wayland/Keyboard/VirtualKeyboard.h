@@ -6,7 +6,6 @@
 
 struct zwp_virtual_keyboard_v1;
 
-#include <string_view>
 
 namespace Velloro {
 
@@ -15,9 +14,6 @@ namespace Velloro {
 class VirtualKeyboard final : public StrokeSender
 {
 public:
-    /// By this the keymap of this keyboard is told from others.
-    static constexpr std::string_view symbols = "xkb_symbols \"velloro\"";
-
     /// Null where the compositor lets nobody have one.
     [[nodiscard]] static std::unique_ptr<VirtualKeyboard> make(WaylandConnection &connection);
 
