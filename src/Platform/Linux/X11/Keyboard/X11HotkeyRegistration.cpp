@@ -37,8 +37,7 @@ X11HotkeyRegistration::X11HotkeyRegistration(std::shared_ptr<X11Connection> conn
     m_connection->addInputEvents(XCB_INPUT_DEVICE_ALL, XCB_INPUT_XI_EVENT_MASK_HIERARCHY);
     if (server == DisplayServer::wayland) {
         m_focusWatch = std::make_unique<X11FocusWatch>();
-        connect(m_focusWatch.get(), &X11FocusWatch::left, this,
-                &X11HotkeyRegistration::handleFocusLoss);
+        connect(m_focusWatch.get(), &X11FocusWatch::left, this, &X11HotkeyRegistration::endPress);
     }
 }
 
@@ -222,9 +221,9 @@ void X11HotkeyRegistration::handleEvent(const xcb_generic_event_t *event)
     switch (generic->event_type) {
     case XCB_INPUT_KEY_PRESS: {
         const auto *press = reinterpret_cast<const xcb_input_key_press_event_t *>(event);
-        const auto key = static_cast<uint8_t>(press->detail);
-        if (!(press->flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) || m_stuckKey == key)
-            handleKeyPress(press->deviceid, key);
+        if (!(press->flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT)) {
+            handleKeyPress(press->deviceid, static_cast<uint8_t>(press->detail));
+        }
         break;
     }
     case XCB_INPUT_KEY_RELEASE: {
@@ -271,7 +270,6 @@ void X11HotkeyRegistration::handleKeyPress(uint16_t device, uint8_t keycode)
     // Of a keyboard that is grabbed all keys come here.
     if (m_press && m_press->device == device)
         return;
-    m_stuckKey.reset();
     const auto *const found = registrationOf(keycode);
     if (!found)
         return;
@@ -345,14 +343,6 @@ void X11HotkeyRegistration::forEachSyntheticGrab(
         for (const uint16_t device : m_keyboards->syntheticKeyboards())
             (void)(this->*change)(device, registration.grab);
     }
-}
-
-void X11HotkeyRegistration::handleFocusLoss()
-{
-    if (!m_press)
-        return;
-    m_stuckKey = m_press->keycode;
-    endPress();
 }
 
 void X11HotkeyRegistration::handleHierarchyChange(const xcb_generic_event_t *event)

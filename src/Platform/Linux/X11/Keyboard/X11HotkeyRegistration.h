@@ -94,7 +94,6 @@ private:
     [[nodiscard]] const Registrations::value_type *registrationOf(uint8_t keycode) const;
     void handleKeyPress(uint16_t device, uint8_t keycode);
     void handleKeyRelease(uint16_t device, uint8_t keycode);
-    void handleFocusLoss();
     void handleHierarchyChange(const xcb_generic_event_t *event);
     void handleKeymapChange();
     /// A key that this program sends itself is no press, and goes to the application.
@@ -121,9 +120,6 @@ private:
     Reference m_lastReference = 0;
     Registrations m_registrations;
     std::optional<Press> m_press;
-    /// A key that the server still takes for held, because it has not heard of the release: its
-    /// next press looks like a repetition.
-    std::optional<uint8_t> m_stuckKey;
     QTimer m_keymapChange;
 };
 
