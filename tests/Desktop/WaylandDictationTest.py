@@ -1,6 +1,5 @@
 """Speech becomes text in the applications of a Wayland session, native ones and those of X11."""
 
-from ApplicationsTest import Firefox
 from desktop_case import JFK, JFK_WORDS, PHRASE_WORDS, DesktopCase, main
 from streaming_case import StreamingCase
 from velloro_tools.desktop import wait_for
@@ -90,14 +89,6 @@ class WaylandStreamingTest(OnSway, StreamingCase):
         wait_for(lambda: self.user.clipboard() == COPIED, "the user's own clipboard", timeout=2)
         self.user.keys("tap", "x")
         wait_for(lambda: self.user.terminal_line() == final + "x", "the user's own letter")
-
-
-class WaylandFirefoxTest(OnSway, Firefox, DesktopCase):
-    def launch(self):
-        self.start_velloro()
-
-    def speak(self):
-        return self.dictate()
 
 
 if __name__ == "__main__":

@@ -65,7 +65,8 @@ Platform makeLinuxPlatform(DisplayServer server, SingleInstance *instance)
     platform.systemSettings = std::make_unique<DesktopSettings>();
     // Of a compositor's keyboard the X server beside it knows nothing.
     platform.screenLock = std::make_unique<LinuxScreenLock>(
-        std::make_unique<DBusLockState>(SessionBus::connection()), isWayland ? nullptr : display);
+        std::make_unique<DBusLockState>(SessionBus::connection()),
+        isWayland ? nullptr : X11Connection::open());
 
     std::unique_ptr<DesktopLook> x11Look = std::make_unique<X11DesktopLook>(X11Connection::open());
     const std::shared_ptr<DesktopLook> look

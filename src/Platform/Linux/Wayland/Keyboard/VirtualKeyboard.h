@@ -6,7 +6,6 @@
 
 struct zwp_virtual_keyboard_v1;
 
-
 namespace Velloro {
 
 /// A keyboard of this program's own beside the user's, with a layout of its own, so that its
