@@ -2,7 +2,6 @@
 
 import os
 import pathlib
-import signal
 
 from desktop_case import PHRASE_WORDS, RECORDING, DesktopCase, main
 from velloro_tools.desktop import PhocDesktop, wait_for
@@ -85,15 +84,6 @@ class WaylandPortalTest(DesktopCase):
         self.assert_words(final, PHRASE_WORDS)
         self.user.wait_for_text(final)
         self.assertFalse(self.microphone_is_open())
-
-    def test_the_portal_starts_anew(self):
-        self.start_velloro()
-        wait_for(self.bound, "the binding")
-        before = self.bound()
-        self.desktop.stop_service("portal", signal.SIGKILL)
-        self.start_portal()
-        wait_for(lambda: self.bound() > before, "the binding to the new portal")
-        self.dictate_into_entry()
 
     def test_a_user_who_refuses(self):
         self.tell("Refuse")
