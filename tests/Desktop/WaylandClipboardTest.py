@@ -20,6 +20,8 @@ class WaylandClipboardTest(OnSway, DesktopCase):
         window = ListeningWindow(self.user)
         self.user.keys("tap", "F9")
         window.wait_for("copied")
+        # The compositor has yet to be told.
+        wait_for(lambda: "image/png" in self.user.clipboard_kinds(), "the copied picture")
         return window
 
     def contents(self):

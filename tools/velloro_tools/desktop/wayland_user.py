@@ -65,7 +65,7 @@ class WaylandUser(User):
 
     def clipboard_kinds(self):
         """All that the clipboard's content can be had as."""
-        return self._paste("--list-types").decode().split()
+        return (self._paste("--list-types") or b"").decode().split()
 
     def clipboard_as(self, kind):
         """The clipboard's content as bytes, or None."""
