@@ -15,7 +15,9 @@ if(VELLORO_BUNDLED_WHISPER)
     # What was installed and has been deleted is no output that the build would miss.
     if(NOT EXISTS "${WHISPER_PREFIX}/lib/cmake/whisper")
         file(GLOB INSTALL_STAMPS "${WHISPER_DEPS}/whisper-build/external/Stamp/*/*-install")
-        file(REMOVE ${INSTALL_STAMPS})
+        if(INSTALL_STAMPS)
+            file(REMOVE ${INSTALL_STAMPS})
+        endif()
     endif()
     message(STATUS "Building whisper.cpp, unless it is up to date in ${WHISPER_PREFIX}")
     execute_process(COMMAND ${CMAKE_COMMAND} -G Ninja
